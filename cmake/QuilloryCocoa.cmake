@@ -1,0 +1,33 @@
+# quillory_cocoa_flags: how Objective-C++ is compiled and linked against this system's Cocoa, which
+# is Apple's frameworks on macOS and GNUstep elsewhere. Only the platform layer links to it.
+if(APPLE)
+  enable_language(OBJCXX)
+  add_library(quillory_cocoa_flags INTERFACE)
+  target_compile_options(quillory_cocoa_flags INTERFACE
+                         $<$<COMPILE_LANGUAGE:OBJCXX>:-std=gnu++20;-fno-objc-arc>)
+  target_link_libraries(quillory_cocoa_flags INTERFACE "-framework Cocoa" Threads::Threads)
+else()
+  # Detection would take clang++ where it is installed; GNUstep's runtime here is gcc's.
+  if(NOT CMAKE_OBJCXX_COMPILER)
+    find_program(CMAKE_OBJCXX_COMPILER NAMES g++-12 g++ REQUIRED)
+  endif()
+  enable_language(OBJCXX)
+  add_library(quillory_cocoa_flags INTERFACE)
+  find_program(GNUSTEP_CONFIG gnustep-config REQUIRED)
+  execute_process(COMMAND ${GNUSTEP_CONFIG} --objc-flags OUTPUT_VARIABLE gs_c
+                  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${GNUSTEP_CONFIG} --gui-libs OUTPUT_VARIABLE gs_l
+                  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  separate_arguments(gs_c UNIX_COMMAND "${gs_c}")
+  separate_arguments(gs_l UNIX_COMMAND "${gs_l}")
+  set(gs_i ${gs_c})
+  list(FILTER gs_i INCLUDE REGEX "^-I/")
+  list(TRANSFORM gs_i REPLACE "^-I" "")
+  list(FILTER gs_c EXCLUDE REGEX "^-(I.*|MMD|MP|g|O.*|W.*|DGSWARN|DGSDIAGNOSE)$")
+  list(REMOVE_DUPLICATES gs_c)
+  target_include_directories(quillory_cocoa_flags SYSTEM INTERFACE ${gs_i})
+  # CMake 3.25 adds no -std for Objective-C++ with the GNU compiler.
+  target_compile_options(quillory_cocoa_flags INTERFACE
+                         "$<$<COMPILE_LANGUAGE:OBJCXX>:-std=gnu++20;${gs_c};-fobjc-call-cxx-cdtors>")
+  target_link_libraries(quillory_cocoa_flags INTERFACE ${gs_l} Threads::Threads ${CMAKE_DL_LIBS})
+endif()

@@ -1,0 +1,27 @@
+// Binary values in text records: hexadecimal for keys and signatures, base64 for pictures; and a
+// small string hash for diagnostics.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+
+namespace quillory {
+
+/// Writes 2 x `count` lower-case digits and a terminator; `out` holds 2 x `count` + 1 bytes. A
+/// `count` below 1 writes nothing. Returns 2 x `count`.
+int bytesToHex(char* out, const unsigned char* data, int count);
+
+/// Decodes up to the first pair that is not hexadecimal and returns the number of bytes; a zero
+/// byte follows them. An odd last digit is a byte of its own. `capacity` counts that zero byte;
+/// nothing is ever written beyond it, and a text that needs more is logged as an error.
+int hexToBytes(unsigned char* out, int capacity, const char* hex);
+
+/// The decoded bytes in a new block (release with free()) and their number; null, logged, when the
+/// length is no multiple of 4, a character is outside the alphabet, or memory is short.
+char* base64_decode(const char* text, std::size_t length, std::size_t* outLength);
+void build_decoding_table();
+void base64_cleanup();
+
+/// 32-bit FNV-1a. Logs every step: for short keys and diagnostics.
+std::uint32_t fnvHash(const char* data, long length);
+
+}  // namespace quillory

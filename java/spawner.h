@@ -1,0 +1,31 @@
+// Starting an external tool with a list of arguments, and shell commands whose output is needed.
+#pragma once
+#include <cstddef>
+
+namespace quillory {
+
+inline constexpr std::size_t kSpawnerSlots = 500;
+
+/// An argument list. Slot 0 is the executable path (never searched for in PATH); the first null
+/// slot ends the list. The texts are borrowed.
+struct Spawner {
+  const char* arguments[kSpawnerSlots + 1];  ///< one more than can be filled: always terminated
+};
+
+Spawner* createSpawner();
+void deleteSpawner(Spawner* spawner);
+
+/// Must be the first call after createSpawner(): it appends like addSpawnerArg().
+void setSpawnerExe(Spawner* spawner, const char* path);
+/// Appends; a 501st argument is dropped with a warning in the log.
+void addSpawnerArg(Spawner* spawner, const char* text);
+
+/// The exit status (0 to 255); -1 when the process could not be started. A child that a signal
+/// killed counts as 0, by intent. `directory` is the child's working directory.
+int runSpawnerAndWait(const Spawner* spawner);
+int runSpawnerAndWait(const Spawner* spawner, const char* directory);
+/// 0 when it started, else -1.
+int runSpawnerAndContinue(const Spawner* spawner);
+int runSpawnerAndContinue(const Spawner* spawner, const char* directory);
+
+}  // namespace quillory

@@ -1,0 +1,38 @@
+// The process-wide log. A message goes to the log file (once there is one), to standard output and
+// to the system log; callers write their own tag and line end ("[Extractor] Working dir ...\n").
+// No call reports a failure, and no lock is taken.
+#pragma once
+#include <cstdio>
+
+namespace quillory {
+
+/// The system log: NSLog where there is a Cocoa, standard error where there is none.
+struct LogCalls {
+  void (*systemLog)(const char* message);
+};
+extern LogCalls logCalls;
+
+/// One message to all sinks. In the file and on standard output a prefix "+%-8llu " tells the
+/// milliseconds since the previous message was finished.
+void logMessage(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+/// The same, framed by two lines of 43 stars.
+void logError(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+/// A line for the system log only.
+void logToSystem(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+void logStartSection(const char* name);
+void logEndSection(const char* name);
+
+/// Makes `file` (may be null) the file sink and takes ownership; closes nothing.
+void setFileToLogTo(std::FILE* file);
+
+/// Creates <masterFolder>/logs/Wrapper-<date>-<time>-<millis>.log and makes it the file sink. When
+/// it cannot be opened the run goes on without a file sink.
+void setupFileLogging(const char* masterFolder);
+
+void closeLoggedFile();
+void printWorkingDir();
+
+}  // namespace quillory
