@@ -10,9 +10,10 @@ namespace quillory {
 /// `count` below 1 writes nothing. Returns 2 x `count`.
 int bytesToHex(char* out, const unsigned char* data, int count);
 
-/// Decodes up to the first pair that is not hexadecimal and returns the number of bytes; a zero
-/// byte follows them. An odd last digit is a byte of its own. `capacity` counts that zero byte;
-/// nothing is ever written beyond it, and a text that needs more is logged as an error.
+/// Decodes up to the first pair that is not hexadecimal and returns the number of bytes stored; a
+/// zero byte follows them. An odd last digit is a byte of its own. `capacity` counts that zero
+/// byte; nothing is ever written beyond it, and a text that needs more is cut, with an error in the
+/// log.
 int hexToBytes(unsigned char* out, int capacity, const char* hex);
 
 /// The decoded bytes in a new block (release with free()) and their number; null, logged, when the

@@ -1,0 +1,125 @@
+#include "formats/markers.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/owned.h"
+#include "tests/harness/captured_log.h"
+#include "tests/harness/page_example.h"
+#include "tests/harness/stream_of.h"
+#include "tests/harness/temp_dir.h"
+
+namespace quillory {
+namespace {
+
+using testing::CapturedLog;
+using testing::pageExample;
+using testing::readFile;
+using testing::StreamOf;
+
+std::string tailMarker() {
+  const OwnedText marker(allocAndInitMarker());
+  return {marker.get(), kTailMarkerLength};
+}
+
+std::string paramsMarker() {
+  const OwnedText marker(allocAndInitParamsMarker());
+  return {marker.get(), kParamsMarkerLength};
+}
+
+std::uint32_t scan(std::FILE* stream, const std::string& marker) {
+  return scanToMarker(stream, marker.data(), static_cast<int>(marker.size()), "Test");
+}
+
+TEST(AllocAndInitMarker, GivesTheBytesOfThePage) {
+  EXPECT_EQ(tailMarker(), pageExample("formats/record-stream.md", 1));
+  for (const char byte : tailMarker()) EXPECT_LT(static_cast<unsigned char>(byte), 0x80);
+}
+
+TEST(AllocAndInitParamsMarker, GivesTheBytesOfThePage) {
+  EXPECT_EQ(paramsMarker(), pageExample("formats/record-stream.md", 2));
+}
+
+// The launcher searches itself, so that no eight bytes of a marker may stand in a program that can
+// make one. This program can, and was built as the launcher is.
+TEST(AllocAndInitMarker, LeavesNoMarkerInTheExecutable) {
+  const std::string program = readFile(QUILLORY_THIS_PROGRAM);
+  ASSERT_NE(program.find("1d432a505b7a1f64"), std::string::npos) << "the digits are there";
+  for (const std::string& marker : {tailMarker(), paramsMarker()}) {
+    for (std::size_t at = 0; at < marker.size(); at += 8)
+      EXPECT_EQ(program.find(marker.substr(at, 8)), std::string::npos) << "bytes from " << at;
+  }
+}
+
+TEST(ScanToMarker, CountsToTheByteBehindTheMarker) {
+  StreamOf stream(std::string(1000, '.') + tailMarker() + "next");
+  EXPECT_EQ(scan(stream.get(), tailMarker()), 1128U);
+  EXPECT_EQ(std::ftell(stream.get()), 1128);
+}
+
+TEST(ScanToMarker, CountsFromWhereItBegins) {
+  StreamOf stream("....abc");
+  std::fseek(stream.get(), 2, SEEK_SET);
+  EXPECT_EQ(scan(stream.get(), "abc"), 5U);
+}
+
+TEST(ScanToMarker, FindsBytesAbove7F) {
+  StreamOf stream("..." + paramsMarker() + "...");
+  EXPECT_EQ(scan(stream.get(), paramsMarker()), 67U);
+}
+
+TEST(ScanToMarker, FindsOneMarkerAfterTheOther) {
+  StreamOf stream("abc.abc");
+  EXPECT_EQ(scan(stream.get(), "abc"), 3U);
+  EXPECT_EQ(scan(stream.get(), "abc"), 4U);
+}
+
+// No back-tracking, by intent: the mismatching byte is not tried as a first byte.
+TEST(ScanToMarker, MissesAMarkerBehindItsOwnFirstByte) {
+  CapturedLog log;
+  const std::string marker = tailMarker();
+  StreamOf stream(marker.substr(0, 1) + marker);
+  EXPECT_EQ(scan(stream.get(), marker), kMarkerNotFound);
+}
+
+TEST(ScanToMarker, MissesAMarkerInsideAPartialMatch) {
+  CapturedLog log;
+  StreamOf stream("aabaabaac");
+  EXPECT_EQ(scan(stream.get(), "aabaac"), kMarkerNotFound);
+}
+
+TEST(ScanToMarker, FindsAMarkerBehindABrokenOffPair) {
+  StreamOf stream("aaab");  // The pair "aa" is given up at its second byte; "ab" is whole.
+  EXPECT_EQ(scan(stream.get(), "ab"), 4U);
+}
+
+TEST(ScanToMarker, ReadsNothingForAnEmptyMarker) {
+  StreamOf stream("abc");
+  EXPECT_EQ(scanToMarker(stream.get(), "", 0, "Test"), 0U);
+  EXPECT_EQ(std::ftell(stream.get()), 0);
+}
+
+TEST(ScanToMarker, LogsThatThereIsNone) {
+  CapturedLog log;
+  StreamOf stream("abc");
+  EXPECT_EQ(scan(stream.get(), "abd"), kMarkerNotFound);
+  EXPECT_EQ(log.text(), "Could not find marker: Test\n");
+}
+
+TEST(ScanToMarker, MissesAMarkerCutAnywhereOrChangedAnywhere) {
+  CapturedLog log;
+  const std::string marker = tailMarker();
+  for (std::size_t at = 0; at < marker.size(); ++at) {
+    SCOPED_TRACE(at);
+    StreamOf cut(marker.substr(0, at));
+    EXPECT_EQ(scan(cut.get(), marker), kMarkerNotFound);
+    std::string changed = marker;
+    changed[at] = static_cast<char>(changed[at] ^ 0x80);
+    StreamOf other(changed);
+    EXPECT_EQ(scan(other.get(), marker), kMarkerNotFound);
+  }
+}
+
+}  // namespace
+}  // namespace quillory
