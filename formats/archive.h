@@ -3,8 +3,8 @@
 // extractions share one copy buffer.
 //
 // Nothing is written outside the destination folder: an entry whose path holds a ".." component or
-// does not fit ends the process with status 1 before anything of it is written, and a symbolic link
-// that stands at an output path is replaced, never followed.
+// does not fit ends the process with status 1 before anything of it is written, and a link that
+// stands at an output path, or on the way to it, is replaced, never followed.
 #pragma once
 #include <cstdio>
 
@@ -22,9 +22,11 @@ extern int up200modified;
 ///
 /// 0 after a folder, a file or a skipped empty file; kEndOfArchive at the end, after a signature
 /// block (whose offset and text, to be released with free(), it hands out), or when
-/// `*signatureOffset` is not -1. Ends the process with status 1 when a file cannot be created, 101
-/// when unpack200 produced nothing. A stream that ends inside a file's bytes is waited for, for
-/// ever: a log line says so.
+/// `*signatureOffset` is not -1. `signatureHex` may be null: the text is then skipped.
+///
+/// Ends the process with status 1 when a file cannot be created or written to its end, or when its
+/// length is negative; with 101 when unpack200 produced nothing. A stream that ends inside a file's
+/// bytes is waited for, for ever: a log line says so.
 int extractArchiveFileCheckSignature(const char* lzmaTool, const char* unpack200Tool,
                                      const char* destDir, std::FILE* stream, long* signatureOffset,
                                      char** signatureHex, Rsa_key* key);
@@ -34,7 +36,8 @@ int extractArchiveFileIgnoreSignature(const char* lzmaTool, const char* unpack20
                                       const char* destDir, std::FILE* stream, Rsa_key* key);
 
 /// Extracts a whole archive, verifies it where it is signed, and deletes it in every case. Returns
-/// 0; when the signature does not hold, `destDir` is empty afterwards.
+/// 0; when the signature does not hold, `destDir` is empty afterwards. Ends the process with status
+/// 1 when the archive cannot be opened, and where the extraction of an entry does.
 int extractArchive(const char* unpack200Tool, const char* archivePath, const char* destDir,
                    Rsa_key* key);
 

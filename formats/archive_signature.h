@@ -25,8 +25,8 @@ void freePublicKey(Rsa_key* key);
 
 /// Whether `signature` is one of `hash` (64 bytes) under `key`: PSS, mask and digest "mixed", salt
 /// of 64 bytes. A null key never verifies.
-bool verifySignature(const unsigned char* signature, int signatureLength,
-                     const unsigned char* hash, Rsa_key* key);
+bool verifySignature(const unsigned char* signature, int signatureLength, const unsigned char* hash,
+                     Rsa_key* key);
 
 /// Checks the archive at `archivePath` against the signature block at `signatureOffset`, whose text
 /// was `signatureHex` when the entries were read. Logs its way; when the signature does not hold,

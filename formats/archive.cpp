@@ -1,0 +1,243 @@
+#include "formats/archive.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "formats/archive_output.h"
+#include "formats/archive_tools.h"
+#include "formats/patient_reader.h"
+#include "formats/record_stream.h"
+#include "support/exit_status.h"
+#include "support/files.h"
+#include "support/log.h"
+#include "support/owned.h"
+#include "support/paths.h"
+
+namespace quillory {
+
+int up200modified = 0;
+
+namespace {
+
+constexpr long kNoSignature = -1;
+constexpr int kEntryDone = 0;
+constexpr int kSignatureHexCapacity = 8192;
+
+constexpr long kFolder = 1;
+constexpr long kPack200 = 2;
+
+constexpr std::string_view kSpecialPrefix = "qyArcSpBlock_";
+constexpr std::string_view kSignatureName = "DigitalSignature1";
+constexpr std::string_view kLzmaSuffix = ".l2";
+constexpr std::string_view kArchiveSuffix = ".p2";
+constexpr std::size_t kShortestWithSuffix = 4;
+
+// Shared by all extractions, which therefore cannot run side by side. A nested archive is opened
+// only after the file that holds it has been written.
+std::array<char, 1'000'000> copyBuffer;
+
+struct Tools {
+  const char* lzma;
+  const char* unpack200;
+};
+
+struct Entry {
+  long type;
+  std::string path;
+  long length;
+};
+
+// Functions that return an int return kEntryDone, kEndOfArchive or the exit status with which the
+// process has to end. The public functions end it, when every stream has been closed.
+int endOrReturn(int result) {
+  if (result > 0) std::exit(result);
+  return result;
+}
+
+int extractWholeArchive(const char* unpack200Tool, const char* archivePath, const char* destDir,
+                        Rsa_key* key);
+
+int refuse(const Entry& entry, const char* reason) {
+  logError("[ExtractArchiveFile] Refusing archive file %s (%ld): %s\n", entry.path.c_str(),
+           entry.length, reason);
+  return kExitFailure;
+}
+
+int failToWrite(const Entry& entry, const std::string& output, int error) {
+  logError("[ExtractArchiveFile] Unable to extract archive file %s (%ld), unable to write %s: %s\n",
+           entry.path.c_str(), entry.length, output.c_str(), std::strerror(error));
+  removeFileOrLink(output);  // A file that is there is complete.
+  return kExitFailure;
+}
+
+// Whether the entry is the signature block, whose last two records are then in the two places.
+bool readSignatureBlock(const std::string& path, std::FILE* stream, long* offset, char** hex) {
+  if (!path.starts_with(kSpecialPrefix)) return false;
+  logMessage("[ExtractArchiveFile] Found special block %s\n", path.c_str());
+  const std::string name = path.substr(kSpecialPrefix.size());
+  if (name != kSignatureName) return false;
+
+  logMessage("[ExtractArchiveFile] Found signature block %s\n", name.c_str());
+  *offset = readLong(stream, "Signature Length");
+  OwnedText text(readString(stream, "Signature Hex", kSignatureHexCapacity));
+  if (hex != nullptr) *hex = text.release();
+  return true;
+}
+
+// 0, or the errno of the write that failed.
+int copyContent(std::FILE* stream, const Entry& entry, std::FILE* output) {
+  PatientReader reader(stream, entry.path);
+  std::size_t remaining = static_cast<std::size_t>(entry.length);
+  while (remaining > 0) {
+    const std::size_t count =
+        reader.read(copyBuffer.data(), std::min(remaining, copyBuffer.size()));
+    if (std::fwrite(copyBuffer.data(), 1, count, output) != count) return errno;
+    remaining -= count;
+  }
+  return std::fflush(output) == 0 ? 0 : errno;
+}
+
+int writeContent(std::FILE* stream, const Entry& entry, const std::string& output) {
+  OwnedFile file = createFile(output);
+  logMessage("\t[ExtractArchiveFile] Extracting to %s\n", output.c_str());
+  if (!file) {
+    logMessage(
+        "\t[ExtractArchiveFile] *************************** Unable to extract archive file %s "
+        "(%ld), unable to open file for writing\n",
+        entry.path.c_str(), entry.length);
+    return kExitFailure;
+  }
+  int error = copyContent(stream, entry, file.get());
+  if (std::fclose(file.release()) != 0 && error == 0) error = errno;
+  if (error != 0) return failToWrite(entry, output, error);
+  chmodR755(output.c_str());
+  return kEntryDone;
+}
+
+// What the suffixes of a written file ask for.
+int followSuffixes(const Tools& tools, std::string path, const char* destDir, Rsa_key* key) {
+  if (path.size() < kShortestWithSuffix) {
+    logMessage("\t[ExtractArchiveFile] Path to file too short to check for LZMA\n");
+  } else if (path.ends_with(kLzmaSuffix)) {
+    path = decompressLzma(tools.lzma, path);
+  }
+  if (path.size() < kShortestWithSuffix || !path.ends_with(kArchiveSuffix)) return kEntryDone;
+
+  logMessage("\t[ExtractArchiveFile] Starting un-p2Archiving\n");
+  const int result = extractWholeArchive(tools.unpack200, path.c_str(), destDir, key);
+  if (result == kEntryDone) logMessage("\t[ExtractArchiveFile] Finished un-archiving\n");
+  return result;
+}
+
+int extractFile(const Tools& tools, const char* destDir, std::FILE* stream, const Entry& entry,
+                Rsa_key* key) {
+  if (entry.length < 0) return refuse(entry, "its length is negative");
+  const std::string path = pathBelow(destDir, entry.path);
+  const bool isPacked = entry.type == kPack200;
+  const std::string output = isPacked ? path + std::string(kArchiveSuffix) : path;
+
+  const int result = writeContent(stream, entry, output);
+  if (result != kEntryDone) return result;
+  if (isPacked) {
+    up200modified = 1;
+    if (!unpackPack200(tools.unpack200, output, path)) return kExitUnpack200Failed;
+  }
+  return tools.lzma == nullptr ? kEntryDone : followSuffixes(tools, path, destDir, key);
+}
+
+int extractEntry(const Tools& tools, const char* destDir, std::FILE* stream, long* signatureOffset,
+                 char** signatureHex, Rsa_key* key) {
+  if (*signatureOffset != kNoSignature) return kEndOfArchive;
+  const std::string type = readText(stream, "Archive File Type");
+  if (type.empty()) return kEndOfArchive;
+
+  Entry entry{std::atol(type.c_str()), readText(stream, "Archive File Path"), 0};
+  toNativePath(entry.path.data());
+  logMessage("[ExtractArchiveFile] Extracting %s (::%ld)\n", entry.path.c_str(), entry.type);
+  const std::size_t suffixLength = entry.type == kPack200 ? kArchiveSuffix.size() : 0;
+  if (const char* reason = whyRefused(destDir, entry.path, suffixLength))
+    return refuse(entry, reason);
+
+  createParents(destDir, entry.path);
+  if (entry.type == kFolder) {
+    const std::string folder = pathBelow(destDir, entry.path);
+    createFolder(folder);
+    logMessage("\t[ExtractArchiveFile] Created folder %s\n", folder.c_str());
+    return kEntryDone;
+  }
+  entry.length = readLong(stream, "Archive File Length");
+  if (entry.length == 0) {
+    logMessage("[ExtractArchiveFile] Skipping empty file\n");  // Not reproduced, by intent.
+    return kEntryDone;
+  }
+  if (readSignatureBlock(entry.path, stream, signatureOffset, signatureHex)) return kEndOfArchive;
+  return extractFile(tools, destDir, stream, entry, key);
+}
+
+struct MetSignature {
+  long offset = kNoSignature;
+  OwnedText hex;
+};
+
+// Entry after entry; kEntryDone at the end of the archive.
+int extractEntries(const char* unpack200Tool, const char* archivePath, const char* destDir,
+                   MetSignature& signature, Rsa_key* key) {
+  const OwnedFile archive(std::fopen(archivePath, "rb"));
+  if (!archive) {
+    logMessage("[ExtractArchive] Failed to extract archive - couldn't open file %s\n", archivePath);
+    return kExitFailure;
+  }
+  // Without the LZMA tool: inside an archive the suffixes mean nothing.
+  const Tools tools{nullptr, unpack200Tool};
+  char* hex = nullptr;
+  int result = kEntryDone;
+  while (result == kEntryDone)
+    result = extractEntry(tools, destDir, archive.get(), &signature.offset, &hex, key);
+  signature.hex.reset(hex);
+  if (result != kEndOfArchive) return result;
+  logMessage("[ExtractArchive] Done extracting archive.\n");
+  return kEntryDone;
+}
+
+int extractWholeArchive(const char* unpack200Tool, const char* archivePath, const char* destDir,
+                        Rsa_key* key) {
+  logMessage("[ExtractArchive] Extracting archive %s into %s\n", archivePath, destDir);
+  MetSignature signature;
+  const int result = extractEntries(unpack200Tool, archivePath, destDir, signature, key);
+  if (result != kEntryDone) return result;
+
+  // Asked of the text: an offset of -1 in a signature block must not make the archive an unsigned
+  // one.
+  if (signature.hex)
+    verifyArchive(archivePath, destDir, signature.offset, signature.hex.get(), key);
+  std::remove(archivePath);
+  return kEntryDone;
+}
+
+}  // namespace
+
+int extractArchiveFileCheckSignature(const char* lzmaTool, const char* unpack200Tool,
+                                     const char* destDir, std::FILE* stream, long* signatureOffset,
+                                     char** signatureHex, Rsa_key* key) {
+  return endOrReturn(
+      extractEntry({lzmaTool, unpack200Tool}, destDir, stream, signatureOffset, signatureHex, key));
+}
+
+int extractArchiveFileIgnoreSignature(const char* lzmaTool, const char* unpack200Tool,
+                                      const char* destDir, std::FILE* stream, Rsa_key* key) {
+  long offset = kNoSignature;
+  return extractArchiveFileCheckSignature(lzmaTool, unpack200Tool, destDir, stream, &offset,
+                                          nullptr, key);
+}
+
+int extractArchive(const char* unpack200Tool, const char* archivePath, const char* destDir,
+                   Rsa_key* key) {
+  return endOrReturn(extractWholeArchive(unpack200Tool, archivePath, destDir, key));
+}
+
+}  // namespace quillory

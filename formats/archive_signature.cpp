@@ -1,0 +1,218 @@
+#include "formats/archive_signature.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "formats/keccak.h"
+#include "formats/mixed_hash.h"
+#include "formats/patient_reader.h"
+#include "formats/record_stream.h"
+#include "formats/text_encodings.h"
+#include "support/exit_status.h"
+#include "support/files.h"
+#include "support/log.h"
+#include "support/owned.h"
+
+namespace quillory {
+namespace {
+
+constexpr const char* kMixedName = "mixed";
+constexpr int kDigestLength = 64;
+constexpr int kSaltLength = 64;
+constexpr int kLoggedDigestLength = 32;
+
+constexpr std::string_view kBlockName = "qyArcSpBlock_DigitalSignature1";
+constexpr int kCheckedHexCapacity = 4096;
+constexpr std::size_t kChunkLength = 50'000;
+
+using Digest = std::unique_ptr<unsigned char, HeapFreer>;
+
+const ltc_hash_descriptor* findMixed() {
+  const int index = find_hash(kMixedName);
+  return index < 0 ? nullptr : &hash_descriptor[index];
+}
+
+void logStars() { logMessage("%s\n", std::string(71, '*').c_str()); }
+
+OwnedFile openArchive(const char* path) {
+  OwnedFile archive(std::fopen(path, "rb"));
+  if (!archive) {
+    logMessage("[ExtractArchive] Failed to extract archive - couldn't open file %s\n", path);
+    std::exit(kExitFailure);
+  }
+  return archive;
+}
+
+// The block's "Signature Hex", with a log line for each record that is not what it was or should
+// be.
+std::string readBlockAgain(std::FILE* archive, long offset, const char* hexBefore) {
+  std::fseek(archive, offset, SEEK_SET);  // A place that cannot be reached shows in the records.
+  readInt(archive, "Signature Check File Type");
+  const std::string name = readText(archive, "Signature Check ASB name");
+  readInt(archive, "ASB Length");
+  const long length = readLong(archive, "Signature Length");
+  const std::string hex = readText(archive, "Signature Hex", kCheckedHexCapacity);
+
+  constexpr const char* kMismatch =
+      "[ExtractArchive] Archive INVALID.  Archive signature did not match place in file (%s "
+      "mismatch)\n";
+  if (name != kBlockName) logMessage(kMismatch, "asb name");
+  if (length != offset) logMessage(kMismatch, "len");
+  if (hex != hexBefore) logMessage(kMismatch, "sig");
+  return hex;
+}
+
+std::vector<unsigned char> bytesOf(const std::string& hex) {
+  std::vector<unsigned char> bytes(hex.size() / 2 + 2);
+  const int count = hexToBytes(bytes.data(), static_cast<int>(bytes.size()), hex.c_str());
+  bytes.resize(static_cast<std::size_t>(count));
+  logMessage("[ExtractArchive] Produced a signature of length %d\n", count);
+  return bytes;
+}
+
+void hashRegion(std::FILE* archive, long length, std::vector<char>& buffer, Hash_state* state) {
+  PatientReader reader(archive, "the signed part of the archive");
+  std::size_t remaining = length < 0 ? 0 : static_cast<std::size_t>(length);
+  while (remaining > 0) {
+    const std::size_t count = reader.read(buffer.data(), std::min(remaining, buffer.size()));
+    updateHash(state, reinterpret_cast<const unsigned char*>(buffer.data()),
+               static_cast<int>(count));
+    remaining -= count;
+  }
+}
+
+// Null when the library cannot make a digest.
+Digest digestOfRegion(std::FILE* archive, long length, std::vector<char>& buffer) {
+  logMessage("[ExtractArchive] Starting hash...\n");
+  Hash_state state;
+  std::memset(&state, 0, sizeof(state));
+  initHash(&state);  // Without the hash there is no digest, and so no signature that holds.
+  logMessage("[ExtractArchive] Seeking to start of data...\n");
+  std::fflush(archive);
+  if (std::fseek(archive, 0, SEEK_SET) == 0) {
+    logMessage("[ExtractArhive] At start of file.\n");  // Spelled so in every log there is.
+  } else {
+    logMessage("[ExtractArchive] fseek() Error?!\n");
+  }
+  hashRegion(archive, length, buffer, &state);
+  logMessage("[ExtractArchive] Completed hash\n");
+
+  Digest digest(doFinal(&state));
+  if (digest) {
+    std::array<char, 2 * kLoggedDigestLength + 1> text;
+    bytesToHex(text.data(), digest.get(), kLoggedDigestLength);
+    logMessage("[ExtractArchive] Produced hash: %s\n", text.data());
+  }
+  return digest;
+}
+
+// deleteFolder() leaves two-character dot names alone; a rejected archive leaves nothing.
+void deleteWhatIsLeft(const char* folder) {
+  std::error_code ignored;
+  for (std::filesystem::directory_iterator entry(folder, ignored), end; entry != end;
+       entry.increment(ignored)) {
+    removeTree(entry->path().c_str());
+  }
+}
+
+void reject(const char* destDir) {
+  logStars();
+  logMessage("[ExtractArchive] ERROR - unable to verify signature of hash of archive.\n");
+  logMessage("[ExtractArchive] Quillory will disregard this update.\n");
+  deleteFolder(destDir);
+  deleteWhatIsLeft(destDir);
+  logStars();
+}
+
+}  // namespace
+
+bool initHash(Hash_state* state) {
+  for (const ltc_hash_descriptor* descriptor :
+       {&mixed_descriptor, &sha256_desc, &sha3_256_descriptor}) {
+    if (register_hash(descriptor) != -1) continue;
+    std::printf("WARNING: Error registering mixed hash");
+    return false;
+  }
+  const ltc_hash_descriptor* mixed = findMixed();
+  return mixed != nullptr && mixed->init(state) == CRYPT_OK;
+}
+
+bool updateHash(Hash_state* state, const unsigned char* data, int length) {
+  const ltc_hash_descriptor* mixed = findMixed();
+  if (mixed == nullptr || length < 0) return false;
+  return mixed->process(state, data, static_cast<unsigned long>(length)) == CRYPT_OK;
+}
+
+unsigned char* doFinal(Hash_state* state) {
+  const ltc_hash_descriptor* mixed = findMixed();
+  if (mixed == nullptr) return nullptr;
+  Digest digest(static_cast<unsigned char*>(std::calloc(kDigestLength, 1)));
+  if (!digest || mixed->done(state, digest.get()) != CRYPT_OK) return nullptr;
+  return digest.release();
+}
+
+Rsa_key* loadDEREncodedPublicKey(const unsigned char* der, int length) {
+  ltc_mp = ltm_desc;
+  std::unique_ptr<Rsa_key, HeapFreer> key(static_cast<Rsa_key*>(std::calloc(1, sizeof(Rsa_key))));
+  const bool isImported =
+      key && length > 0 &&
+      rsa_import(der, static_cast<unsigned long>(length), key.get()) == CRYPT_OK;
+  if (isImported) return key.release();
+  std::printf("ERROR - unable to import public key.\n");
+  return nullptr;
+}
+
+void freePublicKey(Rsa_key* key) {
+  if (key == nullptr) return;
+  rsa_free(key);
+  std::free(key);
+}
+
+bool verifySignature(const unsigned char* signature, int signatureLength, const unsigned char* hash,
+                     Rsa_key* key) {
+  // Without a key nothing can be verified, and the library would end the process.
+  if (key == nullptr) return false;
+  int status = -1;
+  const int error = signatureLength < 1
+                        ? CRYPT_INVALID_PACKET
+                        : rsa_verify_hash_ex(signature, static_cast<unsigned long>(signatureLength),
+                                             hash, kDigestLength, LTC_PKCS_1_PSS,
+                                             find_hash(kMixedName), kSaltLength, &status, key);
+  if (error != CRYPT_OK) {
+    std::printf("ERROR - signature verification failed.\n");
+    return false;
+  }
+  return status == 1;
+}
+
+bool verifyArchive(const char* archivePath, const char* destDir, long signatureOffset,
+                   const char* signatureHex, Rsa_key* key) {
+  logMessage("[ExtractArchive] Pre-Alloc\n");
+  std::vector<char> buffer(kChunkLength);
+  logMessage("[ExtractArchive] Post-Alloc\n");
+  OwnedFile archive = openArchive(archivePath);
+  const std::vector<unsigned char> signature =
+      bytesOf(readBlockAgain(archive.get(), signatureOffset, signatureHex));
+  const Digest digest = digestOfRegion(archive.get(), signatureOffset, buffer);
+  archive.reset();
+
+  if (key == nullptr) logMessage("[ExtractArchive] There is no public key to verify with.\n");
+  // A negative offset signs nothing, not even an empty archive.
+  const bool holds =
+      signatureOffset >= 0 && digest &&
+      verifySignature(signature.data(), static_cast<int>(signature.size()), digest.get(), key);
+  if (!holds) {
+    reject(destDir);
+    return false;
+  }
+  logMessage("[ExtractArchive] Archive signature verified.\n");
+  return true;
+}
+
+}  // namespace quillory

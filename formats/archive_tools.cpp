@@ -1,0 +1,53 @@
+#include "formats/archive_tools.h"
+
+#include <memory>
+
+#include "formats/archive_output.h"
+#include "java/spawner.h"
+#include "support/files.h"
+#include "support/log.h"
+
+namespace quillory {
+namespace {
+
+constexpr std::size_t kLzmaSuffixLength = 3;  // ".l2"
+
+struct SpawnerDeleter {
+  void operator()(Spawner* spawner) const { deleteSpawner(spawner); }
+};
+
+// Tools are judged by what they leave behind, not by their status.
+template <typename... Arguments>
+void runTool(const char* tool, Arguments... arguments) {
+  const std::unique_ptr<Spawner, SpawnerDeleter> spawner(createSpawner());
+  setSpawnerExe(spawner.get(), tool);
+  (addSpawnerArg(spawner.get(), arguments), ...);
+  runSpawnerAndWait(spawner.get());
+}
+
+}  // namespace
+
+bool unpackPack200(const char* tool, const std::string& packed, const std::string& unpacked) {
+  // A link must not be written through, and an older file not be taken for what the tool has made.
+  removeFileOrLink(unpacked);
+  if (tool != nullptr) runTool(tool, packed.c_str(), unpacked.c_str());
+  if (!doesFileExist(unpacked.c_str())) {
+    logMessage("\t[ExtractArchiveFile] ERROR: unpack200 (%s) does not exist!\n", unpacked.c_str());
+    return false;
+  }
+  removeFileOrLink(packed);
+  return true;
+}
+
+std::string decompressLzma(const char* tool, const std::string& compressed) {
+  logMessage("\t[ExtractArchiveFile] Requires un-LZMA\n");
+  const std::string plain = compressed.substr(0, compressed.size() - kLzmaSuffixLength);
+  logMessage("\t[ExtractArchiveFile] Created outpath %s and spawning\n", plain.c_str());
+  removeFileOrLink(plain);
+  runTool(tool, "d", compressed.c_str(), plain.c_str());
+  removeFileOrLink(compressed);
+  logMessage("\t[ExtractArchiveFile] Finished decompressing\n");
+  return plain;
+}
+
+}  // namespace quillory
