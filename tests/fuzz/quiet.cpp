@@ -1,0 +1,14 @@
+#include "tests/fuzz/quiet.h"
+
+#include <cstdio>
+
+#include "support/log.h"
+
+namespace quillory::fuzz {
+
+void silence() {
+  logCalls.systemLog = +[](const char*) {};
+  if (std::freopen("/dev/null", "w", stdout) == nullptr) std::abort();
+}
+
+}  // namespace quillory::fuzz
