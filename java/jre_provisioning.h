@@ -2,6 +2,7 @@
 #pragma once
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 #include "formats/archive_signature.h"
 #include "formats/property_block.h"
@@ -16,23 +17,29 @@ struct JreRequest {
   std::string updateUrl;            ///< effective, with its final '/'
   std::string versionFileFolder;    ///< where the version file is stored: the updater's folder
   std::string lzmaTool;
-  std::string caCerts;              ///< override trust store; need not exist
+  std::string caCerts;  ///< override trust store; need not exist
   std::string sharedConfigFolder;
-  std::FILE* tail = nullptr;        ///< stands on the JRE's entry, where there is one
-  Rsa_key* key = nullptr;           ///< may be null
-  bool isSilent = false;            ///< also for a prepare-only run
+  std::FILE* tail = nullptr;  ///< stands on the JRE's entry, where there is one
+  Rsa_key* key = nullptr;     ///< may be null
+  bool isSilent = false;      ///< also for a prepare-only run; then no splash call is made
   bool isAutoTest = false;
   /// For the compatibility class of the installed updater (see launch_flow.h).
   const PropertyBlock* properties = nullptr;
   int argCount = 0;
   char** args = nullptr;
-  std::string tailUpdateUrl;        ///< the tail's "Update URL" text
+  std::string tailUpdateUrl;  ///< the tail's "Update URL" text
   const char* dynamicUpdateUrl = nullptr;
   std::string absoluteExePath;
 };
 
 /// Provides the JRE, completes it (bundle shape, trust store, modes) and returns the path of its
 /// bundle. Ends the process with status 1 when there is no JRE to be had.
+///
+/// The JRE of the tail is always installed, over what is there. Without one, a healthy JRE of that
+/// name that is installed is used; else a system JRE is copied; else one is downloaded.
 std::string provisionJre(const JreRequest& request);
+
+/// Whether `text` stays inside its folder as part of a folder's name.
+bool isFolderNamePart(std::string_view text);
 
 }  // namespace quillory

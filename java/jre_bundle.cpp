@@ -1,0 +1,213 @@
+#include "java/jre_bundle.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/files.h"
+#include "support/log.h"
+#include "support/strings.h"
+
+namespace quillory {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kExecutableForEveryone = 0111;
+
+// The steps are those of a handful of shell commands, whose texts are what a log shows. They are
+// carried out without a shell: a folder name may hold whatever a shell would expand.
+void logCommand(const std::string& command) { logMessage("[LNS] Running %s\n", command.c_str()); }
+
+std::string quoted(const std::string& path) { return '"' + path + '"'; }
+
+bool isLink(const std::string& path) {
+  std::error_code ignored;
+  return fs::is_symlink(path, ignored);
+}
+
+bool isRealFolder(const std::string& path) { return !isLink(path) && isFolder(path.c_str()); }
+
+bool isHidden(const std::string& name) { return name.front() == '.'; }
+
+// Names in a folder, in byte order; none when it cannot be read.
+std::vector<std::string> namesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error))
+    names.push_back(entry->path().filename().string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::string linkTarget(const std::string& path) {
+  std::error_code ignored;
+  return fs::read_symlink(path, ignored).string();
+}
+
+// The path without the suffix, or "" when it does not end so.
+std::string aliasOf(std::string_view bundle) {
+  if (!bundle.ends_with(kBundleSuffix)) return "";
+  bundle.remove_suffix(sizeof kBundleSuffix - 1);
+  return bundle.ends_with('/') ? "" : std::string(bundle);
+}
+
+void moveInto(const std::string& folder, const std::string& name, const std::string& target) {
+  const std::string from = folder + '/' + name;
+  const std::string to = target + '/' + name;
+  // What is being provisioned replaces what is there, also a filled folder.
+  if (std::rename(from.c_str(), to.c_str()) == 0) return;
+  removeTree(to.c_str());
+  (void)std::rename(from.c_str(), to.c_str());
+}
+
+// A Java home without a bundle around it, as the copy of a system JRE can be, gets one.
+void wrapPlainHome(const std::string& bundle) {
+  const std::string contents = bundle + "/Contents";
+  const std::string home = contents + "/Home";
+  if (isLink(home) || isFolder(home.c_str())) return;
+  if (access((bundle + "/bin/java").c_str(), F_OK) != 0) return;
+  logMessage("[OSX JRE] %s is a Java home, making a bundle of it\n", bundle.c_str());
+  makeDir(contents.c_str());
+  makeDir((contents + "/MacOS").c_str());
+  makeDir(home.c_str());
+  for (const std::string& name : namesIn(bundle))
+    if (name != "Contents") moveInto(bundle, name, home);
+}
+
+// The one entry of Contents/MacOS, and what it links to.
+struct Executable {
+  std::string folder;
+  std::string path;        // empty without exactly one entry
+  bool isMissing = false;  // the folder is there, and empty
+  std::string quotedPath;
+  std::string target;  // empty when it is no link
+};
+
+Executable findExecutable(const std::string& bundle) {
+  const std::string folder = bundle + "/Contents/MacOS";
+  logCommand("ls " + quoted(folder));
+  std::vector<std::string> names = namesIn(folder);
+  std::erase_if(names, isHidden);
+  std::string listing;
+  for (const std::string& name : names) listing += (listing.empty() ? "" : "\n") + name;
+  logMessage("[LNS] Got executable name: %s\n", listing.c_str());
+
+  Executable executable;
+  executable.folder = folder;
+  executable.isMissing = names.empty() && isRealFolder(folder);
+  executable.quotedPath = quoted(folder + '/' + listing);
+  // Which of several is the executable cannot be told: they stay as they are.
+  if (names.size() == 1) executable.path = folder + '/' + listing;
+  logCommand("/usr/bin/readlink " + executable.quotedPath);
+  if (!executable.path.empty()) executable.target = linkTarget(executable.path);
+  logMessage("[LNS] Got target path: %s\n", executable.target.c_str());
+  return executable;
+}
+
+std::string findHome(const std::string& bundle) {
+  const std::string home = bundle + "/Contents/Home";
+  const std::string subJre = home + "/jre";
+  if (doesFileExist(subJre.c_str()) || isLink(subJre)) {
+    logMessage("[LNS] Detected subJRE in JDK bundle\n");
+    return subJre;
+  }
+  logMessage("[LNS] Detected JRE bundle\n");
+  return home;
+}
+
+// Afterwards `home` is a link to `alias`, which holds what was in it; hidden entries are dropped.
+// A home that is a link already was moved before: nothing is moved or removed through it.
+void moveHome(const std::string& home, const std::string& alias) {
+  const bool hasContent = isRealFolder(home);
+  const std::vector<std::string> names = hasContent ? namesIn(home) : std::vector<std::string>();
+
+  logCommand("mv " + quoted(home) + "/* " + quoted(alias));
+  for (const std::string& name : names)
+    if (!isHidden(name)) moveInto(home, name, alias);
+
+  logCommand("rm " + quoted(home) + "/.* ");
+  for (const std::string& name : names)
+    if (isHidden(name)) removeTree((home + '/' + name).c_str());
+
+  logCommand("rmdir " + quoted(home));
+  if (hasContent) rmdir(home.c_str());
+
+  logCommand("ln -s " + quoted(alias) + ' ' + quoted(home));
+  // A link from elsewhere, as after the whole folder was moved, is made anew.
+  if (isLink(home)) unlink(home.c_str());
+  (void)!symlink(alias.c_str(), home.c_str());
+}
+
+// What the bundle's executable shall link to, or "".
+std::string chooseTarget(const Executable& executable, const std::string& alias) {
+  if (!executable.target.empty()) return executable.target;
+  for (const char* const library : {"/lib/libnpjp2.dylib", "/lib/jli/libjli.dylib"})
+    if (doesFileExist((alias + library).c_str())) return alias + library;
+  return "";
+}
+
+void relinkExecutable(const Executable& executable, const std::string& alias) {
+  logCommand("rm " + executable.quotedPath);
+  if (!executable.path.empty() && !isRealFolder(executable.path)) unlink(executable.path.c_str());
+
+  const std::string target = chooseTarget(executable, alias);
+  if (target.empty()) {
+    logMessage("[WARNING] Unable to find a link target for the JRE bundle!\n");
+    return;
+  }
+  if (executable.path.empty() && !executable.isMissing) return;
+  logCommand("ln -s " + quoted(target) + ' ' + executable.quotedPath);
+  // A link that is made in a folder gets the name of its target.
+  const fs::path link = executable.isMissing
+                            ? fs::path(executable.folder) / fs::path(target).filename()
+                            : fs::path(executable.path);
+  (void)!symlink(target.c_str(), link.c_str());
+}
+
+void makeSpawnHelperExecutable(const std::string& alias) {
+  const std::string helper = alias + "/lib/jspawnhelper";
+  logCommand("chmod a+x " + quoted(helper));
+  struct stat info = {};
+  if (stat(helper.c_str(), &info) == 0)
+    chmod(helper.c_str(), info.st_mode | kExecutableForEveryone);
+}
+
+}  // namespace
+
+char* initOSXJRE(const char* bundlePath) {
+  const std::string bundle = bundlePath;
+  const std::string alias = aliasOf(bundle);
+  if (alias.empty()) {
+    logError("[OSX JRE] %s is no JRE bundle\n", bundlePath);
+    return allocCopy(bundlePath);
+  }
+  logStartSection("OSX JRE initialisation");
+  logMessage("[OSX JRE] Alias JRE path is %s\n", alias.c_str());
+  wrapPlainHome(bundle);
+  const Executable executable = findExecutable(bundle);
+  makeDir(alias.c_str());
+  moveHome(findHome(bundle), alias);
+  relinkExecutable(executable, alias);
+  makeSpawnHelperExecutable(alias);
+  logEndSection("OSX JRE initialisation");
+  return allocCopy(alias.c_str());
+}
+
+void dismantleOSXJRE(const char* bundlePath) {
+  const std::string alias = aliasOf(bundlePath);
+  if (alias.empty()) return;
+  const bool existed = isRealFolder(bundlePath);
+  removeTree(bundlePath);
+  removeTree(alias.c_str());
+  if (existed) mkdir(bundlePath, 0777);
+}
+
+}  // namespace quillory

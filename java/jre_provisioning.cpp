@@ -1,0 +1,145 @@
+#include "java/jre_provisioning.h"
+
+#include <cstdlib>
+
+#include "formats/archive.h"
+#include "formats/downloads.h"
+#include "java/jre_bundle.h"
+#include "java/jre_download.h"
+#include "java/jre_inspection.h"
+#include "java/jre_search.h"
+#include "launcher/install_locations.h"
+#include "support/exit_status.h"
+#include "support/files.h"
+#include "support/log.h"
+#include "support/owned.h"
+#include "support/paths.h"
+
+namespace quillory {
+namespace {
+
+constexpr char kOfflineSection[] = "Extracting Offline JRE";
+constexpr char kOnlineSection[] = "Setting up online JRE";
+
+std::string finalFolder(const JreRequest& request, const std::string& version) {
+  char folder[kPathCapacity];
+  return makeAppFolder(folder, request.masterFolder.c_str(), request.jreName.c_str(),
+                       version.c_str());
+}
+
+void requireFolderNames(const JreRequest& request) {
+  if (isFolderNamePart(request.jreName) && isFolderNamePart(request.embeddedVersion)) return;
+  logError("[Extractor] JRE name '%s' or version '%s' cannot be part of a folder name\n",
+           request.jreName.c_str(), request.embeddedVersion.c_str());
+  std::exit(kExitFailure);
+}
+
+// What every JRE gets, however it came, and also one that was there before.
+std::string completeJre(const JreRequest& request, const std::string& bundle,
+                        const std::string& alias) {
+  logMessage("[Extractor] JRE setup. Overriding cacerts.\n");
+  overrideCACerts(request.caCerts.c_str(), alias.c_str());
+  chmod777(bundle.c_str());
+  logMessage("[Extractor] Ensuring JRE bin is writable.\n");
+  // A bundle has no "bin" of its own; one that does gets it opened too.
+  chmod777((bundle + "/bin").c_str());
+  return bundle;
+}
+
+std::string prepareAndComplete(const JreRequest& request, const std::string& bundle) {
+  const OwnedText alias(initOSXJRE(bundle.c_str()));
+  return completeJre(request, bundle, alias.get());
+}
+
+// Moves the JRE in `temporary` into place, over what is there.
+std::string installJre(const JreRequest& request, const std::string& temporary,
+                       const std::string& folder) {
+  const std::string bundle = folder + kBundleSuffix;
+  // An archive whose signature did not hold leaves nothing. That is moved into place like any JRE
+  // (the next start finds it broken and tries again), but not at the price of one that works.
+  if (!holdsJava(temporary.c_str()) && holdsJava(folder.c_str())) {
+    logError("[Extractor] No usable JRE was extracted, keeping the one in %s\n", folder.c_str());
+    removeTree(temporary.c_str());
+    return prepareAndComplete(request, bundle);
+  }
+  dismantleOSXJRE(bundle.c_str());
+  doRename(temporary.c_str(), bundle.c_str());
+  logMessage("[Extractor] Renamed JRE folder to %s\n", bundle.c_str());
+  return prepareAndComplete(request, bundle);
+}
+
+void extractFromTail(const JreRequest& request, const std::string& folder) {
+  const OwnedText unpack200(getUnpack200Executable(folder.c_str()));
+  logMessage("[Extractor] UP200 path is %s\n", unpack200.get());
+  logMessage("[Extractor] Extracting JRE archive...\n");
+  long signatureOffset = -1;
+  char* signatureHex = nullptr;
+  extractArchiveFileCheckSignature(request.lzmaTool.c_str(), unpack200.get(), folder.c_str(),
+                                   request.tail, &signatureOffset, &signatureHex, request.key);
+  std::free(signatureHex);
+  logMessage("[Extractor] Extracted JRE %s\n", request.jreName.c_str());
+}
+
+std::string provideOffline(const JreRequest& request) {
+  logStartSection(kOfflineSection);
+  logMessage("[Extractor] We want to query the JRE version to enable proxy detection.\n");
+  downloadVersionFile(request.versionFileFolder.c_str(), request.updateUrl.c_str(),
+                      request.jreName.c_str());
+  char buffer[kPathCapacity];
+  const std::string temporary = makeAppTempFolder(buffer, request.masterFolder.c_str());
+  makeDir(temporary.c_str());
+  const std::string folder = finalFolder(request, request.embeddedVersion);
+  logMessage("[Extractor] Offline installer - no need to download JRE, will extract\n");
+  extractFromTail(request, temporary);
+  logMessage("[Extractor] Regenerating jsa...\n");
+  regenerateSharedArchive(temporary.c_str());
+  logEndSection(kOfflineSection);
+  return installJre(request, temporary, folder);
+}
+
+// The path of an installed JRE that a start would accept, or "".
+std::string findHealthyJre(const JreRequest& request) {
+  const OwnedText newest(
+      pickAndAllocLatestFromMaster(request.masterFolder.c_str(), request.jreName.c_str()));
+  if (newest == nullptr) return "";
+  std::string folder = request.masterFolder + '/' + newest.get();
+  return isHealthyJre(folder.c_str()) ? folder : "";
+}
+
+std::string useInstalled(const JreRequest& request, const std::string& folder) {
+  logMessage("[Extractor] Using the installed JRE %s\n", folder.c_str());
+  // Killed between its move into place and its preparation, a plain Java home stands there as a
+  // bundle without its alias.
+  if (folder.ends_with(kBundleSuffix)) return prepareAndComplete(request, folder);
+  return completeJre(request, folder + kBundleSuffix, folder);
+}
+
+std::string provideOnline(const JreRequest& request) {
+  logStartSection(kOnlineSection);
+  logMessage(
+      "[Extractor] Online installer - no stored JRE, will check for compatible system JRE\n");
+  DownloadedJre jre = {kSystemJreVersion, copySystemJre(request)};
+  if (jre.folder.empty()) jre = downloadJre(request);
+  logMessage("[JREDownload] Finalising setup of new JRE %s\n", jre.version.c_str());
+  const std::string folder = finalFolder(request, jre.version);
+  logEndSection(kOnlineSection);
+  return installJre(request, jre.folder, folder);
+}
+
+}  // namespace
+
+bool isFolderNamePart(std::string_view text) {
+  return text != ".." && text.find('/') == std::string_view::npos &&
+         text.find('\0') == std::string_view::npos;
+}
+
+std::string provisionJre(const JreRequest& request) {
+  logMessage("[Extractor] Setting up a JRE\n");
+  requireFolderNames(request);
+  if (!request.embeddedVersion.empty()) return provideOffline(request);
+  const std::string healthy = findHealthyJre(request);
+  if (!healthy.empty()) return useInstalled(request, healthy);
+  return provideOnline(request);
+}
+
+}  // namespace quillory

@@ -1,0 +1,175 @@
+#include "java/jre_search.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <initializer_list>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "java/command_output.h"
+#include "java/jre_inspection.h"
+#include "java/launch_flow.h"
+#include "launcher/install_locations.h"
+#include "support/exit_status.h"
+#include "support/files.h"
+#include "support/log.h"
+#include "support/owned.h"
+#include "support/paths.h"
+#include "support/process.h"
+#include "support/strings.h"
+
+namespace quillory {
+
+SystemJrePlaces systemJrePlaces = {"/Library/Internet Plug-Ins/JavaAppletPlugin.plugin",
+                                   "/opt/JRE_QYAutoTest/Contents/Home/bin/java"};
+
+namespace {
+
+// More links in a row than any system follows: relative targets are taken as they are read, and
+// could lead in circles here where the system's own search did not.
+constexpr int kMaxLinks = 64;
+
+struct SystemJre {
+  std::string folder;
+  std::string java;
+  std::string unpack200;
+};
+
+SystemJre jreWithToolsIn(const std::string& folder, const char* toolFolder) {
+  const std::string tools = folder + toolFolder;
+  SystemJre jre = {folder, tools + "/java", tools + "/unpack200"};
+  logMessage("[JRESearch] Looking at JRE %s\n", jre.java.c_str());
+  return jre;
+}
+
+bool isAcceptable(const SystemJre& jre, const std::string& requiredVersion) {
+  return doesFileExist(jre.java.c_str()) && doesFileExist(jre.unpack200.c_str()) &&
+         jreMatchesVersionRequirement(jre.java.c_str(), requiredVersion.c_str());
+}
+
+// The `java` to begin with, "" when the path has none; nothing when that could not be found out.
+std::optional<std::string> findJava(bool isAutoTest) {
+  if (isAutoTest) {
+    logMessage("AutoTesting - will fake possible jave exe to '%s'\n", systemJrePlaces.autoTestJava);
+    return systemJrePlaces.autoTestJava;
+  }
+  const OwnedText answer(runCommandGetOutput("sh -c \"which java\""));
+  if (answer == nullptr) return std::nullopt;
+  return answer.get();
+}
+
+std::string followLinks(std::string path) {
+  for (int i = 0; i < kMaxLinks; ++i) {
+    std::error_code error;
+    const std::string target = std::filesystem::read_symlink(path, error).string();
+    if (error) return path;
+    logMessage("[JRESearch] Followed link %s -> %s\n", path.c_str(), target.c_str());
+    path = target;
+  }
+  return path;
+}
+
+std::optional<SystemJre> findAcceptableJre(const JreRequest& request) {
+  const std::optional<std::string> java = findJava(request.isAutoTest);
+  if (!java) return std::nullopt;
+  logMessage("[JRESearch] 'which java' returned '%s'\n", java->c_str());
+
+  SystemJre jre;
+  const std::string folder = jreFolderOfJava(*java);
+  // Without a folder no path is built: "/bin/java" would be a JRE that nobody named.
+  if (!folder.empty()) jre = jreWithToolsIn(folder, "/bin");
+  if (folder.empty() || !isAcceptable(jre, request.requiredJavaVersion)) {
+    logMessage("[JRESearch] A JRE does not seem to exist here.\n");
+    jre = jreWithToolsIn(systemJrePlaces.appletPlugin, "/Contents/Home/bin");
+  }
+  // Whichever it is now is examined, the version check included, also when it just was.
+  if (!isAcceptable(jre, request.requiredJavaVersion)) {
+    logMessage("[JRESearch] JRE does not exist or does not have unpack200\n");
+    return std::nullopt;
+  }
+  logMessage("[JRESearch] JRE unpack200 exists %s\n", jre.unpack200.c_str());
+  return jre;
+}
+
+// Asks the compatibility class of the newest updater.
+bool isCompatible(const JreRequest& request, const SystemJre& jre) {
+  const OwnedText updater(pickAndAllocLatestFromMaster(request.masterFolder.c_str(), kUpdaterName));
+  if (updater == nullptr) {
+    logMessage(
+        "[JRESearch] ****************************** No latest App version even after download!\n");
+    std::exit(kExitFailure);
+  }
+  return checkAppJreCompatibility(request.masterFolder.c_str(), *request.properties,
+                                  request.argCount, request.args, updater.get(),
+                                  request.tailUpdateUrl.c_str(), request.dynamicUpdateUrl,
+                                  jre.java.c_str(), request.absoluteExePath.c_str());
+}
+
+void runWithoutShell(std::vector<std::string> words) {
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  pid_t child = 0;
+  if (processCalls.spawn(&child, arguments[0], arguments.data(), getEnvP()) != 0) return;
+  int status = 0;
+  while (processCalls.waitFor(child, &status) == -1 && errno == EINTR) {
+  }
+}
+
+// Runs a command of /bin with the words and the quoted paths; its result is not examined.
+void runOnPaths(const std::string& command, std::initializer_list<std::string> words,
+                std::initializer_list<std::string> paths) {
+  std::string line = command;
+  for (const std::string& word : words) line += ' ' + word;
+  for (const std::string& path : paths) line += " \"" + path + '"';
+  logMessage("[JRESearch] Running %s\n", line.c_str());
+  if (std::all_of(paths.begin(), paths.end(), isSafeInShellQuotes)) {
+    processCalls.runShell(line.c_str());
+    return;
+  }
+  std::vector<std::string> arguments = {"/bin/" + command};
+  arguments.insert(arguments.end(), words);
+  arguments.insert(arguments.end(), paths);
+  runWithoutShell(std::move(arguments));
+}
+
+}  // namespace
+
+std::string jreFolderOfJava(const std::string& java) {
+  std::string folder = followLinks(java);
+  logMessage("[JRESearch] Searching for 'bin' occurrence\n");
+  // The last one anywhere, inside a word too: links lead to "java" in all kinds of places.
+  const std::size_t bin = folder.rfind("bin");
+  logMessage("[JRESearch] Done searching for 'bin'\n");
+  if (bin != std::string::npos) {
+    folder.resize(bin);
+    logMessage("[JRESearch] Trimmed possibleJavaExe is %s\n", folder.c_str());
+    if (folder.ends_with('/')) {
+      folder.pop_back();
+      logMessage("[JRESearch] Removed final slash: possibleJavaExe is %s\n", folder.c_str());
+    }
+  }
+  logMessage("[JRESearch] Final possibleJavaExe is %s\n", folder.c_str());
+  return folder;
+}
+
+std::string copySystemJre(const JreRequest& request) {
+  const std::optional<SystemJre> jre = findAcceptableJre(request);
+  if (!jre) return "";
+  if (!isCompatible(request, *jre)) {
+    logMessage("[JRESearch] JRE failed compatibility test\n");
+    return "";
+  }
+  logMessage("[JRESearch] JRE is valid, copying...\n");
+  // Named, not created: cp would copy into a folder that is there.
+  char copy[kPathCapacity];
+  makeAppTempFolder(copy, request.masterFolder.c_str());
+  runOnPaths("cp", {"-LRf"}, {jre->folder, copy});
+  runOnPaths("chmod", {"-R", "755"}, {std::string(copy) + "/bin"});
+  return copy;
+}
+
+}  // namespace quillory

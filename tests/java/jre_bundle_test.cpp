@@ -1,0 +1,344 @@
+#include "java/jre_bundle.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/owned.h"
+#include "tests/harness/captured_log.h"
+#include "tests/harness/temp_dir.h"
+#include "tests/java/jre_fixture.h"
+
+namespace quillory {
+namespace {
+
+using namespace quillory::testing;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+namespace fs = std::filesystem;
+
+class BundleTest : public ::testing::Test {
+ protected:
+  std::string prepare() { return OwnedText(initOSXJRE(bundle_.c_str())).get(); }
+
+  void writeBundle() {
+    writeJavaHome(home_);
+    writeFile(home_ + "/lib/jli/libjli.dylib", "library");
+    writeFile(bundle_ + "/Contents/Info.plist", "plist");
+    fs::create_directories(bundle_ + "/Contents/MacOS");
+    fs::create_symlink("../Home/lib/jli/libjli.dylib", executable_);
+  }
+
+  std::vector<std::string> commands() const {
+    static constexpr char kTag[] = "[LNS] Running ";
+    std::vector<std::string> found;
+    for (const std::string& message : log_.messages())
+      if (message.starts_with(kTag)) found.push_back(message.substr(sizeof kTag - 1));
+    return found;
+  }
+
+  TempDir dir_;
+  std::string alias_ = dir_ / "Quillory-JRE-8-complete";
+  std::string bundle_ = alias_ + ".plugin";
+  std::string home_ = bundle_ + "/Contents/Home";
+  std::string executable_ = bundle_ + "/Contents/MacOS/libjli.dylib";
+  CapturedLog log_;
+};
+
+using InitOSXJRE = BundleTest;
+using DismantleOSXJRE = BundleTest;
+
+TEST_F(InitOSXJRE, MovesTheHomeToTheAliasAndLinksToIt) {
+  writeBundle();
+  EXPECT_EQ(prepare(), alias_);
+  EXPECT_THAT(listTree(dir_.str()),
+              ElementsAreArray({
+                  std::string("Quillory-JRE-8-complete.plugin/"),
+                  std::string("Quillory-JRE-8-complete.plugin/Contents/"),
+                  "Quillory-JRE-8-complete.plugin/Contents/Home -> " + alias_,
+                  std::string("Quillory-JRE-8-complete.plugin/Contents/Info.plist"),
+                  std::string("Quillory-JRE-8-complete.plugin/Contents/MacOS/"),
+                  std::string("Quillory-JRE-8-complete.plugin/Contents/MacOS/libjli.dylib -> "
+                              "../Home/lib/jli/libjli.dylib"),
+                  std::string("Quillory-JRE-8-complete/"),
+                  std::string("Quillory-JRE-8-complete/bin/"),
+                  std::string("Quillory-JRE-8-complete/bin/java"),
+                  std::string("Quillory-JRE-8-complete/bin/unpack200"),
+                  std::string("Quillory-JRE-8-complete/lib/"),
+                  std::string("Quillory-JRE-8-complete/lib/jli/"),
+                  std::string("Quillory-JRE-8-complete/lib/jli/libjli.dylib"),
+                  std::string("Quillory-JRE-8-complete/lib/jspawnhelper"),
+                  std::string("Quillory-JRE-8-complete/lib/rt.jar"),
+                  std::string("Quillory-JRE-8-complete/lib/security/"),
+                  std::string("Quillory-JRE-8-complete/lib/security/cacerts"),
+              }));
+  EXPECT_EQ(readFile(executable_), "library") << "the relative link leads through the home";
+}
+
+TEST_F(InitOSXJRE, LogsTheCommandsThatItStandsFor) {
+  writeBundle();
+  prepare();
+  const std::string home = '"' + home_ + '"';
+  const std::string executable = '"' + executable_ + '"';
+  EXPECT_THAT(commands(),
+              ElementsAre("ls \"" + bundle_ + "/Contents/MacOS\"\n",
+                          "/usr/bin/readlink " + executable + '\n',
+                          "mv " + home + "/* \"" + alias_ + "\"\n", "rm " + home + "/.* \n",
+                          "rmdir " + home + '\n', "ln -s \"" + alias_ + "\" " + home + '\n',
+                          "rm " + executable + '\n',
+                          "ln -s \"../Home/lib/jli/libjli.dylib\" " + executable + '\n',
+                          "chmod a+x \"" + alias_ + "/lib/jspawnhelper\"\n"));
+}
+
+TEST_F(InitOSXJRE, LogsWhatItFound) {
+  writeBundle();
+  prepare();
+  const std::string text = log_.text();
+  std::size_t at = 0;
+  for (const std::string& part :
+       {std::string("OSX JRE initialisation"), "[OSX JRE] Alias JRE path is " + alias_ + "\n",
+        std::string("[LNS] Running ls "), std::string("[LNS] Got executable name: libjli.dylib\n"),
+        std::string("[LNS] Got target path: ../Home/lib/jli/libjli.dylib\n"),
+        std::string("[LNS] Detected JRE bundle\n"), std::string("[LNS] Running mv "),
+        std::string("[LNS] Running chmod a+x "), std::string("OSX JRE initialisation")}) {
+    at = text.find(part, at);
+    ASSERT_NE(at, std::string::npos) << part;
+    at += part.size();
+  }
+}
+
+TEST_F(InitOSXJRE, KeepsExecuteBitsAndGivesThemToTheSpawnHelper) {
+  writeBundle();
+  fs::permissions(home_ + "/bin/java", fs::perms(0755));
+  fs::permissions(home_ + "/lib/jspawnhelper", fs::perms(0640));
+  prepare();
+  EXPECT_EQ(modeOf(alias_ + "/bin/java"), 0755U);
+  EXPECT_EQ(modeOf(alias_ + "/lib/jspawnhelper"), 0751U);
+}
+
+TEST_F(InitOSXJRE, LeavesTheSameWhenItIsRunTwice) {
+  writeBundle();
+  prepare();
+  const std::vector<std::string> once = listTree(dir_.str());
+  EXPECT_EQ(prepare(), alias_);
+  EXPECT_EQ(listTree(dir_.str()), once);
+  EXPECT_EQ(fs::read_symlink(home_), alias_);
+}
+
+TEST_F(InitOSXJRE, PointsAHomeFromElsewhereAtTheAlias) {
+  writeBundle();
+  prepare();
+  fs::remove(home_);
+  writeFile(dir_ / "elsewhere/precious", "kept");
+  fs::create_directory_symlink(dir_ / "elsewhere", home_);
+  prepare();
+  EXPECT_EQ(fs::read_symlink(home_), alias_);
+  EXPECT_EQ(readFile(dir_ / "elsewhere/precious"), "kept");
+  EXPECT_FALSE(fs::exists(alias_ + "/precious"));
+}
+
+TEST_F(InitOSXJRE, MovesOnlyTheInnerJreOfAJdk) {
+  writeJavaHome(home_ + "/jre");
+  writeFile(home_ + "/bin/javac", "compiler");
+  prepare();
+  EXPECT_TRUE(log_.contains("[LNS] Detected subJRE in JDK bundle\n"));
+  EXPECT_EQ(fs::read_symlink(home_ + "/jre"), alias_);
+  EXPECT_EQ(readFile(home_ + "/bin/javac"), "compiler");
+  EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
+  EXPECT_FALSE(fs::exists(alias_ + "/jre"));
+  EXPECT_TRUE(fs::exists(home_ + "/jre/lib/rt.jar"));
+
+  const std::vector<std::string> once = listTree(dir_.str());
+  prepare();
+  EXPECT_EQ(listTree(dir_.str()), once);
+}
+
+TEST_F(InitOSXJRE, MakesABundleOfAPlainJavaHome) {
+  writeJavaHome(bundle_);
+  prepare();
+  EXPECT_THAT(fs::read_symlink(home_), alias_);
+  EXPECT_TRUE(fs::is_directory(bundle_ + "/Contents/MacOS"));
+  EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
+  EXPECT_TRUE(fs::exists(alias_ + "/lib/rt.jar"));
+  EXPECT_FALSE(fs::exists(bundle_ + "/bin"));
+
+  const std::vector<std::string> once = listTree(dir_.str());
+  prepare();
+  EXPECT_EQ(listTree(dir_.str()), once);
+}
+
+TEST_F(InitOSXJRE, MovesOnlyTheInnerJreOfAPlainJdkHome) {
+  writeJavaHome(bundle_);
+  writeJavaHome(bundle_ + "/jre");
+  prepare();
+  EXPECT_EQ(fs::read_symlink(home_ + "/jre"), alias_);
+  EXPECT_TRUE(fs::exists(home_ + "/bin/java"));
+  EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
+}
+
+TEST_F(InitOSXJRE, DropsHiddenEntriesOfTheHome) {
+  writeBundle();
+  writeFile(home_ + "/.DS_Store", "x");
+  writeFile(home_ + "/.a", "x");
+  writeFile(home_ + "/.cache/deep/file", "x");
+  fs::create_symlink(dir_.path(), home_ + "/.link");
+  prepare();
+  EXPECT_EQ(fs::read_symlink(home_), alias_);
+  EXPECT_FALSE(fs::exists(alias_ + "/.DS_Store"));
+  EXPECT_FALSE(fs::exists(alias_ + "/.a"));
+  EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
+}
+
+TEST_F(InitOSXJRE, ReplacesWhatTheAliasHolds) {
+  writeBundle();
+  writeFile(alias_ + "/lib/old.jar", "old");
+  writeFile(alias_ + "/bin", "a file where a folder comes");
+  prepare();
+  EXPECT_FALSE(fs::exists(alias_ + "/lib/old.jar"));
+  EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
+  EXPECT_EQ(fs::read_symlink(home_), alias_);
+}
+
+TEST_F(InitOSXJRE, LinksAnExecutableThatIsAFileToThePluginLibraryFirst) {
+  writeBundle();
+  fs::remove(executable_);
+  writeFile(executable_, "stub");
+  writeFile(home_ + "/lib/libnpjp2.dylib", "plug-in");
+  prepare();
+  EXPECT_TRUE(log_.contains("[LNS] Got target path: \n"));
+  EXPECT_EQ(fs::read_symlink(executable_), alias_ + "/lib/libnpjp2.dylib");
+}
+
+TEST_F(InitOSXJRE, LinksAnExecutableThatIsAFileToTheLaunchLibraryNext) {
+  writeBundle();
+  fs::remove(executable_);
+  writeFile(executable_, "stub");
+  prepare();
+  EXPECT_EQ(fs::read_symlink(executable_), alias_ + "/lib/jli/libjli.dylib");
+}
+
+TEST_F(InitOSXJRE, WarnsWhenThereIsNothingToLinkTo) {
+  writeBundle();
+  fs::remove(executable_);
+  fs::remove_all(home_ + "/lib/jli");
+  writeFile(executable_, "stub");
+  prepare();
+  EXPECT_TRUE(log_.contains("[WARNING] Unable to find a link target for the JRE bundle!\n"));
+  EXPECT_FALSE(fs::exists(fs::symlink_status(executable_)));
+}
+
+TEST_F(InitOSXJRE, GivesABundleWithoutAnExecutableALinkOfTheTargetsName) {
+  writeBundle();
+  fs::remove(executable_);
+  prepare();
+  EXPECT_TRUE(log_.contains("[LNS] Got executable name: \n"));
+  EXPECT_TRUE(log_.contains("[LNS] Running ln -s \"" + alias_ + "/lib/jli/libjli.dylib\" \"" +
+                            bundle_ + "/Contents/MacOS/\"\n"));
+  EXPECT_THAT(listTree(bundle_ + "/Contents/MacOS"),
+              ElementsAre("libjli.dylib -> " + alias_ + "/lib/jli/libjli.dylib"));
+}
+
+TEST_F(InitOSXJRE, MakesNoFolderForAnExecutable) {
+  writeBundle();
+  fs::remove_all(bundle_ + "/Contents/MacOS");
+  prepare();
+  EXPECT_FALSE(fs::exists(bundle_ + "/Contents/MacOS"));
+  EXPECT_EQ(fs::read_symlink(home_), alias_);
+}
+
+TEST_F(InitOSXJRE, LeavesSeveralExecutablesAsTheyAre) {
+  writeBundle();
+  writeFile(bundle_ + "/Contents/MacOS/another", "x");
+  prepare();
+  EXPECT_TRUE(log_.contains("[LNS] Got executable name: another\nlibjli.dylib\n"));
+  EXPECT_THAT(listTree(bundle_ + "/Contents/MacOS"),
+              ElementsAre("another", "libjli.dylib -> ../Home/lib/jli/libjli.dylib"));
+}
+
+TEST_F(InitOSXJRE, DoesNotCountHiddenExecutables) {
+  writeBundle();
+  writeFile(bundle_ + "/Contents/MacOS/.DS_Store", "x");
+  prepare();
+  EXPECT_TRUE(log_.contains("[LNS] Got executable name: libjli.dylib\n"));
+}
+
+TEST_F(InitOSXJRE, GoesOnWithoutAHome) {
+  fs::create_directories(bundle_ + "/Contents");
+  EXPECT_EQ(prepare(), alias_);
+  EXPECT_EQ(fs::read_symlink(home_), alias_);
+  EXPECT_THAT(listTree(alias_), IsEmpty());
+}
+
+TEST_F(InitOSXJRE, GoesOnWithoutABundle) {
+  EXPECT_EQ(prepare(), alias_);
+  EXPECT_FALSE(fs::exists(bundle_));
+}
+
+TEST_F(InitOSXJRE, LeavesAPathWithoutTheSuffixAlone) {
+  for (const char* const path : {"", "/", ".plugin", "/.plugin", "plain"}) {
+    const OwnedText result(initOSXJRE(path));
+    EXPECT_STREQ(result.get(), path);
+  }
+  writeJavaHome(dir_ / "plain");
+  const std::vector<std::string> before = listTree(dir_.str());
+  const OwnedText result(initOSXJRE((dir_ / "plain").c_str()));
+  EXPECT_EQ(listTree(dir_.str()), before);
+}
+
+TEST_F(InitOSXJRE, TakesNamesThatAShellWouldExpand) {
+  for (const char* const name : {"a b", "$HOME", "`touch bad`", "q\"x", "back\\slash", "*"}) {
+    SCOPED_TRACE(name);
+    alias_ = dir_.str() + '/' + name + "/JRE";
+    bundle_ = alias_ + ".plugin";
+    home_ = bundle_ + "/Contents/Home";
+    executable_ = bundle_ + "/Contents/MacOS/libjli.dylib";
+    writeBundle();
+    EXPECT_EQ(prepare(), alias_);
+    EXPECT_EQ(fs::read_symlink(home_), alias_);
+    EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
+  }
+  EXPECT_FALSE(fs::exists("bad"));
+}
+
+TEST_F(DismantleOSXJRE, LeavesAnEmptyBundleAndNoAlias) {
+  writeBundle();
+  prepare();
+  dismantleOSXJRE(bundle_.c_str());
+  EXPECT_THAT(listTree(dir_.str()), ElementsAre("Quillory-JRE-8-complete.plugin/"));
+}
+
+TEST_F(DismantleOSXJRE, FollowsNoLink) {
+  writeBundle();
+  prepare();
+  writeFile(dir_ / "elsewhere/precious", "kept");
+  fs::create_directory_symlink(dir_ / "elsewhere", bundle_ + "/Contents/out");
+  fs::create_directory_symlink(dir_ / "elsewhere", alias_ + "/out");
+  dismantleOSXJRE(bundle_.c_str());
+  EXPECT_EQ(readFile(dir_ / "elsewhere/precious"), "kept");
+}
+
+TEST_F(DismantleOSXJRE, TakesAwayALinkInThePlaceOfTheBundle) {
+  writeFile(dir_ / "elsewhere/precious", "kept");
+  fs::create_directory_symlink(dir_ / "elsewhere", bundle_);
+  dismantleOSXJRE(bundle_.c_str());
+  EXPECT_FALSE(fs::exists(fs::symlink_status(bundle_)));
+  EXPECT_EQ(readFile(dir_ / "elsewhere/precious"), "kept");
+}
+
+TEST_F(DismantleOSXJRE, MakesNothingWhereNothingWas) {
+  dismantleOSXJRE(bundle_.c_str());
+  EXPECT_THAT(listTree(dir_.str()), IsEmpty());
+}
+
+TEST_F(DismantleOSXJRE, LeavesAPathWithoutTheSuffixAlone) {
+  writeJavaHome(dir_ / "precious");
+  dismantleOSXJRE((dir_ / "precious").c_str());
+  dismantleOSXJRE("");
+  EXPECT_TRUE(fs::exists(dir_ / "precious/bin/java"));
+}
+
+}  // namespace
+}  // namespace quillory

@@ -1,0 +1,265 @@
+#include "java/jre_search.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/harness/captured_log.h"
+#include "tests/harness/records.h"
+#include "tests/harness/scoped_replace.h"
+#include "tests/harness/temp_dir.h"
+#include "tests/java/jre_fixture.h"
+
+namespace quillory {
+namespace {
+
+using namespace quillory::testing;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+namespace fs = std::filesystem;
+
+// A machine with a search path of its own, which holds no java, and an installed updater.
+class SearchTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    fs::create_directories(dir_ / "tools");
+    for (const char* const tool : {"sh", "which", "cp", "chmod", "dirname"})
+      fs::create_symlink(fs::canonical("/usr/bin/" + std::string(tool)), tools_ + '/' + tool);
+    installUpdater();
+    request_.masterFolder = master_;
+    request_.requiredJavaVersion = "8";
+    request_.properties = &properties_;
+    request_.tailUpdateUrl = "http://example.invalid/";
+    request_.absoluteExePath = "/Applications/App.app/Contents/MacOS/App";
+  }
+
+  void installUpdater() {
+    writeFile(master_ + "/Quillory-Quillory-7-complete/QuilloryLaunch",
+              records({"3", "Main", "OnUpdate", "App", "icns", "0", "0", "0", "0", "0",
+                       "example.Compatibility"}));
+  }
+
+  // The answer of `which java` is a link in the path that leads to `java`.
+  void putInPath(const std::string& java) { fs::create_symlink(java, tools_ + "/java"); }
+
+  std::string search() {
+    const ScopedEnvironment path("PATH", tools_);
+    const ScopedReplace places(systemJrePlaces,
+                               SystemJrePlaces{applet_.c_str(), autoTestJava_.c_str()});
+    return copySystemJre(request_);
+  }
+
+  TempDir dir_;
+  std::string tools_ = dir_ / "tools";
+  std::string master_ = dir_ / "master";
+  std::string system_ = dir_ / "system/jre8";
+  std::string applet_ = dir_ / "Applet.plugin";
+  std::string autoTestJava_ = dir_ / "auto/Contents/Home/bin/java";
+  PropertyBlock properties_;
+  JreRequest request_;
+  CapturedLog log_;
+};
+
+using CopySystemJre = SearchTest;
+using CopySystemJreDeathTest = SearchTest;
+
+TEST_F(CopySystemJre, CopiesTheJreOfTheJavaInThePath) {
+  writeJavaHome(system_);
+  fs::create_symlink("rt.jar", system_ + "/lib/link.jar");
+  putInPath(system_ + "/bin/java");
+  const std::string copy = search();
+  EXPECT_THAT(copy, StartsWith(master_ + "/QuilloryTemp-"));
+  EXPECT_EQ(modeOf(copy + "/bin/java"), 0755U);
+  EXPECT_EQ(readFile(copy + "/lib/link.jar"), "classes");
+  EXPECT_FALSE(fs::is_symlink(copy + "/lib/link.jar")) << "links are copied as what they lead to";
+  EXPECT_TRUE(fs::exists(system_ + "/bin/java")) << "the system's own stays";
+}
+
+TEST_F(CopySystemJre, LogsItsWay) {
+  writeJavaHome(system_);
+  putInPath(system_ + "/bin/java");
+  const std::string copy = search();
+  const std::string java = system_ + "/bin/java";
+  const std::string text = log_.text();
+  std::size_t at = 0;
+  for (const std::string& part :
+       {"[JRESearch] 'which java' returned '" + tools_ + "/java'\n",
+        "[JRESearch] Followed link " + tools_ + "/java -> " + java + "\n",
+        std::string("[JRESearch] Searching for 'bin' occurrence\n"),
+        std::string("[JRESearch] Done searching for 'bin'\n"),
+        "[JRESearch] Trimmed possibleJavaExe is " + system_ + "/\n",
+        "[JRESearch] Removed final slash: possibleJavaExe is " + system_ + "\n",
+        "[JRESearch] Final possibleJavaExe is " + system_ + "\n",
+        "[JRESearch] Looking at JRE " + java + "\n",
+        std::string("[Extractor] Checking JRE version requirements: 8 vs required 8\n"),
+        std::string("[Extractor] Checking JRE version requirements: 8 vs required 8\n"),
+        "[JRESearch] JRE unpack200 exists " + system_ + "/bin/unpack200\n",
+        std::string("[JRESearch] JRE is valid, copying...\n"),
+        "[JRESearch] Running cp -LRf \"" + system_ + "\" \"" + copy + "\"\n",
+        "[JRESearch] Running chmod -R 755 \"" + copy + "/bin\"\n"}) {
+    at = text.find(part, at);
+    ASSERT_NE(at, std::string::npos) << part;
+    at += part.size();
+  }
+}
+
+TEST_F(CopySystemJre, AsksTheCompatibilityClassOfTheNewestUpdater) {
+  writeJavaHome(system_);
+  writeScript(
+      system_ + "/bin/java",
+      "case \"$1\" in -version) echo 'java version \"1.8.0\"' ;; *) printf '%s|' \"$@\" > " +
+          (dir_ / "asked") + "; exit 72 ;; esac");
+  putInPath(system_ + "/bin/java");
+  EXPECT_THAT(search(), Not(IsEmpty()));
+  EXPECT_THAT(readFile(dir_ / "asked"),
+              StartsWith("-cp||example.Compatibility|" + master_ +
+                         "/Quillory-Quillory-7-complete/QYLaunchProperties-"));
+}
+
+TEST_F(CopySystemJre, RefusesWhatTheCompatibilityClassRefuses) {
+  for (const int status : {0, 1, 71, 73}) {
+    writeJavaHome(system_);
+    writeScript(system_ + "/bin/java", javaScript("1.8.0", status));
+    fs::remove(tools_ + "/java");
+    putInPath(system_ + "/bin/java");
+    EXPECT_EQ(search(), "") << status;
+    EXPECT_EQ(log_.messages().back(), "[JRESearch] JRE failed compatibility test\n");
+  }
+}
+
+TEST_F(CopySystemJre, RefusesWhenTheCompatibilityClassIsKilled) {
+  writeJavaHome(system_);
+  writeScript(system_ + "/bin/java",
+              "case \"$1\" in -version) echo 'java version \"1.8.0\"' ;; *) kill -9 $$ ;; esac");
+  putInPath(system_ + "/bin/java");
+  EXPECT_EQ(search(), "");
+}
+
+TEST_F(CopySystemJreDeathTest, EndsWithoutAnUpdaterToAsk) {
+  writeJavaHome(system_);
+  putInPath(system_ + "/bin/java");
+  fs::remove_all(master_);
+  fs::create_directories(master_);
+  EXPECT_EXIT(
+      {
+        logToStandardError();
+        search();
+      },
+      ::testing::ExitedWithCode(1),
+      "\\[JRESearch\\] \\*{30} No latest App version even after download!");
+}
+
+TEST_F(CopySystemJre, TakesTheAppletPluginWhenThePathHasNoJava) {
+  writeJavaHome(applet_ + "/Contents/Home");
+  const std::string copy = search();
+  EXPECT_TRUE(log_.contains("[JRESearch] 'which java' returned ''\n"));
+  EXPECT_TRUE(
+      log_.contains("[JRESearch] A JRE does not seem to exist here.\n"
+                    "[JRESearch] Looking at JRE " +
+                    applet_ + "/Contents/Home/bin/java\n"));
+  EXPECT_FALSE(log_.contains("Looking at JRE /bin/java"));
+  EXPECT_TRUE(fs::exists(copy + "/Contents/Home/bin/java"));
+}
+
+TEST_F(CopySystemJre, TakesTheAppletPluginForAJavaWithoutUnpack200) {
+  writeJavaHome(system_);
+  fs::remove(system_ + "/bin/unpack200");
+  putInPath(system_ + "/bin/java");
+  writeJavaHome(applet_ + "/Contents/Home");
+  EXPECT_TRUE(fs::exists(search() + "/Contents/Home/bin/java"));
+}
+
+TEST_F(CopySystemJre, TakesTheAppletPluginForAJavaThatIsTooOld) {
+  writeJavaHome(system_, "1.7.0_80");
+  putInPath(system_ + "/bin/java");
+  writeJavaHome(applet_ + "/Contents/Home", "1.8.0");
+  EXPECT_TRUE(fs::exists(search() + "/Contents/Home/bin/java"));
+  EXPECT_TRUE(log_.contains("7 vs required 8\n"));
+}
+
+TEST_F(CopySystemJre, FindsNothingOnAMachineWithoutJava) {
+  EXPECT_EQ(search(), "");
+  EXPECT_EQ(log_.messages().back(), "[JRESearch] JRE does not exist or does not have unpack200\n");
+  EXPECT_THAT(listTree(master_), Not(::testing::Contains(HasSubstr("Temp"))));
+}
+
+TEST_F(CopySystemJre, FindsNothingWhereBothPlacesAreTooOld) {
+  writeJavaHome(system_, "1.7.0_80");
+  putInPath(system_ + "/bin/java");
+  writeJavaHome(applet_ + "/Contents/Home", "1.6.0_65");
+  EXPECT_EQ(search(), "");
+}
+
+TEST_F(CopySystemJre, TakesTheAutoTestJavaInsteadOfThePath) {
+  writeJavaHome(system_);
+  putInPath(system_ + "/bin/java");
+  writeJavaHome(dir_ / "auto/Contents/Home");
+  writeFile(dir_ / "auto/Contents/Home/mark", "auto test");
+  request_.isAutoTest = true;
+  const std::string copy = search();
+  EXPECT_TRUE(log_.contains("AutoTesting - will fake possible jave exe to '" + autoTestJava_ +
+                            "'\n[JRESearch] 'which java' returned '" + autoTestJava_ + "'\n"));
+  EXPECT_EQ(readFile(copy + "/mark"), "auto test");
+}
+
+TEST_F(CopySystemJre, CopiesAFolderThatAShellWouldExpand) {
+  system_ = dir_ / "sys $HOME `touch bad` \"q\"/jre";
+  writeJavaHome(system_);
+  putInPath(system_ + "/bin/java");
+  const std::string copy = search();
+  EXPECT_TRUE(fs::exists(copy + "/lib/rt.jar"));
+  EXPECT_EQ(modeOf(copy + "/bin/java"), 0755U);
+  EXPECT_TRUE(log_.contains("[JRESearch] Running cp -LRf \"" + system_ + "\" \"" + copy + "\"\n"));
+  EXPECT_FALSE(fs::exists("bad"));
+}
+
+TEST_F(CopySystemJre, EndsWhereLinksLeadInCircles) {
+  // Relative targets are taken as read: from this folder they name each other.
+  const fs::path before = fs::current_path();
+  fs::current_path(dir_.path());
+  fs::create_symlink("b", "a");
+  fs::create_symlink("a", "b");
+  EXPECT_THAT(jreFolderOfJava("a"), ::testing::AnyOf("a", "b"));
+  fs::current_path(before);
+}
+
+TEST(JreFolderOfJava, CutsAtTheLastBin) {
+  static constexpr struct {
+    const char* java;
+    const char* folder;
+  } kCases[] = {{"/nowhere/usr/bin/java", "/nowhere/usr"},
+                {"/opt/cabinet/java", "/opt/ca"},
+                {"/opt/bin/jre/bin/java", "/opt/bin/jre"},
+                {"/opt/jre/java", "/opt/jre/java"},
+                {"/opt/jre//bin/java", "/opt/jre/"},
+                {"/bin/quillory-no-such-java", ""},
+                {"bin/java", ""},
+                {"", ""}};
+  for (const auto& [java, folder] : kCases) EXPECT_EQ(jreFolderOfJava(java), folder) << java;
+}
+
+TEST(JreFolderOfJava, YieldsUsrForAToolOfTheSystem) {
+  // A plain file of every system, as a `java` there would be.
+  EXPECT_EQ(jreFolderOfJava("/usr/bin/env"), "/usr");
+}
+
+TEST(JreFolderOfJava, TakesARelativeTargetAsItIsRead) {
+  TempDir dir;
+  fs::create_symlink("../lib/jvm/bin/java", dir / "java");
+  EXPECT_EQ(jreFolderOfJava(dir / "java"), "../lib/jvm");
+}
+
+TEST(JreFolderOfJava, LogsNoTrimmingWithoutBin) {
+  CapturedLog log;
+  jreFolderOfJava("/opt/jre/java");
+  EXPECT_EQ(log.text(),
+            "[JRESearch] Searching for 'bin' occurrence\n[JRESearch] Done searching for 'bin'\n"
+            "[JRESearch] Final possibleJavaExe is /opt/jre/java\n");
+}
+
+}  // namespace
+}  // namespace quillory
