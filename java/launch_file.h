@@ -1,5 +1,6 @@
 // The launch file "QuilloryLaunch" of an installed version folder. docs/formats/launch-file.md has
-// the records.
+// the records. Streams are borrowed, and each call continues where the one before stopped. A value
+// that is missing because the file ends reads as "", 0 or false.
 #pragma once
 #include <cstdio>
 #include <string>
@@ -17,16 +18,16 @@ struct LaunchHeader {
   std::string appName;
   std::string icns;
   bool urlRequired = false;
-  int jvmMemory = 0;
-  int jvmStack = 0;
+  int jvmMemory = 0;  ///< megabytes; below 1: none given
+  int jvmStack = 0;   ///< megabytes; below 1: none given
 };
 LaunchHeader readLaunchHeader(std::FILE* stream);
 
-/// A counted group: its count, then that many values, ending early where the file does.
-std::vector<std::string> readLaunchList(std::FILE* stream, const char* countName,
-                                        const char* entryName);
+/// The values behind a count record: `count` of them, fewer where the file ends earlier. Memory is
+/// taken for what is there, never for what the count claims.
+std::vector<std::string> readLaunchEntries(std::FILE* stream, long count, const char* entryName);
 
-/// The records behind the extra arguments, as far as the version has them.
+/// The records behind the extra arguments, as far as `version` has them.
 struct LaunchTrailer {
   bool hasCompatibilityClass = false;
   std::string compatibilityClass;

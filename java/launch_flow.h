@@ -15,11 +15,11 @@ inline constexpr int kLaunchCompatibilityCheck = 1;
 
 /// Reads the launch file of `appFolderName` inside `masterFolder`, writes the launch properties and
 /// starts the application: inside this process, or else as a process of its own (launch class 0);
-/// or runs its JRE-compatibility class under the `java` at `jre` and returns its exit status, -1 for
-/// a signal or a failed start (launch class 1). Any other class returns -1.
+/// or runs its JRE-compatibility class under the `java` at `jre` and returns its exit status, -1
+/// for a signal or a failed start (launch class 1). Any other class returns -1.
 ///
-/// For launch class 0 `jre` is the name under which JRE folders are found, and the result is that of
-/// the start. Ends the process with status 1 without a launch file or a private JRE, with
+/// For launch class 0 `jre` is the name under which JRE folders are found, and the result is that
+/// of the start. Ends the process with status 1 without a launch file or a private JRE, with
 /// kExitNoProperties without launch properties. The parameters without a name are not used.
 std::int64_t launchFromLaunchFile(const char* masterFolder, const PropertyBlock& properties,
                                   int argCount, char** args, const char* appFolderName,

@@ -1,4 +1,5 @@
 // The launch-properties file, and the JVM options remembered from the last successful start.
+// docs/formats/launch-properties.md and docs/formats/remembered-options.md have the bytes.
 #pragma once
 #include <string>
 #include <vector>
@@ -7,14 +8,34 @@
 
 namespace quillory {
 
-/// Writes the path of a new launch-properties file in `folder` to `dst` (kPathCapacity bytes).
-char* makeLaunchPropertiesFile(char* dst, const char* folder);
+/// What is known about a launch only when it happens.
+struct LaunchFacts {
+  std::string updateUrl;
+  const char* dynamicUpdateUrl = nullptr;  ///< null when no parameter gave one
+  std::string appFolder;
+  std::string jre;  ///< as given to the launch: a name, or the path of a `java`
+  std::string launchedFromDynprops;
+};
+
+/// Adds the properties of a launch, and "url_req" when the user asked for a URL.
+void addLaunchTimeProperties(const LaunchFacts& facts, PropertyBlock& block);
 
 /// Reads the options of the file at `lsoPath` (empty: none is looked for) and adds them to `block`.
+///
+/// A file that is there but cannot be opened is tried again five times, with 500 seconds after each
+/// failure. No failure is fatal: the result is then empty, and `block` is left as it was.
 std::vector<std::string> readRememberedOptions(const std::string& lsoPath, PropertyBlock& block);
 
-/// Writes `block` to a new file in `folder` and returns its path. Ends the process with
-/// kExitNoProperties when that fails for good.
+/// Writes the path of a new launch-properties file in `folder` to `dst` (kPathCapacity bytes) and
+/// returns it; "" when it does not fit. The name holds the milliseconds since the Unix epoch and
+/// the number of entries in `folder`, so it is new as soon as one of the two has changed.
+char* makeLaunchPropertiesFile(char* dst, const char* folder);
+
+/// Writes `block` to a new file in `folder` and returns its path.
+///
+/// A file that cannot be opened is tried again five times under new names, with 500 seconds after
+/// each failure. When that was in vain, or the content cannot be written, the process ends with
+/// kExitNoProperties.
 std::string writeLaunchProperties(const PropertyBlock& block, const std::string& folder);
 
 }  // namespace quillory

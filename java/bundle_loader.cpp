@@ -1,0 +1,31 @@
+#include "java/bundle_loader.h"
+
+#include <cstdio>
+
+#include "support/log.h"
+
+namespace quillory {
+
+BundleCalls bundleCalls = {
+    .createBundle = [](const char*) -> void* { return nullptr; },
+    .loadExecutable = [](void*) { return false; },
+};
+
+void loadOSXBundle(const char* path) {
+  logMessage("[BundleLoader] Creating jre path URL for path %s\n", path);
+  void* bundle = bundleCalls.createBundle(path);
+  if (bundle == nullptr) {
+    logMessage("[BundleLoader] Bundle is null?");
+  } else {
+    logMessage("[BundleLoader] Created Bundle\n");
+    if (bundleCalls.loadExecutable(bundle)) {
+      logMessage("[BundleLoader] Bundle Loaded OK\n");
+    } else {
+      logMessage("[BundleLoader] Could not load JRE bundle!");
+    }
+  }
+  std::fflush(stderr);
+  std::fflush(stdout);
+}
+
+}  // namespace quillory

@@ -1,0 +1,162 @@
+#include "java/launch_properties.h"
+
+#include <sys/stat.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "formats/record_stream.h"
+#include "launcher/install_locations.h"
+#include "support/clock.h"
+#include "support/exit_status.h"
+#include "support/log.h"
+#include "support/owned.h"
+#include "support/paths.h"
+#include "ui/url_request.h"
+
+namespace quillory {
+namespace {
+
+constexpr int kRetries = 5;
+constexpr std::uint64_t kRetryPauseMicros = 500'000'000;
+constexpr int kLoggedValueLength = 99;
+constexpr char kPropertiesFilePrefix[] = "QYLaunchProperties-";
+/// The "Update URL" of a tail that leaves the URL to the parameters.
+constexpr char kDynamicUrlMark[] = "D";
+
+/// Not doesFileExist(): that asks whether the file can be opened, and here it cannot.
+bool isThere(const std::string& path) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0;
+}
+
+OwnedFile openRememberedOptions(const std::string& path) {
+  OwnedFile file(std::fopen(path.c_str(), "rb"));
+  if (file || !isThere(path)) return file;
+  for (int attempt = 0; attempt < kRetries; ++attempt) {
+    logMessage("[Extractor] LSO file does exist. Retrying (%d)...", attempt);
+    file.reset(std::fopen(path.c_str(), "rb"));
+    if (file) return file;
+    // The Java side may be writing it. The wait is this long by intent, also after the last
+    // attempt.
+    timeCalls.sleepMicros(kRetryPauseMicros);
+  }
+  return file;
+}
+
+void logLaunchProperty(const char* key, const std::string& value) {
+  if (value.size() > kLoggedValueLength) {
+    logMessage("[Extractor] Launch Prop: %s = %.*s...\n", key, kLoggedValueLength, value.c_str());
+  } else {
+    logMessage("[Extractor] Launch Prop: %s = %s\n", key, value.c_str());
+  }
+}
+
+/// "<folder>/QYLaunchProperties-<milliseconds>-<entries>"
+std::string launchPropertiesPath(const std::string& folder) {
+  std::array<char, 64> stamp;
+  std::snprintf(stamp.data(), stamp.size(), "%lu-%ld",
+                static_cast<unsigned long>(getCurrentTimeMillis()),
+                countFolderEntries(folder.c_str()));
+  const char* separator = folder.ends_with('/') ? "" : "/";
+  return folder + separator + kPropertiesFilePrefix + stamp.data();
+}
+
+/// Opens a new file and says in `path` which.
+OwnedFile openNewPropertiesFile(const PropertyBlock& block, const std::string& folder,
+                                std::string& path) {
+  path = launchPropertiesPath(folder);
+  logMessage("[Extractor] Writing launch properties to %s\n", path.c_str());
+  logMessage("[Extractor] Launch properties length is %d\n", static_cast<int>(propsLen(block)));
+  OwnedFile file(std::fopen(path.c_str(), "wb"));
+  for (int attempt = 0; !file && attempt < kRetries; ++attempt) {
+    path = launchPropertiesPath(folder);
+    logMessage("[Retry] Writing launch properties to %s\n", path.c_str());
+    file.reset(std::fopen(path.c_str(), "wb"));
+    if (!file) timeCalls.sleepMicros(kRetryPauseMicros);
+  }
+  return file;
+}
+
+/// Writes, flushes and closes.
+bool writeAndClose(OwnedFile file, const char* bytes, std::size_t length) {
+  const bool isWritten = std::fwrite(bytes, 1, length, file.get()) == length;
+  const bool isFlushed = std::fflush(file.get()) == 0;
+  return std::fclose(file.release()) == 0 && isWritten && isFlushed;
+}
+
+[[noreturn]] void endWithoutProperties() {
+  logError("Unable to write Launch Properties file! Cannot run!\n");
+  std::exit(kExitNoProperties);
+}
+
+}  // namespace
+
+void addLaunchTimeProperties(const LaunchFacts& facts, PropertyBlock& block) {
+  addStaticProperty(block, "update_url", facts.updateUrl);
+  if (facts.dynamicUpdateUrl != nullptr && facts.updateUrl == kDynamicUrlMark)
+    addDynamicProperty(block, "update_url", facts.dynamicUpdateUrl);
+  addStaticProperty(block, "app_dir", facts.appFolder);
+  addStaticProperty(block, "jre_name", facts.jre);
+  addStaticProperty(block, "launched_from_dynprops", facts.launchedFromDynprops);
+
+  const char* requested = getRequestedURL();
+  if (requested == nullptr) return;
+  const std::string url = requested;  // A copy: the next request may replace what it points to.
+  logMessage("[Extractor] Setting URL request dynamic property to '%s'\n", url.c_str());
+  addDynamicProperty(block, "url_req", url);
+}
+
+std::vector<std::string> readRememberedOptions(const std::string& lsoPath, PropertyBlock& block) {
+  std::vector<std::string> options;
+  logMessage("[Extractor] Checking LSO file\n");
+  if (lsoPath.empty()) {
+    logError("Not a private JRE (no need to check for LSO file)\n");
+    return options;
+  }
+  logMessage("[Extractor] Reading %s\n", lsoPath.c_str());
+  const OwnedFile file = openRememberedOptions(lsoPath);
+  if (!file) {
+    logError("JRE LSO file does not exist\n");
+    return options;
+  }
+  logMessage("[Extractor] JRE LSO file exists\n");
+  const long count = readLong(file.get(), "LSO Count");
+  logMessage("[Extractor] Found %ld JVM Options\n", count);
+  addStaticProperty(block, "jvm_options_count", std::to_string(count));
+  for (long i = 0; i < count && !isAtEnd(file.get()); ++i) {
+    const std::string option = readText(file.get(), "LSO Entry");
+    const std::string key = "jvm_options_" + std::to_string(i);
+    addStaticProperty(block, key, option);
+    logLaunchProperty(key.c_str(), option);
+    options.push_back(option);
+  }
+  return options;
+}
+
+char* makeLaunchPropertiesFile(char* dst, const char* folder) {
+  const std::string path = launchPropertiesPath(folder);
+  if (path.size() >= kPathCapacity) {
+    logError("[Extractor] Path too long: %s\n", path.c_str());
+    return setPath(dst, "");
+  }
+  return setPath(dst, path.c_str());
+}
+
+std::string writeLaunchProperties(const PropertyBlock& block, const std::string& folder) {
+  logMessage("[Extractor] Writing launch properties file\n");
+  std::string path;
+  OwnedFile file = openNewPropertiesFile(block, folder, path);
+  if (!file) endWithoutProperties();
+  logMessage("[Extractor] Writing to file\n");
+  if (!writeAndClose(std::move(file), block.bytes().data(), propsLen(block))) {
+    std::remove(path.c_str());  // Half of the properties would be worse than none.
+    endWithoutProperties();
+  }
+  logMessage("[Extractor] Finished writing launch properties file\n");
+  return path;
+}
+
+}  // namespace quillory

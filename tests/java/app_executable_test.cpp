@@ -1,0 +1,121 @@
+#include "java/app_executable.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "tests/harness/captured_log.h"
+#include "tests/harness/temp_dir.h"
+
+namespace quillory {
+namespace {
+
+namespace fs = std::filesystem;
+using ::quillory::testing::CapturedLog;
+using ::quillory::testing::modeOf;
+using ::quillory::testing::readFile;
+using ::quillory::testing::TempDir;
+using ::quillory::testing::writeFile;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
+
+std::vector<std::string> namesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder))
+    names.push_back(entry.path().filename().string());
+  return names;
+}
+
+class ProvideAppExecutable : public ::testing::Test {
+ protected:
+  ProvideAppExecutable() {
+    writeFile(java_, "the java of the runtime");
+    chmod(java_.c_str(), 0700);
+  }
+
+  TempDir dir_;
+  std::string bin_ = dir_ / "bin";
+  std::string java_ = bin_ + "/java";
+};
+
+TEST_F(ProvideAppExecutable, CopiesJavaForEveryone) {
+  const CapturedLog log;
+  EXPECT_EQ(provideAppExecutable(bin_, "My App"), bin_ + "/My App");
+  EXPECT_EQ(readFile(bin_ + "/My App"), "the java of the runtime");
+  EXPECT_EQ(modeOf(bin_ + "/My App"), 0777U);
+  EXPECT_THAT(namesIn(bin_), UnorderedElementsAre("java", "My App"));
+  EXPECT_THAT(log.messages(), ElementsAre("[Extractor] Copying FILE " + bin_ + "/My App\n"));
+}
+
+TEST_F(ProvideAppExecutable, GivesFullModeWhateverTheUmask) {
+  const mode_t before = umask(0077);
+  provideAppExecutable(bin_, "app");
+  umask(before);
+  EXPECT_EQ(modeOf(bin_ + "/app"), 0777U);
+}
+
+TEST_F(ProvideAppExecutable, KeepsACopyThatIsThere) {
+  writeFile(bin_ + "/app", "made before");
+  const CapturedLog log;
+  EXPECT_EQ(provideAppExecutable(bin_, "app"), bin_ + "/app");
+  EXPECT_EQ(readFile(bin_ + "/app"), "made before");
+  EXPECT_FALSE(log.contains("Copying"));
+}
+
+TEST_F(ProvideAppExecutable, LeavesNothingWhenThereIsNoJava) {
+  fs::remove(java_);
+  const CapturedLog log;
+  EXPECT_EQ(provideAppExecutable(bin_, "app"), bin_ + "/app");
+  EXPECT_THAT(namesIn(bin_), IsEmpty());
+  EXPECT_THAT(log.messages(),
+              Contains("[Extractor] *************************** Unable to open source file for "
+                       "copy " +
+                       java_ + "\n"));
+  EXPECT_THAT(log.messages(), Contains("Error setting app binary executable!\n"));
+}
+
+TEST_F(ProvideAppExecutable, LeavesNothingWhenJavaCannotBeCopied) {
+  fs::remove(java_);
+  fs::create_directory(java_);
+  const CapturedLog log;
+  EXPECT_EQ(provideAppExecutable(bin_, "app"), bin_ + "/app");
+  EXPECT_THAT(namesIn(bin_), ElementsAre("java"));
+  EXPECT_THAT(log.messages(),
+              Contains("[Extractor] *************************** Unable to open destination file "
+                       "for copy " +
+                       bin_ + "/app\n"));
+}
+
+TEST_F(ProvideAppExecutable, ReplacesALinkThatLeadsNowhere) {
+  fs::create_symlink(dir_ / "outside", bin_ + "/app");
+  provideAppExecutable(bin_, "app");
+  EXPECT_FALSE(fs::is_symlink(bin_ + "/app"));
+  EXPECT_EQ(readFile(bin_ + "/app"), "the java of the runtime");
+  EXPECT_FALSE(fs::exists(dir_ / "outside"));
+}
+
+TEST_F(ProvideAppExecutable, UsesJavaItselfForWhatIsNoFileName) {
+  const std::string outside = dir_ / "outside";
+  for (const std::string name : {"", ".", "..", "/", "../outside", "sub/app", outside.c_str()}) {
+    SCOPED_TRACE(name);
+    const CapturedLog log;
+    EXPECT_EQ(provideAppExecutable(bin_, name), java_);
+    EXPECT_TRUE(
+        log.contains("[Extractor] App Name '" + name + "' is no file name. Using " + java_ + "\n"));
+  }
+  EXPECT_THAT(namesIn(bin_), ElementsAre("java"));
+  EXPECT_THAT(namesIn(dir_.str()), ElementsAre("bin"));
+}
+
+TEST_F(ProvideAppExecutable, FailsForANameThatIsTooLong) {
+  const std::string name(300, 'x');
+  EXPECT_EQ(provideAppExecutable(bin_, name), bin_ + "/" + name);
+  EXPECT_THAT(namesIn(bin_), ElementsAre("java"));
+}
+
+}  // namespace
+}  // namespace quillory

@@ -1,0 +1,133 @@
+// Bundles as the platform's own service, or its stand-in, loads them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "java/bundle_loader.h"
+#include "java/jni_launch.h"
+#include "tests/harness/captured_log.h"
+#include "tests/harness/temp_dir.h"
+
+namespace quillory {
+namespace {
+
+namespace fs = std::filesystem;
+using ::quillory::testing::CapturedLog;
+using ::quillory::testing::ScopedReplace;
+using ::quillory::testing::TempDir;
+using ::quillory::testing::writeFile;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+constexpr char kInfo[] = R"(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
+<plist version="1.0"><dict><key>CFBundleExecutable</key><string>libjli</string></dict></plist>
+)";
+
+class CocoaBundle : public ::testing::Test {
+ protected:
+  CocoaBundle() { installCocoaBundleLoader(); }
+
+  void addExecutable(const std::string& name) const {
+    fs::create_directories(bundle_ + "/Contents/MacOS");
+    fs::copy_file(QUILLORY_STUB_NO_JVM, bundle_ + "/Contents/MacOS/" + name);
+  }
+  /// Loads it; what NSLog wrote meanwhile.
+  std::string load() const {
+    ::testing::internal::CaptureStderr();
+    loadOSXBundle(bundle_.c_str());
+    return ::testing::internal::GetCapturedStderr();
+  }
+  std::string firstLine() const {
+    return "[BundleLoader] Creating jre path URL for path " + bundle_ + "\n";
+  }
+  void expectLoaded() const {
+    EXPECT_THAT(log_.messages(), ElementsAre(firstLine(), "[BundleLoader] Created NSURL\n",
+                                             "[BundleLoader] Created Bundle\n",
+                                             "[BundleLoader] Bundle Loaded OK\n"));
+  }
+  void expectNotLoaded() const {
+    EXPECT_THAT(log_.messages(), ElementsAre(firstLine(), "[BundleLoader] Created NSURL\n",
+                                             "[BundleLoader] Created Bundle\n",
+                                             "[BundleLoader] Could not load JRE bundle!"));
+  }
+
+  ScopedReplace<BundleCalls> bundles_{bundleCalls, BundleCalls(bundleCalls)};
+  ScopedReplace<ThreadCalls> threads_{threadCalls, ThreadCalls(threadCalls)};
+  TempDir dir_;
+  std::string bundle_ = dir_ / "Quillory-JRE-17-complete.plugin";
+  CapturedLog log_;
+};
+
+TEST_F(CocoaBundle, LoadsTheExecutableThatItsInformationNames) {
+  addExecutable("libjli");
+  writeFile(bundle_ + "/Contents/Info.plist", kInfo);
+  EXPECT_THAT(load(), HasSubstr("[BundleLoader] URL is file://"));
+  expectLoaded();
+}
+
+TEST_F(CocoaBundle, LoadsTheExecutableNamedLikeTheFolderWithoutInformation) {
+  addExecutable("Quillory-JRE-17-complete");
+  load();
+  expectLoaded();
+}
+
+TEST_F(CocoaBundle, WritesItsUrlToTheSystemLog) {
+  fs::create_directories(bundle_);
+  EXPECT_THAT(load(), HasSubstr("[BundleLoader] URL is file://" + bundle_ + "/\n"));
+}
+
+TEST_F(CocoaBundle, IsNotThereWithoutAFolder) {
+  load();
+  EXPECT_THAT(log_.messages(), ElementsAre(firstLine(), "[BundleLoader] Created NSURL\n",
+                                           "[BundleLoader] Bundle is null?"));
+}
+
+TEST_F(CocoaBundle, IsNotThereWhereAFileIs) {
+  writeFile(bundle_, "");
+  load();
+  EXPECT_EQ(log_.messages().back(), "[BundleLoader] Bundle is null?");
+}
+
+TEST_F(CocoaBundle, IsNotThereUnderAPathThatIsNotUtf8) {
+  bundle_ = dir_ / "\xFF.plugin";
+  fs::create_directories(bundle_);
+  load();
+  EXPECT_EQ(log_.messages().back(), "[BundleLoader] Bundle is null?");
+}
+
+TEST_F(CocoaBundle, CannotBeLoadedWithoutItsExecutable) {
+  fs::create_directories(bundle_ + "/Contents/MacOS");
+  load();
+  expectNotLoaded();
+}
+
+TEST_F(CocoaBundle, CannotBeLoadedWhenItsExecutableIsNone) {
+  writeFile(bundle_ + "/Contents/MacOS/libjli", "no library");
+  writeFile(bundle_ + "/Contents/Info.plist", kInfo);
+  load();
+  expectNotLoaded();
+}
+
+TEST_F(CocoaBundle, SurvivesInformationThatIsNone) {
+  addExecutable("Quillory-JRE-17-complete");
+  for (const char* info : {"", "garbage {", "<plist><array/></plist>"}) {
+    SCOPED_TRACE(info);
+    writeFile(bundle_ + "/Contents/Info.plist", info);
+    const CapturedLog log;
+    load();
+    EXPECT_EQ(log.messages().back(), "[BundleLoader] Bundle Loaded OK\n");
+  }
+}
+
+TEST_F(CocoaBundle, KnowsTheMainThread) {
+  EXPECT_TRUE(threadCalls.isMainThread());
+  bool isMain = true;
+  std::thread([&] { isMain = threadCalls.isMainThread(); }).join();
+  EXPECT_FALSE(isMain);
+}
+
+}  // namespace
+}  // namespace quillory

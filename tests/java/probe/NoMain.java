@@ -1,0 +1,4 @@
+/** A class that cannot be started. */
+public final class NoMain {
+  private NoMain() {}
+}
