@@ -1,0 +1,31 @@
+# Jars of our own Java code: quillory_jar(target OUTPUT file MAIN_CLASS class FOLDER sources), with
+# RELEASE for code that needs a Java newer than 8, and CLASS_PATH for the jars that it needs.
+# The jar of the same sources is the same to the byte: fixed times, byte order, nothing else in it.
+find_package(Java 17 QUIET REQUIRED COMPONENTS Development Runtime)
+
+function(quillory_jar target)
+  cmake_parse_arguments(ARG "" "OUTPUT;MAIN_CLASS;FOLDER;RELEASE" "CLASS_PATH" ${ARGN})
+  if(NOT ARG_RELEASE)
+    set(ARG_RELEASE 8)
+  endif()
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${ARG_FOLDER}/*.java)
+  list(SORT sources)
+  set(classes ${CMAKE_CURRENT_BINARY_DIR}/${target}_classes)
+  string(JOIN ":" class_path ${ARG_CLASS_PATH})
+  cmake_path(GET ARG_OUTPUT PARENT_PATH output_folder)
+  file(MAKE_DIRECTORY ${output_folder})
+  # -options: newer compilers warn that 8 is old. The jar is not compressed, because it travels in a
+  # compressed archive, and classes load faster.
+  add_custom_command(
+    OUTPUT ${ARG_OUTPUT}
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${classes}
+    COMMAND ${Java_JAVAC_EXECUTABLE} --release ${ARG_RELEASE} -Xlint:all,-options -Werror
+            -g:lines,source -encoding UTF-8 -cp "${class_path}" -d ${classes} ${sources}
+    COMMAND ${Java_JAR_EXECUTABLE} --create --file ${ARG_OUTPUT} --main-class ${ARG_MAIN_CLASS}
+            --no-compress --date 2000-01-01T00:00:00Z -C ${classes} .
+    DEPENDS ${sources} ${ARG_CLASS_PATH}
+    COMMENT "Jar ${ARG_OUTPUT}"
+    VERBATIM)
+  add_custom_target(${target} ALL DEPENDS ${ARG_OUTPUT})
+  set_target_properties(${target} PROPERTIES JAR_FILE ${ARG_OUTPUT})
+endfunction()

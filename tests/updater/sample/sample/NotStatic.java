@@ -1,0 +1,5 @@
+package sample;
+
+public final class NotStatic {
+  public void main(String[] args) {}
+}

@@ -1,0 +1,36 @@
+package sample;
+
+/** An application that says what it was given. */
+public final class Sample {
+  private Sample() {}
+
+  public static void main(String[] args) {
+    StringBuilder text = new StringBuilder();
+    for (String arg : args) {
+      text.append("argument ").append(arg).append('\n');
+    }
+    text.append("class path ").append(System.getProperty("java.class.path")).append('\n');
+    ClassLoader loader = Thread.currentThread().getContextClassLoader();
+    text.append("context loader is mine: ").append(loader == Sample.class.getClassLoader());
+    text.append("\nsees the updater: ").append(sees("io.quillory.updater.Main")).append('\n');
+    for (String arg : args) {
+      if (arg.equals("--thread")) {
+        text.append("thread ").append(Thread.currentThread().getName()).append('\n');
+      } else if (arg.equals("--throw")) {
+        throw new IllegalStateException("thrown on purpose");
+      } else if (arg.startsWith("--exit=")) {
+        System.exit(Integer.parseInt(arg.substring(7)));
+      }
+    }
+    System.out.print(text);
+  }
+
+  private static boolean sees(String className) {
+    try {
+      Class.forName(className);
+      return true;
+    } catch (ClassNotFoundException e) {
+      return false;
+    }
+  }
+}

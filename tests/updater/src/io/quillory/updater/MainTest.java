@@ -1,0 +1,235 @@
+package io.quillory.updater;
+
+import static org.hamcrest.CoreMatchers.containsString;
+import static org.hamcrest.MatcherAssert.assertThat;
+import static org.junit.Assert.assertEquals;
+import static org.junit.Assert.assertFalse;
+import static org.junit.Assert.assertTrue;
+
+import java.io.ByteArrayOutputStream;
+import java.io.File;
+import java.io.FileOutputStream;
+import java.io.IOException;
+import java.io.InputStream;
+import java.nio.charset.StandardCharsets;
+import java.nio.file.Files;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.List;
+import org.junit.Before;
+import org.junit.Rule;
+import org.junit.Test;
+import org.junit.rules.TemporaryFolder;
+
+/** The updater in a process of its own, with an application that says what it was given. */
+public class MainTest {
+  private static final String UPDATER = System.getProperty("test.updater");
+  private static final String SAMPLE = System.getProperty("test.sample");
+
+  @Rule public TemporaryFolder folder = new TemporaryFolder();
+
+  private File own;
+  private File properties;
+  private int status;
+  private String out;
+  private String err;
+
+  @Before
+  public void install() throws Exception {
+    own = folder.newFolder("Quillory-Quillory-4-complete");
+    properties = new File(own, "QYLaunchProperties-1700000020000-5");
+    writeLaunchFile(own, "io.quillory.updater.Main", "updater.jar");
+    writeProperties("qystat_app_name", "Demo", "qystat_app_dir", own.getPath());
+  }
+
+  private static void write(File file, String content) throws IOException {
+    FileOutputStream out = new FileOutputStream(file);
+    out.write(content.getBytes(StandardCharsets.UTF_8));
+    out.close();
+  }
+
+  private void writeProperties(String... entries) throws IOException {
+    write(properties, String.join("\0", entries));
+  }
+
+  private static void writeLaunchFile(
+      File folder, String mainClass, String classPath, String... extraArguments)
+      throws IOException {
+    StringBuilder text = new StringBuilder("6\0" + mainClass + "\0\0demo\0\0" + "0\0" + "0\0");
+    text.append("0\0").append("1\0").append(classPath).append('\0');
+    text.append(extraArguments.length).append('\0');
+    for (String argument : extraArguments) {
+      text.append(argument).append('\0');
+    }
+    write(new File(folder, "QuilloryLaunch"), text.append("\0\0\0" + "0\0" + "0\0").toString());
+  }
+
+  private File installDemo(int version, String mainClass, String... extra) throws Exception {
+    File demo = folder.newFolder("Quillory-Demo-" + version + "-complete");
+    Files.copy(new File(SAMPLE).toPath(), new File(demo, "s p%41ce.jar").toPath());
+    writeLaunchFile(demo, mainClass, "s p%41ce.jar", extra);
+    return demo;
+  }
+
+  private void start(String... arguments) throws Exception {
+    List<String> command = new ArrayList<String>();
+    command.add(System.getProperty("java.home") + "/bin/java");
+    command.addAll(Arrays.asList("-cp", UPDATER, "io.quillory.updater.Main"));
+    command.addAll(Arrays.asList(arguments));
+    File errFile = folder.newFile();
+    Process process =
+        new ProcessBuilder(command).directory(folder.getRoot()).redirectError(errFile).start();
+    out = contentOf(process.getInputStream());
+    status = process.waitFor();
+    err = new String(Files.readAllBytes(errFile.toPath()), StandardCharsets.UTF_8);
+  }
+
+  private static String contentOf(InputStream in) throws IOException {
+    ByteArrayOutputStream content = new ByteArrayOutputStream();
+    byte[] buffer = new byte[4096];
+    for (int count; (count = in.read(buffer)) > 0; ) {
+      content.write(buffer, 0, count);
+    }
+    return new String(content.toByteArray(), StandardCharsets.UTF_8);
+  }
+
+  @Test
+  public void theNewestVersionRunsWithItsExtraArgumentsBeforeTheUsers() throws Exception {
+    installDemo(9, "sample.Sample", "old");
+    File demo = installDemo(12, "sample.Sample", "extra", "");
+    start(properties.getPath(), "user", "two words");
+    assertEquals(err, 0, status);
+    assertEquals(
+        "argument " + properties + "\nargument extra\nargument \nargument user\n"
+            + "argument two words\nclass path " + demo + "/s p%41ce.jar\n"
+            + "context loader is mine: true\nsees the updater: false\n",
+        out);
+  }
+
+  @Test
+  public void theUpdatersOwnExtraArgumentsAreNotTheApplications() throws Exception {
+    installDemo(1, "sample.Sample", "extra");
+    writeLaunchFile(own, "io.quillory.updater.Main", "updater.jar", "mine", "mine too");
+    start(properties.getPath(), "mine", "mine too", "user");
+    assertThat(out, containsString("argument extra\nargument user\nclass path"));
+    start(properties.getPath(), "mine", "user");
+    assertThat(out, containsString("argument extra\nargument mine\nargument user\nclass path"));
+  }
+
+  @Test
+  public void theApplicationRunsOnTheThreadThatWasStarted() throws Exception {
+    installDemo(1, "sample.Sample");
+    start(properties.getPath(), "--thread");
+    assertThat(out, containsString("thread main\n"));
+  }
+
+  @Test
+  public void anExceptionOfTheApplicationIsItsOwn() throws Exception {
+    installDemo(1, "sample.Sample");
+    start(properties.getPath(), "--throw");
+    assertEquals(1, status);
+    assertThat(err, containsString("java.lang.IllegalStateException: thrown on purpose"));
+    assertFalse(err, err.contains("InvocationTargetException"));
+  }
+
+  @Test
+  public void theExitStatusOfTheApplicationIsItsOwn() throws Exception {
+    installDemo(1, "sample.Sample");
+    start(properties.getPath(), "--exit=5");
+    assertEquals(5, status);
+  }
+
+  @Test
+  public void aMainClassNeedNotBePublic() throws Exception {
+    installDemo(1, "sample.Hidden");
+    start(properties.getPath());
+    assertEquals(err, 0, status);
+    assertEquals("hidden\n", out);
+  }
+
+  @Test
+  public void propertiesOfEarlierStartsAreDeletedAndTheCurrentOnesStay() throws Exception {
+    installDemo(1, "sample.Sample");
+    File old = new File(own, "QYLaunchProperties-1600000000000-4");
+    write(old, "");
+    start(properties.getPath());
+    assertFalse(old.exists());
+    assertTrue(properties.exists());
+  }
+
+  private void assertRefused(String message) {
+    assertEquals(1, status);
+    assertEquals("", out);
+    assertEquals("[Updater] " + message + "\n", err);
+  }
+
+  @Test
+  public void withoutAnInstalledApplicationItSaysSo() throws Exception {
+    folder.newFolder("Quillory-Other-3-complete");
+    start(properties.getPath());
+    assertRefused("No version of \"Demo\" is installed in " + folder.getRoot() + ".");
+  }
+
+  @Test
+  public void itNeverRunsItself() throws Exception {
+    writeProperties("qystat_app_name", "Quillory", "qystat_app_dir", own.getPath());
+    start(properties.getPath());
+    assertRefused("No version of \"Quillory\" is installed in " + folder.getRoot() + ".");
+  }
+
+  @Test
+  public void withoutAFirstArgumentItSaysSo() throws Exception {
+    start();
+    assertRefused("The path of the launch-properties file is missing.");
+  }
+
+  @Test
+  public void withoutPropertiesItSaysSo() throws Exception {
+    File none = new File(folder.getRoot(), "none");
+    start(none.getPath());
+    assertRefused(
+        "Cannot read the launch properties: " + none + " (No such file or directory)");
+    writeProperties("qystat_app_name", "Demo");
+    start(properties.getPath());
+    assertRefused("The launch properties have no qystat_app_dir.");
+    writeProperties("qystat_app_dir", own.getPath(), "qystat_app_name", "\u0004");
+    start(properties.getPath());
+    assertRefused("The launch properties have no qystat_app_name.");
+  }
+
+  @Test
+  public void withoutALaunchFileItSaysSo() throws Exception {
+    File demo = folder.newFolder("Quillory-Demo-1-complete");
+    start(properties.getPath());
+    assertRefused(
+        "Cannot read the launch file: " + demo + "/QuilloryLaunch (No such file or directory)");
+  }
+
+  @Test
+  public void aMainClassThatCannotBeRunIsNamed() throws Exception {
+    File demo = installDemo(1, "sample.Missing");
+    start(properties.getPath());
+    assertRefused("There is no class \"sample.Missing\" in " + demo + ".");
+    writeLaunchFile(demo, "", "s p%41ce.jar");
+    start(properties.getPath());
+    assertRefused("There is no class \"\" in " + demo + ".");
+    writeLaunchFile(demo, "sample.NoMain", "s p%41ce.jar");
+    start(properties.getPath());
+    assertRefused("The class sample.NoMain has no public main method.");
+    writeLaunchFile(demo, "sample.NotStatic", "s p%41ce.jar");
+    start(properties.getPath());
+    assertRefused("The main method of sample.NotStatic is not \"static void\".");
+  }
+
+  @Test
+  public void aDamagedClassIsNamed() throws Exception {
+    File demo = installDemo(1, "Damaged");
+    write(new File(demo, "Damaged.class"), "no class at all");
+    writeLaunchFile(demo, "Damaged", "./");
+    start(properties.getPath());
+    assertEquals(1, status);
+    assertThat(
+        err,
+        containsString("[Updater] The class Damaged cannot be loaded: java.lang.ClassFormatError"));
+  }
+}

@@ -1,0 +1,97 @@
+package io.quillory.updater;
+
+import java.io.File;
+import java.lang.reflect.InvocationTargetException;
+import java.lang.reflect.Method;
+import java.lang.reflect.Modifier;
+import java.net.MalformedURLException;
+import java.net.URL;
+import java.net.URLClassLoader;
+import java.security.AllPermission;
+import java.security.CodeSource;
+import java.security.PermissionCollection;
+import java.security.Permissions;
+import java.util.List;
+
+/** An installed application, run in this JVM. */
+final class Application {
+  /** It cannot be started; the message says why. */
+  static final class NotRunnable extends Exception {
+    private static final long serialVersionUID = 1;
+
+    NotRunnable(String message) {
+      super(message);
+    }
+  }
+
+  /** Asks no file for its permissions: that takes milliseconds, and the application has all. */
+  private static final class Loader extends URLClassLoader {
+    Loader(URL[] urls, ClassLoader parent) {
+      super(urls, parent);
+    }
+
+    @Override
+    protected PermissionCollection getPermissions(CodeSource source) {
+      PermissionCollection all = new Permissions();
+      all.add(new AllPermission());
+      return all;
+    }
+  }
+
+  private final File folder;
+  private final LaunchFile launchFile;
+
+  Application(File folder, LaunchFile launchFile) {
+    this.folder = folder;
+    this.launchFile = launchFile;
+  }
+
+  /** Runs the main class on this thread; throws what its main method throws. */
+  void run(String[] arguments) throws Throwable {
+    Method main = mainMethod(classLoader());
+    try {
+      main.invoke(null, (Object) arguments);
+    } catch (InvocationTargetException e) {
+      throw e.getCause();
+    }
+  }
+
+  /**
+   * A class loader that sees the application and the platform, but not the updater. The application
+   * finds its class path where it would find it if it had been started alone.
+   */
+  private ClassLoader classLoader() throws MalformedURLException {
+    List<String> entries = launchFile.classPath;
+    URL[] urls = new URL[entries.size()];
+    StringBuilder text = new StringBuilder();
+    for (int i = 0; i < urls.length; i++) {
+      File entry = new File(folder, entries.get(i));
+      urls[i] = entry.toURI().toURL();
+      text.append(i == 0 ? "" : File.pathSeparator).append(entry.getPath());
+    }
+    System.setProperty("java.class.path", text.toString());
+    // Never closed: the application may have threads that outlive its main method.
+    ClassLoader loader = new Loader(urls, ClassLoader.getSystemClassLoader().getParent());
+    Thread.currentThread().setContextClassLoader(loader);
+    return loader;
+  }
+
+  private Method mainMethod(ClassLoader loader) throws NotRunnable {
+    String name = launchFile.mainClass;
+    try {
+      // Not initialised yet: what goes wrong in its own code is the application's to report.
+      Method main = Class.forName(name, false, loader).getMethod("main", String[].class);
+      if (!Modifier.isStatic(main.getModifiers()) || main.getReturnType() != void.class) {
+        throw new NotRunnable("The main method of " + name + " is not \"static void\".");
+      }
+      main.setAccessible(true); // The class itself need not be public.
+      return main;
+    } catch (ClassNotFoundException e) {
+      throw new NotRunnable("There is no class \"" + name + "\" in " + folder + ".");
+    } catch (NoSuchMethodException e) {
+      throw new NotRunnable("The class " + name + " has no public main method.");
+    } catch (LinkageError e) {
+      throw new NotRunnable("The class " + name + " cannot be loaded: " + e);
+    }
+  }
+}

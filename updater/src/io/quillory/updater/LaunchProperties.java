@@ -1,0 +1,80 @@
+package io.quillory.updater;
+
+import java.io.File;
+import java.io.IOException;
+import java.util.ArrayList;
+import java.util.List;
+
+/** The properties that the launcher wrote for this start: keys and values in turn. */
+final class LaunchProperties {
+  private static final String EMPTY = "\u0004";
+  private static final String FILE_PREFIX = "QYLaunchProperties-";
+  /** A start that is this much older has read its file. */
+  private static final long READ_AFTER_MILLIS = 10_000;
+
+  private final List<String> entries = new ArrayList<String>();
+
+  private LaunchProperties(Records records) {
+    while (!records.isAtEnd()) {
+      entries.add(records.next());
+    }
+  }
+
+  static LaunchProperties read(File file) throws IOException {
+    return new LaunchProperties(Records.of(file));
+  }
+
+  /**
+   * The value of a key such as "qystat_app_name", or null. A key may be there more than once; the
+   * last one counts, because what the launcher works out at the launch stands behind what was
+   * shipped.
+   */
+  String get(String key) {
+    String value = null;
+    for (int i = 0; i < entries.size(); i += 2) {
+      if (entries.get(i).equals(key)) {
+        value = i + 1 < entries.size() ? entries.get(i + 1) : "";
+      }
+    }
+    return EMPTY.equals(value) ? "" : value;
+  }
+
+  /**
+   * Deletes the files of earlier starts beside {@code current}, but for those so young that their
+   * application may still have to read them.
+   */
+  static void deleteEarlierThan(File current) {
+    File folder = current.getAbsoluteFile().getParentFile();
+    long now = stampOf(current.getName());
+    String[] names = folder == null || now < 0 ? null : folder.list();
+    if (names == null) {
+      return;
+    }
+    for (String name : names) {
+      long stamp = stampOf(name);
+      if (stamp >= 0 && stamp < now - READ_AFTER_MILLIS) {
+        new File(folder, name).delete(); // Best effort: the next start tries again.
+      }
+    }
+  }
+
+  /** The milliseconds in "QYLaunchProperties-<milliseconds>-<number>"; -1 for other names. */
+  private static long stampOf(String name) {
+    int dash = name.indexOf('-', FILE_PREFIX.length());
+    if (!name.startsWith(FILE_PREFIX)
+        || !isNumber(name, FILE_PREFIX.length(), dash)
+        || !isNumber(name, dash + 1, name.length())) {
+      return -1;
+    }
+    return Records.numberAtStartOf(name.substring(FILE_PREFIX.length(), dash));
+  }
+
+  private static boolean isNumber(String text, int start, int end) {
+    for (int i = start; i < end; i++) {
+      if (text.charAt(i) < '0' || text.charAt(i) > '9') {
+        return false;
+      }
+    }
+    return end > start;
+  }
+}

@@ -1,0 +1,105 @@
+package io.quillory.updater;
+
+import java.io.File;
+import java.io.IOException;
+import java.util.List;
+
+/**
+ * Started by the launcher with the path of the launch-properties file, the extra arguments of the
+ * updater's own launch file, and the user's arguments. Runs the newest installed version of the
+ * application with the same path, the extra arguments of the application's launch file, and the
+ * user's arguments. Where that cannot be done, it says so on standard error and ends the process
+ * with status 1.
+ *
+ * <p>Every start goes through here, so nothing is used that takes the JVM long to load: no lambdas,
+ * no regular expressions, no formatting, no logging.
+ */
+public final class Main {
+  private static final int EXIT_FAILURE = 1;
+
+  private Main() {}
+
+  public static void main(String[] arguments) throws Throwable {
+    try {
+      if (arguments.length == 0) {
+        throw new Application.NotRunnable("The path of the launch-properties file is missing.");
+      }
+      File propertiesFile = new File(arguments[0]);
+      LaunchProperties properties = readProperties(propertiesFile);
+      LaunchProperties.deleteEarlierThan(propertiesFile);
+
+      File ownFolder = new File(required(properties, "qystat_app_dir")).getAbsoluteFile();
+      File folder = newestOf(required(properties, "qystat_app_name"), ownFolder);
+      LaunchFile launchFile = readLaunchFile(folder);
+      new Application(folder, launchFile)
+          .run(argumentsFor(launchFile, arguments, ownExtraArguments(ownFolder, arguments)));
+    } catch (Application.NotRunnable e) {
+      System.err.println("[Updater] " + e.getMessage());
+      System.exit(EXIT_FAILURE);
+    }
+  }
+
+  private static LaunchProperties readProperties(File file) throws Application.NotRunnable {
+    try {
+      return LaunchProperties.read(file);
+    } catch (IOException e) {
+      throw new Application.NotRunnable("Cannot read the launch properties: " + e.getMessage());
+    }
+  }
+
+  private static String required(LaunchProperties properties, String key)
+      throws Application.NotRunnable {
+    String value = properties.get(key);
+    if (value == null || value.isEmpty()) {
+      throw new Application.NotRunnable("The launch properties have no " + key + ".");
+    }
+    return value;
+  }
+
+  private static File newestOf(String name, File ownFolder) throws Application.NotRunnable {
+    File master = ownFolder.getParentFile();
+    File folder = master == null ? null : VersionFolders.newest(master, name);
+    // An application with the updater's own name would be started by itself for ever.
+    if (folder == null || folder.equals(ownFolder)) {
+      throw new Application.NotRunnable(
+          "No version of \"" + name + "\" is installed in " + master + ".");
+    }
+    return folder;
+  }
+
+  private static LaunchFile readLaunchFile(File folder) throws Application.NotRunnable {
+    try {
+      return LaunchFile.read(folder);
+    } catch (IOException e) {
+      throw new Application.NotRunnable("Cannot read the launch file: " + e.getMessage());
+    }
+  }
+
+  /** How many arguments behind the first are the updater's own and not the user's. */
+  private static int ownExtraArguments(File ownFolder, String[] arguments) {
+    List<String> own;
+    try {
+      own = LaunchFile.read(ownFolder).extraArguments;
+    } catch (IOException e) {
+      return 0; // Not started by the launcher.
+    }
+    for (int i = 0; i < own.size(); i++) {
+      if (i + 1 >= arguments.length || !own.get(i).equals(arguments[i + 1])) {
+        return 0;
+      }
+    }
+    return own.size();
+  }
+
+  private static String[] argumentsFor(LaunchFile launchFile, String[] arguments, int skipped) {
+    List<String> extra = launchFile.extraArguments;
+    int userCount = arguments.length - 1 - skipped;
+    String[] result = new String[1 + extra.size() + userCount];
+    result[0] = arguments[0];
+    for (int i = 0; i < extra.size(); i++) {
+      result[1 + i] = extra.get(i);
+    }
+    System.arraycopy(arguments, 1 + skipped, result, 1 + extra.size(), userCount);
+    return result;
+  }
+}

@@ -1,0 +1,67 @@
+package io.quillory.updater;
+
+import java.io.File;
+
+/** The version folders of a master folder, named "Quillory-<name>-<version>-complete". */
+final class VersionFolders {
+  private static final int SHORTEST_NAME = 3;
+
+  private VersionFolders() {}
+
+  /**
+   * The folder of {@code name} with the highest version, or null. Of equal versions it is the one
+   * whose name comes first in byte order. A {@code name} that holds a '-' never matches.
+   */
+  static File newest(File master, String name) {
+    String[] folders = master.list();
+    if (folders == null) {
+      return null;
+    }
+    String best = null;
+    long bestVersion = -1;
+    for (String folder : folders) {
+      if (folder.length() < SHORTEST_NAME || !isOf(name, folder)) {
+        continue;
+      }
+      long version = versionOf(folder);
+      boolean isFirstOfEqual =
+          best != null && version == bestVersion && compareBytes(folder, best) < 0;
+      if (version > bestVersion || isFirstOfEqual) {
+        best = folder;
+        bestVersion = version;
+      }
+    }
+    return best == null ? null : new File(master, best);
+  }
+
+  /** Whether the text between the first and the second '-' is {@code name}. */
+  private static boolean isOf(String name, String folder) {
+    int first = folder.indexOf('-');
+    int second = folder.indexOf('-', first + 1);
+    return first >= 0 && second >= 0 && folder.substring(first + 1, second).equals(name);
+  }
+
+  /** The number between the second and the third '-'; -1 without a third. */
+  private static long versionOf(String folder) {
+    int second = folder.indexOf('-', folder.indexOf('-') + 1);
+    int third = folder.indexOf('-', second + 1);
+    return third < 0 ? -1 : Records.numberAtStartOf(folder.substring(second + 1, third));
+  }
+
+  /**
+   * The order of the names as UTF-8, in which characters beyond U+FFFF come last. In a String they
+   * are surrogates, which have characters above them.
+   */
+  private static int compareBytes(String a, String b) {
+    int length = Math.min(a.length(), b.length());
+    for (int i = 0; i < length; i++) {
+      char x = a.charAt(i);
+      char y = b.charAt(i);
+      if (x != y) {
+        boolean isBeyond = Character.isSurrogate(x);
+        return isBeyond == Character.isSurrogate(y) ? x - y : isBeyond ? 1 : -1;
+      }
+    }
+    return a.length() - b.length();
+  }
+}
