@@ -3,8 +3,10 @@
 
 namespace quillory {
 
-/// Runs a whole start and ends the process. `exePath` is argv[0] as passed; `argCount` and `args`
-/// are the arguments without it, `fullArgc` and `fullArgv` with it.
+/// Runs a whole start on the calling thread and ends the process: with status 0 after the
+/// application has been started (or prepared, with `prepareOnly`), else as support/exit_status.h
+/// says. `exePath` is argv[0] as passed, possibly relative; `argCount` and `args` are the arguments
+/// without it, `fullArgc` and `fullArgv` with it.
 [[noreturn]] void extractWrapperTail(char* exePath, int argCount, char** args, int fullArgc,
                                      char** fullArgv, bool prepareOnly);
 

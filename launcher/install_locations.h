@@ -6,30 +6,48 @@
 //     QuilloryTemp-<seconds>-<count>-app                       while a component is extracted
 #pragma once
 #include <string>
+#include <string_view>
 
 namespace quillory {
 
 /// The component name of the updater that the launcher starts.
 inline constexpr char kUpdaterName[] = "Quillory";
 
-/// The directory that all users, or this user, keep applications in, by the "Install Type" of the
-/// tail; a new block of kPathCapacity bytes, free() it. The user's is created, with its parents.
+/// Who the user is. Assigned to by tests only, through ScopedReplace.
+struct UserCalls {
+  /// The home folder that the password database names for this user, whatever HOME says; "" when
+  /// it knows none.
+  std::string (*homeFolder)();
+};
+extern UserCalls userCalls;
+
+/// The directory that all users ("perm_all") or this user (anything else) keep applications in; a
+/// new block of kPathCapacity bytes, free() it. Null when this user has no home folder. The user's
+/// directory is created, with its parents; that of all users is not.
 char* locateSharedDirectory(const char* installType);
 
 /// <shared directory>/Quillory-<appName>
 std::string masterFolderFor(const std::string& sharedDirectory, const std::string& appName);
 
+/// Whether `name` and `version` can make the name of a folder inside its parent: no '/' in either,
+/// and no longer than file systems take ("Quillory-<name>-<version>-complete.plugin").
+bool isUsableInFolderName(std::string_view name, std::string_view version);
+
 /// Both write to `dst` (kPathCapacity bytes) and return it; they create nothing.
 char* makeAppFolder(char* dst, const char* master, const char* name, const char* version);
+/// The name counts seconds and the entries of `master`: two calls in one second, with nothing made
+/// in between, give the same name.
 char* makeAppTempFolder(char* dst, const char* master);
 
-/// 0 when the text between the first and the second '-' is `name`; never for a name with a '-'.
+/// 0 when the text between the first and the second '-' is `name`, so never for a name with a '-';
+/// else how the two compare, or -1 with fewer than two '-'.
 int checkAppFolderName(const char* folderName, const char* name);
-/// The number between the second and the third '-'; -1 without a third.
+/// The number between the second and the third '-', 0 when it is none; -1 without a third '-'.
 long pickVersionFromAppFolderName(const char* folderName);
 
 /// The name of the folder of `name` with the highest version, in a new block (free() it), or null.
-/// Folders are looked at in byte order of their names; of equal versions the first stays.
+/// Folders are looked at in byte order of their names, whatever the file system; of equal versions
+/// the first stays, so a JRE's plain folder comes before its bundle.
 char* pickAndAllocLatestFromMaster(const char* master, const char* name);
 
 /// Number of entries in a folder's listing, "." and ".." included; 0 when it cannot be opened.

@@ -1,0 +1,35 @@
+// Where the launcher's own executable lies, and the files of its application bundle:
+//
+//   <App>.app/Contents/MacOS/<executable>
+//   <App>.app/Contents/Resources/...
+#pragma once
+#include <string>
+
+#include "support/paths.h"
+
+namespace quillory {
+
+/// `folder` and the components behind it as one path. Ends the process when it would be longer than
+/// kPathCapacity.
+template <typename... Components>
+std::string joinPath(const std::string& folder, const Components&... components) {
+  char path[kPathCapacity];
+  return setPath(path, folder.c_str(), std::string(components).c_str()...);
+}
+
+struct Executable {
+  std::string pathAsPassed;  ///< argv[0]
+  std::string absolutePath;
+  std::string folder;  ///< of absolutePath; "" for an executable in "/"
+
+  /// <folder>/../Resources/<components>
+  template <typename... Components>
+  std::string resource(const Components&... components) const {
+    return joinPath(folder.empty() ? "/" : folder, "..", "Resources", components...);
+  }
+};
+
+/// Works out and logs the three.
+Executable locateExecutable(char* exePath);
+
+}  // namespace quillory

@@ -1,0 +1,93 @@
+#include "launcher/component_extraction.h"
+
+#include <cstdlib>
+
+#include "formats/archive.h"
+#include "launcher/bundle_paths.h"
+#include "launcher/install_locations.h"
+#include "launcher/splash_override.h"
+#include "support/exit_status.h"
+#include "support/files.h"
+#include "support/log.h"
+#include "support/owned.h"
+#include "support/paths.h"
+
+namespace quillory {
+namespace {
+
+constexpr int kUpdaterEntries = 3;
+constexpr int kApplicationEntries = 2;
+
+}  // namespace
+
+ComponentFolders nameComponentFolders(const std::string& masterFolder, const std::string& guVersion,
+                                      const std::string& appName, const std::string& appVersion) {
+  const char* const master = masterFolder.c_str();
+  char path[kPathCapacity];
+  ComponentFolders folders;
+  folders.gu = makeAppFolder(path, master, kUpdaterName, guVersion.c_str());
+  folders.guTemp = makeAppTempFolder(path, master);
+  folders.app = makeAppFolder(path, master, appName.c_str(), appVersion.c_str());
+  folders.appTemp = makeAppTempFolder(path, master);
+  logMessage("[Extractor] GU folder is %s\n", folders.gu.c_str());
+  logMessage("[Extractor] GU temp is %s\n", folders.guTemp.c_str());
+  return folders;
+}
+
+void extractTailEntry(const TailArchives& tail, const char* lzmaTool, const char* unpack200Tool,
+                      const std::string& destination) {
+  long signatureOffset = -1;
+  char* signatureHex = nullptr;
+  extractArchiveFileCheckSignature(lzmaTool, unpack200Tool, destination.c_str(), tail.stream,
+                                   &signatureOffset, &signatureHex, tail.key);
+  std::free(signatureHex);
+}
+
+void extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
+                    const SplashOverride& splashOverride) {
+  const std::string lzmaTool = joinPath(folders.guTemp, "lzma64");
+  logMessage("[Extractor] LZMA path is %s\n", lzmaTool.c_str());
+  extractTailEntry(tail, lzmaTool.c_str(), nullptr, folders.guTemp);
+  logMessage("[Extractor] Ensuring LZMA is executable.\n");
+  if (chmod777(lzmaTool.c_str()) != 0)
+    logMessage("[Extractor] ***************************** Error setting LZMA executable!\n");
+
+  extractTailEntry(tail, lzmaTool.c_str(), nullptr, folders.guTemp);
+  saveOverrideImageIfAllowed(splashOverride.canOverride, splashOverride.image,
+                             joinPath(folders.guTemp, "nativesplash.png"));
+  for (int i = 0; i < kUpdaterEntries; ++i)
+    extractTailEntry(tail, lzmaTool.c_str(), nullptr, folders.guTemp);
+
+  logMessage("[Extractor] Extracted GU and GU Version\n");
+  logMessage("[Extractor] Renaming GU folder to %s\n", folders.gu.c_str());
+  doRename(folders.guTemp.c_str(), folders.gu.c_str());
+  chmod777(folders.gu.c_str());
+}
+
+UpdaterFiles locateUpdaterFiles(const std::string& guFolder) {
+  logMessage("[Extractor] Recreating GU location\n");
+  const UpdaterFiles files = {joinPath(guFolder, "lzma64"), joinPath(guFolder, "cacerts"),
+                              joinPath(guFolder, "nativesplash.png")};
+  logMessage("[Extractor] CACerts override path is %s\n", files.caCerts.c_str());
+  logMessage("[Extractor] Native Splash PNG path is %s\n", files.splashPicture.c_str());
+  return files;
+}
+
+void extractApplication(const TailArchives& tail, const ComponentFolders& folders,
+                        const char* lzmaTool, const char* unpack200Tool) {
+  // No line end, by intent: the next message ends the line.
+  logMessage("[Extractor] Offline installer - app to extract.");
+  logMessage("[Extractor] APP folder is %s\n", folders.app.c_str());
+  logMessage("[Extractor] APP temp is %s\n", folders.appTemp.c_str());
+  if (makeDir(folders.appTemp.c_str()) != 0) {
+    logError("Unable to create App Temp folder\n");
+    std::exit(kExitFailure);
+  }
+  logMessage("[Extractor] Extracting App...\n");
+  for (int i = 0; i < kApplicationEntries; ++i)
+    extractTailEntry(tail, lzmaTool, unpack200Tool, folders.appTemp);
+  doRename(folders.appTemp.c_str(), folders.app.c_str());
+  logMessage("[Extractor] Renaming App folder to %s\n", folders.app.c_str());
+}
+
+}  // namespace quillory

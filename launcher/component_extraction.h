@@ -1,0 +1,64 @@
+// Installing what the tail carries. Each component is extracted into a temporary folder of the
+// master folder, which is then renamed to its version folder. The entries of the tail, in order:
+//
+//   lzma64, nativesplash.png        the tool that decompresses the others, and the splash picture
+//   three of the updater            its archive and its files, in any order; any may be empty
+//   one JRE                         where "JRE Version" is not empty; see java/jre_provisioning.h
+//   two of the application          where "App Version" is not empty; one may be empty
+//
+// Whether an entry could be extracted is not examined: an archive with a bad signature leaves an
+// empty version folder, and the newest folder is what runs.
+#pragma once
+#include <cstdio>
+#include <optional>
+#include <string>
+
+#include "formats/archive_signature.h"
+
+namespace quillory {
+
+/// The open tail and the key of its archives (may be null).
+struct TailArchives {
+  std::FILE* stream;
+  Rsa_key* key;
+};
+
+struct ComponentFolders {
+  std::string gu, guTemp;
+  std::string app, appTemp;
+};
+
+/// Works out all four, and logs the updater's. The two temporary names may be the same: they are
+/// used one after the other.
+ComponentFolders nameComponentFolders(const std::string& masterFolder, const std::string& guVersion,
+                                      const std::string& appName, const std::string& appVersion);
+
+/// Extracts the tail's next entry. `lzmaTool` and `unpack200Tool` may be null.
+void extractTailEntry(const TailArchives& tail, const char* lzmaTool, const char* unpack200Tool,
+                      const std::string& destination);
+
+/// What may replace the shipped splash picture (see splash_override.h).
+struct SplashOverride {
+  std::string canOverride;
+  std::optional<std::string> image;
+};
+
+/// Extracts the first five entries and moves them to the updater's folder. The temporary folder
+/// exists already.
+void extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
+                    const SplashOverride& splashOverride);
+
+/// Files of the installed updater that the rest of the installation uses.
+struct UpdaterFiles {
+  std::string lzmaTool;
+  std::string caCerts;  ///< trust store for the JRE; need not exist
+  std::string splashPicture;
+};
+UpdaterFiles locateUpdaterFiles(const std::string& guFolder);
+
+/// Extracts two entries and moves them to the application's folder. Ends the process with status 1
+/// when its temporary folder cannot be made.
+void extractApplication(const TailArchives& tail, const ComponentFolders& folders,
+                        const char* lzmaTool, const char* unpack200Tool);
+
+}  // namespace quillory

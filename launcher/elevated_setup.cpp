@@ -1,0 +1,139 @@
+#include "launcher/elevated_setup.h"
+
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <memory>
+
+#include "java/spawner.h"
+#include "launcher/parent_process.h"
+#include "launcher/prepare_only.h"
+#include "launcher/splash_override.h"
+#include "support/exit_status.h"
+#include "support/log.h"
+#include "ui/splash.h"
+
+namespace quillory {
+namespace {
+
+constexpr char kRule[] = "[SUDO] ==============================================\n";
+
+struct SpawnerDeleter {
+  void operator()(Spawner* spawner) const { deleteSpawner(spawner); }
+};
+using OwnedSpawner = std::unique_ptr<Spawner, SpawnerDeleter>;
+
+OwnedSpawner spawnerFor(const std::string& program) {
+  OwnedSpawner spawner(createSpawner());
+  setSpawnerExe(spawner.get(), program.c_str());
+  return spawner;
+}
+
+void addOwnArguments(Spawner* spawner, int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) addSpawnerArg(spawner, argv[i]);
+}
+
+void logBanner(const char* line) {
+  logMessage("%s", kRule);
+  logMessage("%s", line);
+  logMessage("%s", kRule);
+}
+
+/// The set-up's own outcome does not change what happens next, but a person has to find it.
+void explainStatus(int status) {
+  if (status < 0) {
+    logMessage("[SUDO] elev_mac could not be started: nothing has been installed\n");
+  } else if (status > 0) {
+    logMessage("[SUDO] elev_mac ended with status %d: elevation was denied, or set-up failed\n",
+               status);
+  }
+}
+
+int runBehindSplash(const Spawner* tool, bool isSilent) {
+  if (isSilent) return runSpawnerAndWait(tool);
+  splash::showSplash();
+  splash::setProgress(splash::kProgressIndefinite);
+  const int status = runSpawnerAndWait(tool);
+  splash::hideSplash();
+  return status;
+}
+
+void runElevated(const std::string& appName, int argc, char** argv, bool isSilent,
+                 const Executable& exe) {
+  logMessage("[SUDO] Elevation required.\n");
+  logMessage("[SUDO] On OS X, UI-based elevation utility is required. Using bundled 'elev_mac'\n");
+  const std::string path = exe.resource("elev_mac");
+  logMessage("[SUDO] Elev_mac path is %s\n", path.c_str());
+
+  const std::string prompt = "--prompt=" + appName;
+  const OwnedSpawner tool = spawnerFor(path);
+  addSpawnerArg(tool.get(), prompt.c_str());
+  addSpawnerArg(tool.get(), exe.absolutePath.c_str());
+  addOwnArguments(tool.get(), argc, argv);
+  addSpawnerArg(tool.get(), kPrepareOnlyArgument);
+
+  logBanner("[SUDO] ======      Launching elevated setup    ======\n");
+  explainStatus(runBehindSplash(tool.get(), isSilent));
+  logMessage("[SUDO] Elevated setup complete\n");
+}
+
+void relaunch(int argc, char** argv, const Executable& exe) {
+  const OwnedSpawner copy = spawnerFor(exe.absolutePath);
+  addOwnArguments(copy.get(), argc, argv);
+  logBanner("[SUDO] ======      Relaunching post setup      ======\n");
+  runSpawnerAndWait(copy.get());
+  logMessage("[SUDO] Relaunch complete\n");
+}
+
+}  // namespace
+
+ElevationCalls elevationCalls = {parentRunsThisExecutable, "/tmp"};
+
+void createDirectoryForAllUsers(const std::string& directory) {
+  constexpr mode_t kOnlyOwnerWrites = 0755;
+  for (std::size_t end = directory.find('/', 1);; end = directory.find('/', end + 1)) {
+    const std::string folder = directory.substr(0, end);
+    // mkdir() alone would leave it to the umask whether users can look inside.
+    if (mkdir(folder.c_str(), kOnlyOwnerWrites) == 0) {
+      logMessage("[Extractor] Created %s\n", folder.c_str());
+      chmod(folder.c_str(), kOnlyOwnerWrites);
+    }
+    if (end == directory.npos) return;
+  }
+}
+
+void refuseSecondElevation(bool prepareOnly) {
+  if (prepareOnly) {
+    logError("[SUDO] The elevated setup cannot write to the install location either. Giving up.\n");
+    std::exit(kExitFailure);
+  }
+  if (elevationCalls.parentRunsThisExecutable()) {
+    logError(
+        "[SUDO] The install location still cannot be written after an elevated setup. Will not "
+        "elevate again.\n");
+    std::exit(kExitFailure);
+  }
+}
+
+void extractSplashForElevation(const TailArchives& tail, const SplashOverride& splashOverride) {
+  const std::string folder = elevationCalls.temporaryFolder;
+  // Without an LZMA tool: the only one at hand would be the file just put there.
+  extractTailEntry(tail, nullptr, nullptr, folder);
+  extractTailEntry(tail, nullptr, nullptr, folder);
+  const std::string picture = joinPath(folder, "nativesplash.png");
+  saveOverrideImageIfAllowed(splashOverride.canOverride, splashOverride.image, picture);
+  logMessage("[Extractor] Native Splash PNG path is %s\n", picture.c_str());
+  logMessage("[Extractor] Configuring splash\n");
+  splash::configureSplash(picture.c_str());
+}
+
+void doElevatedSetupAndLaunch(const std::string& appName, int argc, char** argv, bool isSilent,
+                              const Executable& exe) {
+  runElevated(appName, argc, argv, isSilent, exe);
+  // Said twice by intent: once for the tool, once for the set-up as a whole.
+  logMessage("[SUDO] Elevated setup complete\n");
+  relaunch(argc, argv, exe);
+  std::exit(kExitSuccess);
+}
+
+}  // namespace quillory

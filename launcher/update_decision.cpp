@@ -1,0 +1,94 @@
+#include "launcher/update_decision.h"
+
+#include <cstdlib>
+
+#include "java/jre_inspection.h"
+#include "launcher/bundle_paths.h"
+#include "launcher/install_locations.h"
+#include "support/log.h"
+#include "support/owned.h"
+
+namespace quillory {
+namespace {
+
+/// The folder name of the newest version of a component, or "".
+std::string newestFolder(const std::string& masterFolder, const std::string& name) {
+  const OwnedText folder(pickAndAllocLatestFromMaster(masterFolder.c_str(), name.c_str()));
+  return folder != nullptr ? folder.get() : "";
+}
+
+/// Versions are compared as numbers only, never as text.
+bool isNewer(const std::string& ourVersion, const std::string& installedFolder) {
+  return std::strtol(ourVersion.c_str(), nullptr, 10) >
+         pickVersionFromAppFolderName(installedFolder.c_str());
+}
+
+bool hasUsableJre(const std::string& masterFolder, const std::string& jre) {
+  if (jre.empty()) return false;
+  if (isHealthyJre(joinPath(masterFolder, jre).c_str())) return true;
+  logMessage("[Extractor] The existing JRE %s is broken. Instructing the wrapper to update.\n",
+             jre.c_str());
+  return false;
+}
+
+void logNoGuOrJre() {
+  logMessage(
+      "[Extractor] No latest GU or JRE version exists, will check tail for online/offline info\n");
+}
+
+void logJreExists() { logMessage("[Extractor] Note: Latest JRE version does exist\n"); }
+
+/// Whether the application in the tail is to be installed, where the updater is current.
+bool isAppOutdated(const UpdateQuestion& question) {
+  const std::string app = newestFolder(question.masterFolder, question.appName);
+  if (app.empty()) {
+    logMessage("[Extractor] No app version found and we are offline so will extract\n");
+    return true;
+  }
+  if (isNewer(question.appVersion, app)) {
+    logMessage(
+        "[Extractor] Our App version is newer than existing latest version so will extract and "
+        "run\n");
+    return true;
+  }
+  logMessage("[Extractor] Latest App version is newer or same as our version so will just run\n");
+  return false;
+}
+
+/// The decision where both an updater and a usable JRE are installed.
+bool isOutdated(const UpdateQuestion& question, const std::string& gu) {
+  const bool hasGu = !question.guVersion.empty();
+  if (hasGu && isNewer(question.guVersion, gu)) {
+    logMessage(
+        "[Extractor] Our GU version is newer than existing latest version so will extract and "
+        "run\n");
+    return true;
+  }
+  logMessage("[Extractor] Latest GUversion is newer or same as our version so will just run\n");
+  return hasGu && !question.appVersion.empty() && isAppOutdated(question);
+}
+
+}  // namespace
+
+UpdateDecision decideUpdate(const UpdateQuestion& question) {
+  logMessage("[Extractor] Checking for a latest valid GU\n");
+  const std::string gu = newestFolder(question.masterFolder, kUpdaterName);
+  const std::string jre = newestFolder(question.masterFolder, question.jreName);
+  if (!hasUsableJre(question.masterFolder, jre)) {
+    logNoGuOrJre();
+    logMessage("[Extractor] Note: No latest JRE version exists\n");
+    return {true, gu};
+  }
+  if (gu.empty()) {
+    logNoGuOrJre();
+    logJreExists();
+    return {true, gu};
+  }
+  logMessage("[Extractor] Latest GU version exists: %s\n", gu.c_str());
+  logMessage("[Extractor] Existing JRE exists: %s\n", jre.c_str());
+  const bool extract = isOutdated(question, gu);
+  if (extract) logJreExists();
+  return {extract, gu};
+}
+
+}  // namespace quillory

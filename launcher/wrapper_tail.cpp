@@ -1,0 +1,135 @@
+#include "launcher/wrapper_tail.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+#include "formats/markers.h"
+#include "formats/record_stream.h"
+#include "formats/text_encodings.h"
+#include "launcher/install_locations.h"
+#include "support/exit_status.h"
+#include "support/log.h"
+
+namespace quillory {
+namespace {
+
+constexpr char kDynamicUrl[] = "D";
+
+OwnedFile openOrExit(const std::string& path) {
+  OwnedFile file(std::fopen(path.c_str(), "rb"));
+  if (file != nullptr) return file;
+  logMessage(
+      "[Extractor] ************************* Failed to extract wrapper tail - couldn't open file "
+      "%s\n",
+      path.c_str());
+  std::exit(kExitFailure);
+}
+
+void refuseUnless(bool isUsable, const char* what, const std::string& name,
+                  const std::string& version) {
+  if (isUsable) return;
+  logError("[Extractor] %s '%s' with version '%s' cannot be part of a folder name\n", what,
+           name.c_str(), version.c_str());
+  std::exit(kExitFailure);
+}
+
+}  // namespace
+
+OwnedFile openWrapperTail(const Executable& exe) {
+  logMessage("\n");
+  logStartSection("Extracting wrapper tail\n");
+  OwnedFile file = openOrExit(exe.pathAsPassed);
+  const OwnedText marker(allocAndInitMarker());
+  if (scanToMarker(file.get(), marker.get(), kTailMarkerLength, "Tail") != kMarkerNotFound) {
+    logMessage("[Extractor] Found tail marker\n");
+    return file;
+  }
+  logMessage("[Extractor] The executable dir is %s\n", exe.folder.c_str());
+  const std::string path = exe.resource("Tail");
+  logMessage("[Extractor] No tail found. Trying %s\n", path.c_str());
+  return openOrExit(path);
+}
+
+TailRecords readTailRecords(std::FILE* stream) {
+  TailRecords tail;
+  tail.appName = readText(stream, "App Name");
+  tail.appVersion = readText(stream, "App Version");
+  tail.jreVersion = readText(stream, "JRE Version");
+  tail.guVersion = readText(stream, "GU Version");
+  tail.minSplashMs = readText(stream, "Min Splash MS");
+  if (!isAtEnd(stream))
+    tail.signaturePublicKey = readText(stream, "Signature Public Key", kPublicKeyCapacity);
+  tail.canOverrideSplash = readText(stream, "Can Override Splash");
+  tail.installType = readText(stream, "Install Type");
+  tail.silentParameter = readText(stream, "Silent Parameter");
+  tail.requiredJavaVersion = readText(stream, "Required Java Version");
+  tail.updateUrl = readText(stream, "Update URL", kUpdateUrlCapacity);
+
+  if (!tail.requiredJavaVersion.empty())
+    logMessage("[Extractor] Required Java version %s\n", tail.requiredJavaVersion.c_str());
+  return tail;
+}
+
+void refuseUnusableNames(const TailRecords& tail) {
+  refuseUnless(isUsableInFolderName(tail.appName, tail.appVersion), "The App Name", tail.appName,
+               tail.appVersion);
+  refuseUnless(isUsableInFolderName(kUpdaterName, tail.guVersion), "The updater", kUpdaterName,
+               tail.guVersion);
+}
+
+void refuseUnusableJreName(const std::string& jreName, const std::string& jreVersion) {
+  refuseUnless(isUsableInFolderName(jreName, jreVersion), "The JRE name", jreName, jreVersion);
+}
+
+std::string* chooseUpdateUrl(TailRecords& tail, std::optional<std::string>& dynamicUrl) {
+  if (tail.updateUrl != kDynamicUrl) {
+    logMessage("[Extractor] Will use Static Update URL: %s\n", tail.updateUrl.c_str());
+    return &tail.updateUrl;
+  }
+  logMessage("[Extractor] Will use Dynamic Update URL: %s\n", dynamicUrl.value_or("").c_str());
+  return dynamicUrl.has_value() ? &*dynamicUrl : nullptr;
+}
+
+std::string endUpdateUrl(std::string* url) {
+  logMessage("[Extractor] Update URL is currently '%s'\n", url != nullptr ? url->c_str() : "");
+  if (url != nullptr && !url->empty() && url->back() != '/') url->push_back('/');
+  const std::string ended = url != nullptr ? *url : "";
+  logMessage("[Extractor] Update URL is now '%s'\n", ended.c_str());
+  return ended;
+}
+
+void addTailProperties(const TailRecords& tail, bool isSilent, PropertyBlock& properties) {
+  logMessage("[Extractor] Setting up static properties\n");
+  addStaticProperty(properties, "update_url", tail.updateUrl);
+  addStaticProperty(properties, "install_type", tail.installType);
+  addStaticProperty(properties, "min_splash_ms", tail.minSplashMs);
+  addStaticProperty(properties, "qysig_public_key", tail.signaturePublicKey.value_or(""));
+  addStaticProperty(properties, "can_override_splash", tail.canOverrideSplash);
+  addStaticProperty(properties, "app_name", tail.appName);
+  addStaticProperty(properties, "wrapper_app_version", tail.appVersion);
+  addStaticProperty(properties, "wrapper_gu_version", tail.guVersion);
+  addStaticProperty(properties, "silent_parameter", tail.silentParameter);
+  addStaticProperty(properties, "java_version", tail.requiredJavaVersion);
+  if (isSilent) addStaticProperty(properties, "show_no_ui", "true");
+}
+
+Rsa_key* loadSignatureKey(const std::optional<std::string>& hex) {
+  if (!hex.has_value()) {
+    logMessage("[Extractor] Public key empty (no public key)\n");
+    return nullptr;
+  }
+  if (hex->empty()) {
+    logMessage("[Extractor] Public key length %d (no public key)\n", 0);
+    return nullptr;
+  }
+  std::vector<unsigned char> der(hex->size() / 2 + 2);
+  const int length = hexToBytes(der.data(), static_cast<int>(der.size()), hex->c_str());
+  logMessage("[Extractor] Processed public key of length %d\n", length);
+  Rsa_key* key = loadDEREncodedPublicKey(der.data(), length);
+  logMessage("[Extractor] Public Key: %08X\n",
+             static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(key)));
+  return key;
+}
+
+}  // namespace quillory

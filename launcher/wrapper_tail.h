@@ -1,0 +1,60 @@
+// The wrapper tail: the records that configure the launcher, and behind them, in the same stream,
+// the archives of what it installs. It follows the tail marker inside the executable, or is the
+// file Resources/Tail of the bundle. docs/formats/wrapper-tail.md has the bytes.
+#pragma once
+#include <cstdio>
+#include <optional>
+#include <string>
+
+#include "formats/archive_signature.h"
+#include "formats/property_block.h"
+#include "launcher/bundle_paths.h"
+#include "support/owned.h"
+
+namespace quillory {
+
+inline constexpr int kPublicKeyCapacity = 8192;
+inline constexpr int kUpdateUrlCapacity = 5000;
+
+/// The eleven records, in the order in which they stand in the tail. One that is missing is "".
+struct TailRecords {
+  std::string appName;
+  std::string appVersion;  ///< empty: no application in the tail
+  std::string jreVersion;  ///< empty: no JRE in the tail
+  std::string guVersion;   ///< empty: no updater in the tail, it only launches
+  std::string minSplashMs;
+  std::optional<std::string> signaturePublicKey;  ///< hexadecimal; none where the tail ends before
+  std::string canOverrideSplash;
+  std::string installType;
+  std::string silentParameter;
+  std::string requiredJavaVersion;
+  std::string updateUrl;  ///< or "D": the dynamic one
+};
+
+/// Opens the tail: the executable behind the marker, else Resources/Tail from its first byte. Ends
+/// the process with status 1 when neither can be opened.
+OwnedFile openWrapperTail(const Executable& exe);
+
+/// Reads the records; `stream` then stands on the first archive entry.
+TailRecords readTailRecords(std::FILE* stream);
+
+/// Ends the process with status 1, saying which, when a name or version of the tail cannot be part
+/// of a folder name: it would lead out of the shared directory.
+void refuseUnusableNames(const TailRecords& tail);
+/// The same for the JRE name, which does not come from the tail.
+void refuseUnusableJreName(const std::string& jreName, const std::string& jreVersion);
+
+/// The update URL in force: the tail's own text, or for "D" that of `dynamicUrl`; null where the
+/// tail says "D" and there is none.
+std::string* chooseUpdateUrl(TailRecords& tail, std::optional<std::string>& dynamicUrl);
+
+/// Gives the URL its final '/', in place, and returns it; "" for null.
+std::string endUpdateUrl(std::string* url);
+
+/// Adds what the Java application is told of the tail, in the order that it expects.
+void addTailProperties(const TailRecords& tail, bool isSilent, PropertyBlock& properties);
+
+/// The key that archives are verified with, or null; it stays for the rest of the run.
+Rsa_key* loadSignatureKey(const std::optional<std::string>& hex);
+
+}  // namespace quillory

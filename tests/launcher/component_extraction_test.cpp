@@ -1,0 +1,173 @@
+#include "launcher/component_extraction.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "support/clock.h"
+#include "support/exit_status.h"
+#include "tests/harness/captured_log.h"
+#include "tests/harness/scoped_replace.h"
+#include "tests/harness/stream_of.h"
+#include "tests/launcher/in_child.h"
+#include "tests/launcher/test_bundle.h"
+
+namespace quillory::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Stands for the tool of the same name: `lzma64 d IN OUT` copies.
+constexpr char kCopyingTool[] = "#!/bin/sh\ncp \"$2\" \"$3\"\n";
+
+class ExtractUpdater : public ::testing::Test {
+ protected:
+  ExtractUpdater() {
+    folders_ = {master_ / "Quillory-Quillory-7-complete", master_ / "QuilloryTemp-1-2-app",
+                master_ / "Quillory-App-3-complete", master_ / "QuilloryTemp-1-2-app"};
+    fs::create_directory(folders_.guTemp);
+  }
+
+  void extract(const std::string& entries, const SplashOverride& splashOverride = {}) {
+    const StreamOf stream(entries);
+    extractUpdater({stream.get(), nullptr}, folders_, splashOverride);
+    next_ = std::fgetc(stream.get());
+  }
+
+  TempDir master_;
+  ComponentFolders folders_;
+  int next_ = 0;  ///< the byte behind what was extracted
+  CapturedLog log_;
+};
+
+const std::string kToolAndPicture =
+    fileEntry("lzma64", kCopyingTool) + fileEntry("nativesplash.png", "picture");
+
+TEST_F(ExtractUpdater, TakesFiveEntriesAndMovesThemIntoPlace) {
+  extract(kToolAndPicture + fileEntry("cacerts", "certificates") +
+          fileEntry("verpatch.exe", "patcher") +
+          fileEntry("GU.p2.l2", archiveOf(fileEntry("QuilloryLaunch", "launch"))) + "!");
+  EXPECT_EQ(readFile(folders_.gu + "/lzma64"), kCopyingTool);
+  EXPECT_EQ(readFile(folders_.gu + "/nativesplash.png"), "picture");
+  EXPECT_EQ(readFile(folders_.gu + "/cacerts"), "certificates");
+  EXPECT_EQ(readFile(folders_.gu + "/verpatch.exe"), "patcher");
+  EXPECT_EQ(readFile(folders_.gu + "/QuilloryLaunch"), "launch");
+  EXPECT_FALSE(fs::exists(folders_.gu + "/GU.p2.l2"));
+  EXPECT_FALSE(fs::exists(folders_.gu + "/GU.p2"));
+  EXPECT_FALSE(fs::exists(folders_.guTemp));
+  EXPECT_EQ(modeOf(folders_.gu), 0777U);
+  EXPECT_EQ(modeOf(folders_.gu + "/lzma64"), 0777U);
+  EXPECT_EQ(next_, '!');
+}
+
+TEST_F(ExtractUpdater, SkipsEmptyEntriesInAnyOrder) {
+  extract(kToolAndPicture + fileEntry("GU.p2", archiveOf(fileEntry("QuilloryLaunch", "launch"))) +
+          emptyEntry("verpatch.exe") + emptyEntry("cacerts") + "!");
+  EXPECT_EQ(readFile(folders_.gu + "/QuilloryLaunch"), "launch");
+  EXPECT_FALSE(fs::exists(folders_.gu + "/verpatch.exe"));
+  EXPECT_FALSE(fs::exists(folders_.gu + "/cacerts"));
+  EXPECT_EQ(next_, '!');
+}
+
+TEST_F(ExtractUpdater, LogsItsSteps) {
+  extract(kToolAndPicture + emptyEntry("a") + emptyEntry("b") + emptyEntry("c"));
+  EXPECT_EQ(log_.messages().front(), "[Extractor] LZMA path is " + folders_.guTemp + "/lzma64\n");
+  EXPECT_TRUE(
+      log_.contains("[Extractor] Ensuring LZMA is executable.\n"
+                    "[ChMod] Executing chmod 777 \"" +
+                    folders_.guTemp + "/lzma64\"\n"));
+  EXPECT_TRUE(
+      log_.contains("[Extractor] Extracted GU and GU Version\n"
+                    "[Extractor] Renaming GU folder to " +
+                    folders_.gu + "\n"));
+  EXPECT_EQ(log_.messages().back(), "[ChMod] Executing chmod 777 \"" + folders_.gu + "\"\n");
+}
+
+TEST_F(ExtractUpdater, GoesOnWithoutATool) {
+  extract(emptyEntry("lzma64") + fileEntry("nativesplash.png", "picture") + emptyEntry("a") +
+          emptyEntry("b") + emptyEntry("c"));
+  EXPECT_TRUE(
+      log_.contains("[Extractor] ***************************** Error setting LZMA executable!\n"));
+  EXPECT_TRUE(fs::exists(folders_.gu + "/nativesplash.png"));
+}
+
+TEST_F(ExtractUpdater, PutsTheOwnPictureInPlaceOfTheShippedOne) {
+  extract(kToolAndPicture + emptyEntry("a") + emptyEntry("b") + emptyEntry("c"), {"1", "own"});
+  EXPECT_EQ(readFile(folders_.gu + "/nativesplash.png"), "own");
+}
+
+TEST_F(ExtractUpdater, ReplacesAnEarlierInstallationOfTheSameVersion) {
+  writeFile(folders_.gu + "/old", "old");
+  extract(kToolAndPicture + emptyEntry("a") + emptyEntry("b") + emptyEntry("c"));
+  EXPECT_FALSE(fs::exists(folders_.gu + "/old"));
+  EXPECT_EQ(readFile(folders_.gu + "/nativesplash.png"), "picture");
+}
+
+TEST_F(ExtractUpdater, TakesATailThatEndsEarly) {
+  extract(kToolAndPicture);
+  EXPECT_EQ(readFile(folders_.gu + "/nativesplash.png"), "picture");
+}
+
+TEST(LocateUpdaterFiles, NamesAndLogsWhatTheRestUses) {
+  const CapturedLog log;
+  const UpdaterFiles files = locateUpdaterFiles("/m/gu");
+  EXPECT_EQ(files.lzmaTool, "/m/gu/lzma64");
+  EXPECT_EQ(files.caCerts, "/m/gu/cacerts");
+  EXPECT_EQ(files.splashPicture, "/m/gu/nativesplash.png");
+  EXPECT_EQ(log.text(),
+            "[Extractor] Recreating GU location\n"
+            "[Extractor] CACerts override path is /m/gu/cacerts\n"
+            "[Extractor] Native Splash PNG path is /m/gu/nativesplash.png\n");
+}
+
+TEST(NameComponentFolders, NamesBothTemporaryFoldersBeforeEitherExists) {
+  const TempDir master;
+  const ScopedReplace clock(
+      timeCalls.nowMillis, +[] { return std::uint64_t{9000}; });
+  const CapturedLog log;
+  const ComponentFolders folders = nameComponentFolders(master.str(), "7", "App", "3");
+  EXPECT_EQ(folders.gu, master / "Quillory-Quillory-7-complete");
+  EXPECT_EQ(folders.guTemp, master / "QuilloryTemp-9-2-app");
+  EXPECT_EQ(folders.app, master / "Quillory-App-3-complete");
+  EXPECT_EQ(folders.appTemp, folders.guTemp);
+  EXPECT_EQ(log.text(), "[Extractor] GU folder is " + folders.gu + "\n[Extractor] GU temp is " +
+                            folders.guTemp + "\n");
+}
+
+TEST(ExtractApplication, TakesTwoEntriesAndMovesThemIntoPlace) {
+  const TempDir master;
+  const ComponentFolders folders = {"", "", master / "Quillory-App-3-complete",
+                                    master / "QuilloryTemp-1-2-app"};
+  const StreamOf stream(fileEntry("App.p2", archiveOf(fileEntry("lib/app.jar", "jar"))) +
+                        emptyEntry("App.extra") + "!");
+  const CapturedLog log;
+  extractApplication({stream.get(), nullptr}, folders, "/bin/true", nullptr);
+  EXPECT_EQ(readFile(folders.app + "/lib/app.jar"), "jar");
+  EXPECT_FALSE(fs::exists(folders.appTemp));
+  EXPECT_EQ(std::fgetc(stream.get()), '!');
+  EXPECT_TRUE(
+      log.text().starts_with("[Extractor] Offline installer - app to extract."
+                             "[Extractor] APP folder is " +
+                             folders.app +
+                             "\n"
+                             "[Extractor] APP temp is " +
+                             folders.appTemp + "\n"));
+  EXPECT_TRUE(log.contains("[Extractor] Extracting App...\n"));
+  EXPECT_EQ(log.messages().back(), "[Extractor] Renaming App folder to " + folders.app + "\n");
+}
+
+TEST(ExtractApplication, EndsTheProcessWithoutATemporaryFolder) {
+  const TempDir master;
+  const Ended ended = inChild([&] {
+    const StreamOf stream(emptyEntry("a") + emptyEntry("b"));
+    extractApplication({stream.get(), nullptr}, {"", "", master / "app", master / "no/temp"},
+                       nullptr, nullptr);
+  });
+  EXPECT_EQ(ended.status, kExitFailure);
+  const std::string frame(43, '*');
+  EXPECT_TRUE(ended.logs(frame + "\nUnable to create App Temp folder\n" + frame));
+}
+
+}  // namespace
+}  // namespace quillory::testing

@@ -1,0 +1,480 @@
+// Whole starts in a child process, with real archives and a shell script as `java`.
+#include "launcher/driver.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "launcher/elevated_setup.h"
+#include "launcher/install_locations.h"
+#include "support/clock.h"
+#include "support/exit_status.h"
+#include "tests/harness/scoped_replace.h"
+#include "tests/launcher/in_child.h"
+#include "tests/launcher/test_bundle.h"
+
+namespace quillory::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::string_literals;
+
+/// Appends its arguments, one a line, to the file "started" in the master folder.
+constexpr char kJava[] =
+    "#!/bin/sh\n"
+    "[ \"$1\" = -Xshare:dump ] && exit 0\n"
+    "for argument in \"$@\"; do echo \"$argument\"; done >\"${0%/*/*/*}/starting\"\n"
+    "mv \"${0%/*/*/*}/starting\" \"${0%/*/*/*}/started\"\n";
+
+std::string homeOfTest;
+
+std::string launchFile(const char* mainClass) {
+  return records(
+      {"6", mainClass, "", "demo", "", "0", "0", "0", "1", "app.jar", "0", "", "", "", "0", "0"});
+}
+
+std::string updaterEntries(const char* mainClass) {
+  return fileEntry("lzma64", "#!/bin/sh\nexit 1\n") + fileEntry("nativesplash.png", "picture") +
+         emptyEntry("cacerts") + emptyEntry("verpatch.exe") +
+         fileEntry("GU.p2", archiveOf(fileEntry("QuilloryLaunch", launchFile(mainClass)) +
+                                      fileEntry("app.jar", "jar")));
+}
+
+std::string jreEntry(std::string_view java = kJava) {
+  return fileEntry("JRE.p2", archiveOf(fileEntry("Contents/Home/bin/java", java) +
+                                       fileEntry("Contents/Home/lib/rt.jar", "classes")));
+}
+
+std::string appEntries(std::string_view content) {
+  return fileEntry("App.p2", archiveOf(fileEntry("hello.txt", content))) + emptyEntry("extra");
+}
+
+/// Updater 7, JRE 17 and application 3.
+TailText offlineTail() {
+  TailText tail;
+  tail.guVersion = "7";
+  tail.jreVersion = "17";
+  tail.appVersion = "3";
+  tail.updateUrl = "http://no.invalid/";
+  return tail;
+}
+
+class ExtractWrapperTail : public ::testing::Test {
+ protected:
+  ExtractWrapperTail() {
+    writeParams({{"jre_name", "jre"}, {"force_spawn", "true"}});
+    writeTail(offlineTail(), updaterEntries("First") + jreEntry() + appEntries("hello"));
+  }
+
+  void writeParams(const Pairs& pairs) {
+    bundle_.writeResource("AppParams.excludefromsigning", paramsFile(pairs));
+  }
+  void writeTail(const TailText& tail, const std::string& entries) {
+    bundle_.writeResource("Tail", tail.bytes() + entries);
+  }
+
+  Ended start(std::vector<std::string> arguments = {}, bool prepareOnly = false) {
+    arguments.insert(arguments.begin(), bundle_.exePath());
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    const int argc = static_cast<int>(argv.size());
+    homeOfTest = home_.str();
+    fs::remove(master_ + "/started");
+    return inChild([&] {
+      userCalls.homeFolder = +[] { return homeOfTest; };
+      elevationCalls.parentRunsThisExecutable = +[] { return false; };
+      extractWrapperTail(argv[0], argc - 1, argv.data() + 1, argc, argv.data(), prepareOnly);
+    });
+  }
+
+  /// The arguments of the application, which the launcher does not wait for; "" when none starts.
+  std::string started() const { return startedIn(master_); }
+
+  static std::string startedIn(const std::string& masterFolder) {
+    const std::string file = masterFolder + "/started";
+    for (int i = 0; i < 200 && !fs::exists(file); ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    return fs::exists(file) ? readFile(file) : "";
+  }
+
+  /// The launch properties of the start whose arguments are `arguments`.
+  static std::string launchProperties(const std::string& arguments) {
+    const std::size_t begin = arguments.find("/QYLaunchProperties-");
+    const std::size_t line = arguments.rfind('\n', begin) + 1;
+    return readFile(arguments.substr(line, arguments.find('\n', begin) - line));
+  }
+
+  std::string installed(const std::string& inside) const { return master_ + "/" + inside; }
+
+  TempDir home_;
+  TestBundle bundle_;
+  const std::string master_ = home_ / "Library/Application Support/Quillory-Demo";
+};
+
+void expectInOrder(const std::string& log, const std::vector<std::string>& lines) {
+  std::size_t position = 0;
+  for (const std::string& line : lines) {
+    const std::size_t found = log.find(line, position);
+    ASSERT_NE(found, std::string::npos) << "not there, or too early: " << line << "\nlog:\n" << log;
+    position = found + line.size();
+  }
+}
+
+TEST_F(ExtractWrapperTail, InstallsEverythingAndStartsTheUpdater) {
+  const Ended ended = start({"one", "two words"});
+  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_EQ(readFile(installed("Quillory-Demo-3-complete/hello.txt")), "hello");
+  EXPECT_EQ(readFile(installed("Quillory-Quillory-7-complete/nativesplash.png")), "picture");
+  EXPECT_EQ(readFile(installed("Quillory-jre-17-complete/lib/rt.jar")), "classes");
+  EXPECT_TRUE(fs::is_symlink(installed("Quillory-jre-17-complete.plugin/Contents/Home")));
+  EXPECT_TRUE(fs::is_directory(installed("QYAppsSharedConfig")));
+  for (const auto& entry : fs::directory_iterator(master_))
+    EXPECT_FALSE(entry.path().filename().string().starts_with("QuilloryTemp-")) << entry.path();
+
+  const std::string arguments = started();
+  const std::string gu = installed("Quillory-Quillory-7-complete");
+  EXPECT_TRUE(
+      arguments.starts_with("-cp\n" + gu + "/app.jar\nFirst\n" + gu + "/QYLaunchProperties-"))
+      << arguments;
+  EXPECT_TRUE(arguments.ends_with("\none\ntwo words\n")) << arguments;
+}
+
+TEST_F(ExtractWrapperTail, TellsItsStoryInOrder) {
+  const Ended ended = start();
+  expectInOrder(
+      ended.log,
+      {"[Extractor] The absolute wrapper path is " + bundle_.exePath() + "\n",
+       "[Extractor] Found Params marker. Extracting now...\n",
+       "--- End: Processing dynamic properties\n",
+       "+++ Start: Extracting wrapper tail\n",
+       "[Extractor] No tail found. Trying ",
+       "[Extractor] Will use Static Update URL: http://no.invalid/\n",
+       "[Extractor] Is silent install is 0\n",
+       "--- End: Extracting tail\n",
+       "[Extractor] Setting up static properties\n",
+       "[Extractor] Public key length 0 (no public key)\n",
+       "Permanent install for current user\nHomeDir is " + home_.str() + "\n",
+       "[Extractor] Shared dir is " + (home_ / "Library/Application Support") + "\n",
+       "[Extractor] Update URL is currently 'http://no.invalid/'\n"
+       "[Extractor] Update URL is now 'http://no.invalid/'\n",
+       "[Extractor] Master folder is " + master_ + "\n",
+       "[Extractor] Logging to ",
+       "[JREOverride] No JRE name override, will continue to use jre\n",
+       "[Extractor] GenericUpdater version is 7\n[Extractor] OFFLINE wrapper: App version is 3\n"
+       "[Extractor] Checking for a latest valid GU\n",
+       "[Extractor] Note: No latest JRE version exists\n"
+       "[Extractor] Note: No latest GU version exists\n",
+       "[Extractor] GU folder is ",
+       "[Extractor] GU temp is ",
+       "[Extractor] LZMA path is ",
+       "[Extractor] Extracted GU and GU Version\n",
+       "[Extractor] Recreating GU location\n",
+       "[Extractor] Configuring splash\n",
+       "[Extractor] Showing splash\n",
+       "ShowSplash",
+       "[Extractor] Setting up a JRE\n",
+       "[Extractor] JRE setup. Overriding cacerts.\n",
+       "[Extractor] Ensuring JRE bin is writable.\n",
+       "[Extractor] UP200 path is " + installed("Quillory-jre-17-complete.plugin/Contents/Home/") +
+           "bin/unpack200\n",
+       "[Extractor] Offline installer - app to extract.",
+       "[Extractor] Renaming App folder to ",
+       "Called splash.cleanup",
+       "[Extractor] Will now run latest GU Quillory-Quillory-7-complete\n",
+       "+++ Start: Launching"});
+  started();
+}
+
+TEST_F(ExtractWrapperTail, LogsIntoTheMasterFolder) {
+  start();
+  started();
+  int count = 0;
+  for (const auto& entry : fs::directory_iterator(master_ + "/logs")) {
+    ++count;
+    EXPECT_NE(readFile(entry.path()).find("[Extractor] Checking for a latest valid GU\n"),
+              std::string::npos);
+  }
+  EXPECT_EQ(count, 1);
+}
+
+TEST_F(ExtractWrapperTail, RunsWhatIsInstalledTheSecondTime) {
+  start();
+  started();
+  const Ended ended = start({"again"});
+  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_TRUE(ended.logs("[Extractor] Running without extraction now\n"));
+  EXPECT_FALSE(ended.logs("[ExtractArchiveFile]"));
+  EXPECT_FALSE(ended.logs("ShowSplash"));
+  EXPECT_TRUE(ended.logs("Called splash.cleanup"));
+  EXPECT_TRUE(started().ends_with("\nagain\n"));
+}
+
+TEST_F(ExtractWrapperTail, ExtractsEverythingAgainForANewerApplication) {
+  start();
+  started();
+  TailText tail = offlineTail();
+  tail.appVersion = "4";
+  writeTail(tail, updaterEntries("Second") + jreEntry() + appEntries("hello from 4"));
+  const Ended ended = start();
+  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_EQ(readFile(installed("Quillory-Demo-4-complete/hello.txt")), "hello from 4");
+  EXPECT_EQ(readFile(installed("Quillory-Demo-3-complete/hello.txt")), "hello");
+  EXPECT_EQ(readFile(installed("Quillory-jre-17-complete/lib/rt.jar")), "classes");
+  // The updater, too, is that of the new tail, although its version is the same.
+  EXPECT_NE(started().find("\nSecond\n"), std::string::npos);
+}
+
+TEST_F(ExtractWrapperTail, ExtractsForABrokenJreEvenIfTheUpdaterIsCurrent) {
+  start();
+  started();
+  fs::remove(installed("Quillory-jre-17-complete/lib/rt.jar"));
+  const Ended ended = start();
+  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_TRUE(ended.logs("[Extractor] The existing JRE Quillory-jre-17-complete is broken."));
+  EXPECT_EQ(readFile(installed("Quillory-jre-17-complete/lib/rt.jar")), "classes");
+  EXPECT_NE(started(), "");
+}
+
+TEST_F(ExtractWrapperTail, CannotRunAsALauncherOnlyWithNothingInstalled) {
+  TailText tail;
+  writeTail(tail, "");
+  const Ended ended = start();
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.logs("[Extractor] No GenericUpdater embedded, we are just a launcher\n"));
+  EXPECT_TRUE(
+      ended.logs("[Extractor] ONLINE wrapper: No App embedded, GU will download and run\n"));
+  EXPECT_TRUE(ended.logs("[Extractor] Unable to run (we are just a launcher)\n"));
+}
+
+TEST_F(ExtractWrapperTail, RunsAnInstalledUpdaterAsALauncherOnly) {
+  start();
+  started();
+  writeTail({}, "");
+  EXPECT_EQ(start().status, kExitSuccess);
+  EXPECT_NE(started(), "");
+}
+
+TEST_F(ExtractWrapperTail, ExtractsNoApplicationOfAnOnlineInstaller) {
+  start();
+  started();
+  TailText tail = offlineTail();
+  tail.guVersion = "8";
+  tail.jreVersion = "";
+  tail.appVersion = "";
+  writeTail(tail, updaterEntries("Eighth"));
+  const Ended ended = start();
+  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_TRUE(ended.logs("[Extractor] Online installer - no app to extract\n"));
+  EXPECT_NE(started().find("\nEighth\n"), std::string::npos);
+}
+
+TEST_F(ExtractWrapperTail, OnlyInstallsInAPreparation) {
+  const Ended ended = start({"one", "QYPREPARE_FOR_LAUNCH_ONLY"}, true);
+  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_TRUE(fs::exists(installed("Quillory-Demo-3-complete/hello.txt")));
+  EXPECT_FALSE(ended.logs("ShowSplash"));
+  EXPECT_FALSE(ended.logs("+++ Start: Launching"));
+  EXPECT_EQ(start({}, true).status, kExitSuccess);
+  EXPECT_FALSE(fs::exists(installed("started")));
+}
+
+TEST_F(ExtractWrapperTail, ShowsNothingInASilentRunAndSaysSoToJava) {
+  const Ended ended = start({"-quiet"});
+  EXPECT_TRUE(ended.logs("[Extractor] Is silent install is 1\n"));
+  EXPECT_TRUE(ended.logs("[Extractor] Showing splash\n"));
+  EXPECT_FALSE(ended.logs("ShowSplash"));
+  EXPECT_NE(launchProperties(started()).find("qystat_show_no_ui\0true\0"s), std::string::npos);
+}
+
+TEST_F(ExtractWrapperTail, IsSilentByAParameterToo) {
+  writeParams({{"jre_name", "jre"}, {"force_spawn", "true"}, {"show_no_ui", "true"}});
+  const Ended ended = start();
+  EXPECT_TRUE(ended.logs("[Extractor] Is silent install is 1\n"));
+  EXPECT_FALSE(ended.logs("ShowSplash"));
+  EXPECT_NE(started(), "");
+}
+
+TEST_F(ExtractWrapperTail, TellsJavaWhereItWasStartedFrom) {
+  start();
+  EXPECT_NE(
+      launchProperties(started()).find("qystat_launched_from_dynprops\0"s + bundle_.exePath()),
+      std::string::npos);
+}
+
+TEST_F(ExtractWrapperTail, TellsJavaAStaticUrlOnceAsReadAndOnceWithItsSlash) {
+  TailText tail = offlineTail();
+  tail.updateUrl = "http://no.invalid/x";
+  writeTail(tail, updaterEntries("First") + jreEntry() + appEntries("hello"));
+  start();
+  const std::string properties = launchProperties(started());
+  EXPECT_NE(properties.find("qystat_update_url\0http://no.invalid/x\0"s), std::string::npos);
+  EXPECT_NE(properties.find("qystat_update_url\0http://no.invalid/x/\0"s), std::string::npos);
+}
+
+TEST_F(ExtractWrapperTail, TellsJavaADynamicUrlWithItsSlashAtLaunch) {
+  writeParams(
+      {{"jre_name", "jre"}, {"force_spawn", "true"}, {"update_url", "http://no.invalid/d"}});
+  TailText tail = offlineTail();
+  tail.updateUrl = "D";
+  writeTail(tail, updaterEntries("First") + jreEntry() + appEntries("hello"));
+  start();
+  const std::string properties = launchProperties(started());
+  EXPECT_NE(properties.find("qydyna_update_url\0http://no.invalid/d\0"s), std::string::npos);
+  EXPECT_NE(properties.find("qydyna_update_url\0http://no.invalid/d/\0"s), std::string::npos);
+  EXPECT_NE(properties.find("qystat_update_url\0D\0"s), std::string::npos);
+}
+
+TEST_F(ExtractWrapperTail, TellsJavaNoDynamicUrlWhereThereIsNone) {
+  TailText tail = offlineTail();
+  tail.updateUrl = "D";
+  writeTail(tail, updaterEntries("First") + jreEntry() + appEntries("hello"));
+  EXPECT_EQ(start().status, kExitSuccess);
+  EXPECT_EQ(launchProperties(started()).find("qydyna_update_url"), std::string::npos);
+}
+
+TEST_F(ExtractWrapperTail, FindsTheJreUnderTheOverridingName) {
+  writeFile(installed("QYApps/JreNameOverride"), records({"own"}));
+  EXPECT_EQ(start().status, kExitSuccess);
+  EXPECT_TRUE(fs::exists(installed("Quillory-own-17-complete/bin/java")));
+  EXPECT_NE(started(), "");
+}
+
+TEST_F(ExtractWrapperTail, ReadsATailInsideTheExecutableFirst) {
+  TailText inside = offlineTail();
+  inside.appName = "Inside";
+  writeFile(bundle_.exePath(), "machine code" + tailMarker() + inside.bytes() +
+                                   updaterEntries("First") + jreEntry() + appEntries("hello"));
+  EXPECT_EQ(start().status, kExitSuccess);
+  EXPECT_NE(startedIn(home_ / "Library/Application Support/Quillory-Inside"), "");
+  EXPECT_FALSE(fs::exists(master_));
+}
+
+TEST_F(ExtractWrapperTail, RefusesNamesThatLeadOutOfTheSharedDirectory) {
+  TailText tail = offlineTail();
+  tail.appName = "x/../../../escaped";
+  writeTail(tail, "");
+  EXPECT_EQ(start().status, kExitFailure);
+  EXPECT_TRUE(fs::is_empty(home_.path()));
+
+  writeParams({{"jre_name", "x/../../escaped"}});
+  writeTail(offlineTail(), updaterEntries("First") + jreEntry() + appEntries("hello"));
+  const Ended ended = start();
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.logs("The JRE name 'x/../../escaped'"));
+  EXPECT_FALSE(fs::exists(installed("Quillory-Quillory-7-complete")));
+}
+
+TEST_F(ExtractWrapperTail, EndsWithoutASharedDirectory) {
+  const Ended ended = inChild([&] {
+    userCalls.homeFolder = +[] { return std::string(); };
+    std::string path = bundle_.exePath();
+    char* argv[] = {path.data()};
+    extractWrapperTail(argv[0], 0, argv + 1, 1, argv, false);
+  });
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.logs("ERROR: Unable to get shared dir!"));
+}
+
+TEST_F(ExtractWrapperTail, EndsWhereNoUpdaterIsLeftAfterExtraction) {
+  writeTail(offlineTail(),
+            updaterEntries("First") +
+                jreEntry("#!/bin/sh\nrm -r \"${0%/*/*/*/*/*}\"/Quillory-Quillory-*\n") +
+                appEntries("hello"));
+  const Ended ended = start();
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.logs("No latest App version even after download!\n"));
+}
+
+TEST_F(ExtractWrapperTail, LaunchesNothingFromAnUpdaterThatIsEmpty) {
+  // What an archive with a bad signature leaves behind.
+  writeTail(offlineTail(), fileEntry("lzma64", "tool") + fileEntry("nativesplash.png", "picture") +
+                               emptyEntry("a") + emptyEntry("b") + emptyEntry("c") + jreEntry() +
+                               appEntries("hello"));
+  const Ended ended = start();
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.logs("Unable to open launch file " +
+                         installed("Quillory-Quillory-7-complete/QuilloryLaunch") + "\n"));
+}
+
+/// A start that cannot create its temporary folder, because a file of its name is there.
+class ExtractWrapperTailElevated : public ExtractWrapperTail {
+ protected:
+  ExtractWrapperTailElevated() {
+    for (const std::string& path : {bundle_.exePath(), bundle_.executable().resource("elev_mac")})
+      bundle_.writeScript(path,
+                          "#!/bin/sh\nfor a in \"$@\"; do echo \"$a\"; done >\"$0.called\"\n");
+    fs::create_directories(master_ + "/logs");
+    fs::create_directories(master_ + "/QYAppsSharedConfig");
+    writeFile(master_ + "/QuilloryTemp-9-5-app", "in the way");
+  }
+
+  Ended startElevated(bool prepareOnly, bool isRelaunched = false) {
+    const std::string shared = shared_.str();
+    const ScopedReplace clock(
+        timeCalls.nowMillis, +[] { return std::uint64_t{9000}; });
+    homeOfTest = home_.str();
+    std::string path = bundle_.exePath(), one = "one", last = kLast;
+    char* argv[] = {path.data(), one.data(), last.data(), nullptr};
+    return inChild([&] {
+      userCalls.homeFolder = +[] { return homeOfTest; };
+      elevationCalls.temporaryFolder = shared.c_str();
+      if (!isRelaunched) elevationCalls.parentRunsThisExecutable = +[] { return false; };
+      extractWrapperTail(argv[0], 2, argv + 1, 3, argv, prepareOnly);
+    });
+  }
+
+  static constexpr char kLast[] = "two words";
+  TempDir shared_;
+};
+
+TEST_F(ExtractWrapperTailElevated, ElevatesAndRelaunchesWithItsOwnArguments) {
+  const Ended ended = startElevated(false);
+  EXPECT_EQ(ended.status, kExitSuccess) << ended.log;
+  expectInOrder(
+      ended.log,
+      {"[Extractor] Unable to create GU Temp folder - assuming elevation required\n",
+       "[Extractor] Native Splash PNG path is " + (shared_ / "nativesplash.png") + "\n",
+       "[Extractor] Configuring splash\n", "[Extractor] Performing elevated setup and launch\n",
+       "[SUDO] Elevation required.\n", "ShowSplash", "[SUDO] Relaunch complete\n"});
+  EXPECT_EQ(
+      readFile(bundle_.executable().resource("elev_mac") + ".called"),
+      "--prompt=Demo\n" + bundle_.exePath() + "\none\ntwo words\nQYPREPARE_FOR_LAUNCH_ONLY\n");
+  EXPECT_EQ(readFile(bundle_.exePath() + ".called"), "one\ntwo words\n");
+  EXPECT_EQ(readFile(shared_ / "nativesplash.png"), "picture");
+}
+
+TEST_F(ExtractWrapperTailElevated, DoesNotElevateTheElevatedCopy) {
+  const Ended ended = startElevated(true);
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_FALSE(ended.logs("[SUDO] Elevation required.\n"));
+  EXPECT_FALSE(fs::exists(bundle_.executable().resource("elev_mac") + ".called"));
+}
+
+TEST_F(ExtractWrapperTailElevated, DoesNotElevateARelaunchedCopy) {
+  const Ended ended = startElevated(false, true);
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.logs("Will not elevate again.\n"));
+  EXPECT_FALSE(fs::exists(bundle_.executable().resource("elev_mac") + ".called"));
+  EXPECT_TRUE(fs::is_empty(shared_.path()));
+}
+
+TEST(IsSilent, NeedsOneArgumentThatIsExactlyTheParameter) {
+  char quiet[] = "-quiet", other[] = "-QUIET", longer[] = "-quietly";
+  char* args[] = {other, longer, quiet};
+  EXPECT_TRUE(isSilent("-quiet", 3, args));
+  EXPECT_FALSE(isSilent("-quiet", 2, args));
+  EXPECT_FALSE(isSilent("-quiet", 0, args));
+  EXPECT_FALSE(isSilent("-quiet", -1, args));
+}
+
+TEST(IsSilent, IsFalseForAnEmptyParameterWhateverTheArguments) {
+  char empty[] = "";
+  char* args[] = {empty};
+  EXPECT_FALSE(isSilent("", 1, args));
+  EXPECT_FALSE(isSilent(nullptr, 1, args));
+}
+
+}  // namespace
+}  // namespace quillory::testing
