@@ -1,6 +1,7 @@
 // The process-wide log. A message goes to the log file (once there is one), to standard output and
 // to the system log; callers write their own tag and line end ("[Extractor] Working dir ...\n").
-// No call reports a failure, and no lock is taken.
+// A message may have any length. No call reports a failure, and no lock is taken: lines of two
+// threads may interleave.
 #pragma once
 #include <cstdio>
 
@@ -13,7 +14,8 @@ struct LogCalls {
 extern LogCalls logCalls;
 
 /// One message to all sinks. In the file and on standard output a prefix "+%-8llu " tells the
-/// milliseconds since the previous message was finished.
+/// milliseconds since the previous message was finished. All sinks are flushed, so that a crash
+/// loses no line.
 void logMessage(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 /// The same, framed by two lines of 43 stars.
@@ -32,7 +34,11 @@ void setFileToLogTo(std::FILE* file);
 /// it cannot be opened the run goes on without a file sink.
 void setupFileLogging(const char* masterFolder);
 
+/// Says so in the log, and closes the log file if there is one; later messages go to the other
+/// sinks. For the start-up thread only.
 void closeLoggedFile();
+
+/// Logs the current directory.
 void printWorkingDir();
 
 }  // namespace quillory

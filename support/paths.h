@@ -2,32 +2,51 @@
 // kPathCapacity bytes that the caller owns.
 #pragma once
 #include <cstddef>
+#include <string>
 
 namespace quillory {
 
 /// Size of the buffers in which the launcher builds paths.
 inline constexpr std::size_t kPathCapacity = 5000;
 
-/// Appends '/' unless `dst` ends in one, then `component`. `dst` must not be empty. A component
-/// that begins with '/' yields a doubled separator; this is accepted.
+// The builders write to `dst`, which has kPathCapacity bytes, and return it. A path that does not
+// fit is not cut, since a shorter path names another file: it is logged as an error and the process
+// ends with kExitFailure. `dst` may be one of the sources.
+
+/// Appends '/' unless `dst` ends in one (or is empty), then `component`. A component that begins
+/// with '/' yields a doubled separator; this is accepted.
 char* pathcat(char* dst, const char* component);
 
+/// `a`, then each further component as by pathcat().
 char* setPath(char* dst, const char* a);
 char* setPath(char* dst, const char* a, const char* b);
 char* setPath(char* dst, const char* a, const char* b, const char* c);
 char* setPath(char* dst, const char* a, const char* b, const char* c, const char* d);
-char* setPath(char* dst, const char* a, const char* b, const char* c, const char* d,
-              const char* e);
+char* setPath(char* dst, const char* a, const char* b, const char* c, const char* d, const char* e);
 
+/// Nothing to do where the separator is '/'; it marks the places that would convert it elsewhere.
 void toNativePath(char* path);
 
 bool isAbsolutePath(const char* path);
-/// `path` itself when it is absolute, else a new block with the current directory before it.
+
+/// `path` itself when it is absolute, else a new block (at least 1024 bytes, release with free())
+/// with the current directory before it. Only the pointer tells the two cases apart.
 char* getAbsoluteExePath(char* path);
-/// A new block with `path` cut at its last '/' (from position 1 on), or "" without one.
+
+/// A new block (at least 2048 bytes, release with free()) with `path` cut at its last '/', where a
+/// '/' at the front does not count: "" for "/a" and for a path without one.
 char* getAbsoluteExeDir(const char* path);
+
+/// What stands behind the last '/' of `path`: a pointer into it.
 char* pathToFile(char* path);
+
+/// Keeps only what stands behind the last '/' or '\', in place. Returns 0.
 int chopPath(char* path);
+
+/// Cuts a ".exe" (in lower case) off the end, in place. Returns 0.
 int chopExe(char* name);
+
+/// The current directory, however long; "" when it cannot be told (it may have been removed).
+std::string currentDirectory();
 
 }  // namespace quillory

@@ -10,7 +10,7 @@ namespace quillory {
 struct ProcessCalls {
   /// posix_spawn() without file actions and attributes: 0, or an error number.
   int (*spawn)(pid_t* child, const char* path, char* const arguments[], char* const environment[]);
-  /// waitpid() without options.
+  /// waitpid() without options; a signal to this process does not end the wait.
   pid_t (*waitFor)(pid_t child, int* status);
   /// system().
   int (*runShell)(const char* command);

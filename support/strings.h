@@ -5,10 +5,19 @@
 
 namespace quillory {
 
+// Out of memory ends the process: no caller could go on.
+
+/// A copy; two names for the same thing.
 char* allocCopy(const char* s);
 char* cloneString(const char* s);
+
+/// The `length` bytes from `start` on, or as many of them as `s` has.
 char* allocSubstring(const char* s, int start, int length);
+
+/// `a` followed by `b`.
 char* allocTempString(const char* a, const char* b);
+
+/// `a`, a '/' unless `a` is empty or ends in one, and `b`.
 char* allocTempPath(char* a, char* b);
 
 /// Position of the last byte equal to `c`, or -1.
@@ -23,13 +32,18 @@ int integerToA(int value, char* dst);
 /// Size of every argument slot made by addArgs(). Never written after start.
 extern std::uint32_t argsiz;
 
-/// Stores a copy of the `argsiz` bytes at `arg` in a new slot at `list[*count]`, which it counts.
+/// Stores a copy of the `argsiz` bytes at `arg` in a new slot at `list[*count]`, and returns the
+/// new count. The source must have that many bytes and the list that place; free() releases the
+/// slot.
 int addArgs(char** list, int* count, const char* arg);
 
-/// The process environment.
+/// The process environment: "NAME=value" texts and a null, owned by the C library.
 char** getEnvP();
 
+/// Always false here. The query is there for systems with builds of both kinds.
 bool is32Bit();
+
+/// Does nothing here.
 void editToWindowsSubsystem(const char* path, int flag);
 
 }  // namespace quillory

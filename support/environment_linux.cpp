@@ -1,0 +1,9 @@
+#include <unistd.h>
+
+#include "support/strings.h"
+
+namespace quillory {
+
+char** getEnvP() { return environ; }
+
+}  // namespace quillory

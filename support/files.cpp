@@ -1,0 +1,171 @@
+#include "support/files.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "support/clock.h"
+#include "support/folder_listing.h"
+#include "support/log.h"
+#include "support/owned.h"
+
+namespace quillory {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kRenameAttempts = 10;
+constexpr std::uint64_t kRenamePauseMicros = 300000;
+
+bool hasNoFileManager(const char* /*from*/, const char* /*to*/, std::string& error) {
+  error = "there is no file manager on this system";
+  return false;
+}
+
+bool isLink(const char* path) {
+  struct stat found {};
+  return lstat(path, &found) == 0 && S_ISLNK(found.st_mode);
+}
+
+void deleteFile(const char* path) {
+  logMessage("Deleting FILE %s\n", path);
+  if (std::remove(path) != 0) logMessage("Failed to delete file %s\n", path);
+}
+
+void deleteSubfolder(const char* path) {
+  logMessage("Deleting DIR %s\n", path);
+  if (deleteFolder(path) != 0) {
+    logMessage("Failed to delete %s\n", path);
+    return;
+  }
+  // It may still hold what could not be removed, which has been logged.
+  rmdir(path);
+}
+
+void clearTarget(const char* path) {
+  if (doesFileExist(path)) {
+    logMessage("[Rename] The target already exists. Deleting.\n");
+    if (!isLink(path)) deleteFolder(path);
+  }
+  // A link, dangling or not, would be in the way of a folder, and what it points to is not ours.
+  if (isLink(path)) deleteFile(path);
+}
+
+// 0, or the errno of rename(): logging comes between the call and its use.
+int tryRename(const char* oldPath, const char* newPath) {
+  return rename(oldPath, newPath) == 0 ? 0 : errno;
+}
+
+void logRenamed(const char* oldPath, const char* newPath) {
+  logMessage("[Rename] File '%s' renamed to '%s'\n", oldPath, newPath);
+}
+
+// Something else may hold a file for a moment (a virus scanner, an indexer): up to ten attempts,
+// each a move by the file manager, a pause, and a rename. 0 when the item was moved, else the last
+// errno.
+int renameWithRetries(const char* oldPath, const char* newPath, int failure) {
+  for (int attempt = 1; attempt <= kRenameAttempts && failure != 0; ++attempt) {
+    logMessage("[Rename] Could not rename '%s' to '%s' [%d]\n", oldPath, newPath, failure);
+    std::string error;
+    if (fileCalls.moveItem(oldPath, newPath, error)) {
+      logMessage("[Rename] OSX Rename worked.\n");
+      return 0;
+    }
+    logToSystem("[Rename] Unable to move item: %s", error.c_str());
+    timeCalls.sleepMicros(kRenamePauseMicros);
+    failure = tryRename(oldPath, newPath);
+  }
+  return failure;
+}
+
+void copyInstead(const char* oldPath, const char* newPath) {
+  logMessage("[Rename] Can do no better than a copy on this filesystem\n");
+  makeDir(newPath);
+  logMessage("[Rename] Created folder %s\n", newPath);
+  if (copyFolder(oldPath, newPath) == 0)
+    logMessage("[Rename] Copied %s to %s\n", oldPath, newPath);
+  else
+    logMessage("[Rename] Copy failed too! Severe filesystem issues.\n");
+}
+
+}  // namespace
+
+FileCalls fileCalls{hasNoFileManager};
+
+int deleteFolder(const char* folder) {
+  const auto names = isLink(folder) ? std::nullopt : listForWalk(folder);
+  if (!names) {
+    logMessage("[DeleteFolder] Deleting from '%s' is NULL\n", folder);
+    return 1;
+  }
+  for (const std::string& name : *names) {
+    const std::string path = pathInside(folder, name);
+    if (!isLink(path.c_str()) && isFolder(path.c_str()))
+      deleteSubfolder(path.c_str());
+    else
+      deleteFile(path.c_str());
+  }
+  return 0;
+}
+
+bool removeTree(const char* path) {
+  std::error_code error;
+  fs::remove_all(path, error);
+  struct stat left {};
+  return lstat(path, &left) != 0 && errno == ENOENT;
+}
+
+void doRename(const char* oldPath, const char* newPath) {
+  printWorkingDir();
+  clearTarget(newPath);
+  int failure = tryRename(oldPath, newPath);
+  if (failure != 0) failure = renameWithRetries(oldPath, newPath, failure);
+  if (failure == 0) {
+    logRenamed(oldPath, newPath);
+    return;
+  }
+  logMessage("[Rename] [FAIL] Could not rename '%s' to '%s' [%d]\n", oldPath, newPath, failure);
+  copyInstead(oldPath, newPath);
+}
+
+int makeDir(const char* path) {
+  if (isFolder(path)) return 0;
+  const int made = mkdir(path, 0777);
+  // Also when it could not be made: a folder that is there but closed to us may be opened by this.
+  chmod777(path);
+  return made;
+}
+
+int makeDirWithParents(const char* path) {
+  if (isFolder(path)) return 0;
+  const std::string parent = fs::path(path).parent_path();
+  if (!parent.empty() && parent != path && makeDirWithParents(parent.c_str()) != 0) return -1;
+  return makeDir(path);
+}
+
+bool doesFileExist(const char* path) {
+  const OwnedFile file(std::fopen(path, "rb"));
+  if (file == nullptr) return false;
+  logMessage("File exists: %s\n", path);
+  return true;
+}
+
+bool doesDirExist(const char* path) {
+  logMessage("Checking if %s exists\n", path);
+  return true;
+}
+
+bool isFolder(const char* path) {
+  DIR* folder = opendir(path);
+  if (folder == nullptr) return false;
+  closedir(folder);
+  return true;
+}
+
+}  // namespace quillory

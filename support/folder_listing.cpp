@@ -1,0 +1,35 @@
+#include "support/folder_listing.h"
+
+#include <dirent.h>
+
+#include <memory>
+
+namespace quillory {
+namespace {
+
+struct FolderCloser {
+  void operator()(DIR* folder) const { closedir(folder); }
+};
+
+bool isLeftOut(std::string_view name) { return name.starts_with('.') && name.size() < 3; }
+
+}  // namespace
+
+std::optional<std::vector<std::string>> listForWalk(const char* folder) {
+  const std::unique_ptr<DIR, FolderCloser> open(opendir(folder));
+  if (open == nullptr) return std::nullopt;
+  std::vector<std::string> names;
+  while (const dirent* entry = readdir(open.get())) {
+    if (!isLeftOut(entry->d_name)) names.emplace_back(entry->d_name);
+  }
+  return names;
+}
+
+std::string pathInside(std::string_view folder, std::string_view name) {
+  std::string path(folder);
+  if (!path.empty() && path.back() != '/') path += '/';
+  path += name;
+  return path;
+}
+
+}  // namespace quillory

@@ -1,0 +1,34 @@
+#include "support/process.h"
+
+#include <spawn.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+
+namespace quillory {
+namespace {
+
+int spawnProcess(pid_t* child, const char* path, char* const arguments[],
+                 char* const environment[]) {
+  return posix_spawn(child, path, nullptr, nullptr, arguments, environment);
+}
+
+pid_t waitForProcess(pid_t child, int* status) {
+  for (;;) {
+    const pid_t ended = waitpid(child, status, 0);
+    if (ended != -1 || errno != EINTR) return ended;
+  }
+}
+
+int runShellCommand(const char* command) { return system(command); }
+
+}  // namespace
+
+ProcessCalls processCalls{spawnProcess, waitForProcess, runShellCommand};
+
+bool isSafeInShellQuotes(std::string_view path) {
+  return path.find_first_of("\"$`\\") == std::string_view::npos;
+}
+
+}  // namespace quillory

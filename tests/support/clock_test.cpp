@@ -1,0 +1,84 @@
+#include "support/clock.h"
+
+#include <errno.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "tests/harness/scoped_replace.h"
+
+namespace quillory {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using std::chrono::system_clock;
+using testing::ScopedReplace;
+
+std::int64_t epochMillis() {
+  return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+TEST(GetCurrentTimeMillis, IsTheWallClock) {
+  const std::int64_t before = epochMillis();
+  const auto now = static_cast<std::int64_t>(getCurrentTimeMillis());
+  const std::int64_t after = epochMillis();
+  EXPECT_LE(before, now);
+  EXPECT_LE(now, after);
+}
+
+TEST(SystemTimeMillis, IsTheSameQuantity) {
+  const std::int64_t before = epochMillis();
+  const auto now = static_cast<std::int64_t>(systemTimeMillis());
+  const std::int64_t after = epochMillis();
+  EXPECT_LE(before, now);
+  EXPECT_LE(now, after);
+}
+
+TEST(GetJustMillis, IsTheMillisecondPartOfTheSecond) {
+  const ScopedReplace clock(
+      timeCalls.nowMillis, +[] { return std::uint64_t{1795000000042}; });
+  EXPECT_EQ(getJustMillis(), 42);
+}
+
+TEST(GetJustMillis, ReachesFrom0To999) {
+  {
+    const ScopedReplace clock(
+        timeCalls.nowMillis, +[] { return std::uint64_t{1795000000999}; });
+    EXPECT_EQ(getJustMillis(), 999);
+  }
+  const ScopedReplace clock(
+      timeCalls.nowMillis, +[] { return std::uint64_t{1795000001000}; });
+  EXPECT_EQ(getJustMillis(), 0);
+}
+
+TEST(TheClock, IsZeroWhenItCannotBeRead) {
+  const ScopedReplace clock(
+      timeCalls.nowMillis, +[] { return std::uint64_t{0}; });
+  EXPECT_EQ(getCurrentTimeMillis(), 0U);
+  EXPECT_EQ(systemTimeMillis(), 0U);
+  EXPECT_EQ(getJustMillis(), 0);
+}
+
+TEST(SleepMicros, WaitsAtLeastThatLong) {
+  const auto begin = steady_clock::now();
+  timeCalls.sleepMicros(20000);
+  EXPECT_GE(steady_clock::now() - begin, milliseconds(20));
+}
+
+TEST(Millisleep, FailsAtOnceForEveryWaitWorthTheName) {
+  for (const int ms : {1, 2, 999, 1000, 1001, 60000, 2147483647}) {
+    SCOPED_TRACE(ms);
+    const auto begin = steady_clock::now();
+    errno = 0;
+    EXPECT_EQ(millisleep(ms), -1);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_LT(steady_clock::now() - begin, milliseconds(500));
+  }
+}
+
+TEST(Millisleep, SucceedsForZero) { EXPECT_EQ(millisleep(0), 0); }
+
+}  // namespace
+}  // namespace quillory

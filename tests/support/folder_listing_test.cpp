@@ -1,0 +1,57 @@
+#include "support/folder_listing.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/harness/temp_dir.h"
+#include "tests/support/ordinary_user.h"
+
+namespace quillory {
+namespace {
+
+using testing::AsOrdinaryUser;
+using ::testing::IsEmpty;
+using testing::TempDir;
+using ::testing::UnorderedElementsAre;
+using testing::writeFile;
+
+TEST(ListForWalk, NamesFilesFoldersAndLinks) {
+  const TempDir folder;
+  writeFile(folder / "file", "");
+  writeFile(folder / "sub/inner", "");
+  std::filesystem::create_symlink("nowhere", folder / "link");
+  EXPECT_THAT(*listForWalk(folder.str().c_str()), UnorderedElementsAre("file", "sub", "link"));
+}
+
+TEST(ListForWalk, LeavesOutTwoByteNamesThatBeginWithADot) {
+  const TempDir folder;
+  for (const char* name : {".a", ".~", ".ab", ".DS_Store", "a", "ab", "a."})
+    writeFile(folder / name, "");
+  EXPECT_THAT(*listForWalk(folder.str().c_str()),
+              UnorderedElementsAre(".ab", ".DS_Store", "a", "ab", "a."));
+}
+
+TEST(ListForWalk, IsEmptyForAnEmptyFolder) {
+  const TempDir folder;
+  EXPECT_THAT(*listForWalk(folder.str().c_str()), IsEmpty());
+}
+
+TEST(ListForWalk, IsNothingForWhatCannotBeOpenedAsAFolder) {
+  const AsOrdinaryUser user;
+  const TempDir folder;
+  writeFile(folder / "file", "");
+  writeFile(folder / "closed/file", "");
+  std::filesystem::permissions(folder / "closed", std::filesystem::perms::none);
+  EXPECT_FALSE(listForWalk((folder / "missing").c_str()));
+  EXPECT_FALSE(listForWalk((folder / "file").c_str()));
+  EXPECT_FALSE(listForWalk((folder / "closed").c_str()));
+}
+
+TEST(PathInside, PutsOneSeparatorBetween) {
+  EXPECT_EQ(pathInside("/a", "b"), "/a/b");
+  EXPECT_EQ(pathInside("/a/", "b"), "/a/b");
+  EXPECT_EQ(pathInside("/", "b"), "/b");
+}
+
+}  // namespace
+}  // namespace quillory
