@@ -18,7 +18,7 @@ packages=(
   # Java: the runtime that is packed, and the tests of the Java programs
   openjdk-17-jdk junit4
   # tests and benchmarks
-  libgtest-dev libgmock-dev libbenchmark-dev libnss-wrapper openssl xz-utils
+  libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libnss-wrapper openssl xz-utils curl
   python3 python3-pycryptodome
   xvfb x11-utils imagemagick xdotool dbus libglib2.0-bin hyperfine sudo
 )
