@@ -1,16 +1,23 @@
 // Downloads of version files and archives from the application's update URL.
+//
+// A file at the destination is a whole one: bytes arrive in a file beside it, which gets its name
+// at the end of a complete transfer. What an earlier start left at the destination is removed
+// before a transfer begins, so that a failed one leaves nothing there.
 #pragma once
+#include <string>
 
 namespace quillory {
 
-/// The transport: Cocoa's URL download, or null where there is none (then every download fails).
+/// The transport: Cocoa's URL download (downloads_cocoa.h), or null where there is none; then every
+/// download fails at once. The result says nothing, as that of downloadFile().
 struct DownloadCalls {
   int (*downloadFile)(const char* url, const char* destPath);
 };
 extern DownloadCalls downloadCalls;
 
-/// Downloads to `destPath` and waits for the end. Always 1: the caller judges success by the file,
-/// which exists afterwards only when the transfer was complete.
+/// Downloads to `destPath` and waits for the end: as long as bytes come, and 60 seconds after the
+/// last one. Always 1: the caller judges success by the file, which exists afterwards only when the
+/// transfer was complete.
 int downloadFile(const char* url, const char* destPath);
 
 /// The update URL that packagers write to switch updating off.
@@ -23,7 +30,19 @@ bool isInvalidUpdateURL(const char* url);
 char* allocTimeMillisString();
 
 /// Fetches <updateURL>Quillory-<name>-version.txt?time=<millis> into `destFolder`. Whether it came
-/// is judged by the file.
+/// is judged by the file. No separator is put between the URL and the name.
 void downloadVersionFile(const char* destFolder, const char* updateURL, const char* name);
+
+/// For the transport: where it writes until the transfer is complete. Differs from process to
+/// process, so that two launchers that fetch the same file do not mix their bytes.
+std::string partialDownloadPath(const std::string& destPath);
+
+/// For the transport, after a complete transfer: gives the partial file its final name. With an
+/// `httpStatus` other than 200 to 299 (0 stands for a transfer without one) what came is a page
+/// that explains an error: it is removed instead. False when nothing is at `destPath` now.
+bool keepDownload(const std::string& destPath, int httpStatus);
+
+/// For the transport, after a failed transfer: removes what there is of the partial file.
+void discardDownload(const std::string& destPath);
 
 }  // namespace quillory

@@ -1,0 +1,36 @@
+// The delegate of one URL download at a time. What happens goes to the platform's log (NSLog).
+#pragma once
+#import <Foundation/Foundation.h>
+
+@interface Downloader : NSObject {
+  BOOL isDone;
+  NSURLResponse* downloadResponse;
+  int bytesReceived;
+ @private
+  NSURLDownload* transfer;  // nil while none runs
+  NSString* destination;
+}
+
+/// False from the start of a transfer to its end, be that good or bad. A transfer that could not
+/// begin does not end.
+- (BOOL)isDone;
+
+/// Whether a transfer began and has not ended: isDone has yet to come.
+- (BOOL)isTransferring;
+
+- (NSURLResponse*)downloadResponse;
+- (void)setDownloadResponse:(NSURLResponse*)response;
+
+/// Of the current transfer. It wraps around at 2 GB, which only the log gets to see.
+- (int)bytesReceived;
+
+/// Begins a transfer, which goes on while this thread's run loop turns. The file gets its name at
+/// the end of a complete one (downloads.h). `sender` is not used.
+- (void)startDownloadingURL:(id)sender fromURL:(NSString*)url toFile:(NSString*)path;
+
+- (void)download:(NSURLDownload*)download didReceiveResponse:(NSURLResponse*)response;
+- (void)download:(NSURLDownload*)download didReceiveDataOfLength:(NSUInteger)length;
+- (void)downloadDidFinish:(NSURLDownload*)download;
+- (void)download:(NSURLDownload*)download didFailWithError:(NSError*)error;
+
+@end

@@ -1,0 +1,73 @@
+#include "formats/downloads.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "support/clock.h"
+#include "support/log.h"
+#include "support/owned.h"
+#include "support/paths.h"
+
+namespace quillory {
+namespace {
+
+constexpr std::size_t kTimeTextCapacity = 101;
+
+bool isSuccess(int httpStatus) { return httpStatus == 0 || httpStatus / 100 == 2; }
+
+}  // namespace
+
+DownloadCalls downloadCalls = {.downloadFile = nullptr};
+
+int downloadFile(const char* url, const char* destPath) {
+  unlink(destPath);
+  if (downloadCalls.downloadFile == nullptr) {
+    logToSystem("Download failed\n");
+    return 1;
+  }
+  downloadCalls.downloadFile(url, destPath);
+  return 1;
+}
+
+bool isInvalidUpdateURL(const char* url) {
+  return url != nullptr && std::strncmp(url, kInvalidUpdateURL, sizeof kInvalidUpdateURL - 1) == 0;
+}
+
+char* allocTimeMillisString() {
+  OwnedText text(static_cast<char*>(std::calloc(kTimeTextCapacity, 1)));
+  if (text == nullptr) return nullptr;
+  std::snprintf(text.get(), kTimeTextCapacity, "%lu",
+                static_cast<unsigned long>(getCurrentTimeMillis()));
+  return text.release();
+}
+
+void downloadVersionFile(const char* destFolder, const char* updateURL, const char* name) {
+  if (isInvalidUpdateURL(updateURL)) {
+    logMessage("[Extractor] Invalid Update URL. Skipping...\n");
+    return;
+  }
+  const OwnedText now(allocTimeMillisString());
+  const std::string file = std::string("Quillory-") + name + "-version.txt";
+  char localPath[kPathCapacity];
+  setPath(localPath, destFolder, file.c_str());
+  const std::string address = (updateURL == nullptr ? "" : updateURL) + file + "?time=" + now.get();
+  downloadFile(address.c_str(), localPath);
+}
+
+std::string partialDownloadPath(const std::string& destPath) {
+  return destPath + '.' + std::to_string(getpid()) + ".part";
+}
+
+bool keepDownload(const std::string& destPath, int httpStatus) {
+  const std::string partial = partialDownloadPath(destPath);
+  if (isSuccess(httpStatus) && std::rename(partial.c_str(), destPath.c_str()) == 0) return true;
+  unlink(partial.c_str());
+  return false;
+}
+
+void discardDownload(const std::string& destPath) { unlink(partialDownloadPath(destPath).c_str()); }
+
+}  // namespace quillory

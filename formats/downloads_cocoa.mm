@@ -1,0 +1,43 @@
+#include "formats/downloads_cocoa.h"
+
+#import "formats/downloader_cocoa.h"
+#include "formats/downloads.h"
+#include "platform/autorelease_pool.h"
+
+namespace quillory {
+namespace {
+
+constexpr NSTimeInterval kLoopTurnSeconds = 0.2;
+
+void waitForEnd(Downloader* downloader) {
+  // A transfer that could not begin is over: there is nothing to wait for.
+  while ([downloader isTransferring]) {
+    const AutoreleasePool pool;
+    NSDate* end = [NSDate dateWithTimeIntervalSinceNow:kLoopTurnSeconds];
+    // Not runUntilDate:, which goes on to the end of its time when the transfer is over.
+    [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:end];
+  }
+}
+
+int download(const char* url, const char* destPath) {
+  const AutoreleasePool pool;
+  NSString* address = [NSString stringWithUTF8String:url];
+  NSString* path = [NSString stringWithUTF8String:destPath];
+  if (address == nil || path == nil) {
+    NSLog(@"Download failed");  // not UTF-8
+    return 1;
+  }
+  Downloader* downloader = [[Downloader alloc] init];
+  [downloader startDownloadingURL:nil fromURL:address toFile:path];
+  waitForEnd(downloader);
+  [downloader release];
+  return 1;
+}
+
+}  // namespace
+
+double downloadTimeoutSeconds = 60;
+
+void installCocoaDownloads() { downloadCalls.downloadFile = download; }
+
+}  // namespace quillory

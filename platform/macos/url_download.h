@@ -1,0 +1,5 @@
+// URLDownload is NSURLDownload.
+#pragma once
+#import <Foundation/Foundation.h>
+
+@compatibility_alias URLDownload NSURLDownload;

@@ -1,0 +1,142 @@
+// The delegate by itself: what Cocoa may call, and what it answers.
+#import "formats/downloader_cocoa.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "formats/downloads.h"
+#include "platform/autorelease_pool.h"
+#include "tests/harness/temp_dir.h"
+
+namespace quillory {
+namespace {
+
+using ::testing::HasSubstr;
+
+NSURLResponse* responseOfLength(NSInteger length) {
+  return [[[NSURLResponse alloc] initWithURL:[NSURL URLWithString:@"http://host/file"]
+                                    MIMEType:nil
+                       expectedContentLength:length
+                            textEncodingName:nil] autorelease];
+}
+
+class DownloaderTest : public ::testing::Test {
+ protected:
+  ~DownloaderTest() override { [downloader_ release]; }
+
+  std::string logOfData(NSUInteger length) {
+    ::testing::internal::CaptureStderr();
+    [downloader_ download:nil didReceiveDataOfLength:length];
+    return ::testing::internal::GetCapturedStderr();
+  }
+
+  AutoreleasePool pool_;
+  Downloader* downloader_ = [[Downloader alloc] init];
+};
+
+TEST_F(DownloaderTest, BeginsWithNothing) {
+  EXPECT_FALSE([downloader_ isDone]);
+  EXPECT_FALSE([downloader_ isTransferring]);
+  EXPECT_TRUE([downloader_ downloadResponse] == nil);
+  EXPECT_EQ([downloader_ bytesReceived], 0);
+}
+
+TEST_F(DownloaderTest, KeepsTheLastResponseAndReleasesTheOneBefore) {
+  NSURLResponse* first = [[NSURLResponse alloc] init];
+  NSURLResponse* second = [[NSURLResponse alloc] init];
+  [downloader_ setDownloadResponse:first];
+  EXPECT_EQ([first retainCount], 2U);
+  [downloader_ setDownloadResponse:first];
+  EXPECT_EQ([first retainCount], 2U);
+  [downloader_ setDownloadResponse:second];
+  EXPECT_EQ([first retainCount], 1U);
+  EXPECT_TRUE([downloader_ downloadResponse] == second);
+  [first release];
+  [second release];
+}
+
+TEST_F(DownloaderTest, CountsBytesFromTheResponseOn) {
+  [downloader_ download:nil didReceiveResponse:responseOfLength(NSURLResponseUnknownLength)];
+  logOfData(10);
+  logOfData(5);
+  EXPECT_EQ([downloader_ bytesReceived], 15);
+  [downloader_ download:nil didReceiveResponse:responseOfLength(7)];
+  EXPECT_EQ([downloader_ bytesReceived], 0);
+}
+
+TEST_F(DownloaderTest, LogsBytesWhenTheLengthIsUnknown) {
+  [downloader_ download:nil didReceiveResponse:responseOfLength(NSURLResponseUnknownLength)];
+  EXPECT_THAT(logOfData(10), HasSubstr("] Bytes received - 10\n"));
+  EXPECT_THAT(logOfData(5), HasSubstr("] Bytes received - 15\n"));
+}
+
+TEST_F(DownloaderTest, LogsThePercentageInSinglePrecision) {
+  [downloader_ download:nil didReceiveResponse:responseOfLength(3)];
+  EXPECT_THAT(logOfData(1), HasSubstr("] Percent complete - 33.333336\n"));
+  EXPECT_THAT(logOfData(1), HasSubstr("] Percent complete - 66.666672\n"));
+  EXPECT_THAT(logOfData(1), HasSubstr("] Percent complete - 100.000000\n"));
+}
+
+TEST_F(DownloaderTest, CapsThePercentage) {
+  [downloader_ download:nil didReceiveResponse:responseOfLength(3)];
+  EXPECT_THAT(logOfData(4), HasSubstr("] Percent complete - 100.000000\n"));
+}
+
+TEST_F(DownloaderTest, CountsInThirtyTwoBits) {
+  [downloader_ download:nil didReceiveResponse:responseOfLength(NSURLResponseUnknownLength)];
+  logOfData(2147483647);
+  EXPECT_THAT(logOfData(1), HasSubstr("] Bytes received - -2147483648\n"));
+}
+
+TEST_F(DownloaderTest, KnowsLengthsBeyondThirtyTwoBits) {
+  [downloader_ download:nil didReceiveResponse:responseOfLength(6442450944)];
+  EXPECT_THAT(logOfData(1610612736), HasSubstr("] Percent complete - 25.000000\n"));
+}
+
+TEST_F(DownloaderTest, IsDoneAfterAFailureAndLogsReasonAndAddress) {
+  NSDictionary* info = [NSDictionary
+      dictionaryWithObjectsAndKeys:@"The reason.", NSLocalizedDescriptionKey, @"http://host/file",
+                                   NSURLErrorFailingURLStringErrorKey, nil];
+  NSError* error = [NSError errorWithDomain:NSURLErrorDomain code:-1 userInfo:info];
+  ::testing::internal::CaptureStderr();
+  [downloader_ download:nil didFailWithError:error];
+  EXPECT_THAT(::testing::internal::GetCapturedStderr(),
+              HasSubstr("] Download failed! Error - The reason. http://host/file\n"));
+  EXPECT_TRUE([downloader_ isDone]);
+}
+
+TEST_F(DownloaderTest, IsNotDoneWhenTheDownloadCannotBeMade) {
+  ::testing::internal::CaptureStderr();
+  [downloader_ startDownloadingURL:nil fromURL:@"http://[" toFile:@"/nonexistent/file"];
+  const std::string log = ::testing::internal::GetCapturedStderr();
+  EXPECT_THAT(log, HasSubstr("] Starting download from = http://[\n"));
+  EXPECT_THAT(log, HasSubstr("] Download failed\n"));
+  EXPECT_FALSE([downloader_ isDone]);
+  EXPECT_FALSE([downloader_ isTransferring]);
+}
+
+TEST_F(DownloaderTest, IsDoneOnceTheRunLoopHasTurnedToTheEnd) {
+  const testing::TempDir folder;
+  testing::writeFile(folder / "source", "content");
+  NSString* url = [NSString stringWithFormat:@"file://%s", (folder / "source").c_str()];
+  NSString* path = [NSString stringWithUTF8String:(folder / "file").c_str()];
+  ::testing::internal::CaptureStderr();
+  [downloader_ startDownloadingURL:nil fromURL:url toFile:path];
+  EXPECT_FALSE([downloader_ isDone]);
+  EXPECT_TRUE([downloader_ isTransferring]);
+  for (int i = 0; i < 100 && ![downloader_ isDone]; ++i) {
+    NSDate* soon = [NSDate dateWithTimeIntervalSinceNow:0.05];
+    [[NSRunLoop currentRunLoop] runUntilDate:soon];
+  }
+  EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("] downloadDidFinish\n"));
+  EXPECT_TRUE([downloader_ isDone]);
+  EXPECT_FALSE([downloader_ isTransferring]);
+  EXPECT_EQ(testing::readFile(folder / "file"), "content");
+}
+
+}  // namespace
+}  // namespace quillory
