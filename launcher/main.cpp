@@ -1,0 +1,58 @@
+// Entry: the main thread becomes the application's event loop, and the run thread does the work.
+#include <pthread.h>
+
+#include <cstdlib>
+
+#include "formats/downloads_cocoa.h"
+#include "java/bundle_loader.h"
+#include "launcher/run_thread.h"
+#include "support/cocoa_support.h"
+#include "support/exit_status.h"
+#include "support/log.h"
+#include "support/standard_streams.h"
+#include "ui/application_shell_cocoa.h"
+#include "ui/splash_window_cocoa.h"
+
+namespace {
+
+using quillory::logToSystem;
+
+void logArguments(int count, char** arguments) {
+  logToSystem("------------OSsX Wrapper Start-------------\n");
+  for (int i = 0; i < count; ++i) logToSystem("main(%d)=%s\n", i, arguments[i]);
+  logToSystem("Starting up runner\n");
+}
+
+void startRunThread() {
+  pthread_t thread;
+  if (pthread_create(&thread, nullptr, quillory::run, nullptr) != 0) {
+    logToSystem("The run thread cannot be started.\n");
+    std::exit(quillory::kExitFailure);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // An empty argument list names no program, and no argument that could be the last one.
+  if (argc < 1) return quillory::kExitFailure;
+  quillory::fillStandardStreams();
+  quillory::startCocoa(argv);
+  quillory::installCocoaSupport();
+  quillory::installCocoaDownloads();
+  quillory::installCocoaBundleLoader();
+  quillory::installCocoaSplash();
+
+  logArguments(argc, argv);
+  quillory::argc = argc;
+  quillory::argv = argv;
+  quillory::createApplication();
+  logToSystem("Created application\n");
+  // Before the loop, so that a URL that started the application is not lost.
+  quillory::registerOSXEventListener();
+  logToSystem("Registered OS X Event Listener\n");
+  startRunThread();
+  quillory::setUpApplicationMenu();
+  quillory::runApplication();
+  return quillory::returnCode;
+}

@@ -1,0 +1,13 @@
+// Whether there is a window server. GNUstep leaves a half-made application object behind when it
+// finds out by itself.
+#pragma once
+
+namespace quillory::platform {
+
+/// Whether the environment names a display. Costs nothing.
+bool isDisplayNamed();
+
+/// Whether a connection to it can be opened. About a millisecond; the connection is closed again.
+bool isDisplayReachable();
+
+}  // namespace quillory::platform

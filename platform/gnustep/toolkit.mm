@@ -1,0 +1,135 @@
+#include "platform/toolkit.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+#include "platform/autorelease_pool.h"
+#include "platform/gnustep/display.h"
+#include "platform/gnustep/info_plist.h"
+#include "platform/gnustep/scoped_environment.h"
+#include "platform/gnustep/scoped_signals.h"
+#include "support/log.h"
+
+// GNUstep's own loop starts a notification daemon that outlives the process, and takes 50 ms for
+// its first turn. The splash needs the events only.
+@interface LauncherApplication : NSApplication
+@end
+
+@implementation LauncherApplication
+
+- (void)run {
+  for (;;) {
+    const quillory::AutoreleasePool pool;
+    @try {
+      NSEvent* event = [self nextEventMatchingMask:NSAnyEventMask
+                                         untilDate:[NSDate distantFuture]
+                                            inMode:NSDefaultRunLoopMode
+                                           dequeue:YES];
+      if (event != nil) [self sendEvent:event];
+    } @catch (...) {
+      // What goes wrong with a picture on the screen is no reason to end an installation.
+      quillory::logToSystem("An event of the splash window could not be handled.\n");
+    }
+  }
+}
+
+@end
+
+namespace quillory::platform {
+namespace {
+
+enum class Windows { kNotAskedFor, kReady, kUnavailable };
+Windows windows = Windows::kNotAskedFor;
+
+void giveUpWindows() {
+  windows = Windows::kUnavailable;
+  logToSystem("There is no display: the splash is not shown.\n");
+}
+
+// None of these is for the user to set: they keep GNUstep from probing the window manager and from
+// showing an icon window of its own.
+void registerDefaults() {
+  NSDictionary* defaults =
+      [NSDictionary dictionaryWithObjectsAndKeys:@"NO", @"GSX11HandlesWindowDecorations", @"YES",
+                                                 @"GSSuppressAppIcon", nil];
+  [[NSUserDefaults standardUserDefaults] registerDefaults:defaults];
+}
+
+// Without these two variables half of the time goes to picture formats and compose keys that the
+// splash never uses. They are put back before the thread that waits for the window goes on, so no
+// child process inherits them.
+bool makeApplication() {
+  const ScopedSignals signals;
+  const ScopedEnvironment noOtherFormats("MAGICK_CODER_MODULE_PATH", "/nonexistent");
+  const ScopedEnvironment noComposeKeys("XCOMPOSEFILE", "/dev/null");
+  registerDefaults();
+  @try {
+    return [LauncherApplication sharedApplication] != nil;
+  } @catch (...) {
+    return false;
+  }
+}
+
+}  // namespace
+
+void startToolkit(char* programName) {
+  const ScopedSignals signals;
+  char* arguments[] = {programName, nullptr};
+  [NSProcessInfo initializeWithArguments:arguments count:1 environment:environ];
+  const AutoreleasePool pool;
+}
+
+void prepareApplication() {
+  if (!isDisplayNamed()) giveUpWindows();
+}
+
+bool isReadyForWindows() {
+  if (windows == Windows::kNotAskedFor) {
+    if (isDisplayReachable() && makeApplication()) {
+      windows = Windows::kReady;
+    } else {
+      giveUpWindows();
+    }
+  }
+  return windows == Windows::kReady;
+}
+
+// A loop in which nothing can ever happen returns at once. A port would keep it, too, but leaves a
+// folder behind.
+void keepLoopWaiting() {
+  const AutoreleasePool pool;
+  constexpr NSTimeInterval kCenturySeconds = 100.0 * 365 * 24 * 3600;
+  [NSTimer scheduledTimerWithTimeInterval:kCenturySeconds
+                                   target:[NSRunLoop currentRunLoop]
+                                 selector:@selector(description)
+                                 userInfo:nil
+                                  repeats:YES];
+}
+
+void runMainLoop() {
+  keepLoopWaiting();
+  while (windows != Windows::kReady) {
+    const AutoreleasePool pool;
+    [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate distantFuture]];
+  }
+  [NSApp performSelectorOnMainThread:@selector(run) withObject:nil waitUntilDone:YES];
+}
+
+// Not by NSBundle: it does not know the layout that bundles have on macOS. Nor by any class that is
+// used here for the first time: the run thread is at work already.
+NSDictionary* bundleInformation() {
+  std::error_code unknown;
+  const std::string executable = std::filesystem::read_symlink("/proc/self/exe", unknown);
+  NSMutableDictionary* information = [NSMutableDictionary dictionary];
+  for (const auto& [key, text] : textsOfInfoPlist(infoPlistBeside(executable))) {
+    NSString* value = [NSString stringWithUTF8String:text.c_str()];
+    NSString* name = [NSString stringWithUTF8String:key.c_str()];
+    if (name != nil && value != nil) [information setObject:value forKey:name];
+  }
+  return information;
+}
+
+}  // namespace quillory::platform

@@ -1,0 +1,30 @@
+// What the two Cocoas do differently, under one interface: platform/macos/ carries it out with
+// Apple's frameworks, platform/gnustep/ with GNUstep and stand-ins. The code above has no
+// condition.
+#pragma once
+#import "cocoa.h"
+
+namespace quillory::platform {
+
+/// Before anything else of Cocoa, with the process's first argument. Cocoa gets to see no other:
+/// arguments belong to the Java application. Signals keep what they were set to.
+void startToolkit(char* programName);
+
+/// Makes the application object, or arranges that the first window makes it, so that a start
+/// without one never waits for a window server.
+void prepareApplication();
+
+/// Whether windows can be made; main thread only. Says once in the system log when not.
+bool isReadyForWindows();
+
+/// Runs the main thread's events, and never returns.
+void runMainLoop();
+
+/// The bundle's Info.plist, autoreleased; nil without one.
+NSDictionary* bundleInformation();
+
+/// Events that wait to be handled, the URLs to open among them, are handled before this returns.
+/// Any thread.
+void handleWaitingEvents();
+
+}  // namespace quillory::platform

@@ -1,0 +1,186 @@
+// The Cocoa objects one by one, in this process. Menus and images need a window server.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "platform/autorelease_pool.h"
+#include "platform/toolkit.h"
+#include "tests/harness/captured_log.h"
+#include "tests/ui/x_server.h"
+#import "ui/menu_titles_cocoa.h"
+#include "ui/progress_tiles.h"
+#include "ui/splash.h"
+#import "ui/splash_view_cocoa.h"
+#import "ui/url_events_cocoa.h"
+
+// An event as the system makes it: the URL is its direct object.
+@interface EventOfTest : NSAppleEventDescriptor {
+ @public
+  NSString* text;
+}
+@end
+
+@implementation EventOfTest
+- (NSAppleEventDescriptor*)paramDescriptorForKeyword:(AEKeyword)keyword {
+  return keyword == 0x2D2D2D2D ? self : nil;
+}
+- (NSString*)stringValue {
+  return text;
+}
+@end
+
+namespace quillory {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::Values;
+using testing::CapturedLog;
+using testing::XServer;
+
+class CocoaObjects : public ::testing::Test {
+ protected:
+  // One server and one application object for all tests of the process.
+  static void SetUpTestSuite() {
+    static char programName[] = "ui_cocoa_tests";
+    platform::startToolkit(programName);
+    static const XServer server;
+    setenv("DISPLAY", server.display().c_str(), 1);
+    ASSERT_TRUE(platform::isReadyForWindows());
+  }
+
+  const AutoreleasePool pool_;
+};
+
+using MenuTitles = CocoaObjects;
+
+// A main menu whose first submenu has these titles.
+NSMenu* menuOf(NSString* first, NSString* second, NSString* third) {
+  NSMenu* inner = [[[NSMenu alloc] initWithTitle:@"inner"] autorelease];
+  [inner addItemWithTitle:first action:NULL keyEquivalent:@""];
+  [inner addItemWithTitle:second action:NULL keyEquivalent:@""];
+  [inner addItemWithTitle:third action:NULL keyEquivalent:@""];
+  NSMenu* menu = [[[NSMenu alloc] initWithTitle:@"main"] autorelease];
+  [menu addItemWithTitle:@"Apple" action:NULL keyEquivalent:@""];
+  [menu addItemWithTitle:@"About %@" action:NULL keyEquivalent:@""];
+  [menu setSubmenu:inner forItem:[menu itemAtIndex:0]];
+  return menu;
+}
+
+std::string titleAt(NSMenu* menu, int place) {
+  return [[[[menu itemAtIndex:0] submenu] itemAtIndex:place] title].UTF8String;
+}
+
+TEST_F(MenuTitles, GetTheName) {
+  NSMenu* menu = menuOf(@"About %@", @"Hide %@", @"Quit %@ now");
+  retitleApplicationMenu(menu, @"H\u00e4llo");
+  EXPECT_EQ(titleAt(menu, 0), "About H\xc3\xa4llo");
+  EXPECT_EQ(titleAt(menu, 1), "Hide H\xc3\xa4llo");
+  EXPECT_EQ(titleAt(menu, 2), "Quit H\xc3\xa4llo now");
+}
+
+TEST_F(MenuTitles, WithoutAPlaceStayThemselves) {
+  NSMenu* menu = menuOf(@"Preferences", @"", @"100 % sure");
+  retitleApplicationMenu(menu, @"Hello");
+  EXPECT_EQ(titleAt(menu, 0), "Preferences");
+  EXPECT_EQ(titleAt(menu, 1), "");
+  EXPECT_EQ(titleAt(menu, 2), "100 % sure");
+}
+
+TEST_F(MenuTitles, AreNotTakenForFormats) {
+  NSMenu* menu = menuOf(@"%s %d %n %@", @"%@ %@", @"%1$s%%");
+  retitleApplicationMenu(menu, @"%s%@");
+  EXPECT_EQ(titleAt(menu, 0), "%s %d %n %s%@");
+  EXPECT_EQ(titleAt(menu, 1), "%s%@ %s%@");
+  EXPECT_EQ(titleAt(menu, 2), "%1$s%%");
+}
+
+TEST_F(MenuTitles, OfOtherMenusStay) {
+  NSMenu* menu = menuOf(@"a", @"b", @"c");
+  retitleApplicationMenu(menu, @"Hello");
+  EXPECT_STREQ([[menu itemAtIndex:1] title].UTF8String, "About %@");
+}
+
+TEST_F(MenuTitles, NeedNoMenuAndNoName) {
+  retitleApplicationMenu(nil, @"Hello");
+  retitleApplicationMenu([[[NSMenu alloc] initWithTitle:@"empty"] autorelease], @"Hello");
+  NSMenu* menu = [[[NSMenu alloc] initWithTitle:@"main"] autorelease];
+  [menu addItemWithTitle:@"no submenu" action:NULL keyEquivalent:@""];
+  retitleApplicationMenu(menu, @"Hello");
+  NSMenu* unnamed = menuOf(@"About %@", @"b", @"c");
+  retitleApplicationMenu(unnamed, nil);
+  EXPECT_EQ(titleAt(unnamed, 0), "About %@");
+}
+
+using LoadImageFromByteArray = CocoaObjects;
+
+TEST_F(LoadImageFromByteArray, TurnsBlueGreenRedIntoRedGreenBlue) {
+  // Two rows of two pixels, and two bytes behind each row that are not pixels.
+  const unsigned char table[] = {1, 2, 3, 4, 5, 6, 99, 98, 7, 8, 9, 10, 11, 12, 97, 96};
+  NSImage* image = splash::loadImageFromByteArray(table, 2, 2);
+  EXPECT_EQ([image size].width, 2);
+  EXPECT_EQ([image size].height, 2);
+  NSBitmapImageRep* bitmap = [[image representations] objectAtIndex:0];
+  EXPECT_EQ([bitmap pixelsWide], 2);
+  EXPECT_EQ([bitmap pixelsHigh], 2);
+  EXPECT_EQ([bitmap bytesPerRow], 8);
+  EXPECT_EQ([bitmap bitsPerPixel], 24);
+  EXPECT_FALSE([bitmap hasAlpha]);
+  const unsigned char* pixels = [bitmap bitmapData];
+  EXPECT_EQ(std::vector(pixels, pixels + 6), (std::vector<unsigned char>{3, 2, 1, 6, 5, 4}));
+  EXPECT_EQ(std::vector(pixels + 8, pixels + 14),
+            (std::vector<unsigned char>{9, 8, 7, 12, 11, 10}));
+  [image release];
+}
+
+using HandleURLEvent = CocoaObjects;
+
+TEST_F(HandleURLEvent, KeepsTheLatestUrl) {
+  const CapturedLog log;
+  URLHandler* handler = [[[URLHandler alloc] init] autorelease];
+  EXPECT_EQ([handler getRequestedURL], nullptr);
+  EventOfTest* event = [[[EventOfTest alloc] init] autorelease];
+  event->text = @"first:x";
+  [handler handleURLEvent:event withReplyEvent:nil];
+  const char* first = [handler getRequestedURL];
+  event->text = @"second:%s \u00e4";
+  [handler handleURLEvent:event withReplyEvent:nil];
+  EXPECT_STREQ(first, "first:x") << "what was handed out stays";
+  EXPECT_STREQ([handler getRequestedURL], "second:%s \xc3\xa4");
+  EXPECT_THAT(log.messages(),
+              ElementsAre("[Quillory] [URL] Request received to open URL first:x\n",
+                          "[Quillory] [URL] Converted URL to 'first:x'\n",
+                          "[Quillory] [URL] Request received to open URL second:%s \xc3\xa4\n",
+                          "[Quillory] [URL] Converted URL to 'second:%s \xc3\xa4'\n"));
+}
+
+TEST_F(HandleURLEvent, KeepsAnEmptyUrlForAnEventWithoutOne) {
+  const CapturedLog log;
+  URLHandler* handler = [[[URLHandler alloc] init] autorelease];
+  [handler handleURLEvent:nil withReplyEvent:nil];
+  EXPECT_STREQ([handler getRequestedURL], "");
+  EXPECT_THAT(log.messages(), ElementsAre("[Quillory] [URL] Request received to open URL (null)\n",
+                                          "[Quillory] [URL] Converted URL to ''\n"));
+}
+
+using RedrawerThread = CocoaObjects;
+
+TEST_F(RedrawerThread, EndsSoonAfterItIsCancelled) {
+  const CapturedLog log;
+  Redrawer* redrawer = [[Redrawer alloc] init];
+  NSThread* thread = [[NSThread alloc] initWithTarget:redrawer
+                                             selector:@selector(runThread:)
+                                               object:nil];
+  [thread start];
+  [NSThread sleepForTimeInterval:0.1];
+  EXPECT_FALSE([thread isFinished]);
+  [thread cancel];
+  for (int wait = 0; wait < 500 && ![thread isFinished]; ++wait)
+    [NSThread sleepForTimeInterval:0.01];
+  EXPECT_TRUE([thread isFinished]);
+  EXPECT_THAT(log.messages(), ElementsAre("Redrawer running!\n"));
+}
+
+}  // namespace
+}  // namespace quillory

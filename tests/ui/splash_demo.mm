@@ -1,0 +1,113 @@
+// The splash without a launcher, for developers and tests. Carries out one command a line, on a
+// thread of its own as the launcher does, and answers each with "done NAME" on standard output. The
+// commands come from the file named by SPLASH_DEMO_COMMANDS, else from standard input. Arguments
+// are those of the application that it stands for.
+//
+//   init | configure FILE | show | progress N | hide-progress | hide | cleanup | buffer N
+//   size W H        resizes the window
+//   script          the scripted demonstration
+//   url             prints the URL that was requested
+//   shell COMMAND   runs a command in a shell, as the launcher does with its tools
+//   wait MS         does nothing for a time
+//
+//   printf '%s\n' init 'configure splash.png' show 'progress 37' 'wait 5000' | splash_demo
+#include <pthread.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <istream>
+#include <sstream>
+#include <string>
+
+#include "platform/autorelease_pool.h"
+#include "support/clock.h"
+#include "support/cocoa_support.h"
+#include "support/process.h"
+#import "ui/app_runner_cocoa.h"
+#include "ui/application_shell_cocoa.h"
+#include "ui/splash.h"
+#include "ui/splash_window_cocoa.h"
+#include "ui/url_request.h"
+
+namespace {
+
+namespace splash = quillory::splash;
+
+void runScript() {
+  const quillory::AutoreleasePool pool;
+  AppRunner* runner = [[AppRunner alloc] init];
+  [runner runThread:nil];
+  [runner release];
+}
+
+void printUrl() {
+  const char* url = quillory::getRequestedURL();
+  std::printf("url %s\n", url == nullptr ? "NULL" : url);
+}
+
+void runShell(const std::string& command) {
+  const int status = quillory::processCalls.runShell(command.c_str());
+  std::printf("status %d\n", status);
+}
+
+int numberIn(std::istream& line) {
+  int number = 0;
+  line >> number;
+  return number;
+}
+
+std::string restOf(std::istream& line) {
+  std::string rest;
+  std::getline(line >> std::ws, rest);
+  return rest;
+}
+
+void carryOut(const std::string& name, std::istream& line) {
+  if (name == "init") splash::init();
+  if (name == "configure") splash::configureSplash(restOf(line).c_str());
+  if (name == "show") splash::showSplash();
+  if (name == "progress") splash::setProgress(numberIn(line));
+  if (name == "hide-progress") splash::hideProgress();
+  if (name == "hide") splash::hideSplash();
+  if (name == "cleanup") splash::cleanup();
+  if (name == "buffer") splash::setSplashBuffer(numberIn(line));
+  if (name == "size") {
+    const int width = numberIn(line);
+    splash::setFrameSize(width, numberIn(line));
+  }
+  if (name == "script") runScript();
+  if (name == "url") printUrl();
+  if (name == "shell") runShell(restOf(line));
+  if (name == "wait")
+    quillory::timeCalls.sleepMicros(static_cast<std::uint64_t>(numberIn(line)) * 1000);
+}
+
+void* runCommands(void*) {
+  const char* path = std::getenv("SPLASH_DEMO_COMMANDS");
+  std::ifstream file(path == nullptr ? "/dev/stdin" : path);
+  std::string text;
+  while (std::getline(file, text)) {
+    std::istringstream line(text);
+    std::string name;
+    line >> name;
+    carryOut(name, line);
+    std::printf("done %s\n", name.c_str());
+    std::fflush(stdout);
+  }
+  std::exit(0);
+}
+
+}  // namespace
+
+int main(int, char** argv) {
+  quillory::startCocoa(argv);
+  quillory::installCocoaSupport();
+  quillory::installCocoaSplash();
+  quillory::createApplication();
+  quillory::registerOSXEventListener();
+  pthread_t thread;
+  if (pthread_create(&thread, nullptr, runCommands, nullptr) != 0) return 1;
+  quillory::setUpApplicationMenu();
+  quillory::runApplication();
+}

@@ -1,0 +1,9 @@
+// A scripted demonstration of the splash, for whoever works on it. No part of the launcher.
+#pragma once
+#import "cocoa.h"
+
+@interface AppRunner : NSObject
+/// Body of a thread: about nine seconds of a splash that was shown before, then takes it off the
+/// screen. The argument is ignored.
+- (void)runThread:(id)argument;
+@end

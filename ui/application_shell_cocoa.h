@@ -1,0 +1,23 @@
+// The application around the launcher: its Cocoa object, its menu, its events. All on the main
+// thread, in the order of the declarations.
+#pragma once
+
+namespace quillory {
+
+/// First of all, with the process's arguments, of which Cocoa gets to see the program's name only.
+void startCocoa(char** arguments);
+
+/// The shared application object. Where a window server is reached through a connection of our own,
+/// it is made when the first window needs it.
+void createApplication();
+
+/// From now on a URL that the user wants opened is kept for getRequestedURL().
+void registerOSXEventListener();
+
+/// Reads the application's name and gives it to the standard menu, where there is one.
+void setUpApplicationMenu();
+
+/// Runs the application's events, for as long as the process lives.
+void runApplication();
+
+}  // namespace quillory

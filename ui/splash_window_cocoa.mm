@@ -1,0 +1,182 @@
+#include "ui/splash_window_cocoa.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/autorelease_pool.h"
+#include "platform/main_thread.h"
+#include "platform/toolkit.h"
+#include "support/log.h"
+#include "ui/picture_limits.h"
+#include "ui/splash.h"
+#import "ui/splash_view_cocoa.h"
+
+namespace quillory {
+namespace {
+
+using platform::onMainThread;
+using splash::Frame;
+using splash::PictureSize;
+
+// No window server takes a larger window.
+constexpr double kMaxWindowPixels = 16384;
+
+// All of it belongs to the main thread. `frame` stands for the window until there is one.
+NSWindow* win = nil;
+SplashView* splashView = nil;
+NSImage* splashImage = nil;
+Frame frame = {};
+bool isWanted = false;
+
+NSRect windowRect(const Frame& wanted) {
+  return NSMakeRect(wanted.x, wanted.y, std::clamp(wanted.width, 0.0, kMaxWindowPixels),
+                    std::clamp(wanted.height, 0.0, kMaxWindowPixels));
+}
+
+void makeWindow() {
+  const NSRect rect = windowRect(frame);
+  win = [[NSWindow alloc] initWithContentRect:rect
+                                    styleMask:0
+                                      backing:NSBackingStoreBuffered
+                                        defer:YES];
+  [win setReleasedWhenClosed:NO];
+  [win setBackgroundColor:[NSColor whiteColor]];
+  [win setHasShadow:YES];
+  const NSRect inside = NSMakeRect(0, 0, rect.size.width, rect.size.height);
+  splashView = [[SplashView alloc] initWithFrame:inside];
+  [splashView setPicture:splashImage];
+  [win setContentView:splashView];
+}
+
+void createWindow(int width, int height) {
+  onMainThread([=] {
+    const AutoreleasePool pool;
+    frame = {.x = 0, .y = 0, .width = double(width), .height = double(height)};
+    isWanted = true;
+    if (NSApp != nil) makeWindow();
+  });
+}
+
+// nil when there is no picture to be had. Not by NSImage's own ways: GNUstep starts a pasteboard
+// server for a file whose name says nothing, and releases an image without content once too often.
+NSImage* newImage(const char* path) {
+  NSString* name =
+      [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
+                                                                  length:std::strlen(path)];
+  NSData* content = name == nil ? nil : [NSData dataWithContentsOfFile:name];
+  if (content == nil) return nil;
+  if (splash::isPictureTooLarge([content bytes], [content length])) {
+    logToSystem("[Splash] The picture is too large to be shown.\n");
+    return nil;
+  }
+  NSImageRep* bitmap = [NSBitmapImageRep imageRepWithData:content];
+  if (bitmap == nil) return nil;
+  NSImage* image = [[NSImage alloc] initWithSize:[bitmap size]];
+  [image addRepresentation:bitmap];
+  return image;
+}
+
+PictureSize loadPicture(const char* path) {
+  PictureSize size = {};
+  onMainThread([&] {
+    const AutoreleasePool pool;
+    [splashImage release];
+    splashImage = newImage(path);
+    if (splashImage != nil) size = {[splashImage size].width, [splashImage size].height};
+    [splashView setPicture:splashImage];
+  });
+  return size;
+}
+
+Frame windowFrame() {
+  Frame current = {};
+  onMainThread([&current] {
+    if (win == nil) {
+      current = frame;
+      return;
+    }
+    const NSRect rect = [win frame];
+    current = {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height};
+  });
+  return current;
+}
+
+void setWindowFrame(Frame wanted) {
+  onMainThread([wanted] {
+    const AutoreleasePool pool;
+    if (isWanted) frame = wanted;
+    [win setFrame:windowRect(wanted) display:YES animate:platform::kAnimatesResizing];
+  });
+}
+
+void showWindow() {
+  onMainThread([] {
+    const AutoreleasePool pool;
+    if (!isWanted || !platform::isReadyForWindows()) return;
+    if (win == nil) makeWindow();
+    [win setLevel:CGWindowLevelForKey(kCGFloatingWindowLevelKey)];
+    [win center];
+    [win makeKeyAndOrderFront:nil];
+  });
+}
+
+void takeOffScreen() {
+  onMainThread([] {
+    const AutoreleasePool pool;
+    [win orderOut:nil];
+  });
+}
+
+void closeWindow() {
+  onMainThread([] {
+    const AutoreleasePool pool;
+    [win close];
+    [win release];
+    win = nil;
+    [splashView release];
+    splashView = nil;
+    isWanted = false;
+    frame = {};
+  });
+}
+
+void requestRedraw() {
+  onMainThread([] { [splashView requestRedraw]; });
+}
+
+void* makeRedrawer() { return [[Redrawer alloc] init]; }
+
+void* startRedrawThread(void* redrawer) {
+  const AutoreleasePool pool;
+  NSThread* thread = [[NSThread alloc] initWithTarget:static_cast<Redrawer*>(redrawer)
+                                             selector:@selector(runThread:)
+                                               object:splashView];
+  [thread start];
+  return thread;
+}
+
+void cancelRedrawThread(void* thread) {
+  [static_cast<NSThread*>(thread) cancel];
+  [static_cast<NSThread*>(thread) release];
+}
+
+void runOnMainThread(void (*work)()) { onMainThread(work); }
+
+}  // namespace
+
+void installCocoaSplash() {
+  splash::splashWindowCalls = {.createWindow = createWindow,
+                               .loadPicture = loadPicture,
+                               .windowFrame = windowFrame,
+                               .setWindowFrame = setWindowFrame,
+                               .showWindow = showWindow,
+                               .takeOffScreen = takeOffScreen,
+                               .closeWindow = closeWindow,
+                               .requestRedraw = requestRedraw,
+                               .makeRedrawer = makeRedrawer,
+                               .startRedrawThread = startRedrawThread,
+                               .cancelRedrawThread = cancelRedrawThread,
+                               .runOnMainThread = runOnMainThread};
+}
+
+}  // namespace quillory

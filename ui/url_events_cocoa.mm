@@ -1,0 +1,67 @@
+#import "ui/url_events_cocoa.h"
+
+#include <cstring>
+
+#include "platform/autorelease_pool.h"
+#include "platform/toolkit.h"
+#include "support/log.h"
+#include "ui/application_shell_cocoa.h"
+#include "ui/url_request.h"
+
+namespace {
+
+constexpr AEEventClass kGetUrl = 0x4755524C;     // 'GURL'
+constexpr AEKeyword kDirectObject = 0x2D2D2D2D;  // '----'
+
+URLHandler* urlHandler = nil;
+
+const char* latestUrl() {
+  // A URL that came before is not to be missed because nobody had the time to handle it.
+  quillory::platform::handleWaitingEvents();
+  return [urlHandler getRequestedURL];
+}
+
+}  // namespace
+
+@implementation URLHandler
+
+- (id)init {
+  self = [super init];
+  if (self != nil) requestedURL = nullptr;
+  return self;
+}
+
+- (void)handleURLEvent:(NSAppleEventDescriptor*)event
+        withReplyEvent:(NSAppleEventDescriptor*)reply {
+  (void)reply;
+  NSString* url = [[event paramDescriptorForKeyword:kDirectObject] stringValue];
+  const char* text = url == nil ? "" : [url UTF8String];
+  quillory::logToSystem("[Quillory] [URL] Request received to open URL %s\n",
+                        url == nil ? "(null)" : text);
+  // A thread may be reading the earlier copy: it stays allocated, and is replaced in one store.
+  // Not by std::atomic_ref, which the C++ library of most Macs has not.
+  __atomic_store_n(&requestedURL, strdup(text), __ATOMIC_RELEASE);
+  quillory::logToSystem("[Quillory] [URL] Converted URL to '%s'\n", [self getRequestedURL]);
+}
+
+- (const char*)getRequestedURL {
+  return __atomic_load_n(&requestedURL, __ATOMIC_ACQUIRE);
+}
+
+@end
+
+namespace quillory {
+
+void registerOSXEventListener() {
+  const AutoreleasePool pool;
+  urlHandler = [[URLHandler alloc] init];
+  urlCalls.requestedUrl = latestUrl;
+  logToSystem("[Wrapper] Registering shared apple event manager handler\n");
+  [[NSAppleEventManager sharedAppleEventManager] setEventHandler:urlHandler
+                                                     andSelector:@selector(handleURLEvent:
+                                                                           withReplyEvent:)
+                                                   forEventClass:kGetUrl
+                                                      andEventID:kGetUrl];
+}
+
+}  // namespace quillory
