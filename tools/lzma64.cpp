@@ -1,0 +1,120 @@
+// lzma64: packs and unpacks one LZMA-alone file. The launcher carries it in its tail and runs
+// "lzma64 d IN OUT" on archives.
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "support/owned.h"
+#include "tools/lzma_alone.h"
+#include "tools/output_file.h"
+
+namespace {
+
+using quillory::LzmaCoder;
+using quillory::OutputFile;
+using quillory::OwnedFile;
+
+constexpr int kFailed = 1;
+constexpr int kWrongUse = 2;
+constexpr std::size_t kInputBuffer = 256 * 1024;
+
+constexpr char kHelp[] =
+    "usage: lzma64 d IN OUT          unpacks the LZMA-alone file IN into OUT\n"
+    "       lzma64 e [-LEVEL] IN OUT packs IN into the LZMA-alone file OUT\n"
+    "       lzma64 --help\n"
+    "\n"
+    "LEVEL is 0 (fastest) to 9 (smallest); without it, 6. OUT appears, or is replaced, only\n"
+    "when everything went well; a symbolic link at OUT is replaced, not followed.\n"
+    "\n"
+    "exit status: 0 done, 1 the input is bad or a file cannot be read or written, 2 wrong use\n"
+    "\n"
+    "example: lzma64 e -9 application.p2 application.p2.l2\n";
+
+struct Request {
+  bool decodes = false;
+  int level = quillory::kLzmaDefaultLevel;
+  std::string in;
+  std::string out;
+};
+
+bool parseLevel(const std::string& option, int& level) {
+  if (option.size() != 2 || option[0] != '-' || option[1] < '0' || option[1] > '9') {
+    return false;
+  }
+  level = option[1] - '0';
+  return true;
+}
+
+bool parse(std::vector<std::string> arguments, Request& request) {
+  if (arguments.empty() || (arguments[0] != "d" && arguments[0] != "e")) {
+    return false;
+  }
+  request.decodes = arguments[0] == "d";
+  arguments.erase(arguments.begin());
+  if (!request.decodes && arguments.size() == 3 && parseLevel(arguments[0], request.level)) {
+    arguments.erase(arguments.begin());
+  }
+  if (arguments.size() != 2) {
+    return false;
+  }
+  request.in = arguments[0];
+  request.out = arguments[1];
+  return true;
+}
+
+int fail(const std::string& message) {
+  std::fprintf(stderr, "lzma64: %s\n", message.c_str());
+  return kFailed;
+}
+
+int failOnCoder(const Request& request, const LzmaCoder& coder, const OutputFile& out) {
+  return fail(out.error().empty() ? request.in + ": " + coder.error() : out.error());
+}
+
+int run(const Request& request) {
+  const OwnedFile in(std::fopen(request.in.c_str(), "rb"));
+  if (!in) {
+    return fail(request.in + ": cannot be opened: " + std::strerror(errno));
+  }
+  OutputFile out(request.out);
+  if (!out.stream()) {
+    return fail(out.error());
+  }
+  const auto sink = [&out](const unsigned char* data, std::size_t size) {
+    return out.write(data, size);
+  };
+  LzmaCoder coder =
+      request.decodes ? LzmaCoder::decoder(sink) : LzmaCoder::encoder(request.level, sink);
+  std::vector<char> buffer(kInputBuffer);
+  while (const std::size_t size = std::fread(buffer.data(), 1, buffer.size(), in.get())) {
+    if (!coder.write(buffer.data(), size)) {
+      return failOnCoder(request, coder, out);
+    }
+  }
+  if (std::ferror(in.get())) {
+    return fail(request.in + ": cannot be read: " + std::strerror(errno));
+  }
+  if (!coder.finish()) {
+    return failOnCoder(request, coder, out);
+  }
+  return out.commit() ? 0 : fail(out.error());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  if (arguments.size() == 1 && (arguments[0] == "--help" || arguments[0] == "-h")) {
+    std::fputs(kHelp, stdout);
+    return 0;
+  }
+  Request request;
+  if (!parse(arguments, request)) {
+    std::fputs(kHelp, stderr);
+    return kWrongUse;
+  }
+  quillory::removeUnfinishedFilesOnSignals();
+  return run(request);
+}

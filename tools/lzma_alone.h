@@ -1,0 +1,44 @@
+// LZMA-alone streams (".lzma": a 13-byte header, then one raw stream), over liblzma. Bytes are
+// pushed in and come out through a sink, so that a stream of any size needs the memory of one
+// dictionary and two small buffers.
+#pragma once
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace quillory {
+
+/// Takes the bytes that come out; false stops the coder with an error.
+using LzmaSink = std::function<bool(const unsigned char* data, std::size_t size)>;
+
+inline constexpr int kLzmaFastest = 0;
+inline constexpr int kLzmaDefaultLevel = 6;
+inline constexpr int kLzmaBest = 9;
+
+/// Streams whose header asks for a dictionary beyond this are refused instead of allocated.
+inline constexpr std::size_t kLzmaLargestDictionary = std::size_t{256} << 20;
+
+class LzmaCoder {
+ public:
+  /// `level` is the preset of the xz tools, 0 to 9. The length is not stored: an end marker is.
+  static LzmaCoder encoder(int level, LzmaSink sink);
+  static LzmaCoder decoder(LzmaSink sink);
+
+  LzmaCoder(LzmaCoder&&) noexcept;
+  ~LzmaCoder();
+
+  /// False once anything has gone wrong; error() then says what.
+  bool write(const void* data, std::size_t size);
+  /// Says that the input is complete. A decoder that has not met the end of its stream, or that met
+  /// bytes behind it, fails here.
+  bool finish();
+  const std::string& error() const;
+
+ private:
+  struct State;
+  explicit LzmaCoder(std::unique_ptr<State> state);
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace quillory

@@ -1,0 +1,43 @@
+// A file that appears under its name only when it is complete. It is written beside its place, so
+// that a run that fails or is killed by a signal leaves what was there before; a symbolic link that
+// stands at the place is replaced, never followed.
+#pragma once
+#include <cstddef>
+#include <cstdio>
+#include <string>
+
+#include "support/owned.h"
+
+namespace quillory {
+
+class OutputFile {
+ public:
+  /// Nothing is created when `path` names something that is neither a plain file nor a link.
+  /// `mode` is the mode of the finished file, less the process's umask.
+  explicit OutputFile(std::string path, unsigned mode = 0666);
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  /// Null when it could not be created; error() says why.
+  std::FILE* stream() const { return file_.get(); }
+  bool write(const void* data, std::size_t size);
+  /// Moves the file to its place. Without it, the destructor removes what was written.
+  bool commit();
+  const std::string& error() const { return error_; }
+
+ private:
+  bool fail(const char* what, int number);
+
+  std::string path_;
+  std::string beside_;
+  unsigned mode_;
+  OwnedFile file_;
+  std::string error_;
+};
+
+/// Lets SIGINT, SIGTERM and SIGHUP remove the files that are being written before they end the
+/// process. For the beginning of main(); at most 16 files at a time are covered.
+void removeUnfinishedFilesOnSignals();
+
+}  // namespace quillory
