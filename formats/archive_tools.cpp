@@ -1,7 +1,5 @@
 #include "formats/archive_tools.h"
 
-#include <memory>
-
 #include "formats/archive_output.h"
 #include "java/spawner.h"
 #include "support/files.h"
@@ -12,14 +10,10 @@ namespace {
 
 constexpr std::size_t kLzmaSuffixLength = 3;  // ".l2"
 
-struct SpawnerDeleter {
-  void operator()(Spawner* spawner) const { deleteSpawner(spawner); }
-};
-
 // Tools are judged by what they leave behind, not by their status.
 template <typename... Arguments>
 void runTool(const char* tool, Arguments... arguments) {
-  const std::unique_ptr<Spawner, SpawnerDeleter> spawner(createSpawner());
+  const OwnedSpawner spawner(createSpawner());
   setSpawnerExe(spawner.get(), tool);
   (addSpawnerArg(spawner.get(), arguments), ...);
   runSpawnerAndWait(spawner.get());

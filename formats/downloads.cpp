@@ -24,7 +24,8 @@ DownloadCalls downloadCalls = {.downloadFile = nullptr};
 
 int downloadFile(const char* url, const char* destPath) {
   unlink(destPath);
-  if (downloadCalls.downloadFile == nullptr) {
+  // Where updates are switched off nobody is asked, not even a name server or a proxy.
+  if (downloadCalls.downloadFile == nullptr || isInvalidUpdateURL(url)) {
     logToSystem("Download failed\n");
     return 1;
   }

@@ -17,7 +17,7 @@ extern DownloadCalls downloadCalls;
 
 /// Downloads to `destPath` and waits for the end: as long as bytes come, and 60 seconds after the
 /// last one. Always 1: the caller judges success by the file, which exists afterwards only when the
-/// transfer was complete.
+/// transfer was complete. Below kInvalidUpdateURL there is nothing: that fails at once.
 int downloadFile(const char* url, const char* destPath);
 
 /// The update URL that packagers write to switch updating off.

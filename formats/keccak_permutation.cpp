@@ -4,6 +4,10 @@
 
 #include "formats/keccak_rounds.h"
 
+#if defined(__x86_64__)
+#include <cpuid.h>
+#endif
+
 namespace quillory {
 namespace {
 
@@ -24,7 +28,12 @@ void absorbPlain(std::uint64_t* lanes, const unsigned char* blocks, std::size_t 
   keccak::absorbBlocks(lanes, blocks, count);
 }
 
-bool hasBmi() { return __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2"); }
+// Not by __builtin_cpu_supports(), whose run-time part not every compiler for macOS brings.
+bool hasBmi() {
+  unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+  constexpr unsigned kBoth = bit_BMI | bit_BMI2;
+  return __get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) != 0 && (ebx & kBoth) == kBoth;
+}
 #endif
 
 bool isAlwaysUsable() { return true; }

@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <utility>
 
@@ -102,8 +101,7 @@ char* runProgramGetOutput(const std::vector<std::string>& arguments) {
   std::string text;
   if (const OwnedFile reader = pipe.takeReader()) text = readAll(reader.get());
   int status = 0;
-  while (processCalls.waitFor(child, &status) == -1 && errno == EINTR) {
-  }
+  processCalls.waitFor(child, &status);
   return allocTrimmed(std::move(text));
 }
 

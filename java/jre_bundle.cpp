@@ -27,12 +27,9 @@ void logCommand(const std::string& command) { logMessage("[LNS] Running %s\n", c
 
 std::string quoted(const std::string& path) { return '"' + path + '"'; }
 
-bool isLink(const std::string& path) {
-  std::error_code ignored;
-  return fs::is_symlink(path, ignored);
+bool isRealFolder(const std::string& path) {
+  return !isLink(path.c_str()) && isFolder(path.c_str());
 }
-
-bool isRealFolder(const std::string& path) { return !isLink(path) && isFolder(path.c_str()); }
 
 bool isHidden(const std::string& name) { return name.front() == '.'; }
 
@@ -72,7 +69,7 @@ void moveInto(const std::string& folder, const std::string& name, const std::str
 void wrapPlainHome(const std::string& bundle) {
   const std::string contents = bundle + "/Contents";
   const std::string home = contents + "/Home";
-  if (isLink(home) || isFolder(home.c_str())) return;
+  if (isLink(home.c_str()) || isFolder(home.c_str())) return;
   if (access((bundle + "/bin/java").c_str(), F_OK) != 0) return;
   logMessage("[OSX JRE] %s is a Java home, making a bundle of it\n", bundle.c_str());
   makeDir(contents.c_str());
@@ -115,7 +112,7 @@ Executable findExecutable(const std::string& bundle) {
 std::string findHome(const std::string& bundle) {
   const std::string home = bundle + "/Contents/Home";
   const std::string subJre = home + "/jre";
-  if (doesFileExist(subJre.c_str()) || isLink(subJre)) {
+  if (doesFileExist(subJre.c_str()) || isLink(subJre.c_str())) {
     logMessage("[LNS] Detected subJRE in JDK bundle\n");
     return subJre;
   }
@@ -142,7 +139,7 @@ void moveHome(const std::string& home, const std::string& alias) {
 
   logCommand("ln -s " + quoted(alias) + ' ' + quoted(home));
   // A link from elsewhere, as after the whole folder was moved, is made anew.
-  if (isLink(home)) unlink(home.c_str());
+  if (isLink(home.c_str())) unlink(home.c_str());
   (void)!symlink(alias.c_str(), home.c_str());
 }
 
@@ -163,8 +160,8 @@ void relinkExecutable(const Executable& executable, const std::string& alias) {
     logMessage("[WARNING] Unable to find a link target for the JRE bundle!\n");
     return;
   }
-  if (executable.path.empty() && !executable.isMissing) return;
   logCommand("ln -s " + quoted(target) + ' ' + executable.quotedPath);
+  if (executable.path.empty() && !executable.isMissing) return;
   // A link that is made in a folder gets the name of its target.
   const fs::path link = executable.isMissing
                             ? fs::path(executable.folder) / fs::path(target).filename()

@@ -88,15 +88,13 @@ void downloadArchive(const JreRequest& request, const std::string& version,
 
 void decompress(const JreRequest& request, const std::string& folder, const std::string& packed,
                 const std::string& archive) {
-  Spawner* const spawner = createSpawner();
-  setSpawnerExe(spawner, request.lzmaTool.c_str());
-  addSpawnerArg(spawner, "d");
-  addSpawnerArg(spawner, packed.c_str());
-  addSpawnerArg(spawner, archive.c_str());
+  const OwnedSpawner spawner(createSpawner());
+  setSpawnerExe(spawner.get(), request.lzmaTool.c_str());
+  for (const char* const argument : {"d", packed.c_str(), archive.c_str()})
+    addSpawnerArg(spawner.get(), argument);
   logMessage("[JREDownload] Decompressing JRE archive\n");
-  const int status = runSpawnerAndWait(spawner);
-  deleteSpawner(spawner);
-  if (status != 0) giveUp(folder, "[JREDownload] Failed to decompress JRE archive\n");
+  if (runSpawnerAndWait(spawner.get()) != 0)
+    giveUp(folder, "[JREDownload] Failed to decompress JRE archive\n");
 }
 
 void extract(const JreRequest& request, const std::string& folder, const std::string& archive) {
@@ -131,7 +129,7 @@ DownloadedJre downloadJre(const JreRequest& request) {
   logMessage("[JREDownload] Failed to pick up any existing system JRE, will download\n");
   const std::string version = downloadVersion(request);
   // The version comes from the network, and becomes part of a path.
-  if (!isFolderNamePart(version))
+  if (!isUsableInFolderName(request.jreName, version))
     giveUp("", std::string("[JREDownload] JRE version '") + version.c_str() +
                    "' cannot be part of a folder name\n");
 

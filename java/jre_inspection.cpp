@@ -1,12 +1,12 @@
 #include "java/jre_inspection.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <string>
 
 #include "java/command_output.h"
@@ -74,11 +74,6 @@ std::string secondComponent(const char* answer) {
   return std::string(second, secondDot);
 }
 
-bool isLink(const std::string& path) {
-  std::error_code ignored;
-  return std::filesystem::is_symlink(path, ignored);
-}
-
 }  // namespace
 
 char* getJavaExecutable(const char* jreFolder) { return allocJava(jreFolder); }
@@ -128,17 +123,16 @@ bool isHealthyJre(const char* jreFolder) {
 bool holdsJava(const char* folder) {
   for (const char* const java :
        {"/Contents/Home/bin/java", "/Contents/Home/jre/bin/java", "/bin/java"})
-    if (doesFileExist((std::string(folder) + java).c_str())) return true;
+    if (access((std::string(folder) + java).c_str(), F_OK) == 0) return true;
   return false;
 }
 
 void regenerateSharedArchive(const char* jreFolder) {
   const OwnedText java(getJavaExecutable(jreFolder));
-  Spawner* const spawner = createSpawner();
-  setSpawnerExe(spawner, java.get());
-  addSpawnerArg(spawner, "-Xshare:dump");
-  runSpawnerAndWait(spawner);
-  deleteSpawner(spawner);
+  const OwnedSpawner spawner(createSpawner());
+  setSpawnerExe(spawner.get(), java.get());
+  addSpawnerArg(spawner.get(), "-Xshare:dump");
+  runSpawnerAndWait(spawner.get());
 }
 
 int overrideCACerts(const char* source, const char* jreHome) {
@@ -150,7 +144,7 @@ int overrideCACerts(const char* source, const char* jreHome) {
   logMessage("[Extractor] CACerts path %s exists\n", source);
   logMessage("[Extractor] TargetCACerts path is %s\n", target.c_str());
   // A link is removed even if it leads nowhere: the copy would be written where it points.
-  if (doesFileExist(target.c_str()) || isLink(target)) {
+  if (doesFileExist(target.c_str()) || isLink(target.c_str())) {
     logMessage("[Extractor] Removing old cacerts file\n");
     logMessage("[Extractor] Result = %d\n", std::remove(target.c_str()));
   }
@@ -158,14 +152,13 @@ int overrideCACerts(const char* source, const char* jreHome) {
 }
 
 void callVerPatchOn(const char* tool, const char* file, const char* name) {
-  Spawner* const spawner = createSpawner();
-  setSpawnerExe(spawner, tool);
+  const OwnedSpawner spawner(createSpawner());
+  setSpawnerExe(spawner.get(), tool);
   for (const char* const argument :
        {file, "4.0.0.0", "/s", "description", name, "/s", "ProductName", name, "/pv", "4.0.0.0",
         "/s", "LegalCopyright", " ", "/s", "Company", " ", "/s", "FullVersion", "4.0.0.0"})
-    addSpawnerArg(spawner, argument);
-  logMessage("[VerPath] Returned %d\n", runSpawnerAndWait(spawner));
-  deleteSpawner(spawner);
+    addSpawnerArg(spawner.get(), argument);
+  logMessage("[VerPath] Returned %d\n", runSpawnerAndWait(spawner.get()));
 }
 
 }  // namespace quillory

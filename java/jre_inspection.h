@@ -21,7 +21,7 @@ bool jreMatchesVersionRequirement(const char* javaPath, const char* requiredVers
 /// Whether an installed JRE folder has what a start looks for: bin/java and lib/rt.jar.
 bool isHealthyJre(const char* jreFolder);
 /// Whether there is a `java` in a folder that is to become a JRE: a bundle, a JDK's bundle, or a
-/// plain Java home.
+/// plain Java home; without a log line.
 bool holdsJava(const char* folder);
 
 /// Lets the JRE in `jreFolder` make its archive of shared classes anew; whether it can is not

@@ -28,7 +28,7 @@ std::string finalFolder(const JreRequest& request, const std::string& version) {
 }
 
 void requireFolderNames(const JreRequest& request) {
-  if (isFolderNamePart(request.jreName) && isFolderNamePart(request.embeddedVersion)) return;
+  if (isUsableInFolderName(request.jreName, request.embeddedVersion)) return;
   logError("[Extractor] JRE name '%s' or version '%s' cannot be part of a folder name\n",
            request.jreName.c_str(), request.embeddedVersion.c_str());
   std::exit(kExitFailure);
@@ -127,11 +127,6 @@ std::string provideOnline(const JreRequest& request) {
 }
 
 }  // namespace
-
-bool isFolderNamePart(std::string_view text) {
-  return text != ".." && text.find('/') == std::string_view::npos &&
-         text.find('\0') == std::string_view::npos;
-}
 
 std::string provisionJre(const JreRequest& request) {
   logMessage("[Extractor] Setting up a JRE\n");

@@ -2,7 +2,6 @@
 #pragma once
 #include <cstdio>
 #include <string>
-#include <string_view>
 
 #include "formats/archive_signature.h"
 #include "formats/property_block.h"
@@ -17,8 +16,7 @@ struct JreRequest {
   std::string updateUrl;            ///< effective, with its final '/'
   std::string versionFileFolder;    ///< where the version file is stored: the updater's folder
   std::string lzmaTool;
-  std::string caCerts;  ///< override trust store; need not exist
-  std::string sharedConfigFolder;
+  std::string caCerts;        ///< override trust store; need not exist
   std::FILE* tail = nullptr;  ///< stands on the JRE's entry, where there is one
   Rsa_key* key = nullptr;     ///< may be null
   bool isSilent = false;      ///< also for a prepare-only run; then no splash call is made
@@ -38,8 +36,5 @@ struct JreRequest {
 /// The JRE of the tail is always installed, over what is there. Without one, a healthy JRE of that
 /// name that is installed is used; else a system JRE is copied; else one is downloaded.
 std::string provisionJre(const JreRequest& request);
-
-/// Whether `text` stays inside its folder as part of a folder's name.
-bool isFolderNamePart(std::string_view text);
 
 }  // namespace quillory

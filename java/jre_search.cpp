@@ -1,7 +1,6 @@
 #include "java/jre_search.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <initializer_list>
@@ -115,8 +114,7 @@ void runWithoutShell(std::vector<std::string> words) {
   pid_t child = 0;
   if (processCalls.spawn(&child, arguments[0], arguments.data(), getEnvP()) != 0) return;
   int status = 0;
-  while (processCalls.waitFor(child, &status) == -1 && errno == EINTR) {
-  }
+  processCalls.waitFor(child, &status);
 }
 
 // Runs a command of /bin with the words and the quoted paths; its result is not examined.

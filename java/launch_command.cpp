@@ -36,8 +36,4 @@ std::vector<std::string> processArguments(const LaunchCommand& command) {
   return arguments;
 }
 
-std::string joinPath(const std::string& folder, const std::string& component) {
-  return folder.ends_with('/') ? folder + component : folder + '/' + component;
-}
-
 }  // namespace quillory

@@ -28,7 +28,4 @@ void setClassPath(const std::string& appFolder, const std::vector<std::string>& 
 /// The argument list of the process, the executable first.
 std::vector<std::string> processArguments(const LaunchCommand& command);
 
-/// `component` behind `folder`, with one '/' between them unless `folder` ends in one.
-std::string joinPath(const std::string& folder, const std::string& component);
-
 }  // namespace quillory

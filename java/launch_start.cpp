@@ -2,8 +2,6 @@
 
 #include <sys/wait.h>
 
-#include <cerrno>
-
 #include "java/bundle_loader.h"
 #include "java/jni_launch.h"
 #include "support/log.h"
@@ -35,10 +33,7 @@ int spawn(std::vector<std::string> arguments, pid_t& child) {
 /// Its exit status, or kNoStatus when a signal ended it.
 int waitForExit(pid_t child) {
   int status = 0;
-  pid_t ended = 0;
-  do {
-    ended = processCalls.waitFor(child, &status);
-  } while (ended == -1 && errno == EINTR);
+  const pid_t ended = processCalls.waitFor(child, &status);
   return ended == child && WIFEXITED(status) ? WEXITSTATUS(status) : kNoStatus;
 }
 

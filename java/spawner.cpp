@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <memory>
 
@@ -60,10 +59,7 @@ int runAndWait(const Spawner* spawner, const char* directory) {
   logMessage("Spawn call returned %d.\n", 0);
 
   int status = 0;
-  pid_t waited = 0;
-  do {
-    waited = processCalls.waitFor(child, &status);
-  } while (waited == -1 && errno == EINTR);
+  const pid_t waited = processCalls.waitFor(child, &status);
   logMessage("Spawn call done %d %d.\n", static_cast<int>(child), status);
   // Nobody knows how a child ended that cannot be waited for: not a success.
   if (waited == -1) return -1;

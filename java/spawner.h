@@ -1,6 +1,7 @@
 // Starting an external tool with a list of arguments, and shell commands whose output is needed.
 #pragma once
 #include <cstddef>
+#include <memory>
 
 namespace quillory {
 
@@ -14,6 +15,11 @@ struct Spawner {
 
 Spawner* createSpawner();
 void deleteSpawner(Spawner* spawner);
+
+struct SpawnerDeleter {
+  void operator()(Spawner* spawner) const { deleteSpawner(spawner); }
+};
+using OwnedSpawner = std::unique_ptr<Spawner, SpawnerDeleter>;
 
 /// Must be the first call after createSpawner(): it appends like addSpawnerArg().
 void setSpawnerExe(Spawner* spawner, const char* path);

@@ -9,14 +9,6 @@
 
 namespace quillory {
 
-/// `folder` and the components behind it as one path. Ends the process when it would be longer than
-/// kPathCapacity.
-template <typename... Components>
-std::string joinPath(const std::string& folder, const Components&... components) {
-  char path[kPathCapacity];
-  return setPath(path, folder.c_str(), std::string(components).c_str()...);
-}
-
 struct Executable {
   std::string pathAsPassed;  ///< argv[0]
   std::string absolutePath;

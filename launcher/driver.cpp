@@ -44,7 +44,6 @@ struct Start {
   std::string updateUrl;  ///< in force, with its final '/'; may be ""
   Rsa_key* key = nullptr;
   std::string masterFolder;
-  std::string sharedConfigFolder;
   std::string jreName;
 
   TailArchives archives() const { return {tailStream.get(), key}; }
@@ -90,8 +89,7 @@ void enterMasterFolder(Start& start, const std::string& sharedDirectory) {
 
   start.jreName = overrideJreName(start.masterFolder, start.params.jreName);
   refuseUnusableJreName(start.jreName, start.tail.jreVersion);
-  start.sharedConfigFolder = joinPath(start.masterFolder, "QYAppsSharedConfig");
-  makeDir(start.sharedConfigFolder.c_str());
+  makeDir(joinPath(start.masterFolder, "QYAppsSharedConfig").c_str());
 }
 
 void logWhatTailCarries(const TailRecords& tail) {
@@ -138,7 +136,6 @@ std::string setUpJre(const Start& start, const ComponentFolders& folders,
   request.versionFileFolder = folders.gu;
   request.lzmaTool = updater.lzmaTool;
   request.caCerts = updater.caCerts;
-  request.sharedConfigFolder = start.sharedConfigFolder;
   request.tail = start.tailStream.get();
   request.key = start.key;
   request.isSilent = !start.showsUi();

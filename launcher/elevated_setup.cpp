@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
-#include <memory>
 
 #include "java/spawner.h"
 #include "launcher/parent_process.h"
@@ -17,11 +16,6 @@ namespace quillory {
 namespace {
 
 constexpr char kRule[] = "[SUDO] ==============================================\n";
-
-struct SpawnerDeleter {
-  void operator()(Spawner* spawner) const { deleteSpawner(spawner); }
-};
-using OwnedSpawner = std::unique_ptr<Spawner, SpawnerDeleter>;
 
 OwnedSpawner spawnerFor(const std::string& program) {
   OwnedSpawner spawner(createSpawner());

@@ -1,17 +1,16 @@
 #include "launcher/install_locations.h"
 
-#include <dirent.h>
 #include <pwd.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <vector>
 
 #include "support/clock.h"
 #include "support/files.h"
+#include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
@@ -27,17 +26,9 @@ std::string homeFromPasswordDatabase() {
   return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "";
 }
 
-struct FolderCloser {
-  void operator()(DIR* folder) const { closedir(folder); }
-};
-
-/// Every name in the folder, "." and ".." included; nothing when it cannot be opened.
-std::vector<std::string> listFolder(const char* path) {
-  std::vector<std::string> names;
-  const std::unique_ptr<DIR, FolderCloser> folder(opendir(path));
-  if (folder == nullptr) return names;
-  while (const dirent* entry = readdir(folder.get())) names.emplace_back(entry->d_name);
-  return names;
+/// Every name in the folder; none when it cannot be opened.
+std::vector<std::string> namesIn(const char* folder) {
+  return listFolder(folder).value_or(std::vector<std::string>());
 }
 
 /// The text between the `n`-th '-' (counting from 1) and the next one; false without that one.
@@ -47,6 +38,11 @@ bool fieldBehindDash(const char* folderName, int n, std::string& field) {
   if (begin < 0 || end < 0) return false;
   field.assign(folderName + begin + 1, folderName + end);
   return true;
+}
+
+bool isInsideOneFolder(std::string_view text) {
+  constexpr std::string_view kNever("/\0", 2);
+  return text != ".." && text.find_first_of(kNever) == text.npos;
 }
 
 char* allocPath(const std::string& first, const char* second, const char* third) {
@@ -84,7 +80,7 @@ std::string masterFolderFor(const std::string& sharedDirectory, const std::strin
 
 bool isUsableInFolderName(std::string_view name, std::string_view version) {
   constexpr std::string_view kAround = "Quillory---complete.plugin";
-  return name.find('/') == name.npos && version.find('/') == version.npos &&
+  return isInsideOneFolder(name) && isInsideOneFolder(version) &&
          kAround.size() + name.size() + version.size() <= kLongestFileName;
 }
 
@@ -111,7 +107,7 @@ long pickVersionFromAppFolderName(const char* folderName) {
 }
 
 char* pickAndAllocLatestFromMaster(const char* master, const char* name) {
-  std::vector<std::string> entries = listFolder(master);
+  std::vector<std::string> entries = namesIn(master);
   std::sort(entries.begin(), entries.end());
 
   const std::string* latest = nullptr;
@@ -129,6 +125,6 @@ char* pickAndAllocLatestFromMaster(const char* master, const char* name) {
   return latest != nullptr ? allocCopy(latest->c_str()) : nullptr;
 }
 
-long countFolderEntries(const char* folder) { return static_cast<long>(listFolder(folder).size()); }
+long countFolderEntries(const char* folder) { return static_cast<long>(namesIn(folder).size()); }
 
 }  // namespace quillory

@@ -29,8 +29,9 @@ char* locateSharedDirectory(const char* installType);
 /// <shared directory>/Quillory-<appName>
 std::string masterFolderFor(const std::string& sharedDirectory, const std::string& appName);
 
-/// Whether `name` and `version` can make the name of a folder inside its parent: no '/' in either,
-/// and no longer than file systems take ("Quillory-<name>-<version>-complete.plugin").
+/// Whether `name` and `version` can make the name of a folder inside its parent: neither is "..",
+/// none holds a '/' or a zero byte, and it is no longer than file systems take
+/// ("Quillory-<name>-<version>-complete.plugin").
 bool isUsableInFolderName(std::string_view name, std::string_view version);
 
 /// Both write to `dst` (kPathCapacity bytes) and return it; they create nothing.

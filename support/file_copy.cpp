@@ -13,6 +13,7 @@
 #include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/owned.h"
+#include "support/paths.h"
 
 namespace quillory {
 namespace {
@@ -112,8 +113,8 @@ int copyFolder(const char* source, const char* target) {
     return kFailed;
   }
   for (const std::string& name : *names) {
-    const std::string from = pathInside(source, name);
-    const std::string to = pathInside(target, name);
+    const std::string from = joinPath(source, name);
+    const std::string to = joinPath(target, name);
     const int copied = isFolder(from.c_str()) ? copySubfolder(from.c_str(), to.c_str())
                                               : copyOneFile(kFolderTag, from.c_str(), to.c_str());
     if (copied != kDone) return copied;

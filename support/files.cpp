@@ -14,6 +14,7 @@
 #include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/owned.h"
+#include "support/paths.h"
 
 namespace quillory {
 namespace {
@@ -26,11 +27,6 @@ constexpr std::uint64_t kRenamePauseMicros = 300000;
 bool hasNoFileManager(const char* /*from*/, const char* /*to*/, std::string& error) {
   error = "there is no file manager on this system";
   return false;
-}
-
-bool isLink(const char* path) {
-  struct stat found {};
-  return lstat(path, &found) == 0 && S_ISLNK(found.st_mode);
 }
 
 void deleteFile(const char* path) {
@@ -105,7 +101,7 @@ int deleteFolder(const char* folder) {
     return 1;
   }
   for (const std::string& name : *names) {
-    const std::string path = pathInside(folder, name);
+    const std::string path = joinPath(folder, name);
     if (!isLink(path.c_str()) && isFolder(path.c_str()))
       deleteSubfolder(path.c_str());
     else
@@ -166,6 +162,11 @@ bool isFolder(const char* path) {
   if (folder == nullptr) return false;
   closedir(folder);
   return true;
+}
+
+bool isLink(const char* path) {
+  struct stat found {};
+  return lstat(path, &found) == 0 && S_ISLNK(found.st_mode);
 }
 
 }  // namespace quillory

@@ -48,4 +48,7 @@ bool doesDirExist(const char* path);
 /// Whether `path` can be opened as a folder, through a link too; without a log line.
 bool isFolder(const char* path);
 
+/// Whether a link stands at `path`, wherever it leads; without a log line.
+bool isLink(const char* path);
+
 }  // namespace quillory

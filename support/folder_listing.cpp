@@ -15,21 +15,18 @@ bool isLeftOut(std::string_view name) { return name.starts_with('.') && name.siz
 
 }  // namespace
 
-std::optional<std::vector<std::string>> listForWalk(const char* folder) {
+std::optional<std::vector<std::string>> listFolder(const char* folder) {
   const std::unique_ptr<DIR, FolderCloser> open(opendir(folder));
   if (open == nullptr) return std::nullopt;
   std::vector<std::string> names;
-  while (const dirent* entry = readdir(open.get())) {
-    if (!isLeftOut(entry->d_name)) names.emplace_back(entry->d_name);
-  }
+  while (const dirent* entry = readdir(open.get())) names.emplace_back(entry->d_name);
   return names;
 }
 
-std::string pathInside(std::string_view folder, std::string_view name) {
-  std::string path(folder);
-  if (!path.empty() && path.back() != '/') path += '/';
-  path += name;
-  return path;
+std::optional<std::vector<std::string>> listForWalk(const char* folder) {
+  auto names = listFolder(folder);
+  if (names) std::erase_if(*names, isLeftOut);
+  return names;
 }
 
 }  // namespace quillory

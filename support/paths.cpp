@@ -69,6 +69,12 @@ char* setPath(char* dst, const char* a, const char* b, const char* c, const char
   return joinInto(dst, a, b, c, d, e);
 }
 
+std::string joinPath(std::string_view folder, std::string_view component) {
+  std::string path(folder);
+  appendComponent(path, component);
+  return path;
+}
+
 void toNativePath(char* /*path*/) {}
 
 bool isAbsolutePath(const char* path) { return path[0] == '/'; }

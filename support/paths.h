@@ -3,6 +3,7 @@
 #pragma once
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace quillory {
 
@@ -23,6 +24,14 @@ char* setPath(char* dst, const char* a, const char* b);
 char* setPath(char* dst, const char* a, const char* b, const char* c);
 char* setPath(char* dst, const char* a, const char* b, const char* c, const char* d);
 char* setPath(char* dst, const char* a, const char* b, const char* c, const char* d, const char* e);
+
+/// `folder` and the components behind it, joined as by pathcat(), however long.
+std::string joinPath(std::string_view folder, std::string_view component);
+template <typename... Components>
+std::string joinPath(std::string_view folder, std::string_view component,
+                     const Components&... components) {
+  return joinPath(joinPath(folder, component), components...);
+}
 
 /// Nothing to do where the separator is '/'; it marks the places that would convert it elsewhere.
 void toNativePath(char* path);

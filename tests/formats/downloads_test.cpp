@@ -158,6 +158,14 @@ TEST(DownloadFile, FailsAtOnceWhereThereIsNoTransport) {
   EXPECT_THAT(log.messages(), ElementsAre("Download failed\n"));
 }
 
+TEST(DownloadFile, FailsAtOnceBelowTheUrlThatSwitchesUpdatesOff) {
+  const RecordedTransfers transport;
+  const CapturedLog log;
+  EXPECT_EQ(downloadFile("http://no.invalid/Quillory-JRE-version.txt", "/nonexistent/file"), 1);
+  EXPECT_THAT(transfers, IsEmpty());
+  EXPECT_THAT(log.messages(), ElementsAre("Download failed\n"));
+}
+
 TEST(PartialDownloadPath, LiesBesideTheDestinationAndNamesTheProcess) {
   EXPECT_EQ(partialDownloadPath("/a/b"), "/a/b." + std::to_string(getpid()) + ".part");
 }

@@ -245,6 +245,8 @@ TEST_F(InitOSXJRE, MakesNoFolderForAnExecutable) {
   writeBundle();
   fs::remove_all(bundle_ + "/Contents/MacOS");
   prepare();
+  EXPECT_TRUE(log_.contains("[LNS] Running ln -s \"" + alias_ + "/lib/jli/libjli.dylib\" \"" +
+                            bundle_ + "/Contents/MacOS/\"\n"));
   EXPECT_FALSE(fs::exists(bundle_ + "/Contents/MacOS"));
   EXPECT_EQ(fs::read_symlink(home_), alias_);
 }
@@ -254,6 +256,9 @@ TEST_F(InitOSXJRE, LeavesSeveralExecutablesAsTheyAre) {
   writeFile(bundle_ + "/Contents/MacOS/another", "x");
   prepare();
   EXPECT_TRUE(log_.contains("[LNS] Got executable name: another\nlibjli.dylib\n"));
+  // The command is told even where it would name no file.
+  EXPECT_TRUE(log_.contains("[LNS] Running ln -s \"" + alias_ + "/lib/jli/libjli.dylib\" \"" +
+                            bundle_ + "/Contents/MacOS/another\nlibjli.dylib\"\n"));
   EXPECT_THAT(listTree(bundle_ + "/Contents/MacOS"),
               ElementsAre("another", "libjli.dylib -> ../Home/lib/jli/libjli.dylib"));
 }

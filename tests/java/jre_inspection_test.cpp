@@ -16,6 +16,7 @@ namespace {
 using namespace quillory::testing;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 std::string versionOf(const std::string& java) {
   const OwnedText version(getJavaVersion(java.c_str()));
@@ -199,6 +200,14 @@ TEST(HoldsJava, KnowsTheThreePlaces) {
     writeFile(dir / java, "java");
     EXPECT_TRUE(holdsJava(dir.str().c_str())) << java;
   }
+}
+
+TEST(HoldsJava, AsksWithoutALogLine) {
+  TempDir dir;
+  writeFile(dir / "bin/java", "java");
+  const CapturedLog log;
+  EXPECT_TRUE(holdsJava(dir.str().c_str()));
+  EXPECT_THAT(log.messages(), IsEmpty());
 }
 
 TEST(RegenerateSharedArchive, RunsJavaWithOneArgument) {

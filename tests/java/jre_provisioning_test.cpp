@@ -385,23 +385,5 @@ TEST_F(ProvisionJreDeathTest, RefusesNamesThatLeaveTheMasterFolder) {
   expectRefusal();
 }
 
-TEST(IsFolderNamePart, RefusesWhatWouldLeaveTheFolder) {
-  static const struct {
-    std::string text;
-    bool expected;
-  } kCases[] = {{"1.8.0_202", true},
-                {"", true},
-                {"8..9", true},
-                {".", true},
-                {"..", false},
-                {"/", false},
-                {"a/b", false},
-                {"../x", false},
-                {"..x", true},
-                {"a b", true},
-                {std::string("8\0x", 3), false}};
-  for (const auto& [text, expected] : kCases) EXPECT_EQ(isFolderNamePart(text), expected) << text;
-}
-
 }  // namespace
 }  // namespace quillory

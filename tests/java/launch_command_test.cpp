@@ -89,10 +89,5 @@ TEST(ProcessArguments, EndsWhereTheClassIsMissing) {
                           "-Dremembered=1", "-Dremembered=2"));
 }
 
-TEST(JoinPath, PutsOneSlashBetween) {
-  EXPECT_EQ(joinPath("/a", "b"), "/a/b");
-  EXPECT_EQ(joinPath("/a/", "b"), "/a/b");
-}
-
 }  // namespace
 }  // namespace quillory

@@ -359,21 +359,5 @@ TEST_F(CompatibilityCheck, GivesTheStatusOfTheClassAndMinusOneForASignal) {
   EXPECT_EQ(launch(kLaunchCompatibilityCheck, java_), -1);
 }
 
-TEST_F(CompatibilityCheck, WaitsAgainWhenTheWaitIsInterrupted) {
-  static int waits;
-  waits = 0;
-  static decltype(processCalls.waitFor) reallyWait;
-  reallyWait = processCalls.waitFor;
-  const ScopedReplace interrupted(
-      processCalls.waitFor, +[](pid_t child, int* status) -> pid_t {
-        if (++waits > 1) return reallyWait(child, status);
-        errno = EINTR;
-        return -1;
-      });
-  writeJava(java_, "exit 72");
-  EXPECT_EQ(launch(kLaunchCompatibilityCheck, java_), 72);
-  EXPECT_EQ(waits, 2);
-}
-
 }  // namespace
 }  // namespace quillory

@@ -171,22 +171,6 @@ TEST_F(RunSpawnerAndWait, RunsInTheCurrentDirectoryWhereTheGivenOneIsMissing) {
   EXPECT_EQ(std::filesystem::current_path(), before);
 }
 
-TEST_F(RunSpawnerAndWait, WaitsOnWhenItIsInterrupted) {
-  static int calls = 0;
-  calls = 0;
-  ScopedReplace wait(
-      processCalls.waitFor, +[](pid_t child, int* status) -> pid_t {
-        if (++calls < 3) {
-          errno = EINTR;
-          return -1;
-        }
-        return waitpid(child, status, 0);
-      });
-  setShell("exit 7");
-  EXPECT_EQ(runSpawnerAndWait(spawner_), 7);
-  EXPECT_EQ(calls, 3);
-}
-
 TEST_F(RunSpawnerAndWait, IsNoSuccessWhenTheEndCannotBeWaitedFor) {
   ScopedReplace wait(
       processCalls.waitFor, +[](pid_t child, int*) -> pid_t {

@@ -73,13 +73,19 @@ TEST(MasterFolderFor, IsNamedAfterTheApplication) {
   EXPECT_EQ(masterFolderFor("/s", ""), "/s/Quillory-");
 }
 
-TEST(IsUsableInFolderName, RefusesASeparatorInEither) {
-  EXPECT_TRUE(isUsableInFolderName("App", "12"));
-  EXPECT_TRUE(isUsableInFolderName("", ""));
-  EXPECT_TRUE(isUsableInFolderName("..", ".."));
-  EXPECT_FALSE(isUsableInFolderName("../App", "12"));
-  EXPECT_FALSE(isUsableInFolderName("App", "1/../../2"));
-  EXPECT_FALSE(isUsableInFolderName("/", ""));
+TEST(IsUsableInFolderName, RefusesWhatWouldLeaveTheFolder) {
+  static const struct {
+    std::string text;
+    bool expected;
+  } kCases[] = {{"1.8.0_202", true}, {"", true},      {"8..9", true},
+                {".", true},         {"..", false},   {"/", false},
+                {"a/b", false},      {"../x", false}, {"1/../../2", false},
+                {"..x", true},       {"a b", true},   {std::string("8\0x", 3), false}};
+  for (const auto& [text, expected] : kCases) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(isUsableInFolderName("App", text), expected);
+    EXPECT_EQ(isUsableInFolderName(text, "12"), expected);
+  }
 }
 
 TEST(IsUsableInFolderName, RefusesWhatNoFileSystemTakes) {

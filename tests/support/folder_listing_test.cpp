@@ -47,10 +47,15 @@ TEST(ListForWalk, IsNothingForWhatCannotBeOpenedAsAFolder) {
   EXPECT_FALSE(listForWalk((folder / "closed").c_str()));
 }
 
-TEST(PathInside, PutsOneSeparatorBetween) {
-  EXPECT_EQ(pathInside("/a", "b"), "/a/b");
-  EXPECT_EQ(pathInside("/a/", "b"), "/a/b");
-  EXPECT_EQ(pathInside("/", "b"), "/b");
+TEST(ListFolder, NamesEverythingTheDotsIncluded) {
+  const TempDir folder;
+  writeFile(folder / ".a", "");
+  EXPECT_THAT(*listFolder(folder.str().c_str()), UnorderedElementsAre(".", "..", ".a"));
+}
+
+TEST(ListFolder, IsNothingForWhatCannotBeOpened) {
+  const TempDir folder;
+  EXPECT_FALSE(listFolder((folder / "missing").c_str()));
 }
 
 }  // namespace

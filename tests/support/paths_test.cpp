@@ -96,6 +96,23 @@ TEST_F(BuildersDeathTest, EndTheProcessInsteadOfOverrunningTheBuffer) {
               "too long \\(100000 bytes");
 }
 
+TEST(JoinPath, PutsOneSeparatorBetween) {
+  EXPECT_EQ(joinPath("/a", "b"), "/a/b");
+  EXPECT_EQ(joinPath("/a/", "b"), "/a/b");
+  EXPECT_EQ(joinPath("/", "b"), "/b");
+  EXPECT_EQ(joinPath("/a", "/b"), "/a//b");
+  EXPECT_EQ(joinPath("", "b"), "b");
+}
+
+TEST(JoinPath, TakesAnyNumberOfComponents) {
+  EXPECT_EQ(joinPath("/a", "b", std::string("c"), "d", "e", "f"), "/a/b/c/d/e/f");
+}
+
+TEST(JoinPath, HoldsAPathOfAnyLength) {
+  const std::string longName(2 * kPathCapacity, 'b');
+  EXPECT_EQ(joinPath("/a", longName), "/a/" + longName);
+}
+
 TEST(ToNativePath, LeavesThePathAsItIs) {
   char path[] = "/a\\b/c";
   toNativePath(path);

@@ -1,0 +1,10 @@
+// Standard input, output and error, for a process that was started without them.
+#pragma once
+
+namespace quillory {
+
+/// Opens /dev/null in the place of each that is closed. Otherwise the next file to be opened would
+/// get its number, and what is printed would go into that file. The first call of a process.
+void fillStandardStreams();
+
+}  // namespace quillory

@@ -1,0 +1,133 @@
+#include "launcher/run_thread.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <string>
+#include <vector>
+
+#include "launcher/driver.h"
+#include "tests/harness/captured_log.h"
+#include "tests/harness/scoped_replace.h"
+
+namespace quillory {
+namespace {
+
+using testing::CapturedLog;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::ScopedReplace;
+
+struct DriverCall {
+  std::string exePath;
+  std::vector<std::string> args;
+  std::vector<std::string> fullArgs;
+  bool prepareOnly;
+};
+std::vector<DriverCall> driverCalls;
+std::vector<std::string> runnerCalls;
+
+// Calls of a driver that returns, and of the command runner behind it.
+class Run : public ::testing::Test {
+ protected:
+  static constexpr auto kDriver = [](char* exePath, int argCount, char** args, int fullArgc,
+                                     char** fullArgv, bool prepareOnly) {
+    driverCalls.push_back(
+        {exePath, {args, args + argCount}, {fullArgv, fullArgv + fullArgc}, prepareOnly});
+  };
+  static constexpr auto kRunner = [](int count, char** arguments, int* status) {
+    runnerCalls.assign(arguments, arguments + count);
+    *status = -1;
+  };
+
+  Run()
+      : calls_(runCalls, RunCalls{.extractWrapperTail = kDriver, .runConfiguredCommand = kRunner}) {
+    driverCalls.clear();
+    runnerCalls.clear();
+  }
+
+  // What run() prints with these arguments.
+  std::string runWith(std::vector<std::string> arguments) {
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    const ScopedReplace count(argc, static_cast<int>(arguments.size()));
+    const ScopedReplace values(argv, pointers.data());
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(run(nullptr), nullptr);
+    return ::testing::internal::GetCapturedStdout();
+  }
+
+  ScopedReplace<RunCalls> calls_;
+  ScopedReplace<int> status_{returnCode, 0};
+};
+
+TEST_F(Run, HandsTheArgumentsToTheDriver) {
+  EXPECT_EQ(runWith({"./app", "-a", "b c", ""}), "Extracting wrapper tail...\n");
+  ASSERT_EQ(driverCalls.size(), 1U);
+  EXPECT_EQ(driverCalls[0].exePath, "./app");
+  EXPECT_THAT(driverCalls[0].args, ElementsAre("-a", "b c", ""));
+  EXPECT_THAT(driverCalls[0].fullArgs, ElementsAre("./app", "-a", "b c", ""));
+  EXPECT_FALSE(driverCalls[0].prepareOnly);
+}
+
+TEST_F(Run, HandsOverAnEmptyListWithoutArguments) {
+  runWith({"/a/app"});
+  EXPECT_THAT(driverCalls[0].args, IsEmpty());
+  EXPECT_FALSE(driverCalls[0].prepareOnly);
+}
+
+TEST_F(Run, PreparesOnlyForTheLastArgument) {
+  runWith({"app", "x", "QYPREPARE_FOR_LAUNCH_ONLY"});
+  EXPECT_TRUE(driverCalls[0].prepareOnly);
+  EXPECT_THAT(driverCalls[0].args, ElementsAre("x", "QYPREPARE_FOR_LAUNCH_ONLY"));
+}
+
+TEST_F(Run, TakesTheMarkAnywhereElseForAnArgument) {
+  runWith({"app", "QYPREPARE_FOR_LAUNCH_ONLY", "x"});
+  runWith({"app", "QYPREPARE_FOR_LAUNCH_ONLYX"});
+  runWith({"app", "qyprepare_for_launch_only"});
+  runWith({"app", "QYPREPARE_FOR_LAUNCH_ONLY", ""});
+  for (const DriverCall& call : driverCalls) EXPECT_FALSE(call.prepareOnly);
+}
+
+TEST_F(Run, ReachesTheCommandRunnerBehindADriverThatReturns) {
+  runWith({"app", "x"});
+  EXPECT_THAT(runnerCalls, ElementsAre("app", "x"));
+  EXPECT_EQ(returnCode, -1);
+}
+
+TEST(RunCalls, AreTheDriverAndTheRunner) {
+  EXPECT_EQ(runCalls.extractWrapperTail, &extractWrapperTail);
+}
+
+TEST(GetPathToExe, IsWhereThisProgramLies) {
+  const CapturedLog log;
+  std::array<char, PATH_MAX> path;
+  path.fill('x');
+  EXPECT_EQ(getPathToExe(path.data(), static_cast<int>(path.size())), 0);
+  EXPECT_TRUE(std::string(path.data()).ends_with("/run_thread_tests")) << path.data();
+  EXPECT_EQ(path.back(), '\0') << "filled with zeros";
+  EXPECT_EQ(log.text(), std::string("Path to exe is ") + path.data() + "\n");
+}
+
+TEST(GetPathToExe, IsCutToTheBuffer) {
+  const CapturedLog log;
+  char path[6] = {'x', 'x', 'x', 'x', 'x', 'x'};
+  EXPECT_EQ(getPathToExe(path, 5), 0);
+  EXPECT_EQ(std::string(path).size(), 4U);
+  EXPECT_EQ(path[5], 'x');
+}
+
+TEST(GetPathToExe, FailsWithoutABuffer) {
+  char path[1] = {'x'};
+  EXPECT_EQ(getPathToExe(path, 0), -1);
+  EXPECT_EQ(getPathToExe(path, -1), -1);
+  EXPECT_EQ(path[0], 'x');
+}
+
+}  // namespace
+}  // namespace quillory
