@@ -1,4 +1,4 @@
-// A scripted demonstration of the splash, for whoever works on it. No part of the launcher.
+// A scripted demonstration of the splash, for whoever works on it. Nothing in the launcher starts it.
 #pragma once
 #import "cocoa.h"
 

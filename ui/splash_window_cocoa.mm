@@ -135,6 +135,8 @@ void closeWindow() {
     win = nil;
     [splashView release];
     splashView = nil;
+    [splashImage release];
+    splashImage = nil;
     isWanted = false;
     frame = {};
   });

@@ -7,7 +7,8 @@ namespace quillory::platform {
 /// Whether the environment names a display. Costs nothing.
 bool isDisplayNamed();
 
-/// Whether a connection to it can be opened. About a millisecond; the connection is closed again.
+/// Whether a connection to it can be opened, which is then closed again. About a millisecond; a
+/// server that has not answered after three seconds is none.
 bool isDisplayReachable();
 
 }  // namespace quillory::platform

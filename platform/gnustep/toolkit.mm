@@ -8,6 +8,7 @@
 
 #include "platform/autorelease_pool.h"
 #include "platform/gnustep/display.h"
+#include "platform/gnustep/early_texts.h"
 #include "platform/gnustep/info_plist.h"
 #include "platform/gnustep/scoped_environment.h"
 #include "platform/gnustep/scoped_signals.h"
@@ -32,6 +33,7 @@
     } @catch (...) {
       // What goes wrong with a picture on the screen is no reason to end an installation.
       quillory::logToSystem("An event of the splash window could not be handled.\n");
+      [NSThread sleepForTimeInterval:0.03];
     }
   }
 }
@@ -58,6 +60,16 @@ void registerDefaults() {
   [[NSUserDefaults standardUserDefaults] registerDefaults:defaults];
 }
 
+// The user's settings for other programs of this toolkit are none of ours, and whoever reads them
+// takes a lock in the home folder: one that a killed process left behind holds up the next by 20
+// seconds. So they are looked for where there are none.
+void ignoreUserSettings() {
+  NSMutableDictionary* configuration = GNUstepConfig(nil);
+  [configuration setObject:@"" forKey:@"GNUSTEP_USER_CONFIG_FILE"];
+  [configuration setObject:@"nonexistent/GNUstep/Defaults" forKey:@"GNUSTEP_USER_DEFAULTS_DIR"];
+  GNUstepConfig(configuration);
+}
+
 // Without these two variables half of the time goes to picture formats and compose keys that the
 // splash never uses. They are put back before the thread that waits for the window goes on, so no
 // child process inherits them.
@@ -69,8 +81,21 @@ bool makeApplication() {
   @try {
     return [LauncherApplication sharedApplication] != nil;
   } @catch (...) {
+    NSApp = nil;
     return false;
   }
+}
+
+// A loop in which nothing can ever happen returns at once. A port would keep it, too, but leaves a
+// folder behind.
+void keepLoopWaiting() {
+  const AutoreleasePool pool;
+  constexpr NSTimeInterval kCenturySeconds = 100.0 * 365 * 24 * 3600;
+  [NSTimer scheduledTimerWithTimeInterval:kCenturySeconds
+                                   target:[NSRunLoop currentRunLoop]
+                                 selector:@selector(description)
+                                 userInfo:nil
+                                  repeats:YES];
 }
 
 }  // namespace
@@ -80,6 +105,8 @@ void startToolkit(char* programName) {
   char* arguments[] = {programName, nullptr};
   [NSProcessInfo initializeWithArguments:arguments count:1 environment:environ];
   const AutoreleasePool pool;
+  ignoreUserSettings();
+  restoreTexts();
 }
 
 void prepareApplication() {
@@ -95,18 +122,6 @@ bool isReadyForWindows() {
     }
   }
   return windows == Windows::kReady;
-}
-
-// A loop in which nothing can ever happen returns at once. A port would keep it, too, but leaves a
-// folder behind.
-void keepLoopWaiting() {
-  const AutoreleasePool pool;
-  constexpr NSTimeInterval kCenturySeconds = 100.0 * 365 * 24 * 3600;
-  [NSTimer scheduledTimerWithTimeInterval:kCenturySeconds
-                                   target:[NSRunLoop currentRunLoop]
-                                 selector:@selector(description)
-                                 userInfo:nil
-                                  repeats:YES];
 }
 
 void runMainLoop() {

@@ -43,6 +43,7 @@ class CocoaObjects : public ::testing::Test {
  protected:
   // One server and one application object for all tests of the process.
   static void SetUpTestSuite() {
+    const AutoreleasePool pool;
     static char programName[] = "ui_cocoa_tests";
     platform::startToolkit(programName);
     static const XServer server;
