@@ -14,7 +14,7 @@ packages=(
   # libraries of the launcher
   libtomcrypt-dev libtommath-dev libcurl4-openssl-dev libsystemd-dev libx11-dev
   # libraries of the tools
-  liblzma-dev libtoml11-dev libcli11-dev nlohmann-json3-dev
+  liblzma-dev zlib1g-dev libtoml11-dev libcli11-dev nlohmann-json3-dev
   # Java: the runtime that is packed, and the tests of the Java programs
   openjdk-17-jdk junit4
   # tests and benchmarks

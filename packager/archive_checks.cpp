@@ -1,0 +1,99 @@
+#include "packager/archive_checks.h"
+
+#include <algorithm>
+
+#include "packager/bundle_view.h"
+
+namespace quillory::pack {
+namespace {
+
+constexpr std::int64_t kLargestLaunchFile = 1 << 20;
+constexpr char kLaunchFileName[] = "QuilloryLaunch";
+constexpr char kHomePrefix[] = "Contents/Home/";
+
+void add(Findings& findings, Severity severity, const char* rule, const std::string& what,
+         const std::string& file, const std::string& advice) {
+  findings.push_back({severity, rule, what, {file, 0}, advice});
+}
+
+}  // namespace
+
+void checkSamePlatform(const std::string& what, const std::string& firstBytes,
+                       const std::string& expected, const std::string& file, Findings& findings) {
+  const std::string platform = platformOf(firstBytes);
+  if (platform.empty()) {
+    add(findings, Severity::kError, "platform", what + " is no program", file, "");
+  } else if (platform != expected && platform != "a shell") {
+    add(findings, Severity::kError, "platform",
+        what + " is for " + platform + ", the launcher is for " +
+            (expected.empty() ? "another system" : expected),
+        file, "pack both for one system");
+  }
+}
+
+void checkProgramArchive(const PlainArchive& archive, const ArchiveListing& listing,
+                         const std::string& name, Findings& findings) {
+  const ListedEntry* launch = listing.find(kLaunchFileName);
+  if (launch == nullptr) {
+    add(findings, Severity::kError, "no-launch-file", "there is no launch file in the archive",
+        name, "make the bundle again");
+    return;
+  }
+  if (launch->length <= 0 || launch->length > kLargestLaunchFile) {
+    add(findings, Severity::kError, "no-launch-file", "the launch file is empty or far too long",
+        name, "");
+    return;
+  }
+  Findings found;
+  RecordInput input(archive.path(), found);
+  input.seek(launch->contentAt);
+  input.number("LaunchFile VER");
+  const std::string mainClass = input.text("Class");
+  for (const char* ignored : {"Class OnUpdate", "App Name", "OS ICNS", "URL Required"}) {
+    input.text(ignored);
+  }
+  input.number("jvmMem (old)");
+  input.number("jvmStack (old)");
+  const std::int64_t count = input.number("Classpath Count");
+  for (std::int64_t i = 0; i < count && !input.atEnd(); ++i) {
+    const std::string entry = input.text("Classpath Entry");
+    if (listing.find(entry) == nullptr) {
+      add(findings, Severity::kError, "class-path",
+          "the class path names \"" + entry + "\", which is not in the archive", name,
+          "make the bundle again");
+    }
+  }
+  if (mainClass.empty()) {
+    add(findings, Severity::kError, "main-class", "the launch file names no main class", name, "");
+  }
+}
+
+void checkRuntimeArchive(const PlainArchive& archive, const ArchiveListing& listing,
+                         const std::string& name, const std::string& platform, Findings& findings) {
+  const ListedEntry* java = listing.find(std::string(kHomePrefix) + "bin/java");
+  if (java == nullptr) {
+    add(findings, Severity::kError, "no-java", "the runtime has no Contents/Home/bin/java", name,
+        "make the bundle again");
+  } else {
+    checkSamePlatform("the runtime's java", archive.contentOf(*java, kMagicBytes), platform, name,
+                      findings);
+  }
+  const ListedEntry* jar = listing.find(std::string(kHomePrefix) + "lib/rt.jar");
+  if (jar == nullptr || jar->length <= 0) {
+    add(findings, Severity::kError, "no-rt-jar",
+        "the runtime has no lib/rt.jar: the launcher takes it for broken and installs it at "
+        "every "
+        "start",
+        name, "make the bundle again");
+  }
+  const auto inMacOS = std::count_if(
+      listing.entries.begin(), listing.entries.end(),
+      [](const ListedEntry& entry) { return entry.path.rfind("Contents/MacOS/", 0) == 0; });
+  if (inMacOS != 1) {
+    add(findings, Severity::kNote, "runtime-executable",
+        "Contents/MacOS of the runtime holds " + std::to_string(inMacOS) + " files, not one", name,
+        "");
+  }
+}
+
+}  // namespace quillory::pack

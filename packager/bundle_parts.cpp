@@ -1,0 +1,238 @@
+#include "packager/bundle_parts.h"
+
+#include <fnmatch.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "packager/byte_sinks.h"
+#include "packager/jar_reader.h"
+#include "packager/launch_file_writer.h"
+#include "packager/program_folder.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kLaunchFileName[] = "QuilloryLaunch";
+constexpr char kUpdaterJarName[] = "updater.jar";
+constexpr char kJarFolder[] = "lib/";
+// The updater's own test of a runtime that the system offers.
+constexpr char kCompatibilityClass[] = "io.quillory.updater.JreCompatibility";
+constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
+constexpr char kIcnsSignature[] = "icns";
+
+bool isFile(const std::string& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+std::string firstFile(const std::vector<std::string>& candidates) {
+  for (const std::string& candidate : candidates) {
+    if (isFile(candidate)) {
+      return candidate;
+    }
+  }
+  return "";
+}
+
+// The configured file, or the one beside this program.
+std::string toolFrom(const Config& config, const std::string& key, const std::string& configured,
+                     const std::vector<std::string>& beside, bool required) {
+  if (!configured.empty()) {
+    const std::string path = config.resolve(configured);
+    if (!isFile(path)) {
+      throw RejectedInput({{Severity::kError, "missing-file", "there is no file " + path,
+                            config.placeOf(key), ""}});
+    }
+    return path;
+  }
+  const std::string found = firstFile(beside);
+  if (found.empty() && required) {
+    throw PackError("there is no " + fs::path(beside[0]).filename().string() + " in " +
+                        fs::path(beside[0]).parent_path().string(),
+                    "build it, or name it with " + key);
+  }
+  return found;
+}
+
+std::vector<std::string> matchesOf(const std::string& pattern) {
+  if (pattern.find_first_of("*?[") == std::string::npos) {
+    return isFile(pattern) ? std::vector{pattern} : std::vector<std::string>{};
+  }
+  const fs::path path(pattern);
+  std::vector<std::string> matches;
+  std::error_code error;
+  const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+  for (const auto& entry : fs::directory_iterator(folder, error)) {
+    const std::string name = entry.path().filename().string();
+    if (fnmatch(path.filename().c_str(), name.c_str(), FNM_PERIOD) == 0 &&
+        isFile(entry.path().string())) {
+      matches.push_back(path.has_parent_path() ? entry.path().string() : name);
+    }
+  }
+  std::sort(matches.begin(), matches.end());
+  return matches;
+}
+
+std::string nameOf(const std::string& path) { return fs::path(path).filename().string(); }
+
+LaunchFile commonLaunchFile(const Config& config) {
+  LaunchFile file;
+  file.appName = config.application.name;
+  file.maximumHeap = config.jvm.maximumHeap;
+  file.initialHeap = config.jvm.initialHeap;
+  return file;
+}
+
+bool startsWith(const std::string& path, std::string_view signature) {
+  const std::string content = readWholeFile(path);
+  return content.compare(0, signature.size(), signature) == 0;
+}
+
+void lintPicture(const Config& config, const std::string& key, const std::string& named,
+                 bool icnsToo, Findings& findings) {
+  if (named.empty()) {
+    return;
+  }
+  const std::string path = config.resolve(named);
+  const Place place = config.placeOf(key);
+  if (!isFile(path)) {
+    findings.push_back({Severity::kError, "missing-file", "there is no file " + path, place, ""});
+  } else if (!startsWith(path, {kPngSignature, 8}) &&
+             !(icnsToo && startsWith(path, kIcnsSignature))) {
+    findings.push_back({Severity::kError, "picture",
+                        path + (icnsToo ? " is neither an icns nor a PNG picture"
+                                        : " is no PNG picture: the splash would stay empty"),
+                        place, "convert it"});
+  }
+}
+
+}  // namespace
+
+BundleTools findBundleTools(const Config& config) {
+  const std::string folder = programFolder();
+  const std::string share = folder + "/../share/quillory/";
+  BundleTools tools;
+  tools.launcher = toolFrom(config, "bundle.launcher", config.bundle.launcher,
+                            {folder + "/launcher", share + "launcher"}, true);
+  tools.lzma64 = toolFrom(config, "bundle.lzma64", config.bundle.lzma64,
+                          {folder + "/lzma64", share + "lzma64"}, true);
+  tools.updaterJar = toolFrom(config, "updater.jar", config.updater.jar,
+                              {share + kUpdaterJarName, folder + '/' + kUpdaterJarName}, true);
+  tools.elevMac = toolFrom(config, "bundle.elev-mac", config.bundle.elevMac,
+                           {folder + "/elev_mac", share + "elev_mac"}, false);
+  return tools;
+}
+
+std::vector<std::string> findJars(const Config& config) {
+  std::vector<std::string> jars;
+  Findings findings;
+  for (const std::string& pattern : config.application.jars) {
+    const std::vector<std::string> matches = matchesOf(config.resolve(pattern));
+    if (matches.empty()) {
+      findings.push_back({Severity::kError, "missing-file",
+                          "there is no jar " + config.resolve(pattern),
+                          config.placeOf("application.jars"), "build it, or correct the name"});
+    }
+    for (const std::string& match : matches) {
+      if (std::find(jars.begin(), jars.end(), match) == jars.end()) {
+        jars.push_back(match);
+      }
+    }
+  }
+  if (!findings.empty()) {
+    throw RejectedInput(findings);
+  }
+  return jars;
+}
+
+ContentTree updaterContent(const Config& config, const BundleTools& tools) {
+  const Jar jar(tools.updaterJar);
+  LaunchFile launch = commonLaunchFile(config);
+  launch.mainClass =
+      config.updater.mainClass.empty() ? jar.manifestValue("Main-Class") : config.updater.mainClass;
+  if (launch.mainClass.empty() || !jar.hasClass(launch.mainClass)) {
+    throw PackError("the updater has no class \"" + launch.mainClass + "\"",
+                    "name its main class with updater.main-class", {tools.updaterJar, 0});
+  }
+  launch.compatibilityClass = config.updater.compatibilityClass;
+  if (launch.compatibilityClass.empty() && jar.hasClass(kCompatibilityClass)) {
+    launch.compatibilityClass = kCompatibilityClass;
+  }
+  launch.classPath = {kUpdaterJarName};
+  ContentTree tree("updater");
+  tree.addBytes(launchFileBytes(launch), kLaunchFileName);
+  tree.addFile(tools.updaterJar, kUpdaterJarName);
+  return tree;
+}
+
+Findings lintApplicationPaths(const ContentTree& tree) {
+  Findings findings;
+  for (const char* name : {"App.p2", "App.p2.l2"}) {
+    if (tree.contains(name)) {
+      findings.push_back(
+          {Severity::kError,
+           "path-taken",
+           std::string("\"") + name +
+               "\" of the application is where the archive itself is put while it is "
+               "extracted",
+           {tree.entries().at(name).source, 0},
+           "rename it"});
+    }
+  }
+  return findings;
+}
+
+ContentTree applicationContent(const Config& config, const std::vector<std::string>& jars) {
+  LaunchFile launch = commonLaunchFile(config);
+  launch.mainClass = config.application.mainClass;
+  launch.arguments = config.application.arguments;
+  ContentTree tree("application");
+  tree.addFolder("lib");
+  for (const std::string& jar : jars) {
+    launch.classPath.push_back(kJarFolder + nameOf(jar));
+    tree.addFile(jar, launch.classPath.back());
+  }
+  for (const ExtraFile& file : config.application.files) {
+    const std::string from = config.resolve(file.from);
+    const std::string clean =
+        fs::path(from).has_filename() ? from : from.substr(0, from.size() - 1);
+    tree.addFile(clean, file.to.empty() ? nameOf(clean) : file.to);
+  }
+  tree.addBytes(launchFileBytes(launch), kLaunchFileName);
+  return tree;
+}
+
+Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
+  Findings findings;
+  bool hasMainClass = false;
+  for (const std::string& path : jars) {
+    if (nameOf(path).find(':') != std::string::npos) {
+      findings.push_back({Severity::kError,
+                          "name-colon",
+                          "a jar's name holds a \":\", which separates the entries of a class path",
+                          {path, 0},
+                          "rename it"});
+    }
+    hasMainClass = Jar(path).hasClass(config.application.mainClass) || hasMainClass;
+  }
+  if (!hasMainClass) {
+    findings.push_back({Severity::kError, "main-class",
+                        "no jar has the class " + config.application.mainClass,
+                        config.placeOf("application.main-class"),
+                        "write its full name, and see that its jar is in application.jars"});
+  }
+  lintPicture(config, "application.splash", config.application.splash, false, findings);
+  lintPicture(config, "application.icon", config.application.icon, true, findings);
+  if (!config.updater.cacerts.empty() && !isFile(config.resolve(config.updater.cacerts))) {
+    findings.push_back({Severity::kError, "missing-file",
+                        "there is no file " + config.resolve(config.updater.cacerts),
+                        config.placeOf("updater.cacerts"), ""});
+  }
+  return findings;
+}
+
+}  // namespace quillory::pack

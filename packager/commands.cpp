@@ -1,0 +1,132 @@
+#include "packager/commands.h"
+
+#include "packager/bundle.h"
+#include "packager/command_line.h"
+#include "packager/config.h"
+#include "packager/doctor.h"
+#include "packager/extract.h"
+#include "packager/init.h"
+#include "packager/inspect.h"
+#include "packager/keygen.h"
+#include "packager/set_params.h"
+#include "packager/value_lines.h"
+#include "packager/verify.h"
+
+namespace quillory::pack {
+namespace {
+
+const char* asText(Trust trust) {
+  switch (trust) {
+    case Trust::kVerified:
+      return "signed";
+    case Trust::kUnsigned:
+      return "unsigned";
+    case Trust::kUnchecked:
+      return "signed, not checked";
+    case Trust::kBroken:
+      break;
+  }
+  return "BROKEN";
+}
+
+}  // namespace
+
+int runInit(const Request& request, Reporter& reporter) {
+  writeInitialConfig(request.file, reporter);
+  return kDone;
+}
+
+int runKeygen(const Request& request, Reporter& reporter) {
+  makeKeyFile(request.file, request.bits, reporter);
+  return kDone;
+}
+
+int runBundle(const Request& request, Reporter& reporter) {
+  Findings findings;
+  Config config = loadConfig(request.file, findings);
+  reporter.findings(findings);
+  BundleOptions options;
+  if (!request.output.empty()) {
+    options.output = request.output;
+  }
+  if (request.compression >= 0) {
+    options.compression = request.compression;
+  }
+  options.unsignedArchives = request.unsignedArchives;
+  const BundleResult result = makeBundle(std::move(config), options, reporter);
+  reporter.value("bundle", result.bundle);
+  reporter.value("release", result.releaseFolder);
+  reporter.value("bytes", result.bundleBytes);
+  reporter.result(result.bundle);
+  reporter.line(readableSize(result.bundleBytes) + "; the files for the update URL are in " +
+                result.releaseFolder);
+  return kDone;
+}
+
+int runInspect(const Request& request, Reporter& reporter) {
+  Findings findings;
+  const Json content = inspectFile(request.file, fileKindNamed(request.kind), findings);
+  reporter.value("content", content);
+  const std::string lines = asLines(content);
+  reporter.result(lines.substr(0, lines.find_last_not_of('\n') + 1));
+  reporter.findings(findings);
+  return hasErrors(findings) ? kFailed : kDone;
+}
+
+int runVerify(const Request& request, Reporter& reporter) {
+  bool good = true;
+  Json verdicts = Json::array();
+  for (const std::string& path : request.texts) {
+    const VerifyResult result = verifyPath(path, request.key);
+    for (const Verdict& verdict : result.verdicts) {
+      const std::string name = verdict.archive == path ? path : path + ": " + verdict.archive;
+      verdicts.push_back(
+          {{"archive", name}, {"result", asText(verdict.trust)}, {"client", verdict.client}});
+      reporter.result(std::string(asText(verdict.trust)) + ": " + name + ": " + verdict.client);
+    }
+    reporter.findings(result.findings);
+    good = result.good(!request.key.empty()) && good;
+  }
+  reporter.value("verdicts", verdicts);
+  reporter.value("good", good);
+  reporter.line(good ? "good" : "NOT good");
+  return good ? kDone : kFailed;
+}
+
+int runExtract(const Request& request, Reporter& reporter) {
+  extractTo(request.file, request.output, request.key,
+            request.reporter.verbosity == Verbosity::kVerbose);
+  reporter.value("folder", request.output);
+  reporter.result(request.output);
+  return kDone;
+}
+
+int runSet(const Request& request, Reporter& reporter) {
+  Findings findings;
+  const ParamsView params = setParameters(request.file, request.texts, request.removed, findings);
+  reporter.findings(findings);
+  Json list = Json::array();
+  for (const auto& [name, value] : params.parameters) {
+    list.push_back({{"name", name}, {"value", value}});
+  }
+  reporter.value("parameters", list);
+  reporter.result(params.file);
+  return kDone;
+}
+
+int runDoctor(const Request& request, Reporter& reporter) {
+  const Findings findings = diagnose(request.file);
+  reporter.findings(findings);
+  const bool well = !hasErrors(findings);
+  reporter.value("well", well);
+  reporter.result(well ? "Nothing that would keep it from starting was found."
+                       : "It would not work, for the reasons above.");
+  return well ? kDone : kFailed;
+}
+
+int runCompletion(const Request& request, Reporter& reporter) {
+  reporter.result(request.texts.at(0));
+  return kDone;
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,251 @@
+#include "packager/config_lint.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "launcher/install_locations.h"
+#include "packager/record_writer.h"
+
+namespace quillory::pack {
+namespace {
+
+// Stands for the version of a runtime that is not known yet; none is longer in practice.
+constexpr std::int64_t kSomeRuntimeVersion = 999'999'999'999;
+constexpr std::size_t kLongestRuntimeVersion = 50;
+constexpr char kUpdaterName[] = "Quillory";
+
+class Linter {
+ public:
+  Linter(Config& config, Findings& findings) : config_(config), findings_(findings) {}
+
+  void run() {
+    fillIn();
+    folderName("application.name", config_.application.name,
+               std::to_string(config_.application.version));
+    folderName("runtime.name", config_.runtime.name,
+               config_.runtime.version.empty() ? std::to_string(kSomeRuntimeVersion)
+                                               : config_.runtime.version);
+    names();
+    executable();
+    texts();
+    runtimeSource();
+    updateUrl();
+    urlSchemes();
+    runtimeVersion();
+    parameters();
+    signing();
+  }
+
+ private:
+  void add(Severity severity, const char* rule, const std::string& key, const std::string& what,
+           const std::string& advice) {
+    findings_.push_back({severity, rule, what, config_.placeOf(key), advice});
+  }
+  void error(const char* rule, const std::string& key, const std::string& what,
+             const std::string& advice) {
+    add(Severity::kError, rule, key, key + ' ' + what, advice);
+  }
+  void warning(const char* rule, const std::string& key, const std::string& what,
+               const std::string& advice) {
+    add(Severity::kWarning, rule, key, key + ' ' + what, advice);
+  }
+
+  void fillIn() {
+    ApplicationConfig& app = config_.application;
+    if (app.executable.empty()) {
+      app.executable = executableNameFor(app.name);
+    }
+    if (app.displayVersion.empty()) {
+      app.displayVersion = std::to_string(app.version);
+    }
+    if (app.identifier.empty()) {
+      app.identifier = "local." + executableNameFor(app.name);
+      warning("identifier", "application.identifier",
+              "is missing; \"" + app.identifier + "\" is used, which another application may have",
+              "identifier = \"com.example.myapplication\", from a domain that you own");
+    }
+  }
+
+  // Rules for what becomes part of a version folder's name.
+  void folderName(const std::string& key, const std::string& name, const std::string& version) {
+    if (name.empty()) {
+      error("name", key, "is empty", "give it a name");
+    } else if (name.find('-') != std::string::npos) {
+      error("name-dash", key,
+            "holds a \"-\": the launcher takes what stands between the first two dashes of a "
+            "folder's name, so it would never find \"" +
+                name + "\" again",
+            "use a blank, a dot or nothing instead");
+    } else if (name.find(':') != std::string::npos) {
+      error("name-colon", key,
+            "holds a \":\", which separates the entries of a class path, and every class path goes "
+            "through folders of this name",
+            "leave it out");
+    } else if (name.find('/') != std::string::npos || name.find('\0') != std::string::npos ||
+               name.find('\n') != std::string::npos) {
+      error("name", key, "holds a character that no folder's name should hold", "leave it out");
+    } else if (!isUsableInFolderName(name, version)) {
+      error("record-limit", key,
+            "is too long: with its version, the folders named after it would have names of more "
+            "than 255 bytes",
+            "shorten it");
+    } else if (name.find_first_of("\"$`\\") != std::string::npos) {
+      warning("name-quote", key,
+              "holds one of \" $ ` \\, which people cannot type into a terminal as they are",
+              "leave it out");
+    }
+  }
+
+  void names() {
+    if (config_.application.name == kUpdaterName) {
+      error("name-taken", "application.name", "is \"Quillory\", the name of the updater's folders",
+            "choose another name");
+    }
+    if (config_.runtime.name == kUpdaterName || config_.runtime.name == config_.application.name) {
+      error("name-taken", "runtime.name",
+            "is the name of the " +
+                std::string(config_.runtime.name == kUpdaterName ? "updater" : "application") +
+                ", whose folders would be taken for the runtime's",
+            "choose another name, such as \"JRE\"");
+    }
+  }
+
+  void executable() {
+    const std::string& name = config_.application.executable;
+    if (name.empty() || name.find('/') != std::string::npos || name == "." || name == "..") {
+      error("name", "application.executable", "is no file name",
+            "executable = \"MyApplication\": letters and digits");
+    }
+    if (config_.application.name.find('/') == std::string::npos &&
+        (config_.application.name == "java" || config_.application.name == "keytool")) {
+      error(
+          "name-taken", "application.name",
+          "is the name of a tool in the runtime, where a copy of java gets the application's name",
+          "choose another name");
+    }
+  }
+
+  void limit(const std::string& key, const std::string& value, int capacity = kDefaultCapacity) {
+    if (value.find('\0') != std::string::npos) {
+      error("zero-byte", key, "holds a zero byte, which would end it", "leave it out");
+    } else if (value.size() > longestValue(capacity)) {
+      error("record-limit", key,
+            "has " + std::to_string(value.size()) + " bytes; the launcher reads up to " +
+                std::to_string(longestValue(capacity)) + " and takes the rest for the next record",
+            "shorten it");
+    }
+  }
+
+  void limits(const std::string& key, const std::vector<std::string>& values) {
+    for (const std::string& value : values) {
+      limit(key, value);
+    }
+  }
+
+  void texts() {
+    limit("application.main-class", config_.application.mainClass);
+    limits("application.arguments", config_.application.arguments);
+    limit("updater.main-class", config_.updater.mainClass);
+    limit("updater.compatibility-class", config_.updater.compatibilityClass);
+    limit("install.silent-switch", config_.install.silentSwitch);
+    limit("update.url", config_.update.url, kUpdateUrlCapacity);
+    if (config_.application.mainClass.empty() ||
+        config_.application.mainClass.find('/') != std::string::npos) {
+      error("main-class", "application.main-class", "is not the name of a class",
+            "write it as in a program, with dots: com.example.Main");
+    }
+    if (config_.application.jars.empty()) {
+      error("no-jars", "application.jars", "is empty: there would be nothing to run",
+            "jars = [\"my.jar\"]");
+    }
+  }
+
+  void runtimeSource() {
+    if (config_.runtime.source == RuntimeSource::kNone && config_.update.mode == UpdateMode::kOff) {
+      warning("no-runtime", "runtime",
+              "is missing and updates are off: the application starts only where a Java runtime "
+              "that fits is installed",
+              "[runtime] with jlink = true, or [update] with a URL to download a runtime from");
+    }
+  }
+
+  void updateUrl() {
+    const UpdateConfig& update = config_.update;
+    if (update.mode == UpdateMode::kOff ||
+        (update.mode == UpdateMode::kDynamic && update.url.empty())) {
+      return;
+    }
+    if (update.url == "D") {
+      error("update-url", "update.url", "is \"D\", which stands for a dynamic URL",
+            "write dynamic = true");
+    } else if (update.url.rfind("https://", 0) == 0) {
+      return;
+    } else if (update.url.rfind("http://", 0) == 0) {
+      warning("plain-http", "update.url",
+              "is plain http: anybody on the way can see and hold back what is downloaded",
+              "use https://");
+    } else {
+      error("update-url", "update.url", "does not begin with https:// or http://",
+            "url = \"https://example.com/updates/\"");
+    }
+  }
+
+  void urlSchemes() {
+    for (const std::string& scheme : config_.application.urlSchemes) {
+      const bool valid = !scheme.empty() && std::isalpha(static_cast<unsigned char>(scheme[0])) &&
+                         std::all_of(scheme.begin(), scheme.end(), [](unsigned char c) {
+                           return std::isalnum(c) || c == '+' || c == '-' || c == '.';
+                         });
+      if (!valid) {
+        error("url-scheme", "application.url-schemes",
+              "has \"" + scheme + "\", which is not the part of a URL before the colon",
+              "use a letter, then letters and digits: url-schemes = [\"myapp\"]");
+      }
+    }
+  }
+
+  void runtimeVersion() {
+    const std::string& version = config_.runtime.version;
+    if (version.size() > kLongestRuntimeVersion) {
+      error("record-limit", "runtime.version", "has more than 50 characters", "shorten it");
+    } else if (!std::all_of(version.begin(), version.end(),
+                            [](unsigned char c) { return std::isdigit(c); })) {
+      error("version", "runtime.version",
+            "is not a whole number: the launcher compares versions as numbers",
+            "version = 17, or leave it out to take the one of the runtime");
+    }
+  }
+
+  void parameters() {
+    for (const auto& [name, value] : config_.parameters) {
+      const std::string key = "parameters." + name;
+      limit(key, name);
+      limit(key, value, kParamValueCapacity);
+      if (name == "update_url" || name == "jre_name") {
+        error("parameter", key, "is written by other keys of this file",
+              name == "jre_name" ? "use runtime.name" : "use dynamic = true and url in [update]");
+      }
+    }
+  }
+
+  void signing() { limit("signing.key", config_.signing.key); }
+
+  Config& config_;
+  Findings& findings_;
+};
+
+}  // namespace
+
+std::string executableNameFor(const std::string& applicationName) {
+  std::string name;
+  for (const char c : applicationName) {
+    if (std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_') {
+      name += c;
+    }
+  }
+  return name.empty() || name[0] == '.' ? "launcher" : name;
+}
+
+void lintConfig(Config& config, Findings& findings) { Linter(config, findings).run(); }
+
+}  // namespace quillory::pack

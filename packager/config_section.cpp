@@ -1,0 +1,285 @@
+#include "packager/config_section.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "packager/nearest_name.h"
+
+namespace quillory::pack {
+namespace {
+
+// With the line on which it begins. Tables come in no order, so findings are sorted by it later.
+unsigned lineOf(const toml::value& value) { return value.location().line(); }
+
+std::string kindOf(const toml::value& value) {
+  switch (value.type()) {
+    case toml::value_t::boolean:
+      return "true or false";
+    case toml::value_t::integer:
+      return "a whole number";
+    case toml::value_t::floating:
+      return "a number with a fraction";
+    case toml::value_t::string:
+      return "a text";
+    case toml::value_t::array:
+      return "a list";
+    case toml::value_t::table:
+      return "a table";
+    default:
+      return "a date or time";
+  }
+}
+
+std::string didYouMean(const std::string& name, const std::vector<std::string>& known) {
+  const std::string nearest = nearestName(name, known);
+  if (!nearest.empty()) {
+    return "did you mean \"" + nearest + "\"?";
+  }
+  std::string all = "known here:";
+  for (const std::string& candidate : known) {
+    all += ' ' + candidate;
+  }
+  return all;
+}
+
+}  // namespace
+
+ConfigSection::ConfigSection(const toml::value& root, std::string name, Config& config,
+                             Findings& findings)
+    : name_(std::move(name)), config_(config), findings_(findings) {
+  const auto& tables = root.as_table();
+  const auto found = tables.find(name_);
+  if (found == tables.end()) {
+    return;
+  }
+  if (!found->second.is_table()) {
+    findings_.push_back({Severity::kError, "wrong-kind",
+                         "\"" + name_ + "\" is " + kindOf(found->second) + ", not a table",
+                         placeOf(found->second), "write [" + name_ + "] on a line of its own"});
+    return;
+  }
+  table_ = &found->second;
+  config_.places[name_] = placeOf(*table_);
+}
+
+Place ConfigSection::placeOf(const toml::value& value) const {
+  return {config_.file, lineOf(value)};
+}
+
+bool ConfigSection::has(const std::string& key) const {
+  return table_ != nullptr && table_->as_table().count(key) != 0;
+}
+
+const toml::value* ConfigSection::find(const std::string& key) {
+  known_.push_back(key);
+  if (!has(key)) {
+    return nullptr;
+  }
+  const toml::value& value = table_->as_table().at(key);
+  config_.places[fullName(key)] = placeOf(value);
+  return &value;
+}
+
+void ConfigSection::wrongKind(const std::string& key, const toml::value& value,
+                              const std::string& wanted) {
+  findings_.push_back({Severity::kError, "wrong-kind",
+                       fullName(key) + " is " + kindOf(value) + ", not " + wanted, placeOf(value),
+                       ""});
+}
+
+void ConfigSection::error(const std::string& key, const std::string& rule, const std::string& what,
+                          const std::string& advice) {
+  findings_.push_back({Severity::kError, rule, what, config_.placeOf(fullName(key)), advice});
+}
+
+void ConfigSection::text(const std::string& key, std::string& out) {
+  if (const toml::value* value = find(key)) {
+    if (value->is_string()) {
+      out = value->as_string().str;
+    } else {
+      wrongKind(key, *value, "a text in quotes");
+    }
+  }
+}
+
+void ConfigSection::flag(const std::string& key, bool& out) {
+  if (const toml::value* value = find(key)) {
+    if (value->is_boolean()) {
+      out = value->as_boolean();
+    } else {
+      wrongKind(key, *value, "true or false");
+    }
+  }
+}
+
+void ConfigSection::number(const std::string& key, std::int64_t& out, std::int64_t least,
+                           std::int64_t most) {
+  const toml::value* value = find(key);
+  if (value == nullptr) {
+    return;
+  }
+  if (!value->is_integer()) {
+    wrongKind(key, *value, "a whole number");
+  } else if (value->as_integer() < least || value->as_integer() > most) {
+    error(key, "range",
+          fullName(key) + " is " + std::to_string(value->as_integer()) + ", not a number from " +
+              std::to_string(least) + " to " + std::to_string(most),
+          "");
+  } else {
+    out = value->as_integer();
+  }
+}
+
+void ConfigSection::number(const std::string& key, int& out, int least, int most) {
+  std::int64_t wide = out;
+  number(key, wide, least, most);
+  out = static_cast<int>(wide);
+}
+
+void ConfigSection::version(const std::string& key, std::int64_t& out) {
+  const toml::value* value = find(key);
+  if (value == nullptr) {
+    return;
+  }
+  if (value->is_integer() && value->as_integer() >= 0) {
+    out = value->as_integer();
+    return;
+  }
+  error(key, "version",
+        fullName(key) +
+            " is not a whole number: the launcher compares versions as numbers, so "
+            "1.9 and 1.10 would both be 1",
+        "count releases, as in " + key + " = 12; what people read is application.display-version");
+}
+
+void ConfigSection::texts(const std::string& key, std::vector<std::string>& out) {
+  const toml::value* value = find(key);
+  if (value == nullptr) {
+    return;
+  }
+  if (!value->is_array()) {
+    wrongKind(key, *value, "a list of texts, as in " + key + " = [\"...\"]");
+    return;
+  }
+  out.clear();
+  for (const toml::value& item : value->as_array()) {
+    if (item.is_string()) {
+      out.push_back(item.as_string().str);
+    } else {
+      wrongKind(key, item, "a text in quotes");
+    }
+  }
+}
+
+void ConfigSection::files(const std::string& key, std::vector<ExtraFile>& out) {
+  const toml::value* value = find(key);
+  if (value == nullptr) {
+    return;
+  }
+  const std::string wanted = "a list of names or of { from = \"...\", to = \"...\" }";
+  if (!value->is_array()) {
+    wrongKind(key, *value, wanted);
+    return;
+  }
+  for (const toml::value& item : value->as_array()) {
+    if (item.is_string()) {
+      out.push_back({item.as_string().str, ""});
+      continue;
+    }
+    if (!item.is_table()) {
+      wrongKind(key, item, wanted);
+      continue;
+    }
+    ExtraFile file;
+    for (const auto& [name, part] : item.as_table()) {
+      if (part.is_string() && name == "from") {
+        file.from = part.as_string().str;
+      } else if (part.is_string() && name == "to") {
+        file.to = part.as_string().str;
+      } else {
+        wrongKind(key, item, wanted);
+      }
+    }
+    out.push_back(file);
+  }
+}
+
+void ConfigSection::pairs(Parameters& out) {
+  if (table_ == nullptr) {
+    return;
+  }
+  std::vector<std::pair<unsigned, std::string>> keys;
+  for (const auto& [key, value] : table_->as_table()) {
+    keys.emplace_back(lineOf(value), key);
+  }
+  std::sort(keys.begin(), keys.end());
+  for (const auto& [line, key] : keys) {
+    const toml::value& value = *find(key);
+    if (value.is_string()) {
+      out.emplace_back(key, value.as_string().str);
+    } else if (value.is_integer()) {
+      out.emplace_back(key, std::to_string(value.as_integer()));
+    } else if (value.is_boolean()) {
+      out.emplace_back(key, value.as_boolean() ? "true" : "false");
+    } else {
+      wrongKind(key, value, "a text, a whole number, or true or false");
+    }
+  }
+}
+
+void ConfigSection::choice(const std::string& key, const std::vector<std::string>& names,
+                           int& out) {
+  const toml::value* value = find(key);
+  if (value == nullptr) {
+    return;
+  }
+  const std::string given = value->is_string() ? value->as_string().str : "";
+  const auto found = std::find(names.begin(), names.end(), given);
+  if (found != names.end()) {
+    out = static_cast<int>(found - names.begin());
+    return;
+  }
+  std::string all;
+  for (const std::string& name : names) {
+    all += (all.empty() ? "\"" : ", \"") + name + '"';
+  }
+  const std::string nearest = nearestName(given, names);
+  error(key, "choice", fullName(key) + " is none of " + all,
+        nearest.empty() ? "" : "did you mean \"" + nearest + "\"?");
+}
+
+void ConfigSection::require(const std::string& key, const std::string& advice) {
+  if (!has(key)) {
+    findings_.push_back({Severity::kError, "missing-key", fullName(key) + " is missing",
+                         config_.placeOf(name_), advice});
+  }
+}
+
+void ConfigSection::rejectUnknown() {
+  if (table_ == nullptr) {
+    return;
+  }
+  for (const auto& [key, value] : table_->as_table()) {
+    if (std::find(known_.begin(), known_.end(), key) == known_.end()) {
+      findings_.push_back({Severity::kError, "unknown-key", "there is no " + fullName(key),
+                           placeOf(value), didYouMean(key, known_)});
+    }
+  }
+}
+
+void rejectUnknownSections(const toml::value& root, const std::vector<std::string>& known,
+                           const std::string& file, Findings& findings) {
+  for (const auto& [key, value] : root.as_table()) {
+    if (std::find(known.begin(), known.end(), key) == known.end()) {
+      findings.push_back({Severity::kError,
+                          "unknown-key",
+                          value.is_table() ? "there is no table [" + key + "]"
+                                           : "\"" + key + "\" stands outside of every table",
+                          {file, lineOf(value)},
+                          didYouMean(key, known)});
+    }
+  }
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,74 @@
+#include "packager/extract.h"
+
+#include <filesystem>
+
+#include "formats/archive.h"
+#include "packager/file_kind.h"
+#include "packager/plain_archive.h"
+#include "packager/quiet_stdout.h"
+#include "packager/verify.h"
+#include "support/owned.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+
+void makeEmptyFolder(const std::string& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (error) {
+    throw PackError("cannot be created: " + error.message(), "", {folder, 0});
+  }
+  if (!fs::is_empty(folder)) {
+    throw PackError("is not empty", "name a new folder", {folder, 0});
+  }
+}
+
+// What the launcher would wait for, refuse or do with another tool is refused before it begins.
+void refuseUnextractable(const ArchiveListing& listing, const Findings& findings,
+                         const std::string& archive) {
+  if (hasErrors(findings)) {
+    throw RejectedInput(findings);
+  }
+  for (const ListedEntry& entry : listing.entries) {
+    if (entry.type == kPack200Type) {
+      throw PackError("\"" + entry.path + "\" is packed with pack200, for which there is no tool",
+                      "", {archive, 0});
+    }
+  }
+}
+
+}  // namespace
+
+void extractTo(const std::string& archive, const std::string& folder, const std::string& keyFile,
+               bool showLog) {
+  const FileKind kind = fileKindOf(archive);
+  if (kind != FileKind::kArchive && kind != FileKind::kCompressedArchive) {
+    throw PackError("is no archive", "inspect shows what it is", {archive, 0});
+  }
+  const PlainArchive plain(wholeFile(archive), kind == FileKind::kCompressedArchive);
+  Findings findings;
+  refuseUnextractable(plain.list(findings, archive), findings, archive);
+  if (!keyFile.empty()) {
+    const PublicKey key = PublicKey::load(keyFile);
+    const Verdict verdict = verifyArchiveFile(plain, archive, &key, findings);
+    if (verdict.trust != Trust::kVerified) {
+      throw PackError("the archive is not signed with this key: " + verdict.client, "",
+                      {archive, 0});
+    }
+  }
+  makeEmptyFolder(folder);
+  const QuietStdout quiet(showLog);
+  // Entry by entry, as extractArchive() does it; but that would delete the archive, and everything
+  // extracted from a signed one when there is no key.
+  const OwnedFile stream(std::fopen(plain.path().c_str(), "rb"));
+  long signatureOffset = -1;
+  char* signatureHex = nullptr;
+  while (extractArchiveFileCheckSignature(nullptr, nullptr, folder.c_str(), stream.get(),
+                                          &signatureOffset, &signatureHex, nullptr) == 0) {
+  }
+  const OwnedText owned(signatureHex);
+}
+
+}  // namespace quillory::pack

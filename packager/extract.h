@@ -1,0 +1,16 @@
+// Extracts an archive with the launcher's own code.
+#pragma once
+#include <string>
+
+#include "packager/reporter.h"
+
+namespace quillory::pack {
+
+/// Extracts a ".p2" or ".p2.l2" file into `folder`, which is made when missing and must be empty.
+/// The archive stays. With a key a signature must be there and hold, else everything extracted is
+/// gone again and PackError is thrown; without one a signature is not checked. `showLog`: the
+/// launcher's log goes to standard error.
+void extractTo(const std::string& archive, const std::string& folder, const std::string& keyFile,
+               bool showLog);
+
+}  // namespace quillory::pack

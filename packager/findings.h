@@ -1,0 +1,59 @@
+// What the packager has to say about somebody's files: what is wrong, where, and what to do.
+#pragma once
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace quillory::pack {
+
+/// A place in a text file, or a file alone (line 0), or nowhere (an empty name).
+struct Place {
+  std::string file;
+  unsigned line = 0;
+};
+
+enum class Severity { kNote, kWarning, kError };
+
+struct Finding {
+  Severity severity = Severity::kError;
+  std::string rule;  ///< short name of the lint, as docs/packaging.md lists it
+  std::string what;  ///< one sentence, with its reason
+  Place place;
+  std::string advice;  ///< what to do about it; may be empty
+};
+using Findings = std::vector<Finding>;
+
+bool hasErrors(const Findings& findings);
+
+/// "quillory.toml:3: error: what [rule]" and, on a second line, the advice.
+std::string asText(const Finding& finding);
+const char* asText(Severity severity);
+/// "file:line", "file" or "".
+std::string asText(const Place& place);
+
+/// An operation that could not be done. The command ends with status 1.
+class PackError : public std::runtime_error {
+ public:
+  explicit PackError(const std::string& what, std::string advice = "", Place place = {});
+  Finding finding() const;
+
+ private:
+  std::string advice_;
+  Place place_;
+};
+
+/// A configuration, or the content that it names, that cannot be packed: status 3.
+class RejectedInput : public std::runtime_error {
+ public:
+  explicit RejectedInput(Findings findings);
+  const Findings& findings() const { return findings_; }
+
+ private:
+  Findings findings_;
+};
+
+/// "open", "read" and the like with the text of `errno`: "FILE: cannot be opened: No such file".
+[[noreturn]] void throwFileError(const std::string& file, const char* what, int number,
+                                 const std::string& advice = "");
+
+}  // namespace quillory::pack

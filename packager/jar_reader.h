@@ -1,0 +1,33 @@
+// Looks into jars: which classes there are, and what the manifest says.
+#pragma once
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace quillory::pack {
+
+class Jar {
+ public:
+  /// Reads the directory of the jar. Throws PackError when it is none.
+  explicit Jar(const std::string& path);
+
+  bool contains(const std::string& entry) const { return entries_.count(entry) != 0; }
+  /// Whether a class is in it, by its name with dots.
+  bool hasClass(const std::string& name) const;
+  /// A value of the manifest's main section, or "".
+  std::string manifestValue(const std::string& name) const;
+
+ private:
+  struct Entry {
+    std::uint32_t method = 0;
+    std::uint32_t packedSize = 0;
+    std::uint32_t size = 0;
+    std::uint32_t offset = 0;
+  };
+  std::string content(const std::string& entry) const;
+
+  std::string path_;
+  std::map<std::string, Entry> entries_;
+};
+
+}  // namespace quillory::pack

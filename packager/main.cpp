@@ -1,0 +1,20 @@
+// quillory-pack: packs Java applications for the launcher.
+#include <unistd.h>
+
+#include <csignal>
+#include <iostream>
+
+#include "packager/command_line.h"
+#include "packager/work_folder.h"
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_DFL);
+  quillory::pack::noticeInterruptions();
+  const int status = quillory::pack::runCommandLine({argv + 1, argv + argc}, std::cout, std::cerr,
+                                                    isatty(STDERR_FILENO) != 0);
+  if (const int number = quillory::pack::interruptingSignal()) {
+    std::signal(number, SIG_DFL);
+    std::raise(number);
+  }
+  return status;
+}

@@ -1,0 +1,17 @@
+// PEM files: base64 between "-----BEGIN kind-----" and "-----END kind-----".
+#pragma once
+#include <string>
+
+namespace quillory::pack {
+
+inline constexpr char kMakeKeyAdvice[] = "make a key with: quillory-pack keygen";
+
+struct PemBlock {
+  std::string kind;  ///< "RSA PRIVATE KEY"
+  std::string der;
+};
+
+/// The first block of a file. Throws PackError for files without one and for encrypted keys.
+PemBlock readPem(const std::string& path);
+
+}  // namespace quillory::pack

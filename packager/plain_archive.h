@@ -1,0 +1,39 @@
+// An archive at hand as a plain file, decompressed when it was compressed.
+#pragma once
+#include <memory>
+#include <string>
+
+#include "packager/archive_listing.h"
+#include "packager/findings.h"
+#include "packager/work_folder.h"
+
+namespace quillory::pack {
+
+/// Part of a file: an entry of a tail, or a whole file.
+struct FileRegion {
+  std::string path;
+  std::int64_t offset = 0;
+  std::int64_t length = 0;
+};
+FileRegion wholeFile(const std::string& path);
+
+class PlainArchive {
+ public:
+  /// `compressed`: the region is an LZMA stream. Throws PackError when it is damaged.
+  PlainArchive(const FileRegion& region, bool compressed);
+
+  const std::string& path() const { return path_; }
+  /// Reads it through. Findings name `name`, which people know, and not a temporary file.
+  ArchiveListing list(Findings& findings, const std::string& name) const;
+  /// Up to `count` bytes of an entry's content.
+  std::string contentOf(const ListedEntry& entry, std::size_t count) const;
+
+ private:
+  std::unique_ptr<WorkFolder> work_;
+  std::string path_;
+};
+
+/// The folder for temporary files: TMPDIR or /tmp.
+std::string temporaryFolder();
+
+}  // namespace quillory::pack

@@ -1,0 +1,12 @@
+#include <filesystem>
+
+#include "packager/program_folder.h"
+
+namespace quillory::pack {
+
+std::string programFolder() {
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/exe", error).parent_path().string();
+}
+
+}  // namespace quillory::pack

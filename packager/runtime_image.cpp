@@ -1,0 +1,161 @@
+#include "packager/runtime_image.h"
+
+#include <sys/stat.h>
+
+#include <array>
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+
+#include "packager/byte_sinks.h"
+#include "packager/info_plist.h"
+#include "packager/stub_jar.h"
+#include "packager/tool_runner.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The library that the bundle's executable stands for, in the order of preference.
+constexpr std::array kLauncherLibraries = {"lib/jli/libjli.dylib", "lib/libjli.dylib",
+                                           "lib/jli/libjli.so", "lib/libjli.so"};
+
+bool isFile(const std::string& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+std::string joined(const std::vector<std::string>& parts, const char* separator) {
+  std::string text;
+  for (const std::string& part : parts) {
+    text += (text.empty() ? "" : separator) + part;
+  }
+  return text;
+}
+
+std::string trimmed(const std::string& text) {
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  return first == std::string::npos
+             ? ""
+             : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+// "java.base,java.desktop" from the last line: warnings come before it.
+std::string modulesFoundByJdeps(const RuntimeConfig& config, const std::vector<std::string>& jars,
+                                const std::string& workFolder) {
+  std::vector<std::string> command = {findJdkTool("jdeps", config.jdk),
+                                      "--print-module-deps",
+                                      "--ignore-missing-deps",
+                                      "--multi-release",
+                                      "base",
+                                      "--class-path",
+                                      joined(jars, ":")};
+  command.insert(command.end(), jars.begin(), jars.end());
+  std::istringstream output(runTool(command, workFolder));
+  std::string modules;
+  for (std::string line; std::getline(output, line);) {
+    if (!trimmed(line).empty()) {
+      modules = trimmed(line);
+    }
+  }
+  if (modules.empty() || modules.find(' ') != std::string::npos) {
+    throw PackError("jdeps did not find the modules that the jars need: " + modules,
+                    "name them: modules = [\"java.base\", ...] in [runtime]");
+  }
+  return modules;
+}
+
+}  // namespace
+
+std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
+                        const std::string& workFolder) {
+  std::string modules = config.modules.empty() ? modulesFoundByJdeps(config, jars, workFolder)
+                                               : joined(config.modules, ",");
+  if (!config.addModules.empty()) {
+    modules += ',' + joined(config.addModules, ",");
+  }
+  const std::string folder = workFolder + "/runtime";
+  std::vector<std::string> command = {findJdkTool("jlink", config.jdk),
+                                      "--add-modules",
+                                      modules,
+                                      "--no-header-files",
+                                      "--no-man-pages",
+                                      "--output",
+                                      folder};
+  command.insert(command.end(), config.jlinkOptions.begin(), config.jlinkOptions.end());
+  runTool(command, workFolder);
+  return folder;
+}
+
+std::string findJavaHome(const std::string& folder, const Place& place) {
+  for (const std::string& home : {folder + "/Contents/Home", folder}) {
+    if (isFile(home + "/bin/java")) {
+      return home;
+    }
+  }
+  throw RejectedInput(
+      {{Severity::kError, "no-java", folder + " has no bin/java: it is no Java runtime", place,
+        "name the folder that holds bin and lib, or the bundle around it"}});
+}
+
+std::string versionNumberFor(const std::string& javaVersion) {
+  // "1.8.0_202" counts as "8.0.202".
+  const std::string text = javaVersion.rfind("1.", 0) == 0 ? javaVersion.substr(2) : javaVersion;
+  constexpr std::array<long, 4> kDigits = {1, 100, 1000, 100};
+  long number = 0;
+  std::size_t at = 0;
+  for (const long scale : kDigits) {
+    long part = 0;
+    for (; at < text.size() && std::isdigit(static_cast<unsigned char>(text[at])); ++at) {
+      part = std::min(part * 10 + (text[at] - '0'), 9999L);
+    }
+    number = number * scale + (scale == 1 ? part : std::min(part, scale - 1));
+    if (at < text.size() && (text[at] == '.' || text[at] == '_')) {
+      ++at;
+    }
+  }
+  return number == 0 ? "" : std::to_string(number);
+}
+
+std::string versionNumberOf(const std::string& javaHome) {
+  if (!isFile(javaHome + "/release")) {
+    return "";
+  }
+  const std::string release = '\n' + readWholeFile(javaHome + "/release");
+  const std::string key = "\nJAVA_VERSION=\"";
+  const std::size_t at = release.find(key);
+  if (at == std::string::npos) {
+    return "";
+  }
+  const std::size_t start = at + key.size();
+  return versionNumberFor(release.substr(start, release.find('"', start) - start));
+}
+
+ContentTree runtimeContent(const std::string& javaHome, const RuntimeConfig& config) {
+  ContentTree tree("runtime");
+  tree.addFolder("Contents");
+  tree.addFolderContent(javaHome, "Contents/Home");
+  if (!tree.contains("Contents/Home/lib/rt.jar")) {
+    tree.addBytes(stubRuntimeJar(), "Contents/Home/lib/rt.jar");
+  }
+  tree.addFolder("Contents/MacOS");
+  std::string library;
+  for (const char* candidate : kLauncherLibraries) {
+    if (library.empty() && isFile(javaHome + '/' + candidate)) {
+      library = fs::path(candidate).filename().string();
+      tree.addFile(javaHome + '/' + candidate, "Contents/MacOS/" + library);
+      // The launcher links the bundle's executable to lib/jli/libjli.dylib; newer runtimes have
+      // that library one folder higher.
+      if (library == "libjli.dylib" && !tree.contains("Contents/Home/lib/jli/libjli.dylib")) {
+        tree.addFolder("Contents/Home/lib/jli");
+        tree.addFile(javaHome + '/' + candidate, "Contents/Home/lib/jli/libjli.dylib");
+      }
+    }
+  }
+  tree.addBytes(runtimeInfoPlist(config.name, config.version, library), "Contents/Info.plist");
+  return tree;
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,88 @@
+#include "packager/set_params.h"
+
+#include <algorithm>
+
+#include "packager/bundle_view.h"
+#include "packager/record_writer.h"
+
+namespace quillory::pack {
+namespace {
+
+ParamsView readFrom(const std::string& path, Findings& findings) {
+  Findings found;
+  std::optional<ParamsView> params;
+  if (isBundle(path)) {
+    BundleView bundle = readBundle(path, found);
+    params = std::move(bundle.params);
+  } else {
+    params = readParams(path, found);
+  }
+  if (!params) {
+    throw PackError("has no parameters file to change", "make the bundle again", {path, 0});
+  }
+  for (const Finding& finding : found) {
+    if (finding.place.file == params->file) {
+      findings.push_back(finding);
+    }
+  }
+  return std::move(*params);
+}
+
+void setOne(Parameters& parameters, const std::string& name, const std::string& value) {
+  const auto isNamed = [&](const auto& pair) { return pair.first == name; };
+  const auto first = std::find_if(parameters.begin(), parameters.end(), isNamed);
+  if (first == parameters.end()) {
+    parameters.emplace_back(name, value);
+    return;
+  }
+  first->second = value;
+  parameters.erase(std::remove_if(first + 1, parameters.end(), isNamed), parameters.end());
+}
+
+void check(const std::string& name, const std::string& value) {
+  if (name.empty()) {
+    throw PackError("a parameter has no name", "write NAME=VALUE");
+  }
+  if ((name == "force_spawn" || name == "show_no_ui") && value != "true" && value != "false") {
+    throw PackError(name + " is \"true\" or \"false\", and nothing else");
+  }
+  if (name == "jre_name" && (value.empty() || value.find('-') != std::string::npos ||
+                             value.find('/') != std::string::npos)) {
+    throw PackError(
+        "jre_name becomes part of folder names: it is not empty and has no \"-\" or "
+        "\"/\"");
+  }
+  if (name == "update_url" && !value.empty() && value.rfind("https://", 0) != 0 &&
+      value.rfind("http://", 0) != 0) {
+    throw PackError("update_url does not begin with https:// or http://");
+  }
+}
+
+}  // namespace
+
+ParamsView setParameters(const std::string& bundleOrFile, const std::vector<std::string>& changes,
+                         const std::vector<std::string>& removed, Findings& findings) {
+  ParamsView params = readFrom(bundleOrFile, findings);
+  for (const std::string& change : changes) {
+    const std::size_t equals = change.find('=');
+    if (equals == std::string::npos) {
+      throw PackError("\"" + change + "\" is no change", "write NAME=VALUE, or --unset NAME");
+    }
+    const std::string name = change.substr(0, equals);
+    const std::string value = change.substr(equals + 1);
+    check(name, value);
+    setOne(params.parameters, name, value);
+  }
+  for (const std::string& name : removed) {
+    const auto end = std::remove_if(params.parameters.begin(), params.parameters.end(),
+                                    [&](const auto& pair) { return pair.first == name; });
+    if (end == params.parameters.end()) {
+      throw PackError("there is no parameter \"" + name + "\" to remove", "", {params.file, 0});
+    }
+    params.parameters.erase(end, params.parameters.end());
+  }
+  writeParamsFile(params);
+  return params;
+}
+
+}  // namespace quillory::pack

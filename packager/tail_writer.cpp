@@ -1,0 +1,46 @@
+#include "packager/tail_writer.h"
+
+#include <filesystem>
+
+#include "formats/markers.h"
+#include "packager/archive_writer.h"
+#include "packager/findings.h"
+#include "packager/record_writer.h"
+#include "support/owned.h"
+
+namespace quillory::pack {
+
+void writeTailRecords(ByteSink& sink, const TailRecords& tail) {
+  RecordWriter records(sink);
+  records.text("App Name", tail.appName);
+  records.text("App Version", tail.appVersion);
+  records.text("JRE Version", tail.jreVersion);
+  records.text("GU Version", tail.updaterVersion);
+  records.text("Min Splash MS", tail.minSplashMillis);
+  records.text("Signature Public Key", tail.publicKeyHex, kLongValueCapacity);
+  records.text("Can Override Splash", tail.canOverrideSplash);
+  records.text("Install Type", tail.installType);
+  records.text("Silent Parameter", tail.silentParameter);
+  records.text("Required Java Version", tail.requiredJava);
+  records.text("Update URL", tail.updateUrl, kUpdateUrlCapacity);
+}
+
+void writeTailEntry(ByteSink& sink, const TailEntry& entry) {
+  if (entry.source.empty()) {
+    writeFileEntryHeader(sink, entry.path, 0);
+    return;
+  }
+  const std::uint64_t size = std::filesystem::file_size(entry.source);
+  writeFileEntryHeader(sink, entry.path, size);
+  if (copyFileInto(sink, entry.source) != size) {
+    throw PackError("the file changed while it was packed", "pack again when it is at rest",
+                    {entry.source, 0});
+  }
+}
+
+std::string tailMarker() {
+  const OwnedText marker(allocAndInitMarker());
+  return {marker.get(), kTailMarkerLength};
+}
+
+}  // namespace quillory::pack

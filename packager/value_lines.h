@@ -1,0 +1,12 @@
+// Trees of values as people read them.
+#pragma once
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace quillory::pack {
+
+/// Indented lines: "name: value", lists with one item a line; long values are cut, and what cannot
+/// be printed is shown as in C.
+std::string asLines(const nlohmann::ordered_json& value);
+
+}  // namespace quillory::pack

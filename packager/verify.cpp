@@ -1,0 +1,162 @@
+#include "packager/verify.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "packager/bundle_view.h"
+#include "packager/file_kind.h"
+#include "packager/mixed_digest.h"
+
+namespace quillory::pack {
+namespace {
+
+constexpr std::size_t kBlock = 256 * 1024;
+// What the check at the end of an extraction reads of the text.
+constexpr int kCheckedHexCapacity = 4096;
+
+constexpr char kAccepts[] = "a client installs it";
+constexpr char kDeletes[] = "a client deletes everything that it extracted from it";
+
+Digest digestOf(const std::string& path, std::int64_t length) {
+  Findings ignored;
+  RecordInput input(path, ignored);
+  MixedDigest digest;
+  for (std::int64_t left = length; left > 0;) {
+    const std::string block =
+        input.bytes(static_cast<std::size_t>(std::min<std::int64_t>(left, kBlock)));
+    if (block.empty()) {
+      break;
+    }
+    digest.update(block);
+    left -= static_cast<std::int64_t>(block.size());
+  }
+  return digest.finish();
+}
+
+bool holds(const std::string& path, const ListedSignature& signature, const PublicKey& key) {
+  return key.verifies(fromHex(signature.hex.substr(0, kCheckedHexCapacity - 1)),
+                      digestOf(path, signature.offset));
+}
+
+void verifyTail(const TailView& tail, const PublicKey* given, VerifyResult& result) {
+  const std::optional<PublicKey> own = tail.key();
+  const PublicKey* key = given != nullptr ? given : own ? &*own : nullptr;
+  if (given != nullptr && own && given->fingerprint() != own->fingerprint()) {
+    result.findings.push_back({Severity::kError,
+                               "other-key",
+                               "the tail has another key than the one given: its clients check "
+                               "with " +
+                                   own->fingerprint(),
+                               {tail.file, 0},
+                               "pack with the key that earlier versions were signed with"});
+  }
+  for (const ListedEntry& entry : tail.entries) {
+    if (isArchive(entry) && entry.length > 0) {
+      result.verdicts.push_back(verifyRegion(tail.regionOf(entry), isCompressed(entry), entry.path,
+                                             key, result.findings));
+    }
+  }
+  const auto require = [&](bool carried, const ListedEntry* archive, const char* name) {
+    if (carried && archive == nullptr) {
+      result.findings.push_back(
+          {Severity::kError,
+           "missing-entry",
+           std::string("the tail has a version of the ") + name + " and no archive at its place",
+           {tail.file, 0},
+           "make the bundle again"});
+    }
+  };
+  require(tail.carriesUpdater(), tail.updaterArchive(), "updater");
+  require(tail.carriesRuntime(), tail.runtimeArchive(), "runtime");
+  require(tail.carriesApplication(), tail.applicationArchive(), "application");
+}
+
+void checkBundleFolder(const std::string& path, const PublicKey* given, VerifyResult& result) {
+  const BundleView bundle = readBundle(path, result.findings);
+  if (bundle.tail) {
+    verifyTail(*bundle.tail, given, result);
+  }
+}
+
+void verifyArchivePath(const std::string& path, bool compressed, const PublicKey* key,
+                       VerifyResult& result) {
+  result.verdicts.push_back(verifyRegion(wholeFile(path), compressed, path, key, result.findings));
+}
+
+}  // namespace
+
+Verdict verifyRegion(const FileRegion& region, bool compressed, const std::string& name,
+                     const PublicKey* key, Findings& findings) {
+  try {
+    return verifyArchiveFile(PlainArchive(region, compressed), name, key, findings);
+  } catch (const PackError& e) {
+    Finding finding = e.finding();
+    finding.place = {name, 0};
+    findings.push_back(std::move(finding));
+    return {name, Trust::kBroken, "a client cannot unpack it"};
+  }
+}
+
+Verdict verifyArchiveFile(const PlainArchive& archive, const std::string& name,
+                          const PublicKey* key, Findings& findings) {
+  Findings own;
+  const ArchiveListing listing = archive.list(own, name);
+  findings.insert(findings.end(), own.begin(), own.end());
+  if (hasErrors(own)) {
+    return {name, Trust::kBroken, "a client stops at the error, or waits for ever"};
+  }
+  if (!listing.signature) {
+    return {name, Trust::kUnsigned, "it is not signed, and a client installs it all the same"};
+  }
+  if (listing.signature->claimedOffset != listing.signature->offset) {
+    findings.push_back({Severity::kError,
+                        "signature-place",
+                        "the signature block says that it stands at " +
+                            std::to_string(listing.signature->claimedOffset) + ", and stands at " +
+                            std::to_string(listing.signature->offset),
+                        {name, 0},
+                        ""});
+    return {name, Trust::kBroken, kDeletes};
+  }
+  if (key == nullptr) {
+    return {name, Trust::kUnchecked,
+            "it is signed; a client without the key deletes what it extracted from it"};
+  }
+  return holds(archive.path(), *listing.signature, *key) ? Verdict{name, Trust::kVerified, kAccepts}
+                                                         : Verdict{name, Trust::kBroken, kDeletes};
+}
+
+bool VerifyResult::good(bool keyGiven) const {
+  const bool anyChecked = std::any_of(verdicts.begin(), verdicts.end(), [](const Verdict& v) {
+    return v.trust == Trust::kVerified || v.trust == Trust::kUnchecked;
+  });
+  return !hasErrors(findings) &&
+         std::all_of(verdicts.begin(), verdicts.end(), [&](const Verdict& verdict) {
+           return verdict.trust == Trust::kVerified || verdict.trust == Trust::kUnchecked ||
+                  (verdict.trust == Trust::kUnsigned && !keyGiven && !anyChecked);
+         });
+}
+
+VerifyResult verifyPath(const std::string& path, const std::string& keyFile) {
+  std::optional<PublicKey> key;
+  if (!keyFile.empty()) {
+    key = PublicKey::load(keyFile);
+  }
+  const PublicKey* given = key ? &*key : nullptr;
+  VerifyResult result;
+  const FileKind kind = fileKindOf(path);
+  if (kind == FileKind::kBundle) {
+    checkBundleFolder(path, given, result);
+  } else if (kind == FileKind::kTail || kind == FileKind::kExecutable) {
+    if (const auto tail = readTail(path, kind == FileKind::kExecutable, result.findings)) {
+      verifyTail(*tail, given, result);
+    }
+  } else if (kind == FileKind::kArchive || kind == FileKind::kCompressedArchive) {
+    verifyArchivePath(path, kind == FileKind::kCompressedArchive, given, result);
+  } else {
+    throw PackError("is neither a bundle nor an archive", "", {path, 0});
+  }
+  return result;
+}
+
+}  // namespace quillory::pack
