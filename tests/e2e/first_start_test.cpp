@@ -14,14 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 
-std::vector<std::string> namesIn(const std::string& folder) {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder))
-    names.push_back(entry.path().filename().string());
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 /// One installation for all tests of the suite, which only look at it.
 class FirstStart : public ::testing::Test {
  protected:
@@ -193,7 +185,8 @@ TEST_F(FirstStart, WritesTheSameLinesToALogFileUpToTheLaunch) {
   std::istringstream lines(log);
   for (std::string line; std::getline(lines, line);) {
     // Some section names end with a line end of their own: then an empty line follows.
-    if (!line.empty()) EXPECT_EQ(logLines(line).size(), 1U) << line;
+    if (line.empty()) continue;
+    EXPECT_EQ(logLines(line).size(), 1U) << line;
   }
 }
 

@@ -54,10 +54,6 @@ SigningKey makeKey(const char* bits) {
   return {readFile(folder / "key.pem"), toHex(readFile(folder / "public.der"))};
 }
 
-std::string archiveOf(const std::string& entries, const SigningKey* key) {
-  return key == nullptr ? unsignedArchive(entries) : signedArchive(entries, *key);
-}
-
 }  // namespace
 
 std::string fileEntry(std::string_view path, std::string_view content) {
@@ -109,6 +105,10 @@ std::string signedArchive(const std::string& entries, const SigningKey& key) {
 
 std::string unsignedArchive(const std::string& entries) { return entries + records({""}); }
 
+std::string packedArchive(const std::string& entries, const SigningKey* key) {
+  return lzma(key == nullptr ? unsignedArchive(entries) : signedArchive(entries, *key));
+}
+
 std::string launchFileBytes(const LaunchFile& file) {
   std::string bytes = records({"6", file.mainClass, "", file.appName, "", "0", file.memory,
                                file.stack, std::to_string(file.classPath.size())});
@@ -140,35 +140,39 @@ std::string updaterEntries(const LaunchFile& launchFile, const SigningKey* key) 
                               fileEntry("report.jar", readFile(QUILLORY_REPORT_JAR));
   return fileEntry("lzma64", readFile(QUILLORY_LZMA64)) +
          fileEntry("nativesplash.png", readFile(QUILLORY_TEST_PICTURE)) + emptyEntry("cacerts") +
-         emptyEntry("verpatch.exe") + fileEntry("GU.p2.l2", lzma(archiveOf(content, key)));
+         emptyEntry("verpatch.exe") + fileEntry("GU.p2.l2", packedArchive(content, key));
+}
+
+std::string runtimeContent() {
+  return folderEntry("Contents") + folderEntry("Contents/MacOS") + folderEntry("Contents/Home") +
+         entriesOf(QUILLORY_TEST_RUNTIME, "Contents/Home/") +
+         fileEntry("Contents/Home/lib/rt.jar", "not looked into");
 }
 
 std::string runtimeEntry(const SigningKey* key) {
-  const std::string content = folderEntry("Contents") + folderEntry("Contents/MacOS") +
-                              folderEntry("Contents/Home") +
-                              entriesOf(QUILLORY_TEST_RUNTIME, "Contents/Home/") +
-                              fileEntry("Contents/Home/lib/rt.jar", "not looked into");
   // The runtime is the same in every test and large: compress it once a process.
-  static const std::string unsignedRuntime = lzma(unsignedArchive(content));
+  static const std::string unsignedRuntime = packedArchive(runtimeContent(), nullptr);
   return fileEntry("JRE.p2.l2",
-                   key == nullptr ? unsignedRuntime : lzma(signedArchive(content, *key)));
+                   key == nullptr ? unsignedRuntime : packedArchive(runtimeContent(), key));
 }
 
-std::string scriptRuntimeEntry(const SigningKey* key) {
+std::string scriptRuntimeContent() {
   const std::string script =
       "#!/bin/sh\n"
       "[ \"$1\" = -Xshare:dump ] && exit 0\n"
       "for argument in \"$@\"; do echo \"$argument\"; done >\"${0%/*/*/*}/starting\"\n"
       "mv \"${0%/*/*/*}/starting\" \"${0%/*/*/*}/started\"\n";
-  const std::string content = folderEntry("Contents") +
-                              fileEntry("Contents/Home/bin/java", script) +
-                              fileEntry("Contents/Home/lib/rt.jar", "not looked into") +
-                              fileEntry("Contents/Home/lib/security/cacerts", "the runtime's own");
-  return fileEntry("JRE.p2.l2", lzma(archiveOf(content, key)));
+  return folderEntry("Contents") + fileEntry("Contents/Home/bin/java", script) +
+         fileEntry("Contents/Home/lib/rt.jar", "not looked into") +
+         fileEntry("Contents/Home/lib/security/cacerts", "the runtime's own");
+}
+
+std::string scriptRuntimeEntry(const SigningKey* key) {
+  return fileEntry("JRE.p2.l2", packedArchive(scriptRuntimeContent(), key));
 }
 
 std::string applicationEntries(const std::string& content, const SigningKey* key) {
-  return fileEntry("App.p2.l2", lzma(archiveOf(content, key))) + emptyEntry("App.extra");
+  return fileEntry("App.p2.l2", packedArchive(content, key)) + emptyEntry("App.extra");
 }
 
 HandMadeBundle::HandMadeBundle(const std::string& folder, const Tail& tail,

@@ -28,6 +28,9 @@ struct SigningKey {
 const SigningKey& testKey();
 const SigningKey& otherKey();
 
+/// An archive signed with `key`, or unsigned without one, LZMA-compressed: as it travels in a tail
+/// and lies under an update URL.
+std::string packedArchive(const std::string& entries, const SigningKey* key);
 /// The entries with a signature block behind them.
 std::string signedArchive(const std::string& entries, const SigningKey& key = testKey());
 /// The entries with the empty record that ends an unsigned archive.
@@ -71,11 +74,14 @@ std::string parameterBytes(const Parameters& parameters);
 /// The five entries that every tail with an updater begins with: the LZMA tool, the splash picture
 /// and the updater's archive with the test application Report.
 std::string updaterEntries(const LaunchFile& launchFile = {}, const SigningKey* key = &testKey());
-/// The entry of a real Java runtime in the shape of a bundle, unsigned for speed unless a key is
-/// given.
+/// What the archive of a real Java runtime holds, in the shape of a bundle.
+std::string runtimeContent();
+/// The entry of that runtime, unsigned for speed unless a key is given.
 std::string runtimeEntry(const SigningKey* key = nullptr);
-/// The entry of a stand-in for a runtime: small, without a JVM library, with a shell script as
-/// `java` that appends its arguments, a line each, to the file "started" beside the bundle.
+/// What the archive of a stand-in for a runtime holds: small, without a JVM library, with a script
+/// as `java` that writes its arguments, a line each, to the file "started" beside the bundle.
+std::string scriptRuntimeContent();
+/// The entry of that stand-in.
 std::string scriptRuntimeEntry(const SigningKey* key = nullptr);
 /// The two entries of an application whose archive holds `content`.
 std::string applicationEntries(const std::string& content, const SigningKey* key = &testKey());

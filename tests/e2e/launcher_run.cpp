@@ -23,9 +23,15 @@ ChildOptions TestUser::options() const {
                          {"LD_PRELOAD", "libnss_wrapper.so"},
                          {"NSS_WRAPPER_PASSWD", folder_ / "passwd"},
                          {"NSS_WRAPPER_GROUP", folder_ / "group"},
+                         // The sanitizers refuse what the wrapper prefers.
+                         {"NSS_WRAPPER_DISABLE_DEEPBIND", "1"},
                          {"ASAN_OPTIONS", "detect_leaks=0:verify_asan_link_order=0"},
                          {"LC_ALL", "C.UTF-8"}};
-  options.unset = {"DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "JAVA_TOOL_OPTIONS"};
+  options.unset = {"DISPLAY",           "DBUS_SESSION_BUS_ADDRESS",
+                   "JAVA_TOOL_OPTIONS", "http_proxy",
+                   "https_proxy",       "HTTPS_PROXY",
+                   "all_proxy",         "ALL_PROXY",
+                   "no_proxy",          "NO_PROXY"};
   options.limit = std::chrono::seconds(120);
   return options;
 }
@@ -35,6 +41,14 @@ ChildResult start(const HandMadeBundle& bundle, const TestUser& user,
   std::vector<std::string> command = {bundle.executable()};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return runChild(command, user.options());
+}
+
+std::vector<std::string> namesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    names.push_back(entry.path().filename().string());
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 std::vector<std::string> logLines(const std::string& text) {
@@ -69,7 +83,7 @@ bool linesInOrder(const ChildResult& result, const std::vector<std::string>& lin
 
 std::vector<std::string> startedArguments(const TestUser& user, const std::string& app) {
   const std::string path = user.master(app) + "/started";
-  for (int tries = 0; tries < 200 && !std::filesystem::exists(path); ++tries)
+  for (int tries = 0; tries < 1000 && !std::filesystem::exists(path); ++tries)
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   if (!std::filesystem::exists(path)) return {};
   std::vector<std::string> lines;

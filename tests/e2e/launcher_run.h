@@ -34,6 +34,9 @@ class TestUser {
 ChildResult start(const HandMadeBundle& bundle, const TestUser& user,
                   const std::vector<std::string>& arguments = {});
 
+/// Names in a folder, in byte order.
+std::vector<std::string> namesIn(const std::string& folder);
+
 /// The lines of a log or an output that come from our log, without "+123     ".
 std::vector<std::string> logLines(const std::string& text);
 /// How often `line` stands among them.

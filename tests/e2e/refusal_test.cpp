@@ -186,10 +186,10 @@ TEST(KilledStart, LeavesNothingThatANextStartTakesForWhole) {
     const TestUser user;
     const HandMadeBundle bundle(folder.str(), quickTail(), {{"jre_name", "JRE"}});
     {
-      BackgroundChild child({bundle.executable()}, user.options());
+      BackgroundChild child({bundle.executable(), "argument"}, user.options());
       ASSERT_TRUE(child.waitForOutput(moment)) << child.out();
       child.sendSignal(SIGKILL);
-      EXPECT_EQ(child.finish().signal, SIGKILL);
+      child.finish();  // On a busy machine it may have come to its end meanwhile.
     }
     const ChildResult next = start(bundle, user, {"argument"});
     EXPECT_EQ(next.exitStatus, 0) << next.out;
