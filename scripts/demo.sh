@@ -1,0 +1,125 @@
+#!/usr/bin/env bash
+# Usage: scripts/demo.sh [--online | --clean]
+#
+# Sets the machine up, builds, packs the sample application with a Java runtime of its own into
+# "build/demo/Hello Quillory.app", and starts it twice: the first start installs it in the home
+# folder, the second finds it current. --online packs it without a runtime, which the first start
+# gets from a web server of the demo's own. --clean removes what the demo has made, also there.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+demo=$PWD/build/demo
+app="$demo/Hello Quillory.app"
+home=$(getent passwd "$(id -u)" 2>/dev/null | cut -d: -f6 || true)
+master="${home:-$HOME}/Library/Application Support/Quillory-Hello Quillory"
+
+clean() {
+  rm -rf "$demo" "$master"
+  echo "Removed $demo"
+  echo "Removed $master"
+}
+
+say() { printf '\n\033[1m%s\033[0m\n' "$*"; }
+
+build() {
+  scripts/setup.sh "$@"
+  mkdir -p build
+  cmake --preset release >build/configure.log || { cat build/configure.log; return 1; }
+  cmake --build --preset release
+}
+
+# What a person who ships the application has: its jar, a picture, and quillory.toml.
+pack() {
+  rm -rf "$demo" "$master"
+  mkdir -p "$demo/source"
+  cp examples/hello/{quillory.toml,nativesplash.png} build/release/share/quillory/hello.jar \
+    "$demo/source"
+  build/release/bin/quillory-pack keygen "$demo/source/signing.pem"
+  build/release/bin/quillory-pack bundle "$demo/source/quillory.toml" --output "$demo" \
+    --compression 1
+}
+
+# Starts the application and shows what it printed. The launcher's own lines, which begin with the
+# milliseconds since the one before, are in its log.
+start() {
+  local begin end
+  begin=$(date +%s%N)
+  "$app/Contents/MacOS/HelloQuillory" --close-after=3000 "$@" >"$demo/start.out" 2>"$demo/start.err"
+  end=$(date +%s%N)
+  sed -n '/^Hello from Java/,/^url request/p' "$demo/start.out" | sed '/^+[0-9]/d; s/^/  /'
+  echo "  (the whole start took $(((end - begin) / 1000000)) ms)"
+}
+
+# Serves the release files at $url for as long as this script runs.
+serve() {
+  local server="$demo/server" port=8480
+  while (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; do port=$((port + 1)); done
+  url="http://127.0.0.1:$port/"
+  mkdir -p "$server"
+  cat >"$server/nginx.conf" <<EOT
+$([ "$(id -u)" != 0 ] || echo "user $(id -un) $(id -gn);")
+daemon off;
+pid nginx.pid;
+events {}
+http {
+  log_format short '  \$status \$request_uri (\$body_bytes_sent bytes)';
+  access_log access.log short;
+  client_body_temp_path body; proxy_temp_path proxy; fastcgi_temp_path fastcgi;
+  uwsgi_temp_path uwsgi; scgi_temp_path scgi;
+  server { listen 127.0.0.1:$port; root ../release; }
+}
+EOT
+  nginx -p "$server/" -e error.log -c nginx.conf &
+  trap "kill $! 2>/dev/null && wait $! || true" EXIT
+  until (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; do
+    kill -0 $! || return 1
+    sleep 0.1
+  done
+}
+
+# The same application without a runtime, and with the address of the release files.
+pack_online() {
+  local config="$demo/source/online.toml"
+  { sed '/^jlink = true/d' "$demo/source/quillory.toml"; printf '[update]\nurl = "%s"\n' "$url"; } \
+    >"$config"
+  app="$demo/online/Hello Quillory.app"
+  build/release/bin/quillory-pack bundle "$config" --output "$demo/online" --compression 1
+}
+
+demo_online() {
+  build --online
+  say "Packing the sample application, and its runtime for the web server"
+  pack
+  serve
+  pack_online
+  du -sh "$demo"/{,online/}*.app | sed "s|$demo/|  |"
+  say "First start: gets the runtime from $url, installs everything, and runs it"
+  start "first start" "an argument with spaces"
+  grep -ahoE '\[JRE(Search|Download)\] (JRE (is valid|Version is).*|JRE Downloaded OK)' \
+    "$demo/start.out" | sed 's/^/  /'
+  say "What the web server was asked for"
+  cat "$demo/server/access.log"
+}
+
+demo_offline() {
+  build
+  say "Packing the sample application"
+  pack
+  say "First start: installs the updater, the runtime and the application, and runs it"
+  start "first start" "an argument with spaces"
+}
+
+case "${1:-}" in
+  --clean) clean; exit ;;
+  --online) demo_online ;;
+  *) demo_offline ;;
+esac
+say "Second start: everything is current"
+start "second start"
+say "Where things are"
+cat <<EOT
+  application  $app
+  installed    $master
+  log          $(ls -t "$master"/logs/*.log | head -n 1)
+  remove all   scripts/demo.sh --clean
+EOT
