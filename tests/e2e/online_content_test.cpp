@@ -14,6 +14,7 @@ struct BadVersion {
   const char* name;
   std::string content;
   std::string error;
+  friend void PrintTo(const BadVersion& test, std::ostream* out) { *out << test.name; }
 };
 
 class OnlineVersion : public OnlineFailure, public ::testing::WithParamInterface<BadVersion> {};
@@ -56,6 +57,7 @@ struct BadArchive {
   const char* name;
   std::string (*archive)();
   std::string error;
+  friend void PrintTo(const BadArchive& test, std::ostream* out) { *out << test.name; }
 };
 
 std::string withByteChanged(std::string bytes, std::size_t place) {

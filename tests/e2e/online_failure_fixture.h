@@ -48,15 +48,12 @@ class OnlineFailure : public ::testing::Test {
   OnlineMachine machine_;
 };
 
-/// Cases are called by their names, in the names of the tests and in reports.
+/// Cases are called by their names, in the names of the tests; each has a PrintTo() for reports.
 struct NameOfCase {
   template <typename Case>
   std::string operator()(const ::testing::TestParamInfo<Case>& test) const {
     return test.param.name;
   }
 };
-template <typename Case>
-requires requires(const Case& test) { test.name; }
-void PrintTo(const Case& test, std::ostream* out) { *out << test.name; }
 
 }  // namespace quillory::testing

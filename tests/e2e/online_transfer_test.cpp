@@ -13,6 +13,7 @@ using ::testing::HasSubstr;
 struct BadTransfer {
   const char* name;
   HttpAnswer (*answer)(const std::string& body);
+  friend void PrintTo(const BadTransfer& test, std::ostream* out) { *out << test.name; }
 };
 
 class OnlineTransfer : public OnlineFailure, public ::testing::WithParamInterface<BadTransfer> {};

@@ -1,0 +1,57 @@
+// URLs that a desktop sends while the launcher installs, over a session bus of each test's own.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/e2e/halted_start.h"
+
+namespace quillory::testing {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class DesktopUrl : public HaltedStart {
+ protected:
+  DesktopUrl() : daemon_({"dbus-daemon", "--session", "--nofork", "--print-address=1"}) {
+    busAddress_ = firstLineOf(daemon_);
+  }
+
+  /// As a desktop does when the user follows a link; returns when the launcher has answered.
+  void open(const std::string& url) const {
+    ChildOptions options;
+    options.environment["DBUS_SESSION_BUS_ADDRESS"] = busAddress_;
+    const ChildResult result =
+        runChild({"gdbus", "call", "--session", "--dest", kHaltedIdentifier, "--object-path",
+                  "/io/quillory/tests/Halted", "--method", "org.freedesktop.Application.Open",
+                  "['" + url + "']", "{}"},
+                 options);
+    EXPECT_EQ(result.out, "()\n") << result.err;
+  }
+
+ private:
+  BackgroundChild daemon_;
+};
+
+TEST_F(DesktopUrl, TheSecondOfTwoArrivesInJava) {
+  startAndHalt();
+  open("demo://first?a=1");
+  open("demo://second?b=%20c&d=\xc3\xa4");
+  const ChildResult result = finish();
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_THAT(report(), HasSubstr("\nproperty qydyna_url_req=demo://second?b=%20c&d=\xc3\xa4\n"));
+  EXPECT_THAT(report(), Not(HasSubstr("demo://first")));
+  EXPECT_THAT(result.err, HasSubstr("[Quillory] [URL] Latest request is "
+                                    "'demo://second?b=%20c&d=\xc3\xa4'"));
+}
+
+TEST_F(DesktopUrl, NoneIsNoProperty) {
+  startAndHalt();
+  const ChildResult result = finish();
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_THAT(report(), HasSubstr("\nproperty qystat_app_dir="));
+  EXPECT_THAT(report(), Not(HasSubstr("url_req")));
+  EXPECT_THAT(result.err, HasSubstr("[Quillory] [URL] Latest request is NULL"));
+}
+
+}  // namespace
+}  // namespace quillory::testing
