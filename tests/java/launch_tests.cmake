@@ -29,7 +29,7 @@ add_dependencies(launch_tests launch_probe probe_jar stub_jvm stub_no_jvm test_r
 
 # LSan takes what the Objective-C libraries keep for leaks.
 quillory_test(bundle_cocoa_tests SOURCES bundle_loader_cocoa_test.cpp
-              LIBRARIES quillory_java_cocoa ENVIRONMENT ASAN_OPTIONS=detect_leaks=0)
+              LIBRARIES quillory_java_cocoa COCOA)
 target_compile_definitions(bundle_cocoa_tests PRIVATE
   QUILLORY_STUB_NO_JVM="$<TARGET_FILE:stub_no_jvm>")
 add_dependencies(bundle_cocoa_tests stub_no_jvm)
