@@ -29,13 +29,14 @@ modules = ["java.base"]
 [signing]
 key = "key.pem"
 TOML
-"$bin/quillory-pack" bundle -q --compression 0
+"$bin/quillory-pack" bundle -q --compression 0 >/dev/null
 
 . "$here/own_home.sh"
 launcher=$(echo "$work"/dist/Short.app/Contents/MacOS/*)
 "$launcher" >first-start.log 2>&1
 runtime=$(echo "$work"/home/Library/*/Quillory-Short/Quillory-JRE-*-complete)
-jpackage --type app-image --name short --input . --main-jar short.jar --main-class ShortMain \
+mkdir input && cp short.jar input
+jpackage --type app-image --name short --input input --main-jar short.jar --main-class ShortMain \
   --runtime-image "$runtime" --dest jpackaged >/dev/null
 
 measure() {  # FILE COMMAND...: one run, appended to FILE

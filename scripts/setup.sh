@@ -20,7 +20,7 @@ packages=(
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libnss-wrapper openssl xz-utils curl
   python3 python3-pycryptodome
-  xvfb x11-utils imagemagick xdotool dbus libglib2.0-bin hyperfine time sudo
+  xvfb x11-utils imagemagick xdotool dbus libglib2.0-bin hyperfine sudo
 )
 web_server=(nginx-light)
 homebrew=(cmake ninja pkg-config libtomcrypt libtommath xz toml11 cli11 nlohmann-json googletest
