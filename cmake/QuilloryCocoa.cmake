@@ -3,9 +3,13 @@
 if(APPLE)
   enable_language(OBJCXX)
   add_library(quillory_cocoa_flags INTERFACE)
+  # A message that no declaration answers is a mistake, not a wish.
   target_compile_options(quillory_cocoa_flags INTERFACE
-                         $<$<COMPILE_LANGUAGE:OBJCXX>:-std=gnu++20;-fno-objc-arc>)
-  target_link_libraries(quillory_cocoa_flags INTERFACE "-framework Cocoa" Threads::Threads)
+                         "$<$<COMPILE_LANGUAGE:OBJCXX>:-std=gnu++20;-fno-objc-arc;\
+-Werror=objc-method-access;-Werror=undeclared-selector>")
+  # Each framework by its own name: the umbrella over them would be one more to load.
+  target_link_libraries(quillory_cocoa_flags INTERFACE "-framework AppKit" "-framework Foundation"
+                        "-framework CoreFoundation" "-framework CoreGraphics" objc Threads::Threads)
 else()
   # Detection would take clang++ where it is installed; GNUstep's runtime here is gcc's.
   if(NOT CMAKE_OBJCXX_COMPILER)

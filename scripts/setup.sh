@@ -22,6 +22,9 @@ packages=(
   python3 python3-pycryptodome
   xvfb x11-utils imagemagick xdotool dbus libglib2.0-bin hyperfine sudo
 )
+# The macOS programs (scripts/build-macos.sh), and the fuzz preset.
+packages+=(llvm-14 dpkg-dev clang-14 libclang-rt-14-dev)
+command -v npm >/dev/null || packages+=(npm)
 web_server=(nginx-light)
 homebrew=(cmake ninja pkg-config libtomcrypt libtommath xz toml11 cli11 nlohmann-json googletest
           google-benchmark openjdk@17 hyperfine)

@@ -1,4 +1,4 @@
-// A scripted demonstration of the splash, for whoever works on it. Nothing in the launcher starts it.
+// A scripted demonstration of the splash, for whoever works on it. The launcher never starts it.
 #pragma once
 #import "cocoa.h"
 

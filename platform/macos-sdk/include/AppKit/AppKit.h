@@ -1,0 +1,106 @@
+// AppKit, as far as the launcher calls it.
+#pragma once
+#import <Foundation/Foundation.h>
+
+@class NSMenu;
+
+typedef NSInteger NSWindowLevel;
+typedef NSUInteger NSWindowStyleMask;
+typedef NSUInteger NSBackingStoreType;
+enum : NSBackingStoreType { NSBackingStoreBuffered = 2 };
+typedef NSUInteger NSCompositingOperation;
+typedef NSString* NSColorSpaceName;
+
+extern "C" {
+
+extern const NSColorSpaceName NSCalibratedRGBColorSpace;
+
+void NSRectFill(NSRect rect);
+
+}  // extern "C"
+
+@interface NSResponder : NSObject
+@end
+
+@interface NSApplication : NSResponder
++ (NSApplication*)sharedApplication;
+- (void)run;
+- (NSMenu*)mainMenu;
+@end
+
+extern "C" NSApplication* NSApp;
+
+@interface NSBundle (NSNibLoading)
++ (BOOL)loadNibFile:(NSString*)path externalNameTable:(NSDictionary*)names withZone:(NSZone*)zone;
+@end
+
+@interface NSMenuItem : NSObject
+- (NSMenu*)submenu;
+- (NSString*)title;
+- (void)setTitle:(NSString*)title;
+@end
+
+@interface NSMenu : NSObject
+- (NSInteger)numberOfItems;
+- (NSMenuItem*)itemAtIndex:(NSInteger)index;
+@end
+
+@interface NSColor : NSObject
++ (NSColor*)whiteColor;
+- (void)set;
+@end
+
+@interface NSImageRep : NSObject
+- (NSSize)size;
+@end
+
+@interface NSBitmapImageRep : NSImageRep
+- (instancetype)initWithBitmapDataPlanes:(unsigned char**)planes
+                              pixelsWide:(NSInteger)width
+                              pixelsHigh:(NSInteger)height
+                           bitsPerSample:(NSInteger)bitsPerSample
+                         samplesPerPixel:(NSInteger)samplesPerPixel
+                                hasAlpha:(BOOL)hasAlpha
+                                isPlanar:(BOOL)isPlanar
+                          colorSpaceName:(NSColorSpaceName)colorSpaceName
+                             bytesPerRow:(NSInteger)bytesPerRow
+                            bitsPerPixel:(NSInteger)bitsPerPixel;
++ (instancetype)imageRepWithData:(NSData*)data;
+- (unsigned char*)bitmapData;
+@end
+
+@interface NSImage : NSObject
+- (instancetype)initWithSize:(NSSize)size;
+- (NSSize)size;
+- (void)addRepresentation:(NSImageRep*)representation;
+- (void)drawAtPoint:(NSPoint)point
+           fromRect:(NSRect)source
+          operation:(NSCompositingOperation)operation
+           fraction:(CGFloat)opacity;
+@end
+
+@interface NSView : NSResponder
+- (instancetype)initWithFrame:(NSRect)frame;
+- (NSRect)bounds;
+- (void)drawRect:(NSRect)dirty;
+- (void)setNeedsDisplay:(BOOL)isNeeded;
+- (void)setNeedsDisplayInRect:(NSRect)rect;
+@end
+
+@interface NSWindow : NSResponder
+- (instancetype)initWithContentRect:(NSRect)rect
+                          styleMask:(NSWindowStyleMask)style
+                            backing:(NSBackingStoreType)backing
+                              defer:(BOOL)isDeferred;
+- (NSRect)frame;
+- (void)setFrame:(NSRect)frame display:(BOOL)isDisplayed animate:(BOOL)isAnimated;
+- (void)setReleasedWhenClosed:(BOOL)isReleased;
+- (void)setBackgroundColor:(NSColor*)color;
+- (void)setHasShadow:(BOOL)hasShadow;
+- (void)setContentView:(NSView*)view;
+- (void)setLevel:(NSWindowLevel)level;
+- (void)center;
+- (void)makeKeyAndOrderFront:(id)sender;
+- (void)orderOut:(id)sender;
+- (void)close;
+@end

@@ -1,0 +1,17 @@
+// CoreFoundation: bundles.
+#pragma once
+
+extern "C" {
+
+typedef unsigned char Boolean;
+typedef const struct __CFAllocator* CFAllocatorRef;
+typedef const struct __CFURL* CFURLRef;
+typedef struct __CFError* CFErrorRef;
+typedef struct __CFBundle* CFBundleRef;
+
+extern const CFAllocatorRef kCFAllocatorDefault;
+
+CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef bundleURL);
+Boolean CFBundleLoadExecutableAndReturnError(CFBundleRef bundle, CFErrorRef* error);
+
+}  // extern "C"

@@ -1,0 +1,155 @@
+// Foundation, as far as the launcher calls it.
+#pragma once
+#include <CoreFoundation/CoreFoundation.h>
+#include <CoreGraphics/CoreGraphics.h>
+#include <objc/NSObject.h>
+#include <stdint.h>
+
+@class NSDate, NSDictionary, NSError, NSString, NSURL, NSURLResponse;
+
+typedef long NSInteger;
+typedef unsigned long NSUInteger;
+typedef double NSTimeInterval;
+typedef struct _NSZone NSZone;
+typedef CGPoint NSPoint;
+typedef CGSize NSSize;
+typedef CGRect NSRect;
+
+extern "C" {
+
+extern const NSRect NSZeroRect;
+
+void NSLog(NSString* format, ...) __attribute__((format(__NSString__, 1, 2)));
+
+}  // extern "C"
+
+inline NSPoint NSMakePoint(CGFloat x, CGFloat y) { return {x, y}; }
+inline NSSize NSMakeSize(CGFloat width, CGFloat height) { return {width, height}; }
+inline NSRect NSMakeRect(CGFloat x, CGFloat y, CGFloat width, CGFloat height) {
+  return {{x, y}, {width, height}};
+}
+inline CGFloat NSMaxY(NSRect rect) { return rect.origin.y + rect.size.height; }
+
+@interface NSObject (NSThreadPerformAdditions)
+- (void)performSelectorOnMainThread:(SEL)selector withObject:(id)argument waitUntilDone:(BOOL)wait;
+@end
+
+@interface NSAutoreleasePool : NSObject
+- (void)drain;
+@end
+
+typedef NSUInteger NSStringEncoding;
+enum : NSStringEncoding { NSUTF8StringEncoding = 4, NSISOLatin1StringEncoding = 5 };
+
+@interface NSString : NSObject
++ (instancetype)stringWithUTF8String:(const char*)text;
++ (instancetype)stringWithFormat:(NSString*)format, ... __attribute__((format(__NSString__, 1, 2)));
+- (instancetype)initWithBytes:(const void*)bytes
+                       length:(NSUInteger)length
+                     encoding:(NSStringEncoding)encoding;
+- (const char*)UTF8String;
+- (const char*)fileSystemRepresentation;
+- (NSString*)stringByReplacingOccurrencesOfString:(NSString*)target
+                                       withString:(NSString*)replacement;
+@end
+
+@interface NSData : NSObject
++ (instancetype)dataWithContentsOfFile:(NSString*)path;
+- (const void*)bytes;
+- (NSUInteger)length;
+@end
+
+@interface NSDictionary : NSObject
++ (instancetype)dictionaryWithObject:(id)object forKey:(id)key;
+- (id)objectForKey:(id)key;
+@end
+
+@interface NSError : NSObject
+- (NSString*)localizedDescription;
+- (NSDictionary*)userInfo;
+@end
+
+@interface NSDate : NSObject
++ (instancetype)dateWithTimeIntervalSinceNow:(NSTimeInterval)seconds;
+@end
+
+@interface NSBundle : NSObject
++ (NSBundle*)mainBundle;
++ (instancetype)bundleWithPath:(NSString*)path;
+- (NSDictionary*)infoDictionary;
+- (NSString*)pathForResource:(NSString*)name ofType:(NSString*)extension;
+@end
+
+@interface NSFileManager : NSObject
++ (NSFileManager*)defaultManager;
+- (NSString*)stringWithFileSystemRepresentation:(const char*)text length:(NSUInteger)length;
+- (BOOL)moveItemAtPath:(NSString*)from toPath:(NSString*)to error:(NSError**)error;
+@end
+
+@interface NSThread : NSObject
++ (NSThread*)currentThread;
++ (BOOL)isMainThread;
++ (void)sleepForTimeInterval:(NSTimeInterval)seconds;
+- (instancetype)initWithTarget:(id)target selector:(SEL)selector object:(id)argument;
+- (void)start;
+- (void)cancel;
+- (BOOL)isCancelled;
+@end
+
+typedef NSString* NSRunLoopMode;
+extern "C" const NSRunLoopMode NSDefaultRunLoopMode;
+
+@interface NSRunLoop : NSObject
++ (NSRunLoop*)currentRunLoop;
+- (BOOL)runMode:(NSRunLoopMode)mode beforeDate:(NSDate*)limit;
+@end
+
+@interface NSURL : NSObject
++ (instancetype)URLWithString:(NSString*)text;
++ (NSURL*)fileURLWithPath:(NSString*)path isDirectory:(BOOL)isDirectory;
+- (NSString*)absoluteString;
+@end
+
+typedef NSUInteger NSURLRequestCachePolicy;
+enum : NSURLRequestCachePolicy { NSURLRequestUseProtocolCachePolicy = 0 };
+
+@interface NSURLRequest : NSObject
++ (instancetype)requestWithURL:(NSURL*)url
+                   cachePolicy:(NSURLRequestCachePolicy)policy
+               timeoutInterval:(NSTimeInterval)seconds;
+@end
+
+static const long long NSURLResponseUnknownLength = -1;
+
+@interface NSURLResponse : NSObject
+- (NSURL*)URL;
+- (long long)expectedContentLength;
+@end
+
+@interface NSHTTPURLResponse : NSURLResponse
+- (NSInteger)statusCode;
+@end
+
+extern "C" NSString* const NSURLErrorFailingURLStringErrorKey;
+
+@interface NSURLDownload : NSObject
+- (instancetype)initWithRequest:(NSURLRequest*)request delegate:(id)delegate;
+- (void)setDestination:(NSString*)path allowOverwrite:(BOOL)allowOverwrite;
+@end
+
+typedef uint32_t AEEventClass;
+typedef uint32_t AEEventID;
+typedef uint32_t AEKeyword;
+
+@interface NSAppleEventDescriptor : NSObject
+- (NSAppleEventDescriptor*)paramDescriptorForKeyword:(AEKeyword)keyword;
+- (NSString*)stringValue;
+@end
+
+@interface NSAppleEventManager : NSObject
++ (NSAppleEventManager*)sharedAppleEventManager;
+- (void)setEventHandler:(id)handler
+            andSelector:(SEL)selector
+          forEventClass:(AEEventClass)eventClass
+             andEventID:(AEEventID)eventID;
+@end

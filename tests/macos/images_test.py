@@ -1,0 +1,210 @@
+"""What the macOS images are made of, read from the files: nothing here can run one.
+
+Usage: images_test.py ROOT IMAGE..., with the top of the sources and what scripts/build-macos.sh
+made of them; an image is thin or universal.
+"""
+
+import functools
+import hashlib
+import pathlib
+import re
+import struct
+import sys
+import tempfile
+import unittest
+
+import macho
+
+ROOT = pathlib.Path(sys.argv[1])
+FILES = [pathlib.Path(file).absolute() for file in sys.argv[2:]]
+SDK = ROOT / "platform" / "macos-sdk"
+
+SYSTEM = "/usr/lib/libSystem.B.dylib"
+FRAMEWORKS = "/System/Library/Frameworks"
+LAUNCHER_LIBRARIES = {
+    f"{FRAMEWORKS}/AppKit.framework/Versions/C/AppKit",
+    f"{FRAMEWORKS}/CoreFoundation.framework/Versions/A/CoreFoundation",
+    f"{FRAMEWORKS}/CoreGraphics.framework/Versions/A/CoreGraphics",
+    f"{FRAMEWORKS}/Foundation.framework/Versions/C/Foundation",
+    "/usr/lib/libobjc.A.dylib",
+    SYSTEM,
+}
+STUBS = {path.stem: path for path in [*SDK.glob("Frameworks/*/*.tbd"), *SDK.glob("lib/*.tbd")]}
+
+# The classes by which the system calls the launcher, and the messages that it sends them.
+CLASSES = {
+    "AppRunner": ("NSObject", {"runThread:"}),
+    "Downloader": ("NSObject", {"startDownloadingURL:fromURL:toFile:",
+                                "download:didReceiveResponse:",
+                                "download:didReceiveDataOfLength:",
+                                "downloadDidFinish:",
+                                "download:didFailWithError:"}),
+    "Redrawer": ("NSObject", {"runThread:"}),
+    "SplashView": ("NSView", {"initWithFrame:", "drawRect:", "dealloc"}),
+    "URLHandler": ("NSObject", {"init", "handleURLEvent:withReplyEvent:", "getRequestedURL"}),
+}
+
+# Messages that the compiler sends by functions of the run-time library.
+BY_FUNCTION = {
+    "alloc": "_objc_alloc",
+    "init": "_objc_alloc_init",
+    "retain": "_objc_retain",
+    "release": "_objc_release",
+    "autorelease": "_objc_autorelease",
+}
+
+
+def marker_of(page):
+    """The bytes of a marker, from the page that tells producers of them."""
+    text = (ROOT / "docs" / "formats" / page).read_text(encoding="utf-8")
+    block = re.search(r"marker is\s+these \d+ bytes:\n\n((?: {4}(?:[0-9a-f]{2} ?){32}\n)+)", text)
+    return bytes.fromhex(block[1])
+
+
+def declared_selectors():
+    """The selectors of every method that our headers declare."""
+    for header in SDK.glob("include/**/*.h"):
+        text = re.sub(r"//.*|__attribute__\(\(.*?\)\)\)|, \.\.\.", "", header.read_text("utf-8"))
+        for method in re.findall(r"^[-+] \([^)]*\)([^;]*);", text, flags=re.M):
+            parts = re.findall(r"(\w+:)\(", method)
+            yield "".join(parts) if parts else method.strip()
+
+
+def for_each(kind):
+    """Runs a test for each image of a kind, of which there must be one."""
+    def decorate(test):
+        @functools.wraps(test)
+        def run(self):
+            images = getattr(self, kind)
+            self.assertTrue(images)
+            for image in images:
+                with self.subTest(image=str(image)):
+                    test(self, image)
+        return run
+    return decorate
+
+
+class Images(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.images = [image for file in FILES
+                      for image in macho.slices(file, pathlib.Path(cls.folder.name))]
+        cls.launchers = [image for image in cls.images
+                         if pathlib.Path(image.path).name.startswith("launcher")]
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.folder.cleanup()
+
+    def test_joined_files_hold_both_architectures(self):
+        for file in FILES:
+            with self.subTest(file=str(file)):
+                folder = file.parent.parent.name
+                expected = {folder} if folder in ("x86_64", "arm64") else {"x86_64", "arm64"}
+                architectures = macho.run("llvm-lipo-14", "-archs", str(file)).split()
+                self.assertEqual(expected, set(architectures))
+
+    @for_each("images")
+    def test_is_a_complete_executable_that_loads_at_any_address(self, image):
+        header = image.headers().partition("Load command")[0]
+        self.assertRegex(header, r" EXECUTE .* NOUNDEFS DYLDLINK TWOLEVEL .*PIE")
+
+    @for_each("images")
+    def test_starts_at_main(self, image):
+        names = [name for name, _ in image.load_commands()]
+        self.assertEqual(1, names.count("LC_MAIN"))
+        self.assertNotIn("LC_UNIXTHREAD", names)
+
+    @for_each("images")
+    def test_runs_from_macos_11_on(self, image):
+        versions = [text for name, text in image.load_commands()
+                    if name in ("LC_BUILD_VERSION", "LC_VERSION_MIN_MACOSX")]
+        self.assertEqual(1, len(versions))
+        self.assertRegex(versions[0], r"platform macos\n(.*\n)*\s+minos 11\.0\n")
+
+    @for_each("images")
+    def test_loads_exactly_the_expected_libraries(self, image):
+        expected = LAUNCHER_LIBRARIES if image in self.launchers else {SYSTEM}
+        self.assertEqual(sorted(expected), sorted(image.libraries()))
+
+    @for_each("images")
+    def test_imports_nothing_that_no_library_exports(self, image):
+        for symbol, library in image.imports():
+            if library != "libSystem":  # The linker knows its real exports.
+                exported = macho.stub_exports(STUBS[library], image.architecture)
+                self.assertIn(symbol, exported, library)
+
+    @for_each("launchers")
+    def test_stubs_name_only_what_the_launcher_imports(self, image):
+        imported = {symbol for symbol, _ in image.imports()}
+        for library, path in STUBS.items():
+            for symbol in macho.stub_exports(path, image.architecture):
+                other = symbol.replace("_METACLASS_", "_CLASS_")
+                self.assertTrue(imported & {symbol, other}, f"{symbol} of {library}")
+
+    @for_each("launchers")
+    def test_headers_declare_only_what_the_launcher_sends(self, image):
+        selectors = set(declared_selectors())
+        self.assertLess(80, len(selectors))
+        sent = image.sent_selectors()
+        sent.update(*(methods for _, methods in image.classes().values()))
+        imported = {symbol for symbol, _ in image.imports()}
+        unused = {selector for selector in selectors - sent
+                  if BY_FUNCTION.get(selector) not in imported}
+        self.assertEqual(set(), unused)
+
+    @for_each("launchers")
+    def test_has_the_classes_that_the_system_calls(self, image):
+        classes = image.classes()
+        self.assertEqual(CLASSES.keys(), classes.keys())
+        for name, (superclass, methods) in CLASSES.items():
+            self.assertEqual(superclass, classes[name][0])
+            self.assertLessEqual(methods, classes[name][1])
+
+    @for_each("images")
+    def test_holds_no_marker(self, image):
+        tail = marker_of("wrapper-tail.md")
+        params = marker_of("parameters-file.md")
+        self.assertEqual((128, 64), (len(tail), len(params)))
+        self.assertFalse(tail in image.content)
+        self.assertFalse(params in image.content)
+
+    @for_each("images")
+    def test_holds_no_path_of_the_machine_that_built_it(self, image):
+        self.assertFalse(bytes(ROOT) in image.content)
+        self.assertFalse(b"quillory-macos" in image.content)
+
+    def test_arm64_signature_covers_every_page(self):
+        images = [image for image in self.images if image.architecture == "arm64"]
+        if not images:
+            self.skipTest("no arm64 image was built")
+        for image in images:
+            with self.subTest(image=str(image)):
+                signature = image.signature_offset()
+                self.assertIsNotNone(signature, "the system starts no arm64 image without one")
+                self.check_pages(image.content, signature)
+
+    def check_pages(self, content, signature):
+        magic, _, blobs, kind, offset = struct.unpack_from(">5I", content, signature)
+        self.assertEqual((0xFADE0CC0, 0), (magic, kind))
+        self.assertGreaterEqual(blobs, 1)
+        directory = signature + offset
+        fields = struct.unpack_from(">9I4B", content, directory)
+        self.assertEqual(0xFADE0C02, fields[0])
+        hashes, _, _, count, covered = fields[4:9]
+        hash_size, hash_kind, _, page_bits = fields[9:13]
+        self.assertEqual((signature, 32, 2), (covered, hash_size, hash_kind))  # all of it, SHA-256
+        pages = [content[at:min(at + (1 << page_bits), covered)]
+                 for at in range(0, covered, 1 << page_bits)]
+        self.assertEqual(count, len(pages))
+        for i, page in enumerate(pages):
+            at = directory + hashes + 32 * i
+            self.assertEqual(hashlib.sha256(page).digest(), content[at:at + 32], f"page {i}")
+
+
+if __name__ == "__main__":
+    if not any(file.exists() for file in FILES):
+        print("skipped: nothing is built for macOS")
+        sys.exit(77)
+    unittest.main(argv=[sys.argv[0], "--verbose"])
