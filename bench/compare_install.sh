@@ -1,71 +1,65 @@
 #!/usr/bin/env bash
-# Usage: bench/compare_install.sh BIN
+# Usage: bench/compare_install.sh BIN [ROUNDS]
 #
-# Cold install of an application of 1,000 files and 100 MB against `tar --lzma -x` of the same files,
-# and against that plus the chmod commands of as many files; and the launcher's peak memory without a
-# display, up to the start of Java. In seconds. BIN is the folder of built programs.
+# Cold install of an application of 1,000 files and 100 MB (classes of the JDK), without a display,
+# until all is ready to be launched, against `tar --lzma -x` of the same files and as many chmod
+# commands. The share of the updater, the runtime and the rest is measured by itself, as the install
+# of a bundle without those files. In turn, ROUNDS times (standard 5), each in a fresh folder; medians
+# in seconds. BIN is the folder of built programs.
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
 bin=$(cd "$1" && pwd)
+rounds=${2:-5}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 
-# Half text that repeats, half bytes that do not, as in an application with pictures and jars.
+jdk=$(dirname "$(dirname "$(readlink -f "$(command -v jlink)")")")
 mkdir data
-for ((i = 0; i < 1000; i++)); do
-  { yes "line of file $i" | head -c 50000 || true; head -c 50000 /dev/urandom; } >"data/file$i"
-done
+head -c 100000000 "$jdk/lib/modules" | split -b 100000 -a 3 -d - data/file
 javac -d classes "$here/ShortMain.java"
 jar --create --file short.jar -C classes .
 "$bin/quillory-pack" keygen -q --bits 2048 key.pem >/dev/null
-cat >quillory.toml <<'TOML'
+pack() {  # NAME FILES
+  cat >"$1.toml" <<TOML
 [application]
-name = "Large"
+name = "$1"
 version = 1
 main-class = "ShortMain"
 jars = ["short.jar"]
-files = ["data"]
-identifier = "com.example.large"
+files = [$2]
+identifier = "com.example.$1"
 [runtime]
 modules = ["java.base"]
 [signing]
 key = "key.pem"
 TOML
-"$bin/quillory-pack" bundle -q --compression 6 >/dev/null
+  "$bin/quillory-pack" bundle -q "$1.toml" --compression 6 >/dev/null
+}
+pack Large '"data"' &
+pack Small ''
 tar -cf - data | xz --format=lzma -6 >data.tar.lzma
+wait $!
 
+. "$here/own_home.sh"
 seconds() {
   local TIMEFORMAT=%3R
   { time "$@" >/dev/null 2>&1; } 2>&1
 }
-untar() { mkdir -p out && tar --lzma -xf data.tar.lzma -C out; }
-chmods() { for file in data/*; do sh -c "chmod -R 755 \"$file\""; done; }
+install() { "$work/dist/$1.app/Contents/MacOS/$1" QYPREPARE_FOR_LAUNCH_ONLY; }
+untar() { mkdir untarred && tar --lzma -xf data.tar.lzma -C untarred; }
+# Out of the way, not deleted: a file system takes its time to use a place again.
+put_aside() { mkdir -p "aside/$1" && mv home/Library untarred "aside/$1"; }
 
-. "$here/own_home.sh"
-launcher=$(echo "$work"/dist/Large.app/Contents/MacOS/*)
-# Not the figure of the shell's children: the largest of them is a java.
-"$launcher" QYPREPARE_FOR_LAUNCH_ONLY >install.log 2>&1 &
-while peak=$(awk '/VmHWM/ { print $2 }' /proc/$!/status 2>/dev/null) && [ -n "$peak" ]; do
-  echo "$peak" >peak
-  sleep 0.02
-done
-wait $!
-master=$(echo "$work"/home/Library/*/Quillory-Large)
-rm -rf "$master"/Quillory-Large-*
-ours=$(seconds "$launcher" QYPREPARE_FOR_LAUNCH_ONLY)
+for ((round = 0; round < rounds; round++)); do
+  echo "$(seconds install Large) $(seconds install Small) $(seconds untar)" \
+    "$(seconds "$bin/chmod_commands" untarred/data/*)"
+  put_aside "$round"
+done >times
 
-# The same start with nothing in the application but its jar: what is not the application's share.
-sed -i 's/^files.*//; s/^version = 1/version = 2/' quillory.toml
-"$bin/quillory-pack" bundle -q --compression 6 >/dev/null
-rest=$(seconds "$launcher" QYPREPARE_FOR_LAUNCH_ONLY)
-theirs=$(seconds untar)
-modes=$(seconds chmods)
-
-awk -v a="$ours" -v r="$rest" -v t="$theirs" -v c="$modes" 'BEGIN {
-  printf "install %.2f (of it updater, runtime and the rest %.2f), tar --lzma -x %.2f, chmod commands %.2f\n",
-         a, r, t, c
-  printf "application / (1.5 x tar + chmod commands): ratio %.2f (bar: at most 1)\n", (a - r) / (1.5 * t + c)
-}'
-awk '{ printf "peak memory of the launcher: %.1f MiB (bar: below 40)\n", $1 / 1024 }' peak
+median() { awk "{ print $1 }" times | sort -g | awk '{ v[NR] = $1 } END { printf "%.2f", v[int((NR + 1) / 2)] }'; }
+echo "install $(median '$1'), of it updater, runtime and the rest $(median '$2')"
+echo "tar --lzma -x $(median '$3'), chmod commands $(median '$4')"
+echo "application / (1.5 x tar + chmod commands):" \
+  "ratio $(median '($1 - $2) / (1.5 * $3 + $4)') (bar: at most 1)"

@@ -3,13 +3,15 @@
 #
 # Warm start without a display, whole process until the Java main class has printed and all is over:
 # the launcher, with everything installed, against `java -cp` with the same runtime, an empty program
-# with the toolkit's libraries, and the launcher that jpackage makes. In turn, ROUNDS times (standard
-# 30); medians, in milliseconds. BIN is the folder of built programs.
+# with the toolkit's libraries, and the launcher that jpackage makes. They run in turn, ROUNDS times
+# (standard 40), and are compared round by round; medians, with the quartiles in brackets. On a busy
+# machine "sudo chrt -r 20 bench/compare_start.sh BIN" keeps other work out of it. BIN is the folder
+# of built programs.
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
 bin=$(cd "$1" && pwd)
-rounds=${2:-30}
+rounds=${2:-40}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -39,21 +41,26 @@ mkdir input && cp short.jar input
 jpackage --type app-image --name short --input input --main-jar short.jar --main-class ShortMain \
   --runtime-image "$runtime" --dest jpackaged >/dev/null
 
-measure() {  # FILE COMMAND...: one run, appended to FILE
-  hyperfine -N --runs 1 --export-json run.json "${@:2}" >/dev/null 2>&1
-  sed -n 's/.*"median": \([0-9.]*\).*/\1/p' run.json >>"$1"
+# A line a round: the four times in seconds, in the order of the commands.
+one_round() {
+  hyperfine -N --runs 1 --export-json round.json "'$launcher'" \
+    "'$runtime/bin/java' -cp '$work/short.jar' ShortMain" "'$bin/toolkit_only'" \
+    "'$work/jpackaged/short/bin/short'" >/dev/null 2>&1
+  sed -n 's/.*"median": \([0-9.]*\).*/\1/p' round.json | paste -s -d ' '
 }
-for ((round = 0; round <= rounds; round++)); do
-  measure launcher "'$launcher'"
-  measure java "'$runtime/bin/java' -cp '$work/short.jar' ShortMain"
-  measure toolkit "'$bin/toolkit_only'"
-  measure jpackage "'$work/jpackaged/short/bin/short'"
-done
+one_round >/dev/null  # Everything is read from the disk once before it counts.
+for ((round = 0; round < rounds; round++)); do one_round; done >times
 
-median() { tail -n +2 "$1" | sort -g | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] * 1000 }'; }
-awk -v l="$(median launcher)" -v j="$(median java)" -v t="$(median toolkit)" -v p="$(median jpackage)" '
-  BEGIN {
-    printf "launcher %.1f, java %.1f, toolkit only %.1f, jpackage %.1f\n", l, j, t, p
-    printf "launcher less java and toolkit: %.1f ms (bar: at most 10)\n", l - j - t
-    printf "launcher / jpackage: ratio %.2f (bar: at most 0.6)\n", l / p
-  }'
+# What an awk expression over a round's times comes to: median [quartiles].
+over_rounds() {
+  awk "{ print $1 }" times | sort -g | awk -v form="$2" '
+    { v[NR] = $1 }
+    function at(share) { return sprintf(form, v[int((NR - 1) * share + 1.5)]) }
+    END { print at(0.5) " [" at(0.25) " to " at(0.75) "]" }'
+}
+echo "launcher      $(over_rounds '$1 * 1000' %.1f) ms"
+echo "java          $(over_rounds '$2 * 1000' %.1f) ms"
+echo "toolkit only  $(over_rounds '$3 * 1000' %.1f) ms"
+echo "jpackage      $(over_rounds '$4 * 1000' %.1f) ms"
+echo "launcher less java and toolkit: $(over_rounds '($1 - $2 - $3) * 1000' %.1f) ms (bar: at most 10)"
+echo "launcher / jpackage: ratio $(over_rounds '$1 / $4' %.3f) (bar: at most 0.6)"

@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Usage: bench/compare_memory.sh BIN
+#
+# Peak memory of the launcher without a display, before there is a JVM in it: of an install that
+# launches nothing, with a splash picture, which loads the library of pictures; and of a warm start
+# that leaves Java to a process of its own. BIN is the folder of built programs.
+set -euo pipefail
+
+here=$(cd "$(dirname "$0")" && pwd)
+bin=$(cd "$1" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+javac -d classes "$here/ShortMain.java"
+jar --create --file short.jar -C classes .
+cp "$here/../examples/hello/nativesplash.png" .
+"$bin/quillory-pack" keygen -q --bits 2048 key.pem >/dev/null
+cat >quillory.toml <<'TOML'
+[application]
+name = "Short"
+version = 1
+main-class = "ShortMain"
+jars = ["short.jar"]
+splash = "nativesplash.png"
+identifier = "com.example.short"
+[jvm]
+force-spawn = true
+[runtime]
+modules = ["java.base"]
+[signing]
+key = "key.pem"
+TOML
+"$bin/quillory-pack" bundle -q --compression 0 >/dev/null
+. "$here/own_home.sh"
+launcher="$work/dist/Short.app/Contents/MacOS/Short"
+
+# Not the figure that a shell gets for its children: the largest of an install is a java.
+"$launcher" QYPREPARE_FOR_LAUNCH_ONLY >install.log 2>&1 &
+while high=$(awk '/VmHWM/ { print $2 }' /proc/$!/status 2>/dev/null) && [ -n "$high" ]; do
+  install=$high
+  sleep 0.005
+done
+wait $!
+# The java that it starts here outlives it, and is not counted.
+start=$(env time -f %M "$launcher" 2>&1 >start.log | tail -n 1)
+
+mebibytes() { awk -v k="$1" 'BEGIN { printf "%.1f MiB", k / 1024 }'; }
+echo "peak of an install: $(mebibytes "$install") (bar: below 40)"
+echo "peak of a warm start: $(mebibytes "$start") (bar: below 40)"
