@@ -75,6 +75,18 @@ TEST(ScanToMarker, FindsOneMarkerAfterTheOther) {
   EXPECT_EQ(scan(stream.get(), "abc"), 4U);
 }
 
+// Long files are read in blocks, between which a marker may lie.
+TEST(ScanToMarker, FindsAMarkerWhereverItLies) {
+  const std::string marker = tailMarker();
+  for (const std::size_t block : {1U << 12, 1U << 16, 1U << 17}) {
+    for (std::size_t before = block - marker.size() - 1; before <= block + 1; ++before) {
+      StreamOf stream(std::string(before, '.') + marker + "next");
+      EXPECT_EQ(scan(stream.get(), marker), before + marker.size());
+      EXPECT_EQ(std::ftell(stream.get()), static_cast<long>(before + marker.size()));
+    }
+  }
+}
+
 // No back-tracking, by intent: the mismatching byte is not tried as a first byte.
 TEST(ScanToMarker, MissesAMarkerBehindItsOwnFirstByte) {
   CapturedLog log;
