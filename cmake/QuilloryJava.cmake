@@ -1,5 +1,6 @@
-# Jars of our own Java code: quillory_jar(target OUTPUT file MAIN_CLASS class FOLDER sources), with
-# RELEASE for code that needs a Java newer than 8, and CLASS_PATH for the jars that it needs.
+# Jars of our own Java code: quillory_jar(target OUTPUT file FOLDER sources), with MAIN_CLASS for
+# what "java -jar" is to start, RELEASE for code that needs a Java newer than 8, and CLASS_PATH for
+# the jars that it needs.
 # The jar of the same sources is the same to the byte: fixed times, byte order, nothing else in it.
 find_package(Java 17 QUIET REQUIRED COMPONENTS Development Runtime)
 
@@ -14,6 +15,11 @@ function(quillory_jar target)
   string(JOIN ":" class_path ${ARG_CLASS_PATH})
   cmake_path(GET ARG_OUTPUT PARENT_PATH output_folder)
   file(MAKE_DIRECTORY ${output_folder})
+  # A manifest that says nothing would only be read, at the load of the first class.
+  set(manifest --no-manifest)
+  if(ARG_MAIN_CLASS)
+    set(manifest --main-class ${ARG_MAIN_CLASS})
+  endif()
   # -options: newer compilers warn that 8 is old. The jar is not compressed, because it travels in a
   # compressed archive, and classes load faster.
   add_custom_command(
@@ -21,8 +27,8 @@ function(quillory_jar target)
     COMMAND ${CMAKE_COMMAND} -E rm -rf ${classes}
     COMMAND ${Java_JAVAC_EXECUTABLE} --release ${ARG_RELEASE} -Xlint:all,-options -Werror
             -g:lines,source -encoding UTF-8 -cp "${class_path}" -d ${classes} ${sources}
-    COMMAND ${Java_JAR_EXECUTABLE} --create --file ${ARG_OUTPUT} --main-class ${ARG_MAIN_CLASS}
-            --no-compress --date 2000-01-01T00:00:00Z -C ${classes} .
+    COMMAND ${Java_JAR_EXECUTABLE} --create --file ${ARG_OUTPUT} ${manifest} --no-compress
+            --date 2000-01-01T00:00:00Z -C ${classes} .
     DEPENDS ${sources} ${ARG_CLASS_PATH}
     COMMENT "Jar ${ARG_OUTPUT}"
     VERBATIM)

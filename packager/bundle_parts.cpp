@@ -20,6 +20,7 @@ constexpr char kLaunchFileName[] = "QuilloryLaunch";
 constexpr char kUpdaterJarName[] = "updater.jar";
 constexpr char kJarFolder[] = "lib/";
 // The updater's own test of a runtime that the system offers.
+constexpr char kUpdaterMainClass[] = "io.quillory.updater.Main";
 constexpr char kCompatibilityClass[] = "io.quillory.updater.JreCompatibility";
 constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
 constexpr char kIcnsSignature[] = "icns";
@@ -152,8 +153,13 @@ std::vector<std::string> findJars(const Config& config) {
 ContentTree updaterContent(const Config& config, const BundleTools& tools) {
   const Jar jar(tools.updaterJar);
   LaunchFile launch = commonLaunchFile(config);
-  launch.mainClass =
-      config.updater.mainClass.empty() ? jar.manifestValue("Main-Class") : config.updater.mainClass;
+  launch.mainClass = config.updater.mainClass;
+  if (launch.mainClass.empty() && jar.hasClass(kUpdaterMainClass)) {
+    launch.mainClass = kUpdaterMainClass;
+  }
+  if (launch.mainClass.empty()) {
+    launch.mainClass = jar.manifestValue("Main-Class");
+  }
   if (launch.mainClass.empty() || !jar.hasClass(launch.mainClass)) {
     throw PackError("the updater has no class \"" + launch.mainClass + "\"",
                     "name its main class with updater.main-class", {tools.updaterJar, 0});

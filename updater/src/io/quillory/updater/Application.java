@@ -1,6 +1,7 @@
 package io.quillory.updater;
 
 import java.io.File;
+import java.io.IOException;
 import java.lang.reflect.InvocationTargetException;
 import java.lang.reflect.Method;
 import java.lang.reflect.Modifier;
@@ -15,15 +16,6 @@ import java.util.List;
 
 /** An installed application, run in this JVM. */
 final class Application {
-  /** It cannot be started; the message says why. */
-  static final class NotRunnable extends Exception {
-    private static final long serialVersionUID = 1;
-
-    NotRunnable(String message) {
-      super(message);
-    }
-  }
-
   /** Asks no file for its permissions: that takes milliseconds, and the application has all. */
   private static final class Loader extends URLClassLoader {
     Loader(URL[] urls, ClassLoader parent) {
@@ -38,17 +30,20 @@ final class Application {
     }
   }
 
-  private final File folder;
-  private final LaunchFile launchFile;
+  private final Method main;
 
-  Application(File folder, LaunchFile launchFile) {
-    this.folder = folder;
-    this.launchFile = launchFile;
+  private Application(Method main) {
+    this.main = main;
+  }
+
+  /** The one in a version folder; the message of the exception says why it cannot be started. */
+  static Application in(File folder, LaunchFile launchFile) throws IOException {
+    return new Application(
+        mainMethod(launchFile.mainClass, folder, classLoader(folder, launchFile.classPath)));
   }
 
   /** Runs the main class on this thread; throws what its main method throws. */
   void run(String[] arguments) throws Throwable {
-    Method main = mainMethod(classLoader());
     try {
       main.invoke(null, (Object) arguments);
     } catch (InvocationTargetException e) {
@@ -60,8 +55,8 @@ final class Application {
    * A class loader that sees the application and the platform, but not the updater. The application
    * finds its class path where it would find it if it had been started alone.
    */
-  private ClassLoader classLoader() throws MalformedURLException {
-    List<String> entries = launchFile.classPath;
+  private static ClassLoader classLoader(File folder, List<String> entries)
+      throws MalformedURLException {
     URL[] urls = new URL[entries.size()];
     StringBuilder text = new StringBuilder();
     for (int i = 0; i < urls.length; i++) {
@@ -76,22 +71,22 @@ final class Application {
     return loader;
   }
 
-  private Method mainMethod(ClassLoader loader) throws NotRunnable {
-    String name = launchFile.mainClass;
+  private static Method mainMethod(String name, File folder, ClassLoader loader)
+      throws IOException {
     try {
       // Not initialised yet: what goes wrong in its own code is the application's to report.
       Method main = Class.forName(name, false, loader).getMethod("main", String[].class);
       if (!Modifier.isStatic(main.getModifiers()) || main.getReturnType() != void.class) {
-        throw new NotRunnable("The main method of " + name + " is not \"static void\".");
+        throw new IOException("The main method of " + name + " is not \"static void\".");
       }
       main.setAccessible(true); // The class itself need not be public.
       return main;
     } catch (ClassNotFoundException e) {
-      throw new NotRunnable("There is no class \"" + name + "\" in " + folder + ".");
+      throw new IOException("There is no class \"" + name + "\" in " + folder + ".");
     } catch (NoSuchMethodException e) {
-      throw new NotRunnable("The class " + name + " has no public main method.");
+      throw new IOException("The class " + name + " has no public main method.");
     } catch (LinkageError e) {
-      throw new NotRunnable("The class " + name + " cannot be loaded: " + e);
+      throw new IOException("The class " + name + " cannot be loaded: " + e);
     }
   }
 }

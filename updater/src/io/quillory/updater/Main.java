@@ -12,7 +12,7 @@ import java.util.List;
  * with status 1.
  *
  * <p>Every start goes through here, so nothing is used that takes the JVM long to load: no lambdas,
- * no regular expressions, no formatting, no logging.
+ * no regular expressions, no formatting, no logging, no exception class of its own.
  */
 public final class Main {
   private static final int EXIT_FAILURE = 1;
@@ -20,9 +20,11 @@ public final class Main {
   private Main() {}
 
   public static void main(String[] arguments) throws Throwable {
+    Application application;
+    String[] passedOn;
     try {
       if (arguments.length == 0) {
-        throw new Application.NotRunnable("The path of the launch-properties file is missing.");
+        throw new IOException("The path of the launch-properties file is missing.");
       }
       File propertiesFile = new File(arguments[0]);
       LaunchProperties properties = readProperties(propertiesFile);
@@ -31,47 +33,47 @@ public final class Main {
       File ownFolder = new File(required(properties, "qystat_app_dir")).getAbsoluteFile();
       File folder = newestOf(required(properties, "qystat_app_name"), ownFolder);
       LaunchFile launchFile = readLaunchFile(folder);
-      new Application(folder, launchFile)
-          .run(argumentsFor(launchFile, arguments, ownExtraArguments(ownFolder, arguments)));
-    } catch (Application.NotRunnable e) {
+      application = Application.in(folder, launchFile);
+      passedOn = argumentsFor(launchFile, arguments, ownExtraArguments(ownFolder, arguments));
+    } catch (IOException e) {
       System.err.println("[Updater] " + e.getMessage());
       System.exit(EXIT_FAILURE);
+      return;
     }
+    application.run(passedOn);
   }
 
-  private static LaunchProperties readProperties(File file) throws Application.NotRunnable {
+  private static LaunchProperties readProperties(File file) throws IOException {
     try {
       return LaunchProperties.read(file);
     } catch (IOException e) {
-      throw new Application.NotRunnable("Cannot read the launch properties: " + e.getMessage());
+      throw new IOException("Cannot read the launch properties: " + e.getMessage());
     }
   }
 
-  private static String required(LaunchProperties properties, String key)
-      throws Application.NotRunnable {
+  private static String required(LaunchProperties properties, String key) throws IOException {
     String value = properties.get(key);
     if (value == null || value.isEmpty()) {
-      throw new Application.NotRunnable("The launch properties have no " + key + ".");
+      throw new IOException("The launch properties have no " + key + ".");
     }
     return value;
   }
 
-  private static File newestOf(String name, File ownFolder) throws Application.NotRunnable {
+  private static File newestOf(String name, File ownFolder) throws IOException {
     File master = ownFolder.getParentFile();
     File folder = master == null ? null : VersionFolders.newest(master, name);
     // An application with the updater's own name would be started by itself for ever.
     if (folder == null || folder.equals(ownFolder)) {
-      throw new Application.NotRunnable(
-          "No version of \"" + name + "\" is installed in " + master + ".");
+      throw new IOException("No version of \"" + name + "\" is installed in " + master + ".");
     }
     return folder;
   }
 
-  private static LaunchFile readLaunchFile(File folder) throws Application.NotRunnable {
+  private static LaunchFile readLaunchFile(File folder) throws IOException {
     try {
       return LaunchFile.read(folder);
     } catch (IOException e) {
-      throw new Application.NotRunnable("Cannot read the launch file: " + e.getMessage());
+      throw new IOException("Cannot read the launch file: " + e.getMessage());
     }
   }
 
