@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "packager/byte_sinks.h"
+#include "packager/class_list.h"
 #include "packager/info_plist.h"
 #include "packager/stub_jar.h"
 #include "packager/tool_runner.h"
@@ -86,6 +87,7 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
                                       folder};
   command.insert(command.end(), config.jlinkOptions.begin(), config.jlinkOptions.end());
   runTool(command, workFolder);
+  addUpdaterClasses(folder);
   return folder;
 }
 

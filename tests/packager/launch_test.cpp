@@ -14,10 +14,13 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
-std::string configOf(const Project& project, const std::string& version) {
-  std::string config = project.config(
-      "arguments = [\"packed\"]\n[runtime]\nfolder = \"" QUILLORY_TEST_RUNTIME "\"\n");
+constexpr char kTestRuntime[] = "folder = \"" QUILLORY_TEST_RUNTIME "\"";
+
+std::string configOf(const Project& project, const std::string& version,
+                     const std::string& runtime) {
+  std::string config = project.config("arguments = [\"packed\"]\n[runtime]\n" + runtime + "\n");
   config.replace(config.find("version = 3"), 11, "version = " + version);
   config.replace(config.find("\"launcher\""), 10, "\"" QUILLORY_LAUNCHER "\"");
   config.replace(config.find("\"lzma64\""), 8, "\"" QUILLORY_LZMA64 "\"");
@@ -26,9 +29,9 @@ std::string configOf(const Project& project, const std::string& version) {
 
 // Packs with another umask, home, language and folder than what the start gets, and moves the
 // bundle.
-std::string packElsewhere(const Project& project, const std::string& version,
-                          const TempDir& place) {
-  project.writeConfig(configOf(project, version));
+std::string packElsewhere(const Project& project, const std::string& version, const TempDir& place,
+                          const std::string& runtime = kTestRuntime) {
+  project.writeConfig(configOf(project, version, runtime));
   ChildOptions options;
   options.environment = {{"HOME", project / "packer"}, {"LANG", "C"}, {"TZ", "Asia/Tokyo"}};
   options.directory = project.folder().str();
@@ -41,8 +44,10 @@ std::string packElsewhere(const Project& project, const std::string& version,
   return bundle;
 }
 
-ChildResult launch(const std::string& bundle, const TestUser& user) {
+ChildResult launch(const std::string& bundle, const TestUser& user,
+                   const std::string& javaOptions = "") {
   ChildOptions options = user.options();
+  if (!javaOptions.empty()) options.environment["JAVA_TOOL_OPTIONS"] = javaOptions;
   options.limit = std::chrono::seconds(120);
   return runChild({bundle + "/Contents/MacOS/Hello", "from the user"}, options);
 }
@@ -66,6 +71,24 @@ TEST(LaunchOfAPackedBundle, InstallsStartsAndUpdatesTheApplication) {
   const ChildResult update = launch(packElsewhere(project, "4", place), user);
   EXPECT_THAT(update.out, HasSubstr("Quillory-Hello-4-complete/lib/hello.jar"));
   EXPECT_TRUE(fs::exists(user.master("Hello") + "/Quillory-Hello-3-complete"));
+}
+
+// Of the classes that a start loads before those of the application, all that are Java's own come
+// from the archive of classes.
+TEST(LaunchOfAPackedBundle, FindsEveryClassOfJavaInTheArchiveOfClasses) {
+  const Project project;
+  const TempDir place;
+  const TestUser user;
+  const std::string bundle = packElsewhere(project, "3", place, "modules = [\"java.base\"]");
+  ASSERT_EQ(launch(bundle, user).exitStatus, 0);
+  const std::string log = place / "classes.log";
+  ASSERT_EQ(launch(bundle, user, "-Xlog:class+load:file=" + log).exitStatus, 0);
+
+  const std::string loaded = readFile(log);
+  const std::size_t application = loaded.find("com.example.hello.Hello source: ");
+  ASSERT_NE(application, std::string::npos) << loaded;
+  EXPECT_THAT(loaded, HasSubstr("java.net.URLClassLoader source: shared objects file"));
+  EXPECT_THAT(loaded.substr(0, application), Not(HasSubstr("source: jrt:")));
 }
 
 }  // namespace

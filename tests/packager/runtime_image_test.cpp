@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "packager/class_list.h"
 #include "packager/tool_runner.h"
 #include "tests/packager/project_fixture.h"
 
@@ -12,6 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::Project;
+using testing::readFile;
 using testing::TempDir;
 using testing::writeFile;
 
@@ -113,6 +115,22 @@ TEST(LinkRuntime, MakesARuntimeWithTheModulesThatTheJarsNeed) {
   EXPECT_NE(modules.find("java.logging"), std::string::npos);
   EXPECT_EQ(modules.find("java.desktop"), std::string::npos);
   EXPECT_NE(versionNumberOf(folder), "");
+}
+
+TEST(LinkRuntime, AddsTheClassesOfTheUpdaterToTheListForTheArchive) {
+  TempDir dir;
+  RuntimeConfig config;
+  config.modules = {"java.base"};
+  const std::string list = readFile(linkRuntime(config, {}, dir.str()) + "/lib/classlist");
+  EXPECT_NE(list.find("\njava/lang/Object\n"), std::string::npos);
+  EXPECT_NE(list.find("\njava/net/URLClassLoader\n"), std::string::npos);
+  EXPECT_EQ(list.back(), '\n');
+}
+
+TEST(AddUpdaterClasses, LeavesARuntimeWithoutAListAsItIs) {
+  TempDir dir;
+  addUpdaterClasses(dir.str());
+  EXPECT_TRUE(fs::is_empty(dir.path()));
 }
 
 TEST(LinkRuntime, ShowsWhatJlinkSaid) {
