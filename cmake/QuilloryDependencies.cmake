@@ -2,12 +2,15 @@
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 
-# LibTomCrypt and its arithmetic provider LibTomMath.
-pkg_check_modules(TOMCRYPT REQUIRED IMPORTED_TARGET libtomcrypt)
-pkg_check_modules(TOMMATH REQUIRED IMPORTED_TARGET libtommath)
+# LibTomCrypt and its arithmetic provider LibTomMath, inside of our programs: few users' machines
+# have them, and each library less starts a program faster.
+find_path(QUILLORY_TOMCRYPT_INCLUDE tomcrypt.h REQUIRED)
+find_library(QUILLORY_TOMCRYPT libtomcrypt.a REQUIRED)
+find_library(QUILLORY_TOMMATH libtommath.a REQUIRED)
 add_library(quillory_tomcrypt INTERFACE)
 target_compile_definitions(quillory_tomcrypt INTERFACE LTM_DESC)
-target_link_libraries(quillory_tomcrypt INTERFACE PkgConfig::TOMCRYPT PkgConfig::TOMMATH)
+target_include_directories(quillory_tomcrypt SYSTEM INTERFACE ${QUILLORY_TOMCRYPT_INCLUDE})
+target_link_libraries(quillory_tomcrypt INTERFACE ${QUILLORY_TOMCRYPT} ${QUILLORY_TOMMATH})
 
 # Only the JNI headers are needed: the JVM itself is loaded at run time.
 find_path(QUILLORY_JNI_INCLUDE jni.h
