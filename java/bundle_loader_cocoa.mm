@@ -15,7 +15,7 @@ void* createBundle(const char* path) {
   if (text == nil) return nullptr;  // Not UTF-8.
   NSURL* url = [NSURL fileURLWithPath:text isDirectory:YES];
   logMessage("[BundleLoader] Created NSURL\n");
-  NSLog(@"[BundleLoader] URL is %@\n", url);
+  logToSystem("[BundleLoader] URL is %s\n", [[url absoluteString] UTF8String]);
   return CFBundleCreate(kCFAllocatorDefault, reinterpret_cast<CFURLRef>(url));
 }
 

@@ -8,8 +8,8 @@ namespace quillory {
 /// once, before a second thread starts.
 void installCocoaSupport();
 
-/// The message by NSLog, for LogCalls. Bytes that are not UTF-8 are shown as Latin-1, so that no
-/// message is lost. From any thread.
+/// The message by NSLog, or as a line of the same form where NSLog takes long, for LogCalls. Bytes
+/// that are not UTF-8 are shown as Latin-1, so that no message is lost. From any thread.
 void logThroughCocoa(const char* message);
 
 /// As FileCalls::moveItem, by NSFileManager. From any thread.

@@ -4,8 +4,6 @@
 
 #include "platform/autorelease_pool.h"
 #include "support/cocoa_support.h"
-#include "support/files.h"
-#include "support/log.h"
 
 namespace quillory {
 namespace {
@@ -25,11 +23,6 @@ void logThroughCocoa(const char* message) {
   if (text == nil) text = textWithEncoding(message, NSISOLatin1StringEncoding);
   // Not as the format itself: a message may hold percent signs.
   NSLog(@"%@", text);
-}
-
-void installCocoaSupport() {
-  logCalls.systemLog = logThroughCocoa;
-  fileCalls.moveItem = moveThroughCocoa;
 }
 
 }  // namespace quillory

@@ -2,8 +2,12 @@
 
 #include <dlfcn.h>
 
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
+
+#include "platform/gnustep/info_plist.h"
 
 struct StandInBundle {
   std::string executable;
@@ -11,12 +15,11 @@ struct StandInBundle {
 
 namespace {
 
-NSString* executableName(NSString* folder) {
-  NSString* infoPath = [folder stringByAppendingPathComponent:@"Contents/Info.plist"];
-  id info = [NSDictionary dictionaryWithContentsOfFile:infoPath];
-  id name = [info objectForKey:@"CFBundleExecutable"];
-  if ([name isKindOfClass:[NSString class]] && [name length] > 0) return name;
-  return [[folder lastPathComponent] stringByDeletingPathExtension];
+std::string executableName(const std::filesystem::path& folder) {
+  using quillory::platform::infoPlistIn;
+  using quillory::platform::textsOfInfoPlist;
+  const std::string name = textsOfInfoPlist(infoPlistIn(folder / "Contents"))["CFBundleExecutable"];
+  return name.empty() ? folder.stem().string() : name;
 }
 
 NSError* errorSaying(const char* text) {
@@ -29,16 +32,13 @@ NSError* errorSaying(const char* text) {
 }  // namespace
 
 CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef url) {
-  NSString* folder = [reinterpret_cast<NSURL*>(const_cast<StandInUrl*>(url)) path];
-  BOOL isFolder = NO;
-  if (folder == nil || ![[NSFileManager defaultManager] fileExistsAtPath:folder
-                                                             isDirectory:&isFolder])
-    return nullptr;
-  if (!isFolder) return nullptr;
-  NSString* inside = [@"Contents/MacOS" stringByAppendingPathComponent:executableName(folder)];
-  NSString* executable = [folder stringByAppendingPathComponent:inside];
+  NSString* path = [reinterpret_cast<NSURL*>(const_cast<StandInUrl*>(url)) path];
+  if (path == nil) return nullptr;
+  const std::filesystem::path folder = [path fileSystemRepresentation];
+  std::error_code unknown;
+  if (!std::filesystem::is_directory(folder, unknown)) return nullptr;
   auto bundle = std::make_unique<StandInBundle>();
-  bundle->executable = [executable fileSystemRepresentation];
+  bundle->executable = folder / "Contents/MacOS" / executableName(folder);
   return bundle.release();  // Never deleted: see the header.
 }
 

@@ -3,9 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdio>
-#include <filesystem>
 #include <utility>
-#include <vector>
 
 #include "support/owned.h"
 
@@ -92,14 +90,20 @@ std::map<std::string, std::string> textsOfInfoPlist(std::string_view xml) {
   return texts;
 }
 
-std::string infoPlistBeside(const std::string& executable) {
-  const std::filesystem::path contents =
-      std::filesystem::path(executable).parent_path().parent_path();
+std::string infoPlistIn(const std::filesystem::path& contents) {
   const OwnedFile file(std::fopen((contents / "Info.plist").c_str(), "rb"));
   if (file == nullptr) return {};
-  std::vector<char> bytes(kMaxBytes + 1);
-  const std::size_t count = std::fread(bytes.data(), 1, bytes.size(), file.get());
-  return count > kMaxBytes ? std::string() : std::string(bytes.data(), count);
+  std::string text;
+  std::array<char, 4096> block;
+  while (const std::size_t count = std::fread(block.data(), 1, block.size(), file.get())) {
+    text.append(block.data(), count);
+    if (text.size() > kMaxBytes) return {};
+  }
+  return text;
+}
+
+std::string infoPlistBeside(const std::string& executable) {
+  return infoPlistIn(std::filesystem::path(executable).parent_path().parent_path());
 }
 
 }  // namespace quillory::platform

@@ -18,8 +18,10 @@ using ::quillory::testing::CapturedLog;
 using ::quillory::testing::ScopedReplace;
 using ::quillory::testing::TempDir;
 using ::quillory::testing::writeFile;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 constexpr char kInfo[] = R"(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
@@ -34,23 +36,19 @@ class CocoaBundle : public ::testing::Test {
     fs::create_directories(bundle_ + "/Contents/MacOS");
     fs::copy_file(QUILLORY_STUB_NO_JVM, bundle_ + "/Contents/MacOS/" + name);
   }
-  /// Loads it; what NSLog wrote meanwhile.
-  std::string load() const {
-    ::testing::internal::CaptureStderr();
-    loadOSXBundle(bundle_.c_str());
-    return ::testing::internal::GetCapturedStderr();
-  }
+  void load() const { loadOSXBundle(bundle_.c_str()); }
   std::string firstLine() const {
     return "[BundleLoader] Creating jre path URL for path " + bundle_ + "\n";
   }
+  std::string urlLine() const { return "[BundleLoader] URL is file://" + bundle_ + "/\n"; }
   void expectLoaded() const {
     EXPECT_THAT(log_.messages(), ElementsAre(firstLine(), "[BundleLoader] Created NSURL\n",
-                                             "[BundleLoader] Created Bundle\n",
+                                             urlLine(), "[BundleLoader] Created Bundle\n",
                                              "[BundleLoader] Bundle Loaded OK\n"));
   }
   void expectNotLoaded() const {
     EXPECT_THAT(log_.messages(), ElementsAre(firstLine(), "[BundleLoader] Created NSURL\n",
-                                             "[BundleLoader] Created Bundle\n",
+                                             urlLine(), "[BundleLoader] Created Bundle\n",
                                              "[BundleLoader] Could not load JRE bundle!"));
   }
 
@@ -64,7 +62,7 @@ class CocoaBundle : public ::testing::Test {
 TEST_F(CocoaBundle, LoadsTheExecutableThatItsInformationNames) {
   addExecutable("libjli");
   writeFile(bundle_ + "/Contents/Info.plist", kInfo);
-  EXPECT_THAT(load(), HasSubstr("[BundleLoader] URL is file://"));
+  load();
   expectLoaded();
 }
 
@@ -74,14 +72,24 @@ TEST_F(CocoaBundle, LoadsTheExecutableNamedLikeTheFolderWithoutInformation) {
   expectLoaded();
 }
 
-TEST_F(CocoaBundle, WritesItsUrlToTheSystemLog) {
+TEST_F(CocoaBundle, WritesItsUrlToTheSystemLogOnly) {
   fs::create_directories(bundle_);
-  EXPECT_THAT(load(), HasSubstr("[BundleLoader] URL is file://" + bundle_ + "/\n"));
+  ::testing::internal::CaptureStdout();
+  load();
+  EXPECT_THAT(::testing::internal::GetCapturedStdout(), Not(HasSubstr("URL is")));
+  EXPECT_THAT(log_.messages(), Contains(urlLine()));
+}
+
+TEST_F(CocoaBundle, WritesItsUrlWithEscapes) {
+  bundle_ = dir_ / "Application Support.plugin";
+  fs::create_directories(bundle_);
+  load();
+  EXPECT_THAT(log_.text(), HasSubstr("/Application%20Support.plugin/\n"));
 }
 
 TEST_F(CocoaBundle, IsNotThereWithoutAFolder) {
   load();
-  EXPECT_THAT(log_.messages(), ElementsAre(firstLine(), "[BundleLoader] Created NSURL\n",
+  EXPECT_THAT(log_.messages(), ElementsAre(firstLine(), "[BundleLoader] Created NSURL\n", urlLine(),
                                            "[BundleLoader] Bundle is null?"));
 }
 

@@ -31,7 +31,7 @@ std::string systemLogOf(const char* message) {
   return ::testing::internal::GetCapturedStderr();
 }
 
-TEST(LogThroughCocoa, WritesOneLineThroughNSLog) {
+TEST(LogThroughCocoa, WritesOneLineAsNSLogDoes) {
   const std::string line = systemLogOf("[Tag] a message\n");
   EXPECT_TRUE(line.ends_with("] [Tag] a message\n")) << line;
   EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1);

@@ -79,6 +79,15 @@ TEST(InfoPlistBeside, IsEmptyWhereThereIsNone) {
   EXPECT_EQ(infoPlistBeside(folder / "MacOS/x"), "");
 }
 
+TEST(InfoPlistBeside, IsReadWholeWhateverItsLength) {
+  const TempDir folder;
+  for (const std::size_t length : {1U, 4095U, 4096U, 4097U, 1U << 20}) {
+    const std::string text(length, 'x');
+    writeFile(folder.path() / "Info.plist", text);
+    EXPECT_EQ(infoPlistBeside(folder / "MacOS/x"), text) << length;
+  }
+}
+
 TEST(InfoPlistBeside, IsEmptyForAFileThatCannotBeOne) {
   const TempDir folder;
   writeFile(folder.path() / "Info.plist", std::string((1 << 20) + 1, ' '));
