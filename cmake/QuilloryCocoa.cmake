@@ -20,7 +20,7 @@ else()
   find_program(GNUSTEP_CONFIG gnustep-config REQUIRED)
   execute_process(COMMAND ${GNUSTEP_CONFIG} --objc-flags OUTPUT_VARIABLE gs_c
                   OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-  execute_process(COMMAND ${GNUSTEP_CONFIG} --gui-libs OUTPUT_VARIABLE gs_l
+  execute_process(COMMAND ${GNUSTEP_CONFIG} --base-libs OUTPUT_VARIABLE gs_l
                   OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   separate_arguments(gs_c UNIX_COMMAND "${gs_c}")
   separate_arguments(gs_l UNIX_COMMAND "${gs_l}")
@@ -33,5 +33,6 @@ else()
   # CMake 3.25 adds no -std for Objective-C++ with the GNU compiler.
   target_compile_options(quillory_cocoa_flags INTERFACE
                          "$<$<COMPILE_LANGUAGE:OBJCXX>:-std=gnu++20;${gs_c};-fobjc-call-cxx-cdtors>")
+  # Without the library of windows, which the first window loads: platform/gnustep/window_library.h.
   target_link_libraries(quillory_cocoa_flags INTERFACE ${gs_l} Threads::Threads ${CMAKE_DL_LIBS})
 endif()

@@ -14,6 +14,9 @@ void startToolkit(char* programName);
 /// without one never waits for a window server.
 void prepareApplication();
 
+/// Whether pictures can be loaded. To be asked before each; main thread only.
+bool isReadyForPictures();
+
 /// Whether windows can be made; main thread only. Says once in the system log when not.
 bool isReadyForWindows();
 

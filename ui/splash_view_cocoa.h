@@ -1,4 +1,4 @@
-// What the splash window shows, and what makes its stripes move.
+// What the splash window shows.
 #pragma once
 #import "cocoa.h"
 
@@ -15,13 +15,6 @@
 /// have them sent on the main thread.
 - (void)requestRedraw;
 - (void)requestBarRedraw;
-@end
-
-/// Body of the animation thread.
-@interface Redrawer : NSObject
-/// Asks `view` for a redraw of the bar every 0.03 s, until the thread is cancelled. With nil it
-/// only waits.
-- (void)runThread:(SplashView*)view;
 @end
 
 namespace quillory::splash {

@@ -2,8 +2,6 @@
 
 #include <cstring>
 
-#include "platform/autorelease_pool.h"
-#include "support/log.h"
 #include "ui/progress_tiles.h"
 #include "ui/splash.h"
 
@@ -72,20 +70,6 @@ void drawImage(NSImage* image, int x, int y) {
   NSRectFill(rect);
   if (NSMaxY(rect) > drawing.pictureY) drawImage(picture, drawing.pictureX, drawing.pictureY);
   for (const splash::TileAt& at : drawing.tiles) drawImage([self imageOfTile:at.tile], at.x, 0);
-}
-
-@end
-
-@implementation Redrawer
-
-- (void)runThread:(SplashView*)view {
-  const quillory::AutoreleasePool threadPool;
-  quillory::logToSystem("Redrawer running!\n");
-  while (![[NSThread currentThread] isCancelled]) {
-    const quillory::AutoreleasePool pool;
-    [NSThread sleepForTimeInterval:0.03];
-    [view performSelectorOnMainThread:@selector(requestBarRedraw) withObject:nil waitUntilDone:NO];
-  }
 }
 
 @end

@@ -8,6 +8,7 @@
 #include "platform/toolkit.h"
 #include "support/log.h"
 #include "ui/picture_limits.h"
+#import "ui/redrawer_cocoa.h"
 #include "ui/splash.h"
 #import "ui/splash_view_cocoa.h"
 
@@ -64,7 +65,7 @@ NSImage* newImage(const char* path) {
       [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
                                                                   length:std::strlen(path)];
   NSData* content = name == nil ? nil : [NSData dataWithContentsOfFile:name];
-  if (content == nil) return nil;
+  if (content == nil || !platform::isReadyForPictures()) return nil;
   if (splash::isPictureTooLarge([content bytes], [content length])) {
     logToSystem("[Splash] The picture is too large to be shown.\n");
     return nil;

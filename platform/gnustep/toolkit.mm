@@ -12,33 +12,8 @@
 #include "platform/gnustep/info_plist.h"
 #include "platform/gnustep/scoped_environment.h"
 #include "platform/gnustep/scoped_signals.h"
+#include "platform/gnustep/window_library.h"
 #include "support/log.h"
-
-// GNUstep's own loop starts a notification daemon that outlives the process, and takes 50 ms for
-// its first turn. The splash needs the events only.
-@interface LauncherApplication : NSApplication
-@end
-
-@implementation LauncherApplication
-
-- (void)run {
-  for (;;) {
-    const quillory::AutoreleasePool pool;
-    @try {
-      NSEvent* event = [self nextEventMatchingMask:NSAnyEventMask
-                                         untilDate:[NSDate distantFuture]
-                                            inMode:NSDefaultRunLoopMode
-                                           dequeue:YES];
-      if (event != nil) [self sendEvent:event];
-    } @catch (...) {
-      // What goes wrong with a picture on the screen is no reason to end an installation.
-      quillory::logToSystem("An event of the splash window could not be handled.\n");
-      [NSThread sleepForTimeInterval:0.03];
-    }
-  }
-}
-
-@end
 
 namespace quillory::platform {
 namespace {
@@ -79,10 +54,26 @@ bool makeApplication() {
   const ScopedEnvironment noComposeKeys("XCOMPOSEFILE", "/dev/null");
   registerDefaults();
   @try {
-    return [LauncherApplication sharedApplication] != nil;
+    NSApp = [NSApplication sharedApplication];
+    return NSApp != nil;
   } @catch (...) {
     NSApp = nil;
     return false;
+  }
+}
+
+void handleNextEvent() {
+  const AutoreleasePool pool;
+  @try {
+    NSEvent* event = [NSApp nextEventMatchingMask:NSAnyEventMask
+                                        untilDate:[NSDate distantFuture]
+                                           inMode:NSDefaultRunLoopMode
+                                          dequeue:YES];
+    if (event != nil) [NSApp sendEvent:event];
+  } @catch (...) {
+    // What goes wrong with a picture on the screen is no reason to end an installation.
+    logToSystem("An event of the splash window could not be handled.\n");
+    [NSThread sleepForTimeInterval:0.03];
   }
 }
 
@@ -113,9 +104,11 @@ void prepareApplication() {
   if (!isDisplayNamed()) giveUpWindows();
 }
 
+bool isReadyForPictures() { return loadWindowLibrary(); }
+
 bool isReadyForWindows() {
   if (windows == Windows::kNotAskedFor) {
-    if (isDisplayReachable() && makeApplication()) {
+    if (isDisplayReachable() && loadWindowLibrary() && makeApplication()) {
       windows = Windows::kReady;
     } else {
       giveUpWindows();
@@ -130,7 +123,9 @@ void runMainLoop() {
     const AutoreleasePool pool;
     [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate distantFuture]];
   }
-  [NSApp performSelectorOnMainThread:@selector(run) withObject:nil waitUntilDone:YES];
+  // Not by GNUstep's own loop: it starts a notification daemon that outlives the process, and takes
+  // 50 ms for its first turn. The splash needs the events only.
+  for (;;) handleNextEvent();
 }
 
 // Not by NSBundle: it does not know the layout that bundles have on macOS. Nor by any class that is

@@ -14,6 +14,8 @@ void startToolkit(char*) {
 
 void prepareApplication() { [NSApplication sharedApplication]; }
 
+bool isReadyForPictures() { return true; }
+
 bool isReadyForWindows() { return NSApp != nil; }
 
 void runMainLoop() {

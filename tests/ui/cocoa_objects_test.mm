@@ -11,6 +11,7 @@
 #include "tests/ui/x_server.h"
 #import "ui/menu_titles_cocoa.h"
 #include "ui/progress_tiles.h"
+#import "ui/redrawer_cocoa.h"
 #include "ui/splash.h"
 #import "ui/splash_view_cocoa.h"
 #import "ui/url_events_cocoa.h"
