@@ -19,7 +19,7 @@ packages=(
   openjdk-17-jdk junit4
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libnss-wrapper openssl xz-utils curl
-  python3 python3-pycryptodome
+  python3 python3-pycryptodome locales
   xvfb x11-utils imagemagick xdotool dbus libglib2.0-bin hyperfine sudo
 )
 # The macOS programs (scripts/build-macos.sh), and the fuzz preset.

@@ -10,6 +10,7 @@
 #include "platform/gnustep/display.h"
 #include "platform/gnustep/early_texts.h"
 #include "platform/gnustep/info_plist.h"
+#include "platform/gnustep/scoped_encodings.h"
 #include "platform/gnustep/scoped_environment.h"
 #include "platform/gnustep/scoped_signals.h"
 #include "platform/gnustep/window_library.h"
@@ -93,6 +94,7 @@ void keepLoopWaiting() {
 
 void startToolkit(char* programName) {
   const ScopedSignals signals;
+  const ScopedEncodings encodings;
   char* arguments[] = {programName, nullptr};
   [NSProcessInfo initializeWithArguments:arguments count:1 environment:environ];
   const AutoreleasePool pool;
