@@ -9,6 +9,7 @@
 #include "packager/byte_sinks.h"
 #include "packager/config_lint.h"
 #include "packager/config_section.h"
+#include "packager/toml_versions.h"
 
 namespace quillory::pack {
 namespace {
@@ -143,7 +144,7 @@ toml::value parse(const std::string& path) {
     throw RejectedInput({{Severity::kError,
                           "toml",
                           parserMessage(e.what()),
-                          {path, e.location().line()},
+                          {path, lineOfMistake(e)},
                           "https://toml.io explains the notation"}});
   }
 }

@@ -5,12 +5,13 @@
 #include <utility>
 
 #include "packager/nearest_name.h"
+#include "packager/toml_versions.h"
 
 namespace quillory::pack {
 namespace {
 
 // With the line on which it begins. Tables come in no order, so findings are sorted by it later.
-unsigned lineOf(const toml::value& value) { return value.location().line(); }
+unsigned lineOf(const toml::value& value) { return lineAt(value.location()); }
 
 std::string kindOf(const toml::value& value) {
   switch (value.type()) {
@@ -96,7 +97,7 @@ void ConfigSection::error(const std::string& key, const std::string& rule, const
 void ConfigSection::text(const std::string& key, std::string& out) {
   if (const toml::value* value = find(key)) {
     if (value->is_string()) {
-      out = value->as_string().str;
+      out = plainText(value->as_string());
     } else {
       wrongKind(key, *value, "a text in quotes");
     }
@@ -165,7 +166,7 @@ void ConfigSection::texts(const std::string& key, std::vector<std::string>& out)
   out.clear();
   for (const toml::value& item : value->as_array()) {
     if (item.is_string()) {
-      out.push_back(item.as_string().str);
+      out.push_back(plainText(item.as_string()));
     } else {
       wrongKind(key, item, "a text in quotes");
     }
@@ -184,7 +185,7 @@ void ConfigSection::files(const std::string& key, std::vector<ExtraFile>& out) {
   }
   for (const toml::value& item : value->as_array()) {
     if (item.is_string()) {
-      out.push_back({item.as_string().str, ""});
+      out.push_back({plainText(item.as_string()), ""});
       continue;
     }
     if (!item.is_table()) {
@@ -194,9 +195,9 @@ void ConfigSection::files(const std::string& key, std::vector<ExtraFile>& out) {
     ExtraFile file;
     for (const auto& [name, part] : item.as_table()) {
       if (part.is_string() && name == "from") {
-        file.from = part.as_string().str;
+        file.from = plainText(part.as_string());
       } else if (part.is_string() && name == "to") {
-        file.to = part.as_string().str;
+        file.to = plainText(part.as_string());
       } else {
         wrongKind(key, item, wanted);
       }
@@ -217,7 +218,7 @@ void ConfigSection::pairs(Parameters& out) {
   for (const auto& [line, key] : keys) {
     const toml::value& value = *find(key);
     if (value.is_string()) {
-      out.emplace_back(key, value.as_string().str);
+      out.emplace_back(key, plainText(value.as_string()));
     } else if (value.is_integer()) {
       out.emplace_back(key, std::to_string(value.as_integer()));
     } else if (value.is_boolean()) {
@@ -234,7 +235,7 @@ void ConfigSection::choice(const std::string& key, const std::vector<std::string
   if (value == nullptr) {
     return;
   }
-  const std::string given = value->is_string() ? value->as_string().str : "";
+  const std::string given = value->is_string() ? plainText(value->as_string()) : "";
   const auto found = std::find(names.begin(), names.end(), given);
   if (found != names.end()) {
     out = static_cast<int>(found - names.begin());
