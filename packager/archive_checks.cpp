@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "packager/bundle_view.h"
+#include "packager/target.h"
 
 namespace quillory::pack {
 namespace {
@@ -18,15 +19,14 @@ void add(Findings& findings, Severity severity, const char* rule, const std::str
 
 }  // namespace
 
-void checkSamePlatform(const std::string& what, const std::string& firstBytes,
-                       const std::string& expected, const std::string& file, Findings& findings) {
-  const std::string platform = platformOf(firstBytes);
-  if (platform.empty()) {
+void checkSamePlatform(const std::string& what, const ProgramImage& program,
+                       const ProgramImage& launcher, const std::string& file, Findings& findings) {
+  if (program.system.empty()) {
     add(findings, Severity::kError, "platform", what + " is no program", file, "");
-  } else if (platform != expected && platform != "a shell") {
+  } else if (program.system != launcher.system && program.system != kScript) {
     add(findings, Severity::kError, "platform",
-        what + " is for " + platform + ", the launcher is for " +
-            (expected.empty() ? "another system" : expected),
+        what + " is for " + asText(program) + ", the launcher is for " +
+            (launcher.system.empty() ? "another system" : asText(launcher)),
         file, "pack both for one system");
   }
 }
@@ -69,14 +69,18 @@ void checkProgramArchive(const PlainArchive& archive, const ArchiveListing& list
 }
 
 void checkRuntimeArchive(const PlainArchive& archive, const ArchiveListing& listing,
-                         const std::string& name, const std::string& platform, Findings& findings) {
+                         const std::string& name, const ProgramImage& launcher,
+                         Findings& findings) {
   const ListedEntry* java = listing.find(std::string(kHomePrefix) + "bin/java");
   if (java == nullptr) {
     add(findings, Severity::kError, "no-java", "the runtime has no Contents/Home/bin/java", name,
         "make the bundle again");
   } else {
-    checkSamePlatform("the runtime's java", archive.contentOf(*java, kMagicBytes), platform, name,
-                      findings);
+    const ProgramImage image = programImageOf(archive.contentOf(*java, kImageHead),
+                                              static_cast<std::uint64_t>(java->length));
+    checkSamePlatform("the runtime's java", image, launcher, name, findings);
+    const Findings lacking = lintArchitectures(launcher, image, {name, 0});
+    findings.insert(findings.end(), lacking.begin(), lacking.end());
   }
   const ListedEntry* jar = listing.find(std::string(kHomePrefix) + "lib/rt.jar");
   if (jar == nullptr || jar->length <= 0) {

@@ -34,7 +34,7 @@ class BundleMaker {
 
   BundleResult run() {
     loadKey();
-    tools_ = findBundleTools(config_);
+    tools_ = findBundleTools(config_, options_.target);
     jars_ = findJars(config_);
     gatherContent();
     pack();
@@ -102,12 +102,15 @@ class BundleMaker {
   ContentTree gatherRuntime() {
     std::string folder = config_.resolve(config_.runtime.folder);
     if (config_.runtime.source == RuntimeSource::kJlink) {
+      requireModulesFor(options_.target, config_);
       reporter_.line("linking a runtime");
       std::vector<std::string> jars = jars_;
       jars.push_back(tools_.updaterJar);
       folder = linkRuntime(config_.runtime, jars, work_.path());
     }
     const std::string home = findJavaHome(folder, config_.placeOf("runtime.folder"));
+    reporter_.findings(
+        checked(lintRuntime(home, options_.target, tools_.launcher, config_.placeOf("runtime"))));
     if (config_.runtime.version.empty()) {
       config_.runtime.version = versionNumberOf(home);
     }
@@ -191,6 +194,7 @@ class BundleMaker {
     FileSink executable(contents("MacOS/" + config_.application.executable), kExecutable);
     copyFileInto(executable, tools_.launcher);
     if (config_.bundle.tail == TailPlace::kExecutable) {
+      executable.write(guardBeforeMarker(tools_.launcher));
       executable.write(tailMarker());
       writeTail(executable);
     }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "packager/config.h"
+#include "packager/program_folder.h"
 #include "packager/reporter.h"
 
 namespace quillory::pack {
@@ -12,6 +13,7 @@ struct BundleOptions {
   std::optional<std::string> output;  ///< instead of bundle.output
   std::optional<int> compression;     ///< instead of bundle.compression
   bool unsignedArchives = false;      ///< pack without a key
+  Target target = nativeTarget();     ///< the system that the bundle is for
 };
 
 struct BundleResult {

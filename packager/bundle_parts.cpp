@@ -9,7 +9,6 @@
 #include "packager/byte_sinks.h"
 #include "packager/jar_reader.h"
 #include "packager/launch_file_writer.h"
-#include "packager/program_folder.h"
 
 namespace quillory::pack {
 namespace {
@@ -28,35 +27,6 @@ constexpr char kIcnsSignature[] = "icns";
 bool isFile(const std::string& path) {
   struct stat info;
   return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
-}
-
-std::string firstFile(const std::vector<std::string>& candidates) {
-  for (const std::string& candidate : candidates) {
-    if (isFile(candidate)) {
-      return candidate;
-    }
-  }
-  return "";
-}
-
-// The configured file, or the one beside this program.
-std::string toolFrom(const Config& config, const std::string& key, const std::string& configured,
-                     const std::vector<std::string>& beside, bool required) {
-  if (!configured.empty()) {
-    const std::string path = config.resolve(configured);
-    if (!isFile(path)) {
-      throw RejectedInput({{Severity::kError, "missing-file", "there is no file " + path,
-                            config.placeOf(key), ""}});
-    }
-    return path;
-  }
-  const std::string found = firstFile(beside);
-  if (found.empty() && required) {
-    throw PackError("there is no " + fs::path(beside[0]).filename().string() + " in " +
-                        fs::path(beside[0]).parent_path().string(),
-                    "build it, or name it with " + key);
-  }
-  return found;
 }
 
 std::vector<std::string> matchesOf(const std::string& pattern) {
@@ -112,21 +82,6 @@ void lintPicture(const Config& config, const std::string& key, const std::string
 }
 
 }  // namespace
-
-BundleTools findBundleTools(const Config& config) {
-  const std::string folder = programFolder();
-  const std::string share = folder + "/../share/quillory/";
-  BundleTools tools;
-  tools.launcher = toolFrom(config, "bundle.launcher", config.bundle.launcher,
-                            {folder + "/launcher", share + "launcher"}, true);
-  tools.lzma64 = toolFrom(config, "bundle.lzma64", config.bundle.lzma64,
-                          {folder + "/lzma64", share + "lzma64"}, true);
-  tools.updaterJar = toolFrom(config, "updater.jar", config.updater.jar,
-                              {share + kUpdaterJarName, folder + '/' + kUpdaterJarName}, true);
-  tools.elevMac = toolFrom(config, "bundle.elev-mac", config.bundle.elevMac,
-                           {folder + "/elev_mac", share + "elev_mac"}, false);
-  return tools;
-}
 
 std::vector<std::string> findJars(const Config& config) {
   std::vector<std::string> jars;

@@ -1,21 +1,13 @@
-// What a bundle is put together from: files beside this program, and the three trees of content.
+// What a bundle is put together from: the jars, and the trees of content.
 #pragma once
 #include <string>
 #include <vector>
 
+#include "packager/bundle_tools.h"
 #include "packager/config.h"
 #include "packager/content_tree.h"
 
 namespace quillory::pack {
-
-/// Files that every bundle carries, found in the configuration or beside this program.
-struct BundleTools {
-  std::string launcher;
-  std::string lzma64;
-  std::string updaterJar;
-  std::string elevMac;  ///< "" when there is none
-};
-BundleTools findBundleTools(const Config& config);
 
 /// The jars of the application, patterns resolved, in class path order. Throws RejectedInput when a
 /// pattern matches nothing.

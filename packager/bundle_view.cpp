@@ -95,23 +95,6 @@ std::string plistText(const std::string& plist, const std::string& key) {
   return text;
 }
 
-std::string platformOf(const std::string& bytes) {
-  const std::pair<std::string, const char*> kMagics[] = {{"\xCF\xFA\xED\xFE", "macOS"},
-                                                         {"\xCE\xFA\xED\xFE", "macOS"},
-                                                         {"\xCA\xFE\xBA\xBE", "macOS"},
-                                                         {"\x7F"
-                                                          "ELF",
-                                                          "Linux"},
-                                                         {"MZ", "Windows"},
-                                                         {"#!", "a shell"}};
-  for (const auto& [magic, platform] : kMagics) {
-    if (bytes.rfind(magic, 0) == 0) {
-      return platform;
-    }
-  }
-  return "";
-}
-
 BundleView readBundle(const std::string& path, Findings& findings) {
   BundleView bundle;
   bundle.folder = path;

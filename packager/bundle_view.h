@@ -27,7 +27,4 @@ BundleView readBundle(const std::string& path, Findings& findings);
 /// A text of a property list in XML, or "".
 std::string plistText(const std::string& plist, const std::string& key);
 
-/// What the first bytes of a program say it runs on: "macOS", "Linux", "Windows", "a shell", or "".
-std::string platformOf(const std::string& firstBytes);
-
 }  // namespace quillory::pack

@@ -3,11 +3,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
+#include <map>
 #include <ostream>
 
 #include "packager/commands.h"
 #include "packager/completion.h"
 #include "packager/nearest_name.h"
+#include "packager/target.h"
 
 namespace quillory::pack {
 namespace {
@@ -48,7 +50,11 @@ class CommandLine {
   std::vector<CommandNames> names() const {
     std::vector<CommandNames> all;
     for (const CLI::App* sub : app_.get_subcommands({})) {
-      CommandNames names{sub->get_name(), sub->get_description(), {}};
+      CommandNames names{sub->get_name(), sub->get_description(), {}, {}};
+      const auto values = values_.find(sub);
+      if (values != values_.end()) {
+        names.values = values->second;
+      }
       for (const CLI::Option* option : sub->get_options()) {
         for (const std::string& name : option->get_lnames()) {
           names.options.push_back("--" + name);
@@ -94,6 +100,25 @@ class CommandLine {
     return option->default_str(standard);
   }
 
+  // An option whose values have names; a wrong one is answered with the nearest.
+  void oneOf(CLI::App* sub, const std::string& name, std::string& out,
+             const std::string& description, const std::vector<std::string>& values) {
+    std::string all;
+    for (const std::string& value : values) {
+      all += (all.empty() ? "" : ", ") + value;
+    }
+    const auto check = [values, all](const std::string& given) -> std::string {
+      if (std::find(values.begin(), values.end(), given) != values.end()) {
+        return "";
+      }
+      const std::string nearest = nearestName(given, values);
+      return '"' + given + "\" is none of " + all +
+             (nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?");
+    };
+    sub->add_option(name, out, description + ": " + all)->check(check);
+    values_[sub][name] = values;
+  }
+
   void addInit() {
     CLI::App* sub = add("init", "writes a commented quillory.toml for the jars it finds",
                         "quillory-pack init", runInit);
@@ -110,12 +135,15 @@ class CommandLine {
   }
 
   void addBundle() {
-    CLI::App* sub = add("bundle", "makes dist/<App>.app, and dist/release/ for the update URL",
-                        "quillory-pack bundle --output /tmp/out myapp.toml", runBundle);
+    CLI::App* sub =
+        add("bundle", "makes dist/<App>.app, and dist/release/ for the update URL",
+            "quillory-pack bundle --target macos --output /tmp/out myapp.toml", runBundle);
     file(sub, "CONFIG", "the configuration", "quillory.toml");
     sub->add_option("-o,--output", request_.output, "folder for the results, instead of dist");
     sub->add_option("--compression", request_.compression, "0 (fast) to 9 (small)")
         ->check(CLI::Range(0, 9));
+    oneOf(sub, "--target", request_.target, "the system that it is for, instead of this one",
+          targetNames());
     sub->add_flag("--unsigned", request_.unsignedArchives,
                   "pack without a key: whoever can change a download can run anything");
   }
@@ -126,8 +154,7 @@ class CommandLine {
     file(sub, "PATH", "a bundle, tail, parameters file, archive, launch file, key ...");
     std::vector<std::string> kinds = fileKindNames();
     kinds.erase(kinds.begin());
-    sub->add_option("--as", request_.kind, "what it is, where that is not plain")
-        ->check(CLI::IsMember(kinds));
+    oneOf(sub, "--as", request_.kind, "what it is, where that is not plain", kinds);
   }
 
   void addVerify() {
@@ -175,6 +202,7 @@ class CommandLine {
   }
 
   CLI::App app_;
+  std::map<const CLI::App*, std::map<std::string, std::vector<std::string>>> values_;
   Request request_;
   Command command_ = nullptr;
 };

@@ -53,13 +53,15 @@ int runBundle(const Request& request, Reporter& reporter) {
     options.compression = request.compression;
   }
   options.unsignedArchives = request.unsignedArchives;
+  options.target = targetNamed(request.target).value_or(nativeTarget());
   const BundleResult result = makeBundle(std::move(config), options, reporter);
+  reporter.value("target", nameOf(options.target));
   reporter.value("bundle", result.bundle);
   reporter.value("release", result.releaseFolder);
   reporter.value("bytes", result.bundleBytes);
   reporter.result(result.bundle);
-  reporter.line(readableSize(result.bundleBytes) + "; the files for the update URL are in " +
-                result.releaseFolder);
+  reporter.line(readableSize(result.bundleBytes) + ", for " + systemOf(options.target) +
+                "; the files for the update URL are in " + result.releaseFolder);
   return kDone;
 }
 
@@ -115,9 +117,11 @@ int runSet(const Request& request, Reporter& reporter) {
 }
 
 int runDoctor(const Request& request, Reporter& reporter) {
-  const Findings findings = diagnose(request.file);
-  reporter.findings(findings);
-  const bool well = !hasErrors(findings);
+  const Diagnosis diagnosis = diagnose(request.file);
+  reporter.value("target", targetNameOf(diagnosis.launcher));
+  reporter.line("a bundle for " + asText(diagnosis.launcher));
+  reporter.findings(diagnosis.findings);
+  const bool well = !hasErrors(diagnosis.findings);
   reporter.value("well", well);
   reporter.result(well ? "Nothing that would keep it from starting was found."
                        : "It would not work, for the reasons above.");

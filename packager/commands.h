@@ -17,6 +17,7 @@ struct Request {
   std::string kind;
   std::vector<std::string> texts;
   std::vector<std::string> removed;
+  std::string target;  ///< "" for this system
   int bits = 3072;
   int compression = -1;  ///< -1: as the configuration says
   bool unsignedArchives = false;

@@ -19,6 +19,22 @@ std::string namesOf(const std::vector<CommandNames>& commands) {
   return joined(names);
 }
 
+struct OptionValues {
+  std::string command;
+  std::string option;
+  std::string values;
+};
+
+std::vector<OptionValues> valuesOf(const std::vector<CommandNames>& commands) {
+  std::vector<OptionValues> all;
+  for (const CommandNames& command : commands) {
+    for (const auto& [option, values] : command.values) {
+      all.push_back({command.name, option, joined(values)});
+    }
+  }
+  return all;
+}
+
 std::string bashScript(const std::vector<CommandNames>& commands) {
   std::string script =
       "# bash completion for quillory-pack; load it with: source <(quillory-pack completion bash)\n"
@@ -34,8 +50,15 @@ std::string bashScript(const std::vector<CommandNames>& commands) {
   for (const CommandNames& command : commands) {
     script += "    " + command.name + ") options='" + joined(command.options) + "' ;;\n";
   }
+  script +=
+      "    *) options= ;;\n"
+      "  esac\n"
+      "  case ${COMP_WORDS[1]}${COMP_WORDS[COMP_CWORD-1]} in\n";
+  for (const auto& [command, option, values] : valuesOf(commands)) {
+    script += "    " + command + option + ") COMPREPLY=($(compgen -W '" + values +
+              "' -- \"$word\")); return ;;\n";
+  }
   return script +
-         "    *) options= ;;\n"
          "  esac\n"
          "  case $word in\n"
          "    -*) COMPREPLY=($(compgen -W \"$options\" -- \"$word\")) ;;\n"
@@ -60,6 +83,12 @@ std::string zshScript(const std::vector<CommandNames>& commands) {
       "    _describe command commands\n"
       "    return\n"
       "  fi\n"
+      "  case $words[2]$words[CURRENT-1] in\n";
+  for (const auto& [command, option, values] : valuesOf(commands)) {
+    script += "    " + command + option + ") compadd -- " + values + "; return ;;\n";
+  }
+  script +=
+      "  esac\n"
       "  case $words[2] in\n";
   for (const CommandNames& command : commands) {
     script += "    " + command.name + ") compadd -- " + joined(command.options) + "; _files ;;\n";
@@ -79,7 +108,9 @@ std::string fishScript(const std::vector<CommandNames>& commands) {
     for (const std::string& option : command.options) {
       const bool isLong = option.rfind("--", 0) == 0;
       script += "complete -c quillory-pack -n '__fish_seen_subcommand_from " + command.name + "' " +
-                (isLong ? "-l " + option.substr(2) : "-s " + option.substr(1)) + '\n';
+                (isLong ? "-l " + option.substr(2) : "-s " + option.substr(1));
+      const auto values = command.values.find(option);
+      script += values == command.values.end() ? "\n" : " -x -a '" + joined(values->second) + "'\n";
     }
   }
   return script;

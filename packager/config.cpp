@@ -77,6 +77,7 @@ void readRuntime(ConfigSection section, RuntimeConfig& out) {
   section.texts("add-modules", out.addModules);
   section.texts("jlink-options", out.jlinkOptions);
   section.text("jdk", out.jdk);
+  section.text("jmods", out.jmods);
   section.rejectUnknown();
   if (jlink && !out.folder.empty()) {
     section.error("folder", "runtime-source", "[runtime] names a folder and asks for jlink as well",
@@ -172,6 +173,9 @@ Config loadConfig(const std::string& path, Findings& findings) {
   readJvm({root, "jvm", config, found}, config.jvm);
   readUpdater({root, "updater", config, found}, config.updater);
   readRuntime({root, "runtime", config, found}, config.runtime);
+  for (std::string* named : {&config.runtime.jdk, &config.runtime.jmods}) {
+    *named = named->empty() ? "" : config.resolve(*named);
+  }
   readInstall({root, "install", config, found}, config.install);
   readUpdate({root, "update", config, found}, config.update);
   readSigning({root, "signing", config, found}, config.signing);

@@ -61,7 +61,8 @@ struct RuntimeConfig {
   std::vector<std::string> modules;     ///< kJlink; empty for those that jdeps finds
   std::vector<std::string> addModules;  ///< kJlink: beside those found
   std::vector<std::string> jlinkOptions;
-  std::string jdk;  ///< "" for JAVA_HOME, then PATH
+  std::string jdk;    ///< resolved; "" for JAVA_HOME, then PATH
+  std::string jmods;  ///< resolved; kJlink: the modules to link; "" for those of the JDK
 };
 
 struct InstallConfig {

@@ -9,6 +9,7 @@
 #include "launcher/install_locations.h"
 #include "packager/archive_checks.h"
 #include "packager/bundle_view.h"
+#include "packager/target.h"
 #include "packager/verify.h"
 
 namespace quillory::pack {
@@ -18,7 +19,7 @@ namespace fs = std::filesystem;
 
 class Doctor {
  public:
-  Findings run(const std::string& path) {
+  Diagnosis run(const std::string& path) {
     if (!isBundle(path)) {
       throw PackError("is no application bundle: it has no folder Contents", "", {path, 0});
     }
@@ -28,7 +29,7 @@ class Doctor {
     if (bundle_.tail) {
       checkTail(*bundle_.tail);
     }
-    return std::move(findings_);
+    return {launcher_, std::move(findings_)};
   }
 
  private:
@@ -45,19 +46,17 @@ class Doctor {
       add(Severity::kError, "not-executable", "the executable may not be executed",
           bundle_.executable, "chmod 755 \"" + bundle_.executable + '"');
     }
-    Findings ignored;
-    platform_ = platformOf(RecordInput(bundle_.executable, ignored).bytes(kMagicBytes));
-    if (platform_ != "macOS") {
+    launcher_ = programImageIn(bundle_.executable);
+    if (launcher_.system != systemOf(Target::kMacOS)) {
       add(Severity::kWarning, "platform",
-          "the executable is for " + (platform_.empty() ? "no known system" : platform_) +
-              ": a Mac does not start it",
-          bundle_.executable, "pack with a launcher that was built for macOS");
+          "the executable is for " + asText(launcher_) + ": a Mac does not start it",
+          bundle_.executable, "for Macs pack it with --target macos");
     }
   }
 
   void checkSignature() {
     const bool sealed = fs::is_directory(bundle_.inside("_CodeSignature"));
-    if (!sealed && platform_ == "macOS") {
+    if (!sealed && launcher_.system == systemOf(Target::kMacOS)) {
       add(Severity::kWarning, "not-signed",
           "the bundle's code is not signed: macOS refuses it when it was downloaded",
           bundle_.folder, "docs/packaging.md tells how to sign and notarize it");
@@ -183,7 +182,9 @@ class Doctor {
     Findings ignored;
     RecordInput input(tail.file, ignored);
     input.seek(tail.entries[0].contentAt);
-    checkSamePlatform("lzma64", input.bytes(kMagicBytes), platform_, tail.file, findings_);
+    const ProgramImage image =
+        programImageOf(input.bytes(kImageHead), static_cast<std::uint64_t>(tail.entries[0].length));
+    checkSamePlatform("lzma64", image, launcher_, tail.file, findings_);
   }
 
   void checkArchives(const TailView& tail) {
@@ -202,7 +203,7 @@ class Doctor {
     checkArchive(tail, tail.runtimeArchive(), "runtime", given,
                  [this](const PlainArchive& archive, const ArchiveListing& listing,
                         const std::string& name, Findings& findings) {
-                   checkRuntimeArchive(archive, listing, name, platform_, findings);
+                   checkRuntimeArchive(archive, listing, name, launcher_, findings);
                  });
     requireArchives(tail);
   }
@@ -245,12 +246,12 @@ class Doctor {
   }
 
   BundleView bundle_;
-  std::string platform_;
+  ProgramImage launcher_;
   Findings findings_;
 };
 
 }  // namespace
 
-Findings diagnose(const std::string& bundle) { return Doctor().run(bundle); }
+Diagnosis diagnose(const std::string& bundle) { return Doctor().run(bundle); }
 
 }  // namespace quillory::pack

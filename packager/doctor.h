@@ -3,10 +3,15 @@
 #include <string>
 
 #include "packager/findings.h"
+#include "packager/program_image.h"
 
 namespace quillory::pack {
 
-/// What would go wrong, and why. Findings that are notes are worth knowing only.
-Findings diagnose(const std::string& bundle);
+struct Diagnosis {
+  ProgramImage launcher;
+  Findings findings;  ///< what would go wrong, and why; notes are worth knowing only
+};
+
+Diagnosis diagnose(const std::string& bundle);
 
 }  // namespace quillory::pack

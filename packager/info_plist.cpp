@@ -11,6 +11,8 @@ constexpr char kHead[] =
     "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
     "<plist version=\"1.0\">\n"
     "<dict>\n";
+// Of the launcher, as it is built: on an older system it would not even be loaded.
+constexpr char kMinimumSystem[] = "11.0";
 constexpr char kFoot[] = "</dict>\n</plist>\n";
 
 std::string escaped(const std::string& text) {
@@ -77,7 +79,7 @@ std::string applicationInfoPlist(const ApplicationConfig& application,
   if (!application.category.empty()) {
     plist += entry("LSApplicationCategoryType", application.category);
   }
-  plist += entry("LSMinimumSystemVersion", "10.13");
+  plist += entry("LSMinimumSystemVersion", kMinimumSystem);
   plist += flag("NSHighResolutionCapable");
   if (!application.copyright.empty()) {
     plist += entry("NSHumanReadableCopyright", application.copyright);

@@ -1,6 +1,7 @@
 #include "packager/inspect.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "packager/bundle_view.h"
 #include "packager/byte_sinks.h"
@@ -8,6 +9,7 @@
 #include "packager/plain_archive.h"
 #include "packager/public_key.h"
 #include "packager/reporter.h"
+#include "packager/target.h"
 
 namespace quillory::pack {
 namespace {
@@ -118,6 +120,13 @@ Json inspectBundle(const std::string& path, Findings& findings) {
   Json described;
   described["bundle"] = bundle.folder;
   described["executable"] = bundle.executable;
+  if (std::filesystem::is_regular_file(bundle.executable)) {
+    const ProgramImage launcher = programImageIn(bundle.executable);
+    described["target"] = targetNameOf(launcher);
+    if (!launcher.architectures.empty()) {
+      described["architectures"] = launcher.architectures;
+    }
+  }
   for (const char* key : {"CFBundleIdentifier", "CFBundleShortVersionString", "CFBundleVersion"}) {
     described[key] = plistText(bundle.infoPlist, key);
   }

@@ -2,9 +2,14 @@
 #pragma once
 #include <string>
 
+#include "packager/target.h"
+
 namespace quillory::pack {
 
 /// The folder of the running executable, links resolved; "" when it cannot be told.
 std::string programFolder();
+
+/// The system that this program runs on.
+Target nativeTarget();
 
 }  // namespace quillory::pack

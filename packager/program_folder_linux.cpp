@@ -9,4 +9,6 @@ std::string programFolder() {
   return std::filesystem::read_symlink("/proc/self/exe", error).parent_path().string();
 }
 
+Target nativeTarget() { return Target::kLinux; }
+
 }  // namespace quillory::pack

@@ -18,4 +18,6 @@ std::string programFolder() {
   return std::filesystem::canonical(path.c_str(), error).parent_path().string();
 }
 
+Target nativeTarget() { return Target::kMacOS; }
+
 }  // namespace quillory::pack

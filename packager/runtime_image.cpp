@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include "packager/byte_sinks.h"
 #include "packager/class_list.h"
 #include "packager/info_plist.h"
+#include "packager/program_folder.h"
 #include "packager/stub_jar.h"
 #include "packager/tool_runner.h"
 
@@ -18,6 +20,9 @@ namespace quillory::pack {
 namespace {
 
 namespace fs = std::filesystem;
+
+// Where runtimes and whole JDKs of Java 8 have it on macOS.
+constexpr std::array kJvmsOnMacOS = {"/lib/server/libjvm.dylib", "/jre/lib/server/libjvm.dylib"};
 
 // The library that the bundle's executable stands for, in the order of preference.
 constexpr std::array kLauncherLibraries = {"lib/jli/libjli.dylib", "lib/libjli.dylib",
@@ -68,7 +73,31 @@ std::string modulesFoundByJdeps(const RuntimeConfig& config, const std::vector<s
   return modules;
 }
 
+// What to do about a runtime of another system.
+std::string runtimeAdvice(Target target) {
+  const std::string system = systemOf(target);
+  return "in [runtime]: folder, with a runtime for " + system +
+         ", or jlink with jmods, the folder of that name in a JDK for " + system +
+         "; without [runtime] the first start downloads one";
+}
+
 }  // namespace
+
+void requireModulesFor(Target target, const Config& config) {
+  const std::string& jmods = config.runtime.jmods;
+  if (jmods.empty() && target != nativeTarget()) {
+    throw RejectedInput({{Severity::kError, "platform",
+                          std::string("jlink links the modules of this system, and the bundle is "
+                                      "for ") +
+                              systemOf(target),
+                          config.placeOf("runtime"), runtimeAdvice(target)}});
+  }
+  if (!jmods.empty() && !isFile(jmods + "/java.base.jmod")) {
+    throw RejectedInput({{Severity::kError, "missing-file", jmods + " holds no java.base.jmod",
+                          config.placeOf("runtime.jmods"),
+                          "name the folder jmods of a JDK: Contents/Home/jmods in one for macOS"}});
+  }
+}
 
 std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
                         const std::string& workFolder) {
@@ -85,6 +114,9 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
                                       "--no-man-pages",
                                       "--output",
                                       folder};
+  if (!config.jmods.empty()) {
+    command.insert(command.end(), {"--module-path", config.jmods});
+  }
   command.insert(command.end(), config.jlinkOptions.begin(), config.jlinkOptions.end());
   runTool(command, workFolder);
   addUpdaterClasses(folder);
@@ -100,6 +132,25 @@ std::string findJavaHome(const std::string& folder, const Place& place) {
   throw RejectedInput(
       {{Severity::kError, "no-java", folder + " has no bin/java: it is no Java runtime", place,
         "name the folder that holds bin and lib, or the bundle around it"}});
+}
+
+Findings lintRuntime(const std::string& javaHome, Target target, const std::string& launcher,
+                     const Place& place) {
+  const std::string java = javaHome + "/bin/java";
+  const ProgramImage image = programImageIn(java);
+  // A script runs everywhere, as far as anybody can tell.
+  const std::string reason = image.system == kScript ? "" : unfitFor(target, image);
+  if (!reason.empty()) {
+    return {{Severity::kError, "platform", java + ' ' + reason, place, runtimeAdvice(target)}};
+  }
+  const bool hasJvm = std::any_of(kJvmsOnMacOS.begin(), kJvmsOnMacOS.end(),
+                                  [&](const char* name) { return isFile(javaHome + name); });
+  if (target == Target::kMacOS && !hasJvm) {
+    return {{Severity::kError, "platform",
+             "there is no " + javaHome + kJvmsOnMacOS[0] + ": it is no runtime for macOS", place,
+             runtimeAdvice(target)}};
+  }
+  return lintArchitectures(programImageIn(launcher), image, place);
 }
 
 std::string versionNumberFor(const std::string& javaVersion) {

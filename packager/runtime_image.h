@@ -6,8 +6,12 @@
 
 #include "packager/config.h"
 #include "packager/content_tree.h"
+#include "packager/target.h"
 
 namespace quillory::pack {
+
+/// Throws RejectedInput when jlink has no modules of `target` to link, before it is run.
+void requireModulesFor(Target target, const Config& config);
 
 /// Makes a runtime in `workFolder` with jlink and returns its folder. `jars` are what jdeps looks
 /// at when no modules are named.
@@ -17,6 +21,10 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
 /// The Java home in a folder that is one, or that is a macOS runtime bundle. Throws RejectedInput
 /// when there is no bin/java.
 std::string findJavaHome(const std::string& folder, const Place& place);
+
+/// Why a runtime does not go with the launcher of a bundle for `target`.
+Findings lintRuntime(const std::string& javaHome, Target target, const std::string& launcher,
+                     const Place& place);
 
 /// A whole number that grows with the Java version of a runtime ("17.0.9" gives 170000900), from
 /// its release file; "" when it has none.

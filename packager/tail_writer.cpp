@@ -1,10 +1,12 @@
 #include "packager/tail_writer.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "formats/markers.h"
 #include "packager/archive_writer.h"
 #include "packager/findings.h"
+#include "packager/record_input.h"
 #include "packager/record_writer.h"
 #include "support/owned.h"
 
@@ -36,6 +38,20 @@ void writeTailEntry(ByteSink& sink, const TailEntry& entry) {
     throw PackError("the file changed while it was packed", "pack again when it is at rest",
                     {entry.source, 0});
   }
+}
+
+std::string guardBeforeMarker(const std::string& executable) {
+  const std::string marker = tailMarker();
+  Findings ignored;
+  RecordInput input(executable, ignored);
+  input.seek(std::max<std::int64_t>(0, input.size() - (kTailMarkerLength - 1)));
+  const std::string end = input.bytes(kTailMarkerLength);
+  for (std::size_t length = 1; length <= end.size(); ++length) {
+    if (marker.compare(0, length, end, end.size() - length) == 0) {
+      return "\xFF";  // which the marker does not hold
+    }
+  }
+  return "";
 }
 
 std::string tailMarker() {

@@ -37,4 +37,8 @@ void writeTailEntry(ByteSink& sink, const TailEntry& entry);
 /// The 128 bytes before a tail that stands inside an executable.
 std::string tailMarker();
 
+/// What has to stand between an executable and the marker: a byte where the end of the executable
+/// looks like a beginning of the marker, which the launcher's search would not see then; else "".
+std::string guardBeforeMarker(const std::string& executable);
+
 }  // namespace quillory::pack

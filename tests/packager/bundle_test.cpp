@@ -96,7 +96,10 @@ TEST(Bundle, CarriesSplashCertificatesIconAndElevationTool) {
   writeFile(project / "splash.png", picture + "splash");
   writeFile(project / "icon.png", picture + "icon");
   writeFile(project / "cacerts", "certificates");
-  writeFile(project / "elev", "tool");
+  const std::string tool =
+      "\x7f"
+      "ELF tool";
+  writeFile(project / "elev", tool);
   std::string config = project.config("splash = \"splash.png\"\nicon = \"icon.png\"\n");
   config.replace(config.find("[updater]\n"), 10,
                  "elev-mac = \"elev\"\n[updater]\ncacerts = \"cacerts\"\n");
@@ -105,7 +108,7 @@ TEST(Bundle, CarriesSplashCertificatesIconAndElevationTool) {
   EXPECT_THAT(tail, HasSubstr(records({"0", "nativesplash.png", "30"}) + picture + "splash"));
   EXPECT_THAT(tail, HasSubstr(records({"0", "cacerts", "12"}) + "certificates"));
   EXPECT_THAT(readFile(bundle + "/Contents/Resources/Hello.icns"), StartsWith("icns"));
-  EXPECT_EQ(readFile(bundle + "/Contents/Resources/elev_mac"), "tool");
+  EXPECT_EQ(readFile(bundle + "/Contents/Resources/elev_mac"), tool);
   EXPECT_NE(modeOf(bundle + "/Contents/Resources/elev_mac") & 0100, 0u);
 }
 

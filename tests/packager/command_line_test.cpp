@@ -69,6 +69,9 @@ TEST(CommandLine, RefusesWhatMakesNoSense) {
                                             {"bundle", "--compression", "10"},
                                             {"bundle", "--compression", "x"},
                                             {"bundle", "a", "b"},
+                                            {"bundle", "--target", "windows"},
+                                            {"bundle", "--target", ""},
+                                            {"bundle", "--target"},
                                             {"keygen", "--bits", "1024"},
                                             {"inspect"},
                                             {"extract", "only-one"},
@@ -83,6 +86,18 @@ TEST(CommandLine, RefusesWhatMakesNoSense) {
     EXPECT_EQ(result.out, "");
     EXPECT_THAT(result.err, AllOf(StartsWith("error: "), HasSubstr("--help explains")));
   }
+}
+
+TEST(CommandLine, ExplainsTheSystemsOfABundleAndSuggestsTheNearest) {
+  EXPECT_THAT(pack({"bundle", "--help"}).out,
+              AllOf(HasSubstr("--target TEXT"), HasSubstr("instead of this one: linux, macos\n"),
+                    HasSubstr("example:\n  quillory-pack bundle --target macos ")));
+  EXPECT_EQ(pack({"bundle", "--target", "macosx"}).err,
+            "error: --target: \"macosx\" is none of linux, macos; did you mean \"macos\"?\n"
+            "  -> quillory-pack bundle --help explains\n");
+  EXPECT_EQ(pack({"bundle", "--target", "darwin"}).err,
+            "error: --target: \"darwin\" is none of linux, macos\n"
+            "  -> quillory-pack bundle --help explains\n");
 }
 
 TEST(CommandLine, ReportsAllThatIsWrongWithAConfigurationAtOnce) {
@@ -192,9 +207,15 @@ TEST(Completion, IsAScriptThatBashTakesAndThatCompletes) {
                 "COMP_WORDS=(quillory-pack b) COMP_CWORD=1; _quillory_pack\n"
                 "echo \"${COMPREPLY[@]}\"\n"
                 "COMP_WORDS=(quillory-pack keygen --b) COMP_CWORD=2; _quillory_pack\n"
+                "echo \"${COMPREPLY[@]}\"\n"
+                "COMP_WORDS=(quillory-pack bundle --t) COMP_CWORD=2; _quillory_pack\n"
+                "echo \"${COMPREPLY[@]}\"\n"
+                "COMP_WORDS=(quillory-pack bundle --target '') COMP_CWORD=3; _quillory_pack\n"
+                "echo \"${COMPREPLY[@]}\"\n"
+                "COMP_WORDS=(quillory-pack inspect --as tai) COMP_CWORD=3; _quillory_pack\n"
                 "echo \"${COMPREPLY[@]}\"\n");
   const ChildResult result = runChild({"bash", "--norc", dir / "script"});
-  EXPECT_EQ(result.out, "bundle\n--bits\n") << result.err;
+  EXPECT_EQ(result.out, "bundle\n--bits\n--target\nlinux macos\ntail\n") << result.err;
 }
 
 TEST(Completion, KnowsEveryCommandInEveryShell) {
@@ -204,6 +225,7 @@ TEST(Completion, KnowsEveryCommandInEveryShell) {
       EXPECT_THAT(script, HasSubstr(command)) << shell;
     }
     EXPECT_THAT(script, HasSubstr("compression")) << shell;
+    EXPECT_THAT(script, HasSubstr("linux macos")) << shell;
   }
 }
 

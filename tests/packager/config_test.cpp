@@ -12,6 +12,7 @@
 namespace quillory::pack {
 namespace {
 
+using namespace std::string_literals;
 using ::testing::ElementsAre;
 using testing::findingOf;
 using testing::hasRule;
@@ -118,6 +119,17 @@ TEST(LoadConfig, ReadsEveryKeyOfTheExampleInTheDocumentation) {
   EXPECT_EQ(config.update.url, "https://example.com/updates/");
   EXPECT_EQ(config.signing.key, "signing.pem");
   EXPECT_EQ(config.parameters, (Parameters{{"channel", "stable"}}));
+}
+
+TEST(LoadConfig, TakesPathsOfTheJdkFromTheFolderOfTheFile) {
+  const Loaded loaded = load(kMinimal + "[runtime]\njlink = true\njdk = \"jdk\"\n"s +
+                             "jmods = \"/jdk-for-macos/jmods\"\n");
+  ASSERT_TRUE(loaded.accepted);
+  EXPECT_EQ(loaded.config.runtime.jdk, loaded.config.folder + "/jdk");
+  EXPECT_EQ(loaded.config.runtime.jmods, "/jdk-for-macos/jmods");
+  const Loaded without = load(kMinimal + "[runtime]\njlink = true\n"s);
+  EXPECT_EQ(without.config.runtime.jdk, "");
+  EXPECT_EQ(without.config.runtime.jmods, "");
 }
 
 TEST(LoadConfig, ReadsTheExampleOfTheReadMe) {

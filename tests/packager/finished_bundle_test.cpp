@@ -10,6 +10,7 @@
 #include "tests/harness/child_process.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
+#include "tests/packager/mach_o_bytes.h"
 #include "tests/packager/project_fixture.h"
 
 namespace quillory::testing {
@@ -58,11 +59,11 @@ TEST_F(Inspect, ShowsABundleWithItsParametersTailAndArchives) {
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(
       result.out,
-      AllOf(HasSubstr("kind: bundle\n"), HasSubstr("CFBundleIdentifier: com.example.hello\n"),
-            HasSubstr("    jre_name = JRE\n"), HasSubstr("    App Name: Hello\n"),
-            HasSubstr("    JRE Version: 170000900\n"), HasSubstr("      bits: 2048\n"),
-            HasSubstr("  installs: for the current user\n"), HasSubstr("    file     GU.p2.l2  "),
-            HasSubstr("        signed: yes\n"),
+      AllOf(HasSubstr("kind: bundle\n"), HasSubstr("target: linux\nCFBundleIdentifier"),
+            HasSubstr("CFBundleIdentifier: com.example.hello\n"), HasSubstr("    jre_name = JRE\n"),
+            HasSubstr("    App Name: Hello\n"), HasSubstr("    JRE Version: 170000900\n"),
+            HasSubstr("      bits: 2048\n"), HasSubstr("  installs: for the current user\n"),
+            HasSubstr("    file     GU.p2.l2  "), HasSubstr("        signed: yes\n"),
             HasSubstr("          file     Contents/Home/bin/java  9\n")));
 }
 
@@ -333,10 +334,10 @@ TEST_F(DoctorOf, AGoodBundleHasNothingToComplainAboutButThePlatform) {
   const CommandResult result = pack({"doctor", bundle_});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.out, HasSubstr("Nothing that would keep it from starting was found."));
-  EXPECT_EQ(result.err, bundle_ +
+  EXPECT_EQ(result.err, "a bundle for Linux\n" + bundle_ +
                             "/Contents/MacOS/Hello: warning: the executable is for Linux: a "
-                            "Mac does not start it [platform]\n  -> pack with a launcher that "
-                            "was built for macOS\n");
+                            "Mac does not start it [platform]\n  -> for Macs pack it with --target "
+                            "macos\n");
 }
 
 TEST_F(DoctorOf, ABundleWithAMissingPart) {
@@ -372,13 +373,18 @@ TEST_F(DoctorOf, ConfigurationsThatPackAndStillWorryPeople) {
 }
 
 TEST_F(DoctorOf, ProgramsOfAnotherSystem) {
-  writeFile(project_ / "jre/bin/java", "\xCF\xFA\xED\xFE java");
-  const CommandResult java = pack({"doctor", bundleOf(project_, project_.config(kRuntime))});
-  EXPECT_EQ(java.status, 1);
-  EXPECT_THAT(java.err, HasSubstr("the runtime's java is for macOS, the launcher is for Linux"));
-  writeFile(project_ / "lzma64", "text");
-  EXPECT_THAT(pack({"doctor", bundleOf(project_, project_.config())}).err,
-              HasSubstr("lzma64 is no program"));
+  writeFile(bundle_ + "/Contents/MacOS/Hello", thinMachO(kX86));
+  const CommandResult result = pack({"doctor", bundle_});
+  EXPECT_EQ(result.status, 1);
+  const std::string rest = " is for Linux, the launcher is for macOS (x86_64)";
+  EXPECT_THAT(result.err,
+              AllOf(HasSubstr("a bundle for macOS (x86_64)\n"), HasSubstr("error: lzma64" + rest),
+                    HasSubstr("error: the runtime's java" + rest)));
+  patch(tail(),
+        "\x7f"
+        "ELF, too",
+        "text, too");
+  EXPECT_THAT(pack({"doctor", bundle_}).err, HasSubstr("lzma64 is no program"));
 }
 
 TEST_F(DoctorOf, AnExecutableThatMayNotBeExecuted) {

@@ -51,7 +51,7 @@ TEST(ApplicationInfoPlist, IsAPropertyListWithTheKeysThatBundlesNeed) {
             "CFBundlePackageType=APPL\n"
             "CFBundleShortVersionString=1.2\n"
             "CFBundleVersion=12\n"
-            "LSMinimumSystemVersion=10.13\n"
+            "LSMinimumSystemVersion=11.0\n"
             "NSHighResolutionCapable=True\n"
             "NSPrincipalClass=NSApplication\n");
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
@@ -65,7 +66,11 @@ std::string Project::key() {
   return path;
 }
 
-CommandResult pack(const std::vector<std::string>& arguments) {
+CommandResult pack(std::vector<std::string> arguments) {
+  if (!arguments.empty() && arguments[0] == "bundle" &&
+      std::find(arguments.begin(), arguments.end(), "--target") == arguments.end()) {
+    arguments.insert(arguments.end(), {"--target", "linux"});
+  }
   std::ostringstream out, err;
   const int status = quillory::pack::runCommandLine(arguments, out, err, false);
   return {status, out.str(), err.str()};

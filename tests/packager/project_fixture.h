@@ -36,8 +36,9 @@ struct CommandResult {
   std::string err;
 };
 
-/// A run of the command line in this process.
-CommandResult pack(const std::vector<std::string>& arguments);
+/// A run of the command line in this process. Bundles are for Linux, as the stand-ins are, unless
+/// --target says otherwise.
+CommandResult pack(std::vector<std::string> arguments);
 /// The path of the bundle that a project makes from this configuration, in its folder dist; a test
 /// failure when it makes none.
 std::string bundleOf(const Project& project, const std::string& config);

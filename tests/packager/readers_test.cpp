@@ -225,17 +225,5 @@ TEST(PlistText, FindsTextsAndUndoesEscapes) {
   EXPECT_EQ(plistText("<key>A</key><string>open", "A"), "");
 }
 
-TEST(PlatformOf, KnowsProgramsByTheirFirstBytes) {
-  EXPECT_EQ(platformOf("\xCF\xFA\xED\xFE rest"), "macOS");
-  EXPECT_EQ(platformOf("\xCA\xFE\xBA\xBE rest"), "macOS");
-  EXPECT_EQ(platformOf("\x7f"
-                       "ELF rest"),
-            "Linux");
-  EXPECT_EQ(platformOf("MZ rest"), "Windows");
-  EXPECT_EQ(platformOf("#!/bin/sh"), "a shell");
-  EXPECT_EQ(platformOf("text"), "");
-  EXPECT_EQ(platformOf(""), "");
-}
-
 }  // namespace
 }  // namespace quillory::pack

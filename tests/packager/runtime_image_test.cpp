@@ -133,6 +133,26 @@ TEST(AddUpdaterClasses, LeavesARuntimeWithoutAListAsItIs) {
   EXPECT_TRUE(fs::is_empty(dir.path()));
 }
 
+// The modules of another system: those of this one, with programs and a name of the other's.
+TEST(LinkRuntime, LinksTheModulesThatAreNamed) {
+  TempDir dir;
+  const std::string jdk = fs::canonical(findJdkTool("jlink", "")).parent_path().parent_path();
+  const std::string jmod = jdk + "/bin/jmod", base = dir / "base";
+  runTool({jmod, "extract", "--dir", base, jdk + "/jmods/java.base.jmod"}, dir.str());
+  writeFile(base + "/bin/java", "for another system");
+  fs::create_directory(dir / "jmods");
+  runTool({jmod, "create", "--class-path", base + "/classes", "--cmds", base + "/bin", "--libs",
+           base + "/lib", "--config", base + "/conf", "--target-platform", "macos-amd64",
+           dir / "jmods/java.base.jmod"},
+          dir.str());
+  RuntimeConfig config;
+  config.modules = {"java.base"};
+  config.jmods = dir / "jmods";
+  const std::string folder = linkRuntime(config, {}, dir.str());
+  EXPECT_EQ(readFile(folder + "/bin/java"), "for another system");
+  EXPECT_NE(versionNumberOf(folder), "");
+}
+
 TEST(LinkRuntime, ShowsWhatJlinkSaid) {
   TempDir dir;
   RuntimeConfig config;
