@@ -14,6 +14,7 @@ import tempfile
 import unittest
 
 import macho
+import pages
 
 ROOT = pathlib.Path(sys.argv[1])
 FILES = [pathlib.Path(file).absolute() for file in sys.argv[2:]]
@@ -52,13 +53,6 @@ BY_FUNCTION = {
     "release": "_objc_release",
     "autorelease": "_objc_autorelease",
 }
-
-
-def marker_of(page):
-    """The bytes of a marker, from the page that tells producers of them."""
-    text = (ROOT / "docs" / "formats" / page).read_text(encoding="utf-8")
-    block = re.search(r"marker is\s+these \d+ bytes:\n\n((?: {4}(?:[0-9a-f]{2} ?){32}\n)+)", text)
-    return bytes.fromhex(block[1])
 
 
 def declared_selectors():
@@ -164,8 +158,8 @@ class Images(unittest.TestCase):
 
     @for_each("images")
     def test_holds_no_marker(self, image):
-        tail = marker_of("wrapper-tail.md")
-        params = marker_of("parameters-file.md")
+        tail = pages.marker_of(ROOT, "wrapper-tail.md")
+        params = pages.marker_of(ROOT, "parameters-file.md")
         self.assertEqual((128, 64), (len(tail), len(params)))
         self.assertFalse(tail in image.content)
         self.assertFalse(params in image.content)
