@@ -29,6 +29,8 @@ gather_headers() {
 build() {
   local arch=$1 libraries
   libraries=$(cmake/macos/libraries.sh "$cache" "$arch")
+  # A build folder remembers its compiler, which is another one with another cache.
+  grep -qsF "=$cache/zig-0.11.0/zig" "$out/$arch/CMakeCache.txt" || rm -rf "${out:?}/$arch"
   cmake -G Ninja -S . -B "$out/$arch" -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/macos/toolchain.cmake" \
     -DQUILLORY_ZIG="$cache/zig-0.11.0/zig" -DQUILLORY_ARCH="$arch" \
