@@ -9,7 +9,9 @@
 #include <string_view>
 
 #include "formats/archive_output.h"
+#include "formats/archive_signature.h"
 #include "formats/archive_tools.h"
+#include "formats/hash_ahead.h"
 #include "formats/patient_reader.h"
 #include "formats/record_stream.h"
 #include "support/exit_status.h"
@@ -186,7 +188,7 @@ struct MetSignature {
 
 // Entry after entry; kEntryDone at the end of the archive.
 int extractEntries(const char* unpack200Tool, const char* archivePath, const char* destDir,
-                   MetSignature& signature, Rsa_key* key) {
+                   MetSignature& signature, HashAhead& digest, Rsa_key* key) {
   const OwnedFile archive(std::fopen(archivePath, "rb"));
   if (!archive) {
     logMessage("[ExtractArchive] Failed to extract archive - couldn't open file %s\n", archivePath);
@@ -196,8 +198,10 @@ int extractEntries(const char* unpack200Tool, const char* archivePath, const cha
   const Tools tools{nullptr, unpack200Tool};
   char* hex = nullptr;
   int result = kEntryDone;
-  while (result == kEntryDone)
+  while (result == kEntryDone) {
+    digest.allow(std::ftell(archive.get()));  // The signature block is none of what it signs.
     result = extractEntry(tools, destDir, archive.get(), &signature.offset, &hex, key);
+  }
   signature.hex.reset(hex);
   if (result != kEndOfArchive) return result;
   logMessage("[ExtractArchive] Done extracting archive.\n");
@@ -208,13 +212,15 @@ int extractWholeArchive(const char* unpack200Tool, const char* archivePath, cons
                         Rsa_key* key) {
   logMessage("[ExtractArchive] Extracting archive %s into %s\n", archivePath, destDir);
   MetSignature signature;
-  const int result = extractEntries(unpack200Tool, archivePath, destDir, signature, key);
+  HashAhead digest(archivePath);
+  const int result = extractEntries(unpack200Tool, archivePath, destDir, signature, digest, key);
   if (result != kEntryDone) return result;
 
   // Asked of the text: an offset of -1 in a signature block must not make the archive an unsigned
   // one.
   if (signature.hex)
-    verifyArchive(archivePath, destDir, signature.offset, signature.hex.get(), key);
+    verifyArchive(archivePath, destDir, signature.offset, signature.hex.get(), key,
+                  &digest.finish());
   std::remove(archivePath);
   return kEntryDone;
 }

@@ -87,20 +87,27 @@ void hashRegion(std::FILE* archive, long length, std::vector<char>& buffer, Hash
   }
 }
 
-// Null when the library cannot make a digest.
-Digest digestOfRegion(std::FILE* archive, long length, std::vector<char>& buffer) {
+// Null when the library cannot make a digest. Goes on behind what has been hashed already, unless
+// that is more than is signed.
+Digest digestOfRegion(std::FILE* archive, long length, const HashedPart* begun,
+                      std::vector<char>& buffer) {
   logMessage("[ExtractArchive] Starting hash...\n");
   Hash_state state;
   std::memset(&state, 0, sizeof(state));
   initHash(&state);  // Without the hash there is no digest, and so no signature that holds.
+  long start = 0;
+  if (begun != nullptr && begun->length <= length) {
+    state = begun->state;
+    start = begun->length;
+  }
   logMessage("[ExtractArchive] Seeking to start of data...\n");
   std::fflush(archive);
-  if (std::fseek(archive, 0, SEEK_SET) == 0) {
+  if (std::fseek(archive, start, SEEK_SET) == 0) {
     logMessage("[ExtractArhive] At start of file.\n");  // Spelled so in every log there is.
   } else {
     logMessage("[ExtractArchive] fseek() Error?!\n");
   }
-  hashRegion(archive, length, buffer, &state);
+  hashRegion(archive, length - start, buffer, &state);
   logMessage("[ExtractArchive] Completed hash\n");
 
   Digest digest(doFinal(&state));
@@ -192,14 +199,14 @@ bool verifySignature(const unsigned char* signature, int signatureLength, const 
 }
 
 bool verifyArchive(const char* archivePath, const char* destDir, long signatureOffset,
-                   const char* signatureHex, Rsa_key* key) {
+                   const char* signatureHex, Rsa_key* key, const HashedPart* begun) {
   logMessage("[ExtractArchive] Pre-Alloc\n");
   std::vector<char> buffer(kChunkLength);
   logMessage("[ExtractArchive] Post-Alloc\n");
   OwnedFile archive = openArchive(archivePath);
   const std::vector<unsigned char> signature =
       bytesOf(readBlockAgain(archive.get(), signatureOffset, signatureHex));
-  const Digest digest = digestOfRegion(archive.get(), signatureOffset, buffer);
+  const Digest digest = digestOfRegion(archive.get(), signatureOffset, begun, buffer);
   archive.reset();
 
   if (key == nullptr) logMessage("[ExtractArchive] There is no public key to verify with.\n");

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "formats/hash_ahead.h"
+
 namespace quillory {
 
 using Hash_state = hash_state;
@@ -31,7 +33,8 @@ bool verifySignature(const unsigned char* signature, int signatureLength, const 
 /// Checks the archive at `archivePath` against the signature block at `signatureOffset`, whose text
 /// was `signatureHex` when the entries were read. Logs its way; when the signature does not hold,
 /// deletes what is in `destDir`. Ends the process with status 1 when the archive cannot be opened.
+/// `begun` is what of the archive has been hashed already.
 bool verifyArchive(const char* archivePath, const char* destDir, long signatureOffset,
-                   const char* signatureHex, Rsa_key* key);
+                   const char* signatureHex, Rsa_key* key, const HashedPart* begun = nullptr);
 
 }  // namespace quillory

@@ -407,6 +407,25 @@ TEST_F(VerifyArchive, HashesMoreThanOneChunk) {
                    "217e6e93222dec5d0610fa8fa022cf5d8e68f27528b69592ad24821f1aaef375\n"));
 }
 
+// Of "xx...x" again, in two parts, and with a part that is more than what is signed.
+TEST_F(VerifyArchive, GoesOnBehindWhatHasBeenHashed) {
+  writeFile(archive(), std::string(150'001, 'x'));
+  for (const long length : {1L, 70'000L, 150'001L, 150'002L}) {
+    HashedPart begun;
+    mixed_init(&begun.state);
+    const std::string before(static_cast<std::size_t>(length), 'x');
+    mixed_process(&begun.state, bytesIn(before), before.size());
+    begun.length = length;
+    CapturedLog itsLog;
+    EXPECT_FALSE(
+        verifyArchive(archive().c_str(), destDir().c_str(), 150'001, "", key.get(), &begun));
+    EXPECT_TRUE(
+        itsLog.contains("[ExtractArchive] Produced hash: "
+                        "217e6e93222dec5d0610fa8fa022cf5d8e68f27528b69592ad24821f1aaef375\n"))
+        << length;
+  }
+}
+
 TEST_F(VerifyArchive, RejectsOrWaitsWhereverTheSignatureIsCut) {
   const ScopedReplace noShell(
       processCalls.runShell, +[](const char*) { return 0; });
