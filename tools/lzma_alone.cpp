@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "tools/large_blocks.h"
+
 namespace quillory {
 namespace {
 
@@ -88,6 +90,7 @@ LzmaCoder::~LzmaCoder() = default;
 LzmaCoder LzmaCoder::encoder(int level, LzmaSink sink) {
   auto state = std::make_unique<State>();
   state->sink = std::move(sink);
+  state->stream.allocator = largeBlocks();
   lzma_options_lzma options;
   if (level < kLzmaFastest || level > kLzmaBest ||
       lzma_lzma_preset(&options, static_cast<std::uint32_t>(level))) {
