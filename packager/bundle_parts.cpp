@@ -1,7 +1,6 @@
 #include "packager/bundle_parts.h"
 
 #include <fnmatch.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -23,11 +22,6 @@ constexpr char kUpdaterMainClass[] = "io.quillory.updater.Main";
 constexpr char kCompatibilityClass[] = "io.quillory.updater.JreCompatibility";
 constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
 constexpr char kIcnsSignature[] = "icns";
-
-bool isFile(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
-}
 
 std::vector<std::string> matchesOf(const std::string& pattern) {
   if (pattern.find_first_of("*?[") == std::string::npos) {

@@ -1,10 +1,10 @@
 #include "packager/bundle_tools.h"
 
-#include <sys/stat.h>
-
 #include <filesystem>
 #include <vector>
 
+#include "packager/byte_sinks.h"
+#include "packager/joined.h"
 #include "packager/program_folder.h"
 #include "packager/record_input.h"
 #include "packager/tail_writer.h"
@@ -23,19 +23,6 @@ struct Wanted {
   const std::string& configured;
   std::string& path;
 };
-
-bool isFile(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
-}
-
-std::string joined(const std::vector<std::string>& words, const char* between) {
-  std::string text;
-  for (const std::string& word : words) {
-    text += (text.empty() ? "" : between) + word;
-  }
-  return text;
-}
 
 std::string beside(const char* folder) {
   return (fs::path(programFolder()) / folder).lexically_normal().string();

@@ -1,7 +1,5 @@
 #include "packager/bundle_view.h"
 
-#include <sys/stat.h>
-
 #include <filesystem>
 #include <vector>
 
@@ -14,11 +12,6 @@ namespace fs = std::filesystem;
 
 constexpr char kOtherParamsPath[] = "Resources/params.lproj/locversion.plist";
 constexpr char kTailPath[] = "Resources/Tail";
-
-bool isFile(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
-}
 
 void missing(Findings& findings, const std::string& what, const std::string& file,
              const std::string& advice) {

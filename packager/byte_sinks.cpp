@@ -1,6 +1,8 @@
 #include "packager/byte_sinks.h"
 
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
 #include <vector>
 
 #include "packager/findings.h"
@@ -69,6 +71,11 @@ std::uint64_t copyFileInto(ByteSink& sink, const std::string& path) {
     throwFileError(path, "cannot be read", errno);
   }
   return total;
+}
+
+bool isFile(const std::string& path) {
+  std::error_code unknown;
+  return std::filesystem::is_regular_file(path, unknown);
 }
 
 std::string readWholeFile(const std::string& path) {

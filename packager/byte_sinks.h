@@ -51,6 +51,8 @@ class LzmaSinkAdapter : public ByteSink {
 /// Copies a whole file into a sink and returns the number of its bytes.
 std::uint64_t copyFileInto(ByteSink& sink, const std::string& path);
 
+/// Whether there is a file, or a link to one.
+bool isFile(const std::string& path);
 /// The whole of a small file.
 std::string readWholeFile(const std::string& path);
 void writeWholeFile(const std::string& path, std::string_view bytes, unsigned mode = 0666);

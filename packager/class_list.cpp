@@ -1,6 +1,5 @@
 #include "packager/class_list.h"
 
-#include <filesystem>
 #include <string_view>
 
 #include "packager/byte_sinks.h"
@@ -22,7 +21,7 @@ constexpr std::string_view kUpdaterClasses =
 
 void addUpdaterClasses(const std::string& javaHome) {
   const std::string path = javaHome + "/lib/classlist";
-  if (!std::filesystem::is_regular_file(path)) return;
+  if (!isFile(path)) return;
   writeWholeFile(path, readWholeFile(path).append(kUpdaterClasses));
 }
 

@@ -8,6 +8,7 @@
 
 #include "packager/commands.h"
 #include "packager/completion.h"
+#include "packager/joined.h"
 #include "packager/nearest_name.h"
 #include "packager/target.h"
 
@@ -103,10 +104,7 @@ class CommandLine {
   // An option whose values have names; a wrong one is answered with the nearest.
   void oneOf(CLI::App* sub, const std::string& name, std::string& out,
              const std::string& description, const std::vector<std::string>& values) {
-    std::string all;
-    for (const std::string& value : values) {
-      all += (all.empty() ? "" : ", ") + value;
-    }
+    const std::string all = joined(values, ", ");
     const auto check = [values, all](const std::string& given) -> std::string {
       if (std::find(values.begin(), values.end(), given) != values.end()) {
         return "";

@@ -1,22 +1,16 @@
 #include "packager/completion.h"
 
+#include "packager/joined.h"
+
 namespace quillory::pack {
 namespace {
-
-std::string joined(const std::vector<std::string>& words) {
-  std::string text;
-  for (const std::string& word : words) {
-    text += (text.empty() ? "" : " ") + word;
-  }
-  return text;
-}
 
 std::string namesOf(const std::vector<CommandNames>& commands) {
   std::vector<std::string> names;
   for (const CommandNames& command : commands) {
     names.push_back(command.name);
   }
-  return joined(names);
+  return joined(names, " ");
 }
 
 struct OptionValues {
@@ -29,7 +23,7 @@ std::vector<OptionValues> valuesOf(const std::vector<CommandNames>& commands) {
   std::vector<OptionValues> all;
   for (const CommandNames& command : commands) {
     for (const auto& [option, values] : command.values) {
-      all.push_back({command.name, option, joined(values)});
+      all.push_back({command.name, option, joined(values, " ")});
     }
   }
   return all;
@@ -48,7 +42,7 @@ std::string bashScript(const std::vector<CommandNames>& commands) {
       "  fi\n"
       "  case ${COMP_WORDS[1]} in\n";
   for (const CommandNames& command : commands) {
-    script += "    " + command.name + ") options='" + joined(command.options) + "' ;;\n";
+    script += "    " + command.name + ") options='" + joined(command.options, " ") + "' ;;\n";
   }
   script +=
       "    *) options= ;;\n"
@@ -91,7 +85,8 @@ std::string zshScript(const std::vector<CommandNames>& commands) {
       "  esac\n"
       "  case $words[2] in\n";
   for (const CommandNames& command : commands) {
-    script += "    " + command.name + ") compadd -- " + joined(command.options) + "; _files ;;\n";
+    script +=
+        "    " + command.name + ") compadd -- " + joined(command.options, " ") + "; _files ;;\n";
   }
   return script +
          "  esac\n"
@@ -110,7 +105,8 @@ std::string fishScript(const std::vector<CommandNames>& commands) {
       script += "complete -c quillory-pack -n '__fish_seen_subcommand_from " + command.name + "' " +
                 (isLong ? "-l " + option.substr(2) : "-s " + option.substr(1));
       const auto values = command.values.find(option);
-      script += values == command.values.end() ? "\n" : " -x -a '" + joined(values->second) + "'\n";
+      script +=
+          values == command.values.end() ? "\n" : " -x -a '" + joined(values->second, " ") + "'\n";
     }
   }
   return script;

@@ -1,7 +1,5 @@
 #include "packager/runtime_image.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -12,6 +10,7 @@
 #include "packager/byte_sinks.h"
 #include "packager/class_list.h"
 #include "packager/info_plist.h"
+#include "packager/joined.h"
 #include "packager/program_folder.h"
 #include "packager/stub_jar.h"
 #include "packager/tool_runner.h"
@@ -27,19 +26,6 @@ constexpr std::array kJvmsOnMacOS = {"/lib/server/libjvm.dylib", "/jre/lib/serve
 // The library that the bundle's executable stands for, in the order of preference.
 constexpr std::array kLauncherLibraries = {"lib/jli/libjli.dylib", "lib/libjli.dylib",
                                            "lib/jli/libjli.so", "lib/libjli.so"};
-
-bool isFile(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
-}
-
-std::string joined(const std::vector<std::string>& parts, const char* separator) {
-  std::string text;
-  for (const std::string& part : parts) {
-    text += (text.empty() ? "" : separator) + part;
-  }
-  return text;
-}
 
 std::string trimmed(const std::string& text) {
   const std::size_t first = text.find_first_not_of(" \t\r\n");
