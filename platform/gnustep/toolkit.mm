@@ -1,7 +1,9 @@
 #include "platform/toolkit.h"
 
+#include <pwd.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -14,6 +16,7 @@
 #include "platform/gnustep/scoped_environment.h"
 #include "platform/gnustep/scoped_signals.h"
 #include "platform/gnustep/window_library.h"
+#include "support/exit_status.h"
 #include "support/log.h"
 
 namespace quillory::platform {
@@ -78,6 +81,13 @@ void handleNextEvent() {
   }
 }
 
+// GNUstep would end the process with an exception that tells users nothing.
+void requireUserName() {
+  if (getpwuid(geteuid()) != nullptr) return;
+  logToSystem("The password database has no entry for this user, who needs one.\n");
+  std::exit(kExitFailure);
+}
+
 // A loop in which nothing can ever happen returns at once. A port would keep it, too, but leaves a
 // folder behind.
 void keepLoopWaiting() {
@@ -93,6 +103,7 @@ void keepLoopWaiting() {
 }  // namespace
 
 void startToolkit(char* programName) {
+  requireUserName();
   const ScopedSignals signals;
   const ScopedEncodings encodings;
   char* arguments[] = {programName, nullptr};

@@ -60,6 +60,15 @@ TEST_F(Surroundings, TheBundleIsLookedForBesideALinkToTheExecutable) {
   EXPECT_THAT(startedArguments(user_), Contains("argument"));
 }
 
+TEST_F(Surroundings, AUserOfNoNameIsToldSo) {
+  ChildOptions options = user_.options();
+  options.environment["NSS_WRAPPER_PASSWD"] = "/dev/null";
+  const ChildResult result = runChild({bundle_.executable()}, options);
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_THAT(result.err, HasSubstr("The password database has no entry for this user"));
+  EXPECT_FALSE(fs::exists(user_.support()));
+}
+
 TEST_F(Surroundings, ABundlePathMayHoldAnyCharacter) {
   const std::string folder = folder_ / "\"quoted\" $HOME `id` \\ 'ünï€𝄞'; rm -rf *";
   fs::create_directories(folder);
