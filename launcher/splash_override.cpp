@@ -1,12 +1,10 @@
 #include "launcher/splash_override.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
+#include "formats/archive_output.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/owned.h"
@@ -14,13 +12,14 @@
 namespace quillory {
 namespace {
 
-/// A new file at `path`, open for writing, in place of what stands there; null when that cannot be
-/// removed, or something else appears there meanwhile (errno says which).
-OwnedFile createInPlaceOf(const std::string& path) {
-  if (unlink(path.c_str()) != 0 && errno != ENOENT) return nullptr;
-  const int descriptor =
-      open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-  return OwnedFile(descriptor >= 0 ? fdopen(descriptor, "wb") : nullptr);
+// 0, or the errno of what failed; then nothing is left at `path`.
+int writeInPlaceOf(const std::string& path, const std::string& bytes) {
+  OwnedFile file = createFile(path);
+  if (!file) return errno;
+  int error = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size() ? 0 : errno;
+  if (std::fclose(file.release()) != 0 && error == 0) error = errno;
+  if (error != 0) removeFileOrLink(path);
+  return error;
 }
 
 }  // namespace
@@ -36,14 +35,11 @@ void saveOverrideImageIfAllowed(const std::string& canOverride,
   if (bytes.empty()) return;
 
   logMessage("[Extractor] Overwriting splash image at %s\n", splashPath.c_str());
-  OwnedFile file = createInPlaceOf(splashPath);
-  if (file == nullptr) {
+  if (const int error = writeInPlaceOf(splashPath, bytes); error != 0) {
     logError("[Extractor] The splash image %s cannot be replaced: %s\n", splashPath.c_str(),
-             std::strerror(errno));
+             std::strerror(error));
     return;
   }
-  std::fwrite(bytes.data(), 1, bytes.size(), file.get());
-  file.reset();
   chmod777(splashPath.c_str());
 }
 

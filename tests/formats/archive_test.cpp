@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/resource.h>
 
 #include <filesystem>
 #include <limits>
@@ -14,6 +12,7 @@
 #include "support/process.h"
 #include "tests/formats/archive_parts.h"
 #include "tests/harness/captured_log.h"
+#include "tests/harness/file_size_limit.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/harness/stream_of.h"
@@ -27,6 +26,7 @@ using ::testing::ElementsAre;
 using testing::endOfArchive;
 using ::testing::ExitedWithCode;
 using testing::fileEntry;
+using testing::FileSizeLimit;
 using testing::folderEntry;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -172,11 +172,8 @@ TEST_F(ExtractArchive, RefusesANegativeLength) {
   EXPECT_THAT(extracted(), IsEmpty());
 }
 
-// A limit for the size of a file fails as a full disk does.
 void extractWithFileLimit(const ArchiveSite& site, rlim_t bytes) {
-  signal(SIGXFSZ, SIG_IGN);
-  const rlimit limit{bytes, bytes};
-  setrlimit(RLIMIT_FSIZE, &limit);
+  const FileSizeLimit limit(bytes);
   extractArchive(nullptr, site.archive().c_str(), site.destDir().c_str(), nullptr);
 }
 

@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "tests/harness/captured_log.h"
+#include "tests/harness/file_size_limit.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory::testing {
@@ -85,6 +86,16 @@ TEST_F(SaveOverrideImageIfAllowed, SaysWhenThePictureCannotBeReplaced) {
   saveOverrideImageIfAllowed("1", "own", picture_);
   EXPECT_TRUE(log_.contains("[Extractor] The splash image " + picture_ + " cannot be replaced: "));
   EXPECT_TRUE(fs::exists(picture_ + "/inside"));
+}
+
+TEST_F(SaveOverrideImageIfAllowed, LeavesNoPartOfAnImageOnAFullDisk) {
+  {
+    const FileSizeLimit limit(10'000);
+    saveOverrideImageIfAllowed("1", std::string(50'000, 'x'), picture_);
+  }
+  EXPECT_FALSE(fs::exists(picture_));
+  EXPECT_TRUE(log_.contains("[Extractor] The splash image " + picture_ +
+                            " cannot be replaced: File too large\n"));
 }
 
 }  // namespace

@@ -3,16 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <sys/resource.h>
 
 #include <chrono>
-#include <csignal>
 #include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/harness/child_process.h"
+#include "tests/harness/file_size_limit.h"
 #include "tests/harness/http_server.h"
 #include "tests/harness/temp_dir.h"
 
@@ -35,26 +34,6 @@ class Recorder : public TransferObserver {
 
   std::vector<TransferResponse> responses;
   std::size_t bytes = 0;
-};
-
-/// Files of this process end at `bytes`, as on a full disk, until the end of the scope.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &saved_);
-    const rlimit limit = {.rlim_cur = bytes, .rlim_max = saved_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &saved_);
-    std::signal(SIGXFSZ, SIG_DFL);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
- private:
-  rlimit saved_ = {};
 };
 
 class Transfer : public ::testing::Test {

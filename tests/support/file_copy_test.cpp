@@ -3,14 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sched.h>
-#include <signal.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <filesystem>
 #include <string>
 
+#include "tests/harness/file_size_limit.h"
 #include "tests/harness/hex.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/support/ordinary_user.h"
@@ -23,6 +22,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::AsOrdinaryUser;
 using ::testing::ElementsAre;
+using testing::FileSizeLimit;
 using ::testing::HasSubstr;
 using testing::modeOf;
 using testing::QuietLog;
@@ -125,24 +125,6 @@ TEST(CopyFile, FailsOnAFullDeviceEvenIfOnlyTheLastFlushTellsSo) {
                              " (No space left on device)\n"));
   }
 }
-
-// No file of this process may grow beyond `bytes` while it lives.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) : handler_(signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limited{bytes, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limited);
-  }
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    signal(SIGXFSZ, handler_);
-  }
-
- private:
-  rlimit before_{};
-  sighandler_t handler_;
-};
 
 TEST(CopyFile, FailsWhenTheTargetCannotGrowToItsEnd) {
   const TempDir folder;
