@@ -1,5 +1,7 @@
 #include "java/jre_provisioning.h"
 
+#include <sys/stat.h>
+
 #include <cstdlib>
 
 #include "formats/archive.h"
@@ -20,6 +22,7 @@ namespace {
 
 constexpr char kOfflineSection[] = "Extracting Offline JRE";
 constexpr char kOnlineSection[] = "Setting up online JRE";
+constexpr mode_t kOpenToAll = 0777;
 
 std::string finalFolder(const JreRequest& request, const std::string& version) {
   char folder[kPathCapacity];
@@ -41,8 +44,11 @@ std::string completeJre(const JreRequest& request, const std::string& bundle,
   overrideCACerts(request.caCerts.c_str(), alias.c_str());
   chmod777(bundle.c_str());
   logMessage("[Extractor] Ensuring JRE bin is writable.\n");
-  // A bundle has no "bin" of its own; one that does gets it opened too.
   chmod777((bundle + "/bin").c_str());
+  // Where a bundle was made of a Java home, that folder is behind the alias by now. Whoever starts
+  // the application puts a copy of java there, which need not be the user who installed.
+  const std::string bin = alias + "/bin";
+  if (isFolder(bin.c_str())) (void)chmod(bin.c_str(), kOpenToAll);
   return bundle;
 }
 

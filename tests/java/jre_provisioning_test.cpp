@@ -282,6 +282,7 @@ TEST_F(ProvisionJre, CopiesASystemJre) {
   EXPECT_TRUE(log.contains("[JREDownload] Finalising setup of new JRE 00000000000\n"));
   const std::string alias = aliasOf("00000000000");
   EXPECT_EQ(modeOf(alias + "/bin/java"), 0755U);
+  EXPECT_EQ(modeOf(alias + "/bin"), 0777U);
   EXPECT_EQ(readFile(alias + "/lib/rt.jar"), "classes");
   EXPECT_EQ(readFile(alias + "/lib/security/cacerts"), "override");
   EXPECT_EQ(fs::read_symlink(alias + ".plugin/Contents/Home"), alias);
@@ -296,6 +297,7 @@ TEST_F(ProvisionJre, CopiesTheAppletPluginWithItsBundle) {
   provide();
   const std::string alias = aliasOf("00000000000");
   EXPECT_TRUE(fs::exists(alias + "/bin/java"));
+  EXPECT_EQ(modeOf(alias + "/bin"), 0777U);
   EXPECT_EQ(fs::read_symlink(alias + ".plugin/Contents/MacOS/JavaAppletPlugin"),
             alias + "/lib/libnpjp2.dylib");
 }
