@@ -1,5 +1,7 @@
 #include "formats/archive.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -55,7 +57,7 @@ struct Entry {
 };
 
 // Functions that return an int return kEntryDone, kEndOfArchive or the exit status with which the
-// process has to end. The public functions end it, when every stream has been closed.
+// process has to end. The public functions end it, when every stream of theirs has been closed.
 int endOrReturn(int result) {
   if (result > 0) std::exit(result);
   return result;
@@ -152,6 +154,28 @@ int extractFile(const Tools& tools, const char* destDir, std::FILE* stream, cons
   return tools.lzma == nullptr ? kEntryDone : followSuffixes(tools, path, destDir, key);
 }
 
+bool isSameFile(const struct stat& file, const std::string& path) {
+  struct stat found;
+  return lstat(path.c_str(), &found) == 0 && found.st_dev == file.st_dev &&
+         found.st_ino == file.st_ino;
+}
+
+// Whether the entry, or a folder above it, would take the place of the file that it is read from:
+// another one would be verified than the one that is being extracted.
+bool replacesItsSource(const char* destDir, const Entry& entry, std::FILE* stream) {
+  struct stat source;
+  const int descriptor = fileno(stream);
+  if (descriptor < 0 || fstat(descriptor, &source) != 0) return false;
+  const std::string path = pathBelow(destDir, entry.path);
+  if (isSameFile(source, path + std::string(kArchiveSuffix))) return true;
+  const std::size_t folder = path.size() - entry.path.size();
+  for (std::size_t slash = path.find('/', folder); slash != std::string::npos;
+       slash = path.find('/', slash + 1)) {
+    if (isSameFile(source, path.substr(0, slash))) return true;
+  }
+  return isSameFile(source, path);
+}
+
 int extractEntry(const Tools& tools, const char* destDir, std::FILE* stream, long* signatureOffset,
                  char** signatureHex, Rsa_key* key) {
   if (*signatureOffset != kNoSignature) return kEndOfArchive;
@@ -164,6 +188,8 @@ int extractEntry(const Tools& tools, const char* destDir, std::FILE* stream, lon
   const std::size_t suffixLength = entry.type == kPack200 ? kArchiveSuffix.size() : 0;
   if (const char* reason = whyRefused(destDir, entry.path, suffixLength))
     return refuse(entry, reason);
+  if (replacesItsSource(destDir, entry, stream))
+    return refuse(entry, "it would take the place of its archive");
 
   createParents(destDir, entry.path);
   if (entry.type == kFolder) {

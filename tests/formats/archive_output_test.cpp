@@ -137,6 +137,21 @@ TEST_F(HostileArchive, FileInPlaceOfAFolderIsReplaced) {
   EXPECT_EQ(readFile(inDest("a/b")), "new");
 }
 
+// An archive lies in the folder that it is extracted into. What took its place would be verified
+// instead of it.
+TEST_F(HostileArchive, EntryInThePlaceOfItsArchiveIsRefused) {
+  const std::string inside = inDest("App.p2");
+  for (const std::string& entry :
+       {fileEntry("App.p2", "bad"), fileEntry("App", "bad", "2"), folderEntry("App.p2"),
+        fileEntry("App.p2/bad", "bad"), folderEntry("App.p2/bad/worse")}) {
+    SCOPED_TRACE(entry);
+    writeFile(inside, fileEntry("before", "good") + entry);
+    EXPECT_EXIT(extractArchive(nullptr, inside.c_str(), destDir().c_str(), nullptr),
+                ExitedWithCode(1), HasSubstr(": it would take the place of its archive\n"));
+    EXPECT_EQ(readFile(inside), fileEntry("before", "good") + entry);
+  }
+}
+
 TEST_F(HostileArchive, FileNameIsNeverACommand) {
   const std::string name = "a\"; touch " + beside("made") + "; $(touch made)`touch made`\\";
   extract(fileEntry(name, "new") + fileEntry("-R", "new") + fileEntry("two\nlines", "new"));

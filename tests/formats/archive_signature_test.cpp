@@ -31,6 +31,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using testing::pageExample;
 using testing::readFile;
+using testing::records;
 using testing::ScopedReplace;
 using testing::signatureBlock;
 using testing::signatureData;
@@ -359,6 +360,16 @@ TEST_F(VerifyArchive, LogsASignatureLengthThatPointsElsewhereAndVerifiesUpToTher
   EXPECT_TRUE(log.contains(invalid + "asb name mismatch)\n" + invalid + "len mismatch)\n" +
                            invalid + "sig mismatch)\n"));
   EXPECT_TRUE(log.contains("[ExtractArchive] Completed hash\n"));
+}
+
+// What is signed ends before the block, with an entry that holds what is read at that place.
+TEST_F(VerifyArchive, AcceptsASignatureOfLessThanStandsBeforeTheBlock) {
+  EXPECT_TRUE(extract(signedBody() + fileEntry("notes", records({"29", signatureHex})) +
+                      signatureBlock("29", signatureHex)));
+  EXPECT_TRUE(log.contains("(asb name mismatch)\n"));
+  EXPECT_FALSE(log.contains("(len mismatch)\n"));
+  EXPECT_FALSE(log.contains("(sig mismatch)\n"));
+  EXPECT_TRUE(log.contains("[ExtractArchive] Archive signature verified.\n"));
 }
 
 // An offset of 0 with a signature over nothing: the entries before the block are not covered, but
