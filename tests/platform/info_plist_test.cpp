@@ -38,6 +38,23 @@ TEST(TextsOfInfoPlist, HaveTheirCharactersBack) {
               ElementsAre(Pair("a&b", "<Tom & J'\"> &lt; &x")));
 }
 
+TEST(TextsOfInfoPlist, HaveTheCharactersOfTheirNumbers) {
+  EXPECT_THAT(textsOfInfoPlist("<dict><key>a</key>"
+                               "<string>&#65;&#xe4;&#228;&#x20AC;&#128512;</string></dict>"),
+              ElementsAre(Pair("a", "A\xc3\xa4\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80")));
+  for (const std::string text : {"&#;", "&#x;", "&#0;", "&#xD800;", "&#1114112;", "&#-1;", "&#6 5;",
+                                 "&#99999999999;", "&#65"}) {
+    EXPECT_THAT(textsOfInfoPlist("<dict><key>a</key><string>" + text + "</string></dict>"),
+                ElementsAre(Pair("a", text)));
+  }
+}
+
+TEST(TextsOfInfoPlist, HoldWhatStandsAsItIs) {
+  EXPECT_THAT(textsOfInfoPlist("<dict><key>a</key>"
+                               "<string>x<![CDATA[<b> &amp; ]>]]>y<!-- no -->z</string></dict>"),
+              ElementsAre(Pair("a", "x<b> &amp; ]>yz")));
+}
+
 TEST(TextsOfInfoPlist, AreNotThoseOfInnerDictionaries) {
   EXPECT_THAT(textsOfInfoPlist("<plist><dict>"
                                "<key>Types</key><array><dict><key>CFBundleName</key>"
