@@ -8,7 +8,6 @@
 #include <string>
 #include <system_error>
 
-#include "platform/autorelease_pool.h"
 #include "platform/gnustep/display.h"
 #include "platform/gnustep/early_texts.h"
 #include "platform/gnustep/info_plist.h"
@@ -16,6 +15,7 @@
 #include "platform/gnustep/scoped_environment.h"
 #include "platform/gnustep/scoped_signals.h"
 #include "platform/gnustep/window_library.h"
+#include "support/autorelease_pool.h"
 #include "support/exit_status.h"
 #include "support/log.h"
 
@@ -25,7 +25,7 @@ namespace {
 enum class Windows { kNotAskedFor, kReady, kUnavailable };
 Windows windows = Windows::kNotAskedFor;
 
-void giveUpWindows() {
+void goOnWithoutDisplay() {
   windows = Windows::kUnavailable;
   logToSystem("There is no display: the splash is not shown.\n");
 }
@@ -88,6 +88,16 @@ void requireUserName() {
   std::exit(kExitFailure);
 }
 
+// A user of no language, such as that of a container, would have ASCII only: Java could not open its
+// own files below a home folder with an "ö". On macOS paths are UTF-8, whatever the language.
+void assumeUtf8() {
+  for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const char* language = std::getenv(name);
+    if (language != nullptr && *language != '\0') return;
+  }
+  setenv("LC_CTYPE", "C.UTF-8", 1);
+}
+
 // A loop in which nothing can ever happen returns at once. A port would keep it, too, but leaves a
 // folder behind.
 void keepLoopWaiting() {
@@ -104,6 +114,7 @@ void keepLoopWaiting() {
 
 void startToolkit(char* programName) {
   requireUserName();
+  assumeUtf8();
   const ScopedSignals signals;
   const ScopedEncodings encodings;
   char* arguments[] = {programName, nullptr};
@@ -114,18 +125,21 @@ void startToolkit(char* programName) {
 }
 
 void prepareApplication() {
-  if (!isDisplayNamed()) giveUpWindows();
+  if (!isDisplayNamed()) goOnWithoutDisplay();
 }
 
 bool isReadyForPictures() { return loadWindowLibrary(); }
 
 bool isReadyForWindows() {
-  if (windows == Windows::kNotAskedFor) {
-    if (isDisplayReachable() && loadWindowLibrary() && makeApplication()) {
-      windows = Windows::kReady;
-    } else {
-      giveUpWindows();
-    }
+  if (windows != Windows::kNotAskedFor) return windows == Windows::kReady;
+  if (!isDisplayReachable()) {
+    goOnWithoutDisplay();
+  } else if (!loadWindowLibrary()) {
+    windows = Windows::kUnavailable;  // Which has been said.
+  } else if (makeApplication()) {
+    windows = Windows::kReady;
+  } else {
+    goOnWithoutDisplay();
   }
   return windows == Windows::kReady;
 }

@@ -138,6 +138,27 @@ TEST_F(DisplayStart, GoesOnWithoutAPicture) {
   EXPECT_THAT(report(), HasSubstr("REPORT END\n"));
 }
 
+TEST_F(DisplayStart, GoesOnWithoutTheLibraryOfWindows) {
+  libraryPath_ = folder_ / "damaged";
+  int damaged = 0;
+  for (const std::string& name : namesIn("/usr/lib")) {
+    if (!name.starts_with("libgnustep-gui.so.")) continue;
+    writeFile(libraryPath_ + '/' + name, "no library");
+    ++damaged;
+  }
+  ASSERT_GT(damaged, 0);
+  startAndHalt();
+  EXPECT_THAT(screen_.shownWindows(), IsEmpty());
+  const ChildResult result = finish();
+  EXPECT_EQ(result.exitStatus, 0);
+  const std::string line = "The library of windows cannot be loaded: ";
+  const std::size_t at = result.err.find(line);
+  EXPECT_NE(at, std::string::npos) << result.err;
+  EXPECT_EQ(result.err.find(line, at + 1), std::string::npos) << "said more than once";
+  EXPECT_THAT(result.err, Not(HasSubstr("There is no display")));
+  EXPECT_THAT(report(), HasSubstr("REPORT END\n"));
+}
+
 TEST_F(DisplayStart, ShowsNothingWhenSilent) {
   startAndHalt({}, {"silent"});
   EXPECT_THAT(screen_.shownWindows(), IsEmpty());

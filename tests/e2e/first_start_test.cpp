@@ -190,6 +190,19 @@ TEST_F(FirstStart, WritesTheSameLinesToALogFileUpToTheLaunch) {
   }
 }
 
+TEST(FirstStartOfAUserWithoutALanguage, WorksBelowAnyHomeFolder) {
+  const TempDir place;
+  const TestUser someone("hömé Ω");
+  const HandMadeBundle application(place.str(), offlineTail(), {{"jre_name", "JRE"}});
+  ChildOptions options = someone.options();
+  options.environment.erase("LC_ALL");
+  options.unset.insert(options.unset.end(), {"LC_ALL", "LC_CTYPE", "LANG"});
+  const ChildResult result = runChild({application.executable(), "drei€"}, options);
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  EXPECT_EQ(reported(result, "home"), someone.master() + "/Quillory-JRE-17-complete");
+  EXPECT_EQ(reported(result, "arg 1"), "drei€");
+}
+
 TEST_F(FirstStart, SaysOnceInTheSystemLogThatThereIsNoDisplay) {
   EXPECT_THAT(first->err, HasSubstr("display"));
 }

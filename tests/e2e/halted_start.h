@@ -45,6 +45,7 @@ class HaltedStart : public ::testing::Test {
                   std::string(kHaltedIdentifier) + "</string></dict></plist>");
     ChildOptions options = user_.options();
     options.environment["DISPLAY"] = xServer_.display();
+    if (!libraryPath_.empty()) options.environment["LD_LIBRARY_PATH"] = libraryPath_;
     if (!busAddress_.empty()) options.environment["DBUS_SESSION_BUS_ADDRESS"] = busAddress_;
     std::vector<std::string> command = {bundle.executable()};
     command.insert(command.end(), arguments.begin(), arguments.end());
@@ -74,6 +75,7 @@ class HaltedStart : public ::testing::Test {
   Tail tail_;
   std::string picture_ = readFile(QUILLORY_TEST_PICTURE);
   std::string busAddress_;
+  std::string libraryPath_;
   bool hasJvmLibrary_ = false;  ///< the application runs in the launcher's own process
   std::unique_ptr<BackgroundChild> start_;
 
