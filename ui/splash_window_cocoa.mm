@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/autorelease_pool.h"
 #include "platform/main_thread.h"
 #include "platform/toolkit.h"
+#include "support/autorelease_pool.h"
 #include "support/log.h"
 #include "ui/picture_limits.h"
 #import "ui/redrawer_cocoa.h"
@@ -150,11 +150,14 @@ void requestRedraw() {
 void* makeRedrawer() { return [[Redrawer alloc] init]; }
 
 void* startRedrawThread(void* redrawer) {
-  const AutoreleasePool pool;
-  NSThread* thread = [[NSThread alloc] initWithTarget:static_cast<Redrawer*>(redrawer)
-                                             selector:@selector(runThread:)
-                                               object:splashView];
-  [thread start];
+  NSThread* thread = nil;
+  onMainThread([&] {
+    const AutoreleasePool pool;
+    thread = [[NSThread alloc] initWithTarget:static_cast<Redrawer*>(redrawer)
+                                     selector:@selector(runThread:)
+                                       object:splashView];
+    [thread start];
+  });
   return thread;
 }
 
