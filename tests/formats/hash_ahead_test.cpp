@@ -90,10 +90,5 @@ TEST_F(HashAheadOfAFile, IsEmptyWithoutOne) {
   EXPECT_EQ(digestOf(ahead.finish()), kOfNothing);
 }
 
-TEST_F(HashAheadOfAFile, IsLeftWhereItStands) {
-  HashAhead ahead(file_.c_str());
-  ahead.allow(kFileLength);
-}
-
 }  // namespace
 }  // namespace quillory

@@ -21,9 +21,13 @@ using testing::TempDir;
 bool isOpen(int descriptor) { return fcntl(descriptor, F_GETFD) != -1; }
 
 TEST(LogFile, HasNoStreamAtFirst) {
+  const TempDir folder;
   LogFile log;
   log.write("lost\n");
   log.close();
+  log.set(std::fopen((folder / "log").c_str(), "w"));
+  log.close();
+  EXPECT_EQ(readFile(folder / "log"), "");
 }
 
 TEST(LogFile, WritesAndFlushesEveryLine) {
@@ -64,10 +68,15 @@ TEST(LogFile, LeavesAReplacedStreamOpen) {
 
 TEST(LogFile, IgnoresAFullDisk) {
   LogFile log;
+  const TempDir folder;
   log.set(std::fopen("/dev/full", "w"));
   log.write("lost\n");
   log.write("lost\n");
   log.close();
+  log.set(std::fopen((folder / "log").c_str(), "w"));
+  log.write("written\n");
+  log.close();
+  EXPECT_EQ(readFile(folder / "log"), "written\n");
 }
 
 void waitUntilFull(int pipeEnd) {

@@ -43,7 +43,5 @@ TEST(LargeBlocks, AreRefusedWhereTheSizeIsNoNumber) {
   EXPECT_EQ(blocks.alloc(blocks.opaque, 1, kMost), nullptr);
 }
 
-TEST(LargeBlocks, TakeNothingBackForNothing) { largeBlocks()->free(nullptr, nullptr); }
-
 }  // namespace
 }  // namespace quillory
