@@ -6,8 +6,8 @@
 
 namespace quillory {
 
-/// Skip the in-process launch. Written by the driver before the launch, read by the launch flow;
-/// both on the run thread.
+/// Skip the in-process launch. Written where the dynamic parameters are read, and read by the
+/// launch flow; both on the run thread.
 extern bool forceSpawn;
 
 inline constexpr int kLaunchApplication = 0;

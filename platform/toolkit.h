@@ -23,7 +23,7 @@ bool isReadyForWindows();
 /// Runs the main thread's events, and never returns.
 void runMainLoop();
 
-/// The bundle's Info.plist, autoreleased; nil without one.
+/// The bundle's Info.plist, autoreleased; nil or empty without one.
 NSDictionary* bundleInformation();
 
 /// Events that wait to be handled, the URLs to open among them, are handled before this returns.

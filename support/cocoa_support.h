@@ -4,8 +4,8 @@
 
 namespace quillory {
 
-/// Makes NSLog the system log of logCalls, and NSFileManager the mover of fileCalls. To be called
-/// once, before a second thread starts.
+/// Makes logThroughCocoa() the system log of logCalls, and NSFileManager the mover of fileCalls. To
+/// be called once, before a second thread starts.
 void installCocoaSupport();
 
 /// The message by NSLog, or as a line of the same form where NSLog takes long, for LogCalls. Bytes

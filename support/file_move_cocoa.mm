@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "platform/autorelease_pool.h"
+#include "support/autorelease_pool.h"
 #include "support/cocoa_support.h"
 
 namespace quillory {

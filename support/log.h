@@ -1,13 +1,13 @@
 // The process-wide log. A message goes to the log file (once there is one), to standard output and
 // to the system log; callers write their own tag and line end ("[Extractor] Working dir ...\n").
-// A message may have any length. No call reports a failure, and no lock is taken: lines of two
-// threads may interleave.
+// A message may have any length. No call reports a failure. No lock is taken but that of a sink, so
+// that two threads' lines may stand in another order in each of them.
 #pragma once
 #include <cstdio>
 
 namespace quillory {
 
-/// The system log: NSLog where there is a Cocoa, standard error where there is none.
+/// The system log: standard error, until installCocoaSupport() says otherwise.
 struct LogCalls {
   void (*systemLog)(const char* message);
 };

@@ -9,7 +9,7 @@
 namespace quillory {
 namespace {
 
-// Zero-filled. Out of memory is fatal everywhere in the launcher: nothing checks for it.
+// Zero-filled. Out of memory ends the process here, so that callers need not check for it.
 char* allocZeroed(std::size_t size) {
   char* block = static_cast<char*>(std::calloc(size, 1));
   if (block == nullptr) std::abort();

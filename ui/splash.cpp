@@ -25,6 +25,8 @@ std::atomic<int> splashBuffer{0};
 std::atomic<int> maxFrames{0};
 int currentFrame = 0;
 
+// Written and read by one thread at a time: by the one that calls the operations, and by the main
+// thread in cleanup(), for which that one waits.
 void* redrawer = nullptr;
 void* redrawThread = nullptr;
 
@@ -93,6 +95,7 @@ WindowCalls splashWindowCalls = {
 };
 
 void init() {
+  // A line each: whoever reads standard output finds every message at the start of one.
   print("[Splash] Initing splash...\n");
   print("[Splash] Loading images...\n");
   splashWindowCalls.createWindow(imageWidth, imageHeight);

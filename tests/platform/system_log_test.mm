@@ -10,7 +10,7 @@
 #include <string>
 #include <thread>
 
-#include "platform/autorelease_pool.h"
+#include "support/autorelease_pool.h"
 #include "support/cocoa_support.h"
 
 namespace quillory {

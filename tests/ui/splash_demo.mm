@@ -20,7 +20,7 @@
 #include <sstream>
 #include <string>
 
-#include "platform/autorelease_pool.h"
+#include "support/autorelease_pool.h"
 #include "support/clock.h"
 #include "support/cocoa_support.h"
 #include "support/process.h"
