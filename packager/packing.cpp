@@ -14,6 +14,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// Ends the work of a job when another one has failed. Of two failures it is never the reason.
+struct Stopped {};
+
 // Counts what goes by, and ends the work when it should stop.
 class CountingSink : public ByteSink {
  public:
@@ -23,7 +26,7 @@ class CountingSink : public ByteSink {
   void write(std::string_view bytes) override {
     stopIfInterrupted();
     if (stop_) {
-      throw PackError("stopped, because another archive failed");
+      throw Stopped();
     }
     next_.write(bytes);
     progress_.done += bytes.size();
@@ -80,6 +83,8 @@ void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
     }
     try {
       job.get();
+    } catch (const Stopped&) {
+      // Whatever stopped it is, or will be, in `failure`.
     } catch (...) {
       failure = failure ? failure : std::current_exception();
     }

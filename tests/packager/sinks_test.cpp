@@ -138,5 +138,25 @@ TEST(PackAll, LeavesNothingWhenOneOfThemFails) {
   EXPECT_TRUE(fs::is_empty(dir / "out"));
 }
 
+TEST(PackAll, NamesTheFileThatFailedAndNotTheArchivesThatWereStopped) {
+  TempDir dir;
+  writeFile(dir / "vanishing", "x");
+  ContentTree stopped("stopped"), bad("bad");
+  stopped.addBytes(std::string(50000000, 'x'), "b");
+  bad.addFile(dir / "vanishing", "a");
+  fs::remove(dir / "vanishing");
+  std::ostringstream out, err;
+  Reporter reporter(out, err, {});
+  // The one that is stopped comes first, as the updater does.
+  try {
+    packAll({{&stopped, dir / "stopped.p2.l2"}, {&bad, dir / "bad.p2.l2"}},
+            {9, nullptr, Salt::kRandom}, reporter);
+    ADD_FAILURE() << "it was packed";
+  } catch (const PackError& e) {
+    EXPECT_EQ(e.finding().place.file, dir / "vanishing");
+    EXPECT_STREQ(e.what(), "cannot be opened: No such file or directory");
+  }
+}
+
 }  // namespace
 }  // namespace quillory::pack
