@@ -87,9 +87,33 @@ class BundleMaker {
       if (*tree) {
         const Findings own = (*tree)->check();
         findings.insert(findings.end(), own.begin(), own.end());
+        lintStrays(**tree, findings);
       }
     }
     reporter_.findings(checked(findings));
+  }
+
+  // What lies in a folder that is packed as a whole, and must not travel with it.
+  void lintStrays(const ContentTree& tree, Findings& findings) const {
+    const std::string key =
+        config_.signing.key.empty() ? "" : tree.sourceOf(config_.resolve(config_.signing.key));
+    if (!key.empty()) {
+      findings.push_back({Severity::kError,
+                          "key-packed",
+                          "the key that signs would be in the " + tree.name() +
+                              ", where everybody can take it and sign with it",
+                          {key, 0},
+                          "keep it outside of the folders that are packed"});
+    }
+    const std::string output = tree.sourceOf(output_);
+    if (!output.empty()) {
+      findings.push_back({Severity::kError,
+                          "output-packed",
+                          "the folder for the results would be in the " + tree.name() +
+                              ", with the unfinished work and all that earlier runs made",
+                          {output, 0},
+                          "name another folder with bundle.output, or pack less"});
+    }
   }
 
   static Findings checked(Findings findings) {

@@ -18,8 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Deeper than any real tree, and a stop for links that lead back to a folder above them.
-constexpr int kDeepest = 64;
+// Deeper than any real tree.
+constexpr std::size_t kDeepest = 64;
 constexpr std::size_t kLongestName = 255;
 constexpr std::string_view kSpecialPrefix = "qyArcSpBlock_";
 constexpr mode_t kUncarried = S_ISUID | S_ISGID | S_ISVTX;
@@ -118,22 +118,52 @@ void ContentTree::addBytes(std::string bytes, const std::string& path) {
 }
 
 void ContentTree::addFolderContent(const std::string& source, const std::string& prefix) {
-  addFolder(prefix);
-  for (const std::string& name : namesIn(source)) {
-    addAnything(source + '/' + name, joined(prefix, name), 0);
+  struct stat info;
+  if (stat(source.c_str(), &info) != 0) {
+    throwFileError(source, "cannot be packed", errno);
   }
+  addInside(source, prefix, {info.st_dev, info.st_ino});
+}
+
+void ContentTree::addInside(const std::string& source, const std::string& path, FileId id) {
+  sources_.try_emplace(id, source);
+  addFolder(path);
+  above_.push_back(id);
+  for (const std::string& name : namesIn(source)) {
+    addAnything(source + '/' + name, joined(path, name));
+  }
+  above_.pop_back();
+}
+
+// Behind the first loop no more links to folders are followed: a few links that lead to each other
+// make more paths than anybody can wait for, and nothing of it will be packed.
+bool ContentTree::leadsIntoALoop(const std::string& source, FileId id, bool isLink) {
+  if (looped_ && isLink) {
+    return true;
+  }
+  const bool repeats = std::find(above_.begin(), above_.end(), id) != above_.end();
+  if (!repeats && above_.size() <= kDeepest) {
+    return false;
+  }
+  looped_ = true;
+  note(
+      Severity::kError, "link-loop",
+      repeats ? "the link leads back to a folder above it" : "the folders go deeper than 64 levels",
+      source, repeats ? "remove it" : "look for a symbolic link that leads to its own parent");
+  return true;
 }
 
 void ContentTree::addFile(const std::string& source, const std::string& path) {
-  addAnything(source, path, 0);
+  addAnything(source, path);
 }
 
-void ContentTree::addAnything(const std::string& source, const std::string& path, int depth) {
+void ContentTree::addAnything(const std::string& source, const std::string& path) {
   struct stat info;
   if (lstat(source.c_str(), &info) != 0) {
     throwFileError(source, "cannot be packed", errno);
   }
-  if (S_ISLNK(info.st_mode)) {
+  const bool isLink = S_ISLNK(info.st_mode);
+  if (isLink) {
     if (stat(source.c_str(), &info) != 0) {
       note(Severity::kError, "dangling-link", "the symbolic link leads nowhere", source,
            "remove it, or make its target");
@@ -143,11 +173,7 @@ void ContentTree::addAnything(const std::string& source, const std::string& path
       firstLink_ = source;
     }
   }
-  if (depth > kDeepest) {
-    note(Severity::kError, "link-loop", "the folders go deeper than 64 levels", source,
-         "look for a symbolic link that leads to a folder above it");
-    return;
-  }
+  const FileId id(info.st_dev, info.st_ino);
   if ((info.st_mode & kUncarried) != 0 && S_ISREG(info.st_mode)) {
     note(Severity::kWarning, "mode",
          "the set-user, set-group or sticky bit is lost: archives hold no modes, and every "
@@ -155,11 +181,11 @@ void ContentTree::addAnything(const std::string& source, const std::string& path
          source, "");
   }
   if (S_ISDIR(info.st_mode)) {
-    addFolder(path);
-    for (const std::string& name : namesIn(source)) {
-      addAnything(source + '/' + name, joined(path, name), depth + 1);
+    if (!leadsIntoALoop(source, id, isLink)) {
+      addInside(source, path, id);
     }
   } else if (S_ISREG(info.st_mode)) {
+    sources_.try_emplace(id, source);
     put(path, {ContentEntry::Kind::kFile, source, "", static_cast<std::uint64_t>(info.st_size)});
   } else {
     note(Severity::kError, "not-a-file", "neither a file nor a folder", source, "leave it out");
@@ -172,6 +198,15 @@ std::uint64_t ContentTree::totalBytes() const {
     total += entry.size;
   }
   return total;
+}
+
+std::string ContentTree::sourceOf(const std::string& path) const {
+  struct stat info;
+  if (stat(path.c_str(), &info) != 0) {
+    return "";
+  }
+  const auto found = sources_.find({info.st_dev, info.st_ino});
+  return found == sources_.end() ? "" : found->second;
 }
 
 void ContentTree::checkPath(const std::string& path, const ContentEntry& entry,

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "packager/findings.h"
 
@@ -34,11 +36,19 @@ class ContentTree {
   /// By path, in byte order; a folder comes before what is in it.
   const std::map<std::string, ContentEntry>& entries() const { return entries_; }
   std::uint64_t totalBytes() const;
+  /// Under which name a file or folder of the disk got in here; "" when it did not. Links to it
+  /// count, and hard links.
+  std::string sourceOf(const std::string& path) const;
   /// What was noticed while gathering and what the paths themselves break.
   Findings check() const;
 
  private:
-  void addAnything(const std::string& source, const std::string& path, int depth);
+  /// What a file or folder is on this machine, whatever its names: device and inode.
+  using FileId = std::pair<std::uint64_t, std::uint64_t>;
+
+  void addAnything(const std::string& source, const std::string& path);
+  void addInside(const std::string& source, const std::string& path, FileId id);
+  bool leadsIntoALoop(const std::string& source, FileId id, bool isLink);
   void put(const std::string& path, ContentEntry entry);
   void note(Severity severity, const char* rule, const std::string& what, const std::string& file,
             const std::string& advice);
@@ -48,6 +58,9 @@ class ContentTree {
   std::string name_;
   std::map<std::string, ContentEntry> entries_;
   Findings noticed_;
+  std::map<FileId, std::string> sources_;
+  std::vector<FileId> above_;  ///< the folders that lead to what is being gathered
+  bool looped_ = false;
   std::string firstLink_;
   std::size_t links_ = 0;
 };

@@ -345,6 +345,36 @@ TEST(BundleLint, RefusesFilesWhereTheInstallationPutsItsOwn) {
                  "special-prefix");
 }
 
+TEST(BundleLint, RefusesToPackItsOwnKeyByWhateverName) {
+  Project project;
+  fs::copy_file(Project::key(), project / "signing.pem");
+  fs::create_directory(project / "data");
+  fs::create_hard_link(project / "signing.pem", project / "data/innocent.txt");
+  std::string config = project.config("files = [\"data\"]\n");
+  config.replace(config.find(Project::key()), Project::key().size(), "signing.pem");
+  expectRejected(project, config, "key-packed");
+  EXPECT_EQ(pack({"bundle", "--unsigned", project / "quillory.toml"}).status, 3)
+      << "a key that is not used is as precious";
+  fs::remove(project / "data/innocent.txt");
+  writeFile(project / "data/innocent.txt", "x");
+  bundleOf(project, config);
+}
+
+TEST(BundleLint, RefusesToPackTheFolderOfItsResults) {
+  Project project;
+  expectRejected(project, project.config("files = [{ from = \".\", to = \"x\" }]\n"),
+                 "output-packed");
+  writeFile(project / "data/file", "x");
+  const std::string config = project.writeConfig(project.config("files = [\"data\"]\n"));
+  for (const char* inside : {"data", "data/new/dist"}) {
+    const CommandResult result = pack({"bundle", config, "-o", project / inside});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.err, HasSubstr("[output-packed]"));
+  }
+  EXPECT_EQ(pack({"bundle", "-q", config, "-o", project.folder().path()}).status, 0)
+      << "above what is packed, and not in it";
+}
+
 TEST(BundleLint, RefusesPicturesThatAreNone) {
   Project project;
   expectRejected(project, project.config("splash = \"hello.jar\"\n"), "picture");

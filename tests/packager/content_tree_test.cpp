@@ -81,6 +81,56 @@ TEST(ContentTree, RefusesALinkThatLeadsBackToAFolderAboveIt) {
   EXPECT_TRUE(hasRule(tree.check(), "link-loop"));
 }
 
+TEST(ContentTree, NamesTheLinkThatLeadsBackAndFollowsNoMoreOfThem) {
+  TempDir dir;
+  fs::create_directory(dir / "src");
+  fs::create_symlink(".", dir / "src/a");
+  fs::create_symlink(".", dir / "src/b");
+  ContentTree itself("application");
+  itself.addFolderContent(dir / "src", "");
+  EXPECT_EQ(rulesOf(itself.check()), (std::vector<std::string>{"link-loop", "link"}));
+  EXPECT_EQ(findingOf(itself.check(), "link-loop").place.file, dir / "src/a");
+  // Folders that all lead to all others, with far more paths than can be walked.
+  for (int from = 0; from < 30; ++from) {
+    const std::string folder = dir / "many/" + std::to_string(from);
+    fs::create_directories(folder);
+    for (int to = 0; to < 30; ++to) {
+      if (to != from) {
+        fs::create_symlink("../" + std::to_string(to), folder + "/to" + std::to_string(to));
+      }
+    }
+  }
+  ContentTree many("application");
+  many.addFile(dir / "many", "many");
+  EXPECT_TRUE(hasRule(many.check(), "link-loop"));
+  EXPECT_TRUE(many.contains("many/29")) << "what is no link is still gathered";
+}
+
+TEST(ContentTree, TakesAFolderTwiceThatIsNotAboveItself) {
+  TempDir dir;
+  writeFile(dir / "src/b/file", "x");
+  fs::create_symlink("b", dir / "src/a");
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_EQ(pathsOf(tree), (std::vector<std::string>{"a", "a/file", "b", "b/file"}));
+  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{"link"});
+}
+
+TEST(ContentTree, KnowsAFileByWhateverName) {
+  TempDir dir;
+  writeFile(dir / "src/sub/file", "x");
+  writeFile(dir / "other", "x");
+  fs::create_hard_link(dir / "src/sub/file", dir / "hard");
+  fs::create_symlink("hard", dir / "soft");
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_EQ(tree.sourceOf(dir / "soft"), dir / "src/sub/file");
+  EXPECT_EQ(tree.sourceOf(dir / "src/../src/sub"), dir / "src/sub");
+  EXPECT_EQ(tree.sourceOf(dir / "src"), dir / "src");
+  EXPECT_EQ(tree.sourceOf(dir / "other"), "");
+  EXPECT_EQ(tree.sourceOf(dir / "missing"), "");
+}
+
 TEST(ContentTree, RefusesWhatIsNeitherFileNorFolder) {
   TempDir dir;
   fs::create_directory(dir / "src");
