@@ -39,7 +39,7 @@ class BundleMaker {
     gatherContent();
     pack();
     assemble();
-    return putInPlace();
+    return deliver();
   }
 
  private:
@@ -265,15 +265,15 @@ class BundleMaker {
     }
   }
 
-  BundleResult putInPlace() {
+  BundleResult deliver() {
     BundleResult result;
     for (const auto& entry : fs::recursive_directory_iterator(work_ / "app")) {
       result.bundleBytes += entry.is_regular_file() ? entry.file_size() : 0;
     }
     result.bundle = output_ + '/' + config_.application.name + ".app";
     result.releaseFolder = output_ + "/release";
-    replaceBundle(work_ / "app", result.bundle, work_ / "earlier");
-    addToRelease(work_ / "release", result.releaseFolder);
+    putInPlace({work_ / "app", work_ / "release"},
+               {result.bundle, result.releaseFolder, work_ / "earlier"});
     return result;
   }
 

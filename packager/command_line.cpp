@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <map>
 #include <ostream>
 
@@ -266,3 +267,5 @@ int runCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
 }
 
 }  // namespace quillory::pack
+  } catch (const std::filesystem::filesystem_error& e) {
+    reporter.finding({Severity::kError, "", e.code().message(), {e.path1().string(), 0}, ""});

@@ -411,5 +411,47 @@ TEST(Bundle, LeavesTheOldBundleAndNoWorkWhenItFails) {
   EXPECT_EQ(contentOf(project / "dist"), before);
 }
 
+TEST(Bundle, LeavesTheOldBundleWhenTheReleaseFilesCannotBePutInPlace) {
+  Project project;
+  const std::string bundle = bundleOf(project, project.config());
+  writeFile(bundle + "/Contents/old", "one");
+  std::string next = project.config();
+  next.replace(next.find("version = 3"), 11, "version = 4");
+  const auto bundleBefore = contentOf(bundle);
+
+  fs::rename(project / "dist/release", project / "kept");
+  writeFile(project / "dist/release", "a file");
+  const CommandResult noFolder = pack({"bundle", project.writeConfig(next)});
+  EXPECT_EQ(noFolder.status, 1);
+  EXPECT_THAT(noFolder.err, HasSubstr("dist/release: error: cannot be created: "));
+  EXPECT_EQ(contentOf(bundle), bundleBefore);
+  EXPECT_EQ(readFile(project / "dist/release"), "a file");
+
+  // The last step: the version file of the application, for which something is in the way.
+  fs::remove(project / "dist/release");
+  fs::rename(project / "kept", project / "dist/release");
+  const std::string version = project / "dist/release/Quillory-Hello-version.txt";
+  fs::remove(version);
+  writeFile(version + "/in", "the way");
+  const CommandResult noVersion = pack({"bundle", project.writeConfig(next)});
+  EXPECT_EQ(noVersion.status, 1);
+  EXPECT_THAT(noVersion.err, HasSubstr(version + ": error: cannot be put in place: "));
+  EXPECT_EQ(contentOf(bundle), bundleBefore);
+
+  fs::remove_all(version);
+  EXPECT_EQ(pack({"bundle", "-q", project / "quillory.toml"}).status, 0);
+  EXPECT_FALSE(fs::exists(bundle + "/Contents/old"));
+  for (const auto& entry : fs::directory_iterator(project / "dist")) {
+    EXPECT_EQ(entry.path().filename().string().find(".unfinished"), std::string::npos);
+  }
+}
+
+TEST(Bundle, LeavesNoFirstBundleWhenTheReleaseFilesCannotBePutInPlace) {
+  Project project;
+  writeFile(project / "dist/release/Quillory-Hello-version.txt/in", "the way");
+  EXPECT_EQ(pack({"bundle", project.writeConfig(project.config())}).status, 1);
+  EXPECT_FALSE(fs::exists(project / "dist/Hello.app"));
+}
+
 }  // namespace
 }  // namespace quillory::testing
