@@ -96,8 +96,11 @@ int runVerify(const Request& request, Reporter& reporter) {
 }
 
 int runExtract(const Request& request, Reporter& reporter) {
-  extractTo(request.file, request.output, request.key,
-            request.reporter.verbosity == Verbosity::kVerbose);
+  const bool showLog = request.reporter.verbosity == Verbosity::kVerbose && !request.reporter.json;
+  extractTo(request.file, request.output, request.key, showLog, [&](const PackError& error) {
+    reporter.finding(error.finding());
+    reporter.finish("extract", kFailed);
+  });
   reporter.value("folder", request.output);
   reporter.result(request.output);
   return kDone;

@@ -1,6 +1,8 @@
 #include "packager/extract.h"
 
+#include <cstdlib>
 #include <filesystem>
+#include <functional>
 
 #include "formats/archive.h"
 #include "packager/file_kind.h"
@@ -39,10 +41,31 @@ void refuseUnextractable(const ArchiveListing& listing, const Findings& findings
   }
 }
 
+// The launcher's code ends the process where it cannot go on. What has to be done before that.
+std::function<void()> beforeExit;
+
+class BeforeExit {
+ public:
+  explicit BeforeExit(std::function<void()> action) {
+    static const int registered = std::atexit([] {
+      if (beforeExit) {
+        beforeExit();
+      }
+    });
+    if (registered != 0) {
+      throw PackError("the end of the extraction could not be watched");
+    }
+    beforeExit = std::move(action);
+  }
+  ~BeforeExit() { beforeExit = nullptr; }
+  BeforeExit(const BeforeExit&) = delete;
+  BeforeExit& operator=(const BeforeExit&) = delete;
+};
+
 }  // namespace
 
 void extractTo(const std::string& archive, const std::string& folder, const std::string& keyFile,
-               bool showLog) {
+               bool showLog, const std::function<void(const PackError&)>& givenUp) {
   const FileKind kind = fileKindOf(archive);
   if (kind != FileKind::kArchive && kind != FileKind::kCompressedArchive) {
     throw PackError("is no archive", "inspect shows what it is", {archive, 0});
@@ -59,7 +82,12 @@ void extractTo(const std::string& archive, const std::string& folder, const std:
     }
   }
   makeEmptyFolder(folder);
-  const QuietStdout quiet(showLog);
+  QuietStdout quiet(showLog);
+  const BeforeExit report([&] {
+    quiet.end();
+    plain.remove();
+    givenUp(PackError("cannot be extracted: " + QuietStdout::lastMessage(), "", {archive, 0}));
+  });
   // Entry by entry, as extractArchive() does it; but that would delete the archive, and everything
   // extracted from a signed one when there is no key.
   const OwnedFile stream(std::fopen(plain.path().c_str(), "rb"));

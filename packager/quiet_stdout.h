@@ -1,5 +1,6 @@
 // The launcher's own code logs to standard output, which belongs to the results of this program.
 #pragma once
+#include <string>
 
 namespace quillory::pack {
 
@@ -12,8 +13,13 @@ class QuietStdout {
   QuietStdout(const QuietStdout&) = delete;
   QuietStdout& operator=(const QuietStdout&) = delete;
 
+  /// Puts standard output back before the end of the scope.
+  void end();
+  /// What was logged last during such a scope, without its tag and frame.
+  static std::string lastMessage();
+
  private:
-  int saved_;
+  int saved_ = -1;
   void (*savedSystemLog_)(const char*);
 };
 

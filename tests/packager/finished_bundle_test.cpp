@@ -298,6 +298,45 @@ TEST_F(SetParameters, RemovesAndKeepsWhatStandsBeforeTheMarker) {
   EXPECT_EQ(pack({"set", params(), "--unset", "b", "a=4"}).status, 0);
   EXPECT_EQ(readFile(params()).substr(0, 16), "text for others\n");
   EXPECT_EQ(readFile(params()).substr(80), records({"1", "a", "4"}));
+TEST(ExtractProgram, SaysWhyTheLaunchersCodeEndedItAndCleansUp) {
+  const TempDir dir;
+  fs::create_directory(dir / "tmp");
+  // A folder, with something in it, where the next entry needs a file.
+  writeFile(dir / "a.p2",
+            records({"0", "a/b", "1"}) + "x" + records({"0", "a", "1"}) + "y" + records({""}));
+  ChildOptions options;
+  options.environment["TMPDIR"] = dir / "tmp";
+  const ChildResult plain =
+      runChild({QUILLORY_PACK, "extract", dir / "a.p2", dir / "out"}, options);
+  EXPECT_EQ(plain.exitStatus, 1);
+  EXPECT_EQ(plain.out, "");
+  EXPECT_EQ(plain.err, dir / "a.p2" +
+                           ": error: cannot be extracted: Unable to extract archive file a (1), "
+                           "unable to open file for writing\n");
+  const ChildResult json =
+      runChild({QUILLORY_PACK, "extract", "--json", "-v", dir / "a.p2", dir / "new"}, options);
+  EXPECT_EQ(json.exitStatus, 1);
+  EXPECT_EQ(json.err, "");
+  const auto document = nlohmann::json::parse(json.out);
+  EXPECT_EQ(document["command"], "extract");
+  EXPECT_EQ(document["status"], 1);
+  ASSERT_EQ(document["findings"].size(), 1u);
+  EXPECT_THAT(document["findings"][0]["what"].get<std::string>(),
+              HasSubstr("Unable to extract archive file a (1)"));
+  EXPECT_TRUE(fs::is_empty(dir / "tmp"));
+}
+
+TEST_F(Extract, GivesScriptsADocumentAndNothingElse) {
+  const TempDir dir;
+  const ChildResult result =
+      runChild({QUILLORY_PACK, "extract", "--json", "--verbose", release("Hello-3"), dir / "out"});
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(nlohmann::json::parse(result.out)["folder"], dir / "out");
+  EXPECT_THAT(runChild({QUILLORY_PACK, "extract", "-v", release("Hello-3"), dir / "more"}).err,
+              HasSubstr("[ExtractArchiveFile]"));
+}
+
   EXPECT_EQ(modeOf(params()), 0640u);
 }
 
