@@ -107,9 +107,7 @@ int runExtract(const Request& request, Reporter& reporter) {
 }
 
 int runSet(const Request& request, Reporter& reporter) {
-  Findings findings;
-  const ParamsView params = setParameters(request.file, request.texts, request.removed, findings);
-  reporter.findings(findings);
+  const ParamsView params = setParameters(request.file, request.texts, request.removed);
   Json list = Json::array();
   for (const auto& [name, value] : params.parameters) {
     list.push_back({{"name", name}, {"value", value}});

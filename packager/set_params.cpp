@@ -8,7 +8,8 @@
 namespace quillory::pack {
 namespace {
 
-ParamsView readFrom(const std::string& path, Findings& findings) {
+// What a damaged file still holds is not what it held: writing that would lose the rest for good.
+ParamsView readFrom(const std::string& path) {
   Findings found;
   std::optional<ParamsView> params;
   if (isBundle(path)) {
@@ -22,7 +23,8 @@ ParamsView readFrom(const std::string& path, Findings& findings) {
   }
   for (const Finding& finding : found) {
     if (finding.place.file == params->file) {
-      findings.push_back(finding);
+      throw PackError("is damaged, and stays as it is: " + finding.what, "make the bundle again",
+                      finding.place);
     }
   }
   return std::move(*params);
@@ -61,8 +63,8 @@ void check(const std::string& name, const std::string& value) {
 }  // namespace
 
 ParamsView setParameters(const std::string& bundleOrFile, const std::vector<std::string>& changes,
-                         const std::vector<std::string>& removed, Findings& findings) {
-  ParamsView params = readFrom(bundleOrFile, findings);
+                         const std::vector<std::string>& removed) {
+  ParamsView params = readFrom(bundleOrFile);
   for (const std::string& change : changes) {
     const std::size_t equals = change.find('=');
     if (equals == std::string::npos) {

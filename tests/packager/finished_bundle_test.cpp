@@ -384,6 +384,23 @@ TEST_F(DoctorOf, ABundleWithAMissingPart) {
       {bundle_ + "/Contents/Info.plist", "there is no Info.plist"},
       {bundle_ + "/Contents/MacOS/Hello", "there is no executable"},
       {params(), "there is no parameters file"},
+TEST_F(SetParameters, LeavesADamagedFileAlone) {
+  const std::string marker = readFile(params()).substr(0, 64);
+  for (const std::string& damaged :
+       {records({"5", "jre_name", "JRE"}), records({"many", "a", "b"}), std::string("1\0a", 3),
+        records({"1", std::string(1500, 'n'), "x"})}) {
+    writeFile(params(), marker + damaged);
+    for (const std::string& named : {bundle_, params()}) {
+      const CommandResult result = pack({"set", named, "a=1"});
+      EXPECT_EQ(result.status, 1);
+      EXPECT_EQ(result.out, "");
+      EXPECT_THAT(result.err,
+                  HasSubstr(params() + ": error: is damaged, and stays as it is: the "));
+      EXPECT_EQ(readFile(params()), marker + damaged);
+    }
+  }
+}
+
       {tail(), "there is no tail"}};
   for (const auto& [file, what] : cases) {
     const std::string content = readFile(file);
