@@ -166,6 +166,33 @@ TEST_F(Verify, ChecksArchivesWithAKeyAndSaysWhenThereIsNone) {
   const CommandResult without = pack({"verify", release("Hello-3")});
   EXPECT_EQ(without.status, 0);
   EXPECT_THAT(without.out, HasSubstr("signed, not checked"));
+  EXPECT_EQ(without.err, "structure good; signatures not checked: --key checks them\n");
+  const auto unchecked =
+      nlohmann::json::parse(pack({"verify", "--json", release("Hello-3"), bundle_}).out);
+  EXPECT_EQ(unchecked["signature"], "not checked");
+  EXPECT_EQ(unchecked["structure"], "good");
+  EXPECT_TRUE(unchecked["good"].is_null());
+  const auto checked = nlohmann::json::parse(
+      pack({"verify", "--json", "--key", Project::key(), release("Hello-3"), bundle_}).out);
+  EXPECT_EQ(checked["signature"], "checked");
+  EXPECT_EQ(checked["good"], true);
+  const auto nothing = nlohmann::json::parse(pack({"verify", "--json", bundle_ + "/no"}).out);
+  EXPECT_EQ(nothing["signature"], "not checked");
+  EXPECT_EQ(nothing["good"], false);
+}
+
+TEST_F(Verify, LooksAtThePathsBehindOneThatItDoesNotKnow) {
+  const CommandResult result =
+      pack({"verify", project_ / "missing", project_ / "hello.jar", bundle_});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, AllOf(HasSubstr(project_ / "missing" + ": error: "),
+                                HasSubstr(project_ / "hello.jar" +
+                                          ": error: is neither a bundle nor an archive"),
+                                HasSubstr("NOT good\n")));
+  EXPECT_THAT(result.out, HasSubstr("signed: " + bundle_ + ": App.p2.l2"));
+  const CommandResult noKey = pack({"verify", "--key", project_ / "none.pem", bundle_, tail()});
+  EXPECT_EQ(noKey.status, 1);
+  EXPECT_EQ(noKey.out, "");
 }
 
 TEST_F(Verify, FindsAChangedArchiveBroken) {
@@ -274,30 +301,6 @@ TEST_F(Extract, RefusesWhatWouldLeaveTheFolderOrNeverEnd) {
   EXPECT_FALSE(fs::exists(dir / "up"));
 }
 
-TEST_F(Extract, WantsAnEmptyFolder) {
-  const TempDir dir;
-  writeFile(dir / "out/mine", "x");
-  EXPECT_THAT(pack({"extract", release("Hello-3"), dir / "out"}).err, HasSubstr("is not empty"));
-  EXPECT_THAT(pack({"extract", project_ / "hello.jar", dir / "new"}).err,
-              HasSubstr("is no archive"));
-}
-
-TEST_F(SetParameters, ChangesOneAndAddsAnother) {
-  const std::string before = readFile(tail());
-  const CommandResult result = pack({"set", bundle_, "jre_name=Java", "channel=a=b c"});
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.out, params() + '\n');
-  EXPECT_EQ(readFile(params()).substr(64), records({"2", "jre_name", "Java", "channel", "a=b c"}));
-  EXPECT_EQ(readFile(tail()), before);
-}
-
-TEST_F(SetParameters, RemovesAndKeepsWhatStandsBeforeTheMarker) {
-  writeFile(params(), "text for others\n" + readFile(params()).substr(0, 64) +
-                          records({"3", "a", "1", "b", "2", "a", "3"}));
-  fs::permissions(params(), fs::perms(0640));
-  EXPECT_EQ(pack({"set", params(), "--unset", "b", "a=4"}).status, 0);
-  EXPECT_EQ(readFile(params()).substr(0, 16), "text for others\n");
-  EXPECT_EQ(readFile(params()).substr(80), records({"1", "a", "4"}));
 TEST(ExtractProgram, SaysWhyTheLaunchersCodeEndedItAndCleansUp) {
   const TempDir dir;
   fs::create_directory(dir / "tmp");
@@ -337,6 +340,30 @@ TEST_F(Extract, GivesScriptsADocumentAndNothingElse) {
               HasSubstr("[ExtractArchiveFile]"));
 }
 
+TEST_F(Extract, WantsAnEmptyFolder) {
+  const TempDir dir;
+  writeFile(dir / "out/mine", "x");
+  EXPECT_THAT(pack({"extract", release("Hello-3"), dir / "out"}).err, HasSubstr("is not empty"));
+  EXPECT_THAT(pack({"extract", project_ / "hello.jar", dir / "new"}).err,
+              HasSubstr("is no archive"));
+}
+
+TEST_F(SetParameters, ChangesOneAndAddsAnother) {
+  const std::string before = readFile(tail());
+  const CommandResult result = pack({"set", bundle_, "jre_name=Java", "channel=a=b c"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, params() + '\n');
+  EXPECT_EQ(readFile(params()).substr(64), records({"2", "jre_name", "Java", "channel", "a=b c"}));
+  EXPECT_EQ(readFile(tail()), before);
+}
+
+TEST_F(SetParameters, RemovesAndKeepsWhatStandsBeforeTheMarker) {
+  writeFile(params(), "text for others\n" + readFile(params()).substr(0, 64) +
+                          records({"3", "a", "1", "b", "2", "a", "3"}));
+  fs::permissions(params(), fs::perms(0640));
+  EXPECT_EQ(pack({"set", params(), "--unset", "b", "a=4"}).status, 0);
+  EXPECT_EQ(readFile(params()).substr(0, 16), "text for others\n");
+  EXPECT_EQ(readFile(params()).substr(80), records({"1", "a", "4"}));
   EXPECT_EQ(modeOf(params()), 0640u);
 }
 
@@ -357,6 +384,23 @@ TEST_F(SetParameters, LeavesTheFileAloneWhenAChangeMakesNoSense) {
     EXPECT_EQ(result.status, 1) << arguments.back();
     EXPECT_NE(result.err, "");
     EXPECT_EQ(readFile(params()), before);
+  }
+}
+
+TEST_F(SetParameters, LeavesADamagedFileAlone) {
+  const std::string marker = readFile(params()).substr(0, 64);
+  for (const std::string& damaged :
+       {records({"5", "jre_name", "JRE"}), records({"many", "a", "b"}), std::string("1\0a", 3),
+        records({"1", std::string(1500, 'n'), "x"})}) {
+    writeFile(params(), marker + damaged);
+    for (const std::string& named : {bundle_, params()}) {
+      const CommandResult result = pack({"set", named, "a=1"});
+      EXPECT_EQ(result.status, 1);
+      EXPECT_EQ(result.out, "");
+      EXPECT_THAT(result.err,
+                  HasSubstr(params() + ": error: is damaged, and stays as it is: the "));
+      EXPECT_EQ(readFile(params()), marker + damaged);
+    }
   }
 }
 
@@ -384,23 +428,6 @@ TEST_F(DoctorOf, ABundleWithAMissingPart) {
       {bundle_ + "/Contents/Info.plist", "there is no Info.plist"},
       {bundle_ + "/Contents/MacOS/Hello", "there is no executable"},
       {params(), "there is no parameters file"},
-TEST_F(SetParameters, LeavesADamagedFileAlone) {
-  const std::string marker = readFile(params()).substr(0, 64);
-  for (const std::string& damaged :
-       {records({"5", "jre_name", "JRE"}), records({"many", "a", "b"}), std::string("1\0a", 3),
-        records({"1", std::string(1500, 'n'), "x"})}) {
-    writeFile(params(), marker + damaged);
-    for (const std::string& named : {bundle_, params()}) {
-      const CommandResult result = pack({"set", named, "a=1"});
-      EXPECT_EQ(result.status, 1);
-      EXPECT_EQ(result.out, "");
-      EXPECT_THAT(result.err,
-                  HasSubstr(params() + ": error: is damaged, and stays as it is: the "));
-      EXPECT_EQ(readFile(params()), marker + damaged);
-    }
-  }
-}
-
       {tail(), "there is no tail"}};
   for (const auto& [file, what] : cases) {
     const std::string content = readFile(file);
