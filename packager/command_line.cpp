@@ -206,6 +206,19 @@ class CommandLine {
   Command command_ = nullptr;
 };
 
+// What is wrong with a command line, as text or as the document that was asked for.
+int rejectUse(const std::string& command, const std::string& what, const std::string& advice,
+              const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+  if (std::find(arguments.begin(), arguments.end(), "--json") == arguments.end()) {
+    err << "error: " << what << "\n  -> " << advice << '\n';
+    return kWrongUse;
+  }
+  Reporter reporter(out, err, {Verbosity::kNormal, true, false});
+  reporter.finding({Severity::kError, "", what, {}, advice});
+  reporter.finish(command, kWrongUse);
+  return kWrongUse;
+}
+
 // CLI11 says that an argument was not expected; people want to know which command they meant.
 int explainWrongUse(CommandLine& line, const CLI::ParseError& e,
                     const std::vector<std::string>& arguments, std::ostream& out,
@@ -227,15 +240,15 @@ int explainWrongUse(CommandLine& line, const CLI::ParseError& e,
       names.push_back(command.name);
     }
     const std::string nearest = nearestName(arguments[0], names);
-    err << "error: there is no command \"" << arguments[0] << "\"\n  -> "
-        << (nearest.empty() ? "quillory-pack --help lists the commands"
-                            : "did you mean \"" + nearest + "\"?")
-        << '\n';
-    return kWrongUse;
+    return rejectUse("", "there is no command \"" + arguments[0] + '"',
+                     nearest.empty() ? "quillory-pack --help lists the commands"
+                                     : "did you mean \"" + nearest + "\"?",
+                     arguments, out, err);
   }
-  err << "error: " << e.what() << "\n  -> quillory-pack " << (isCommand ? arguments[0] + ' ' : "")
-      << "--help explains\n";
-  return kWrongUse;
+  const std::string command = isCommand ? arguments[0] : "";
+  return rejectUse(command, e.what(),
+                   "quillory-pack " + command + (isCommand ? " " : "") + "--help explains",
+                   arguments, out, err);
 }
 
 }  // namespace
@@ -259,6 +272,8 @@ int runCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
     status = kRejectedInput;
   } catch (const PackError& e) {
     reporter.finding(e.finding());
+  } catch (const std::filesystem::filesystem_error& e) {
+    reporter.finding({Severity::kError, "", e.code().message(), {e.path1().string(), 0}, ""});
   } catch (const std::exception& e) {
     reporter.finding({Severity::kError, "", e.what(), {}, ""});
   }
@@ -267,5 +282,3 @@ int runCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
 }
 
 }  // namespace quillory::pack
-  } catch (const std::filesystem::filesystem_error& e) {
-    reporter.finding({Severity::kError, "", e.code().message(), {e.path1().string(), 0}, ""});

@@ -10,8 +10,13 @@
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_DFL);
   quillory::pack::noticeInterruptions();
-  const int status = quillory::pack::runCommandLine({argv + 1, argv + argc}, std::cout, std::cerr,
-                                                    isatty(STDERR_FILENO) != 0);
+  int status = quillory::pack::runCommandLine({argv + 1, argv + argc}, std::cout, std::cerr,
+                                              isatty(STDERR_FILENO) != 0);
+  std::cout.flush();
+  if (!std::cout) {
+    std::cerr << "error: standard output cannot be written\n";
+    status = quillory::pack::kFailed;
+  }
   if (const int number = quillory::pack::interruptingSignal()) {
     std::signal(number, SIG_DFL);
     std::raise(number);

@@ -9,6 +9,7 @@
 
 #include "packager/byte_sinks.h"
 #include "packager/findings.h"
+#include "packager/work_folder.h"
 #include "support/process.h"
 #include "support/strings.h"
 
@@ -46,6 +47,7 @@ std::string runTool(const std::vector<std::string>& command, const std::string& 
   const std::string text = fs::exists(output) ? readWholeFile(output) : "";
   std::error_code ignored;
   fs::remove(output, ignored);
+  stopIfInterrupted();  // the tool was, too: its failure is none of its own
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
     throw PackError(command[0] + " failed" +
                     (WIFEXITED(status) ? " with status " + std::to_string(WEXITSTATUS(status))

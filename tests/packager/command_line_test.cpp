@@ -126,6 +126,20 @@ TEST(CommandLine, GivesScriptsOneDocumentWithAllFindings) {
   EXPECT_EQ(nlohmann::json::parse(good.out)["bundle"], project / "dist/Hello.app");
 }
 
+TEST(CommandLine, GivesScriptsADocumentForAWrongUseToo) {
+  const CommandResult option = pack({"bundle", "--json", "--wrong"});
+  EXPECT_EQ(option.status, 2);
+  EXPECT_EQ(option.err, "");
+  const auto document = nlohmann::json::parse(option.out);
+  EXPECT_EQ(document["command"], "bundle");
+  EXPECT_EQ(document["status"], 2);
+  EXPECT_THAT(document["findings"][0]["what"].get<std::string>(), HasSubstr("--wrong"));
+  EXPECT_EQ(document["findings"][0]["advice"], "quillory-pack bundle --help explains");
+  const auto command = nlohmann::json::parse(pack({"bundel", "--json"}).out);
+  EXPECT_EQ(command["command"], "");
+  EXPECT_EQ(command["findings"][0]["advice"], "did you mean \"bundle\"?");
+}
+
 TEST(CommandLine, SaysLessOrMoreWhenAsked) {
   Project project;
   const std::string config = project.writeConfig(project.config("[runtime]\nfolder = \"jre\"\n"));
@@ -271,6 +285,36 @@ TEST(Program, EndsBySignalAndCleansUpWhenItIsInterrupted) {
   ASSERT_TRUE(child.waitForOutput("packing "));
   child.sendSignal(SIGINT);
   EXPECT_EQ(child.finish().signal, SIGINT);
+  EXPECT_TRUE(fs::is_empty(project / "dist"));
+}
+
+TEST(Program, FailsWhenItsOutputCannotBeWritten) {
+  if (!fs::exists("/dev/full")) {
+    GTEST_SKIP() << "no device that is always full";
+  }
+  Project project;
+  const std::string bundle = bundleOf(project, project.config("[runtime]\nfolder = \"jre\"\n"));
+  for (const std::string& command :
+       {std::string("--help"), std::string("completion bash"), "inspect '" + bundle + "'",
+        "verify '" + bundle + "'", "verify --json '" + bundle + "'", "doctor '" + bundle + "'",
+        "bundle '" + project / "quillory.toml" + "'"}) {
+    const ChildResult result =
+        runChild({"sh", "-c", "'" QUILLORY_PACK "' " + command + " >/dev/full"});
+    EXPECT_EQ(result.exitStatus, 1) << command;
+    EXPECT_THAT(result.err, HasSubstr("error: standard output cannot be written\n")) << command;
+  }
+}
+
+TEST(Program, SaysThatItWasInterruptedAndNotThatItsToolFailed) {
+  Project project;
+  writeFile(project / "jdk/bin/jdeps", "#!/bin/sh\nkill -INT $PPID\nexit 130\n");
+  fs::permissions(project / "jdk/bin/jdeps", fs::perms(0755));
+  project.writeConfig(project.config("[runtime]\njlink = true\njdk = \"jdk\"\n"));
+  const ChildResult result =
+      runChild({QUILLORY_PACK, "bundle", "--target", "linux", project / "quillory.toml"});
+  EXPECT_EQ(result.signal, SIGINT);
+  EXPECT_THAT(result.err, HasSubstr("error: interrupted\n"));
+  EXPECT_EQ(result.err.find("130"), std::string::npos) << result.err;
   EXPECT_TRUE(fs::is_empty(project / "dist"));
 }
 
