@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "packager/record_writer.h"
-#include "support/owned.h"
+#include "support/utf8.h"
 
 namespace quillory::pack {
 namespace {
@@ -68,28 +68,6 @@ bool anyComponent(const std::string& path, Check check) {
 }
 
 }  // namespace
-
-bool isUtf8(std::string_view text) {
-  for (std::size_t i = 0; i < text.size();) {
-    const auto lead = static_cast<unsigned char>(text[i]);
-    const std::size_t length = lead < 0x80   ? 1
-                               : lead < 0xC2 ? 0
-                               : lead < 0xE0 ? 2
-                               : lead < 0xF0 ? 3
-                               : lead < 0xF5 ? 4
-                                             : 0;
-    if (length == 0 || i + length > text.size()) {
-      return false;
-    }
-    for (std::size_t k = 1; k < length; ++k) {
-      if ((static_cast<unsigned char>(text[i + k]) & 0xC0) != 0x80) {
-        return false;
-      }
-    }
-    i += length;
-  }
-  return true;
-}
 
 void ContentTree::note(Severity severity, const char* rule, const std::string& what,
                        const std::string& file, const std::string& advice) {

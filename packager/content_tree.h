@@ -65,7 +65,4 @@ class ContentTree {
   std::size_t links_ = 0;
 };
 
-/// Whether bytes are valid UTF-8: macOS refuses file names that are not.
-bool isUtf8(std::string_view text);
-
 }  // namespace quillory::pack

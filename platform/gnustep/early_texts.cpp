@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "platform/gnustep/utf8.h"
+#include "support/utf8.h"
 
 namespace quillory::platform {
 namespace {

@@ -10,8 +10,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/gnustep/utf8.h"
 #include "support/cocoa_support.h"
+#include "support/utf8.h"
 
 namespace quillory {
 namespace {
@@ -59,7 +59,7 @@ void writeAll(std::string_view text) {
 }  // namespace
 
 void logThroughCocoa(const char* message) {
-  std::string line = prefix() + (platform::isUtf8(message) ? message : fromLatin1(message));
+  std::string line = prefix() + (isUtf8(message) ? message : fromLatin1(message));
   if (line.back() != '\n') line += '\n';
   // A long line is written in parts, between which another thread's must not come.
   static std::mutex oneLine;

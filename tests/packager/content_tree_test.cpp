@@ -183,6 +183,9 @@ TEST(CheckPaths, RefusesThoseThatTheLauncherRefusesOrMisunderstands) {
       {"qyArcSpBlock_Mine", "special-prefix"},
       {std::string(256, 'n'), "name-length"},
       {"\xff", "file-name"},
+      {"\xed\xa0\x80", "file-name"},      // half of a pair
+      {"\xe0\x80\x80", "file-name"},      // longer than needed
+      {"\xf4\x90\x80\x80", "file-name"},  // beyond the last character
   };
   for (const auto& [path, rule] : cases) {
     EXPECT_TRUE(hasRule(findingsFor(path), rule)) << path;
@@ -211,16 +214,6 @@ TEST(CheckPaths, WarnsOfNamesThatDifferInCaseOnly) {
   tree.addBytes("1", "lib/Readme");
   tree.addBytes("2", "lib/readme");
   EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{"case"});
-}
-
-TEST(IsUtf8, TellsTextsFromOtherBytes) {
-  for (const char* text : {"", "plain", "\xC3\xA4", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
-    EXPECT_TRUE(isUtf8(text)) << text;
-  }
-  for (const char* text :
-       {"\xff", "\xC3", "\xC3x", "\xE2\x82", "\x80", "\xC0\x80", "\xF5\x80\x80\x80"}) {
-    EXPECT_FALSE(isUtf8(text)) << text;
-  }
 }
 
 }  // namespace
