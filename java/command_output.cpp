@@ -68,15 +68,11 @@ class Pipe {
 
 // posix_spawn() with the child's standard output on `output`; 0, or an error number.
 int spawnWithOutput(pid_t* child, const std::vector<std::string>& arguments, int output) {
-  std::vector<char*> list;
-  for (const std::string& argument : arguments) list.push_back(const_cast<char*>(argument.c_str()));
-  list.push_back(nullptr);
-
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-  const int error =
-      posix_spawn(child, arguments[0].c_str(), &actions, nullptr, list.data(), getEnvP());
+  const int error = posix_spawn(child, arguments[0].c_str(), &actions, nullptr,
+                                argumentPointers(arguments).data(), getEnvP());
   posix_spawn_file_actions_destroy(&actions);
   return error;
 }

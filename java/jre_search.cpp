@@ -107,10 +107,8 @@ bool isCompatible(const JreRequest& request, const SystemJre& jre) {
                                   jre.java.c_str(), request.absoluteExePath.c_str());
 }
 
-void runWithoutShell(std::vector<std::string> words) {
-  std::vector<char*> arguments;
-  for (std::string& word : words) arguments.push_back(word.data());
-  arguments.push_back(nullptr);
+void runWithoutShell(const std::vector<std::string>& words) {
+  const std::vector<char*> arguments = argumentPointers(words);
   pid_t child = 0;
   if (processCalls.spawn(&child, arguments[0], arguments.data(), getEnvP()) != 0) return;
   int status = 0;
@@ -131,7 +129,7 @@ void runOnPaths(const std::string& command, std::initializer_list<std::string> w
   std::vector<std::string> arguments = {"/bin/" + command};
   arguments.insert(arguments.end(), words);
   arguments.insert(arguments.end(), paths);
-  runWithoutShell(std::move(arguments));
+  runWithoutShell(arguments);
 }
 
 }  // namespace

@@ -13,18 +13,10 @@ namespace {
 
 constexpr int kNoStatus = -1;
 
-/// The texts as C wants them; borrowed, and ended by a null.
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
 /// Starts the process: 0, or an error number.
-int spawn(std::vector<std::string> arguments, pid_t& child) {
+int spawn(const std::vector<std::string>& arguments, pid_t& child) {
   closeLoggedFile();
-  const std::vector<char*> pointers = pointersTo(arguments);
+  const std::vector<char*> pointers = argumentPointers(arguments);
   const int error = processCalls.spawn(&child, pointers[0], pointers.data(), getEnvP());
   if (error != 0) logMessage("Launch Error %d.\n", error);
   return error;
@@ -38,14 +30,15 @@ int waitForExit(pid_t child) {
 }
 
 int launchInProcess(const std::string& mainClass, const std::string& jreHome,
-                    LaunchCommand command) {
+                    const LaunchCommand& command) {
   logMessage("[Extractor] Force spawn is %d so attempting to launch via JNI\n", 0);
   logStartSection("JNI Launch\n");
   const int result = launchJavaJNI(
       mainClass.c_str(), jreHome.c_str(), static_cast<int>(command.jvmOptions.size()),
-      pointersTo(command.jvmOptions).data(), static_cast<int>(command.classPath.size()),
-      pointersTo(command.classPath).data(), static_cast<int>(command.applicationArguments.size()),
-      pointersTo(command.applicationArguments).data());
+      argumentPointers(command.jvmOptions).data(), static_cast<int>(command.classPath.size()),
+      argumentPointers(command.classPath).data(),
+      static_cast<int>(command.applicationArguments.size()),
+      argumentPointers(command.applicationArguments).data());
   logMessage("[Extractor] Return code for JNI launch was %d\n", result);
   logEndSection("JNI Launch\n");
   return result;

@@ -33,14 +33,9 @@ std::string runTool(const std::vector<std::string>& command, const std::string& 
   // The shell only redirects: the command travels as arguments and is never parsed by it.
   std::vector<std::string> arguments = {"sh", "-c", "exec \"$@\" >\"$0\" 2>&1", output};
   arguments.insert(arguments.end(), command.begin(), command.end());
-  std::vector<char*> pointers;
-  for (std::string& argument : arguments) {
-    pointers.push_back(argument.data());
-  }
-  pointers.push_back(nullptr);
   pid_t child = 0;
   int status = -1;
-  if (processCalls.spawn(&child, "/bin/sh", pointers.data(), getEnvP()) != 0 ||
+  if (processCalls.spawn(&child, "/bin/sh", argumentPointers(arguments).data(), getEnvP()) != 0 ||
       processCalls.waitFor(child, &status) != child) {
     throw PackError(command[0] + " cannot be started");
   }

@@ -27,6 +27,13 @@ int runShellCommand(const char* command) { return system(command); }
 
 ProcessCalls processCalls{spawnProcess, waitForProcess, runShellCommand};
 
+std::vector<char*> argumentPointers(const std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (const std::string& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
 bool isSafeInShellQuotes(std::string_view path) {
   return path.find_first_of("\"$`\\") == std::string_view::npos;
 }

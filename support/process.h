@@ -1,9 +1,16 @@
-// Starting other programs. The table is the seam for everything that spawns or runs a shell.
+// Starting other programs. The table is the seam for what spawns or runs a shell.
+//
+// Outside of it stand the calls whose tests look at real processes, because what a made-up call
+// could record would prove nothing: java/command_output.cpp, which reads what a command prints
+// from the pipe that the call itself makes (popen) or hands to the child (posix_spawn with file
+// actions), and tools/elevation.cpp and runner/command_runner.cpp, which become another program
+// (execve, execvp) and never return.
 #pragma once
 #include <sys/types.h>
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quillory {
 
@@ -16,6 +23,10 @@ struct ProcessCalls {
   int (*runShell)(const char* command);
 };
 extern ProcessCalls processCalls;
+
+/// The form that spawn() and the exec family take: pointers into `texts`, and a null. Nothing is
+/// changed through them; their type is older than const.
+std::vector<char*> argumentPointers(const std::vector<std::string>& texts);
 
 /// Whether `path` may stand between double quotes in a shell command as it is: it holds none of
 /// '"', '$', '`' and '\'. Any other path has to be handled without a shell.

@@ -6,9 +6,9 @@
 #include <cerrno>
 #include <cstring>
 
+#include "support/process.h"
+#include "support/strings.h"
 #include "tools/elevation_tools.h"
-
-extern char** environ;
 
 namespace quillory {
 namespace {
@@ -27,7 +27,7 @@ int errorOf(const std::string& program) {
 }
 
 int becomeProgram(const std::vector<std::string>& command) {
-  execve(command[0].c_str(), argumentPointers(command).data(), environ);
+  execve(command[0].c_str(), argumentPointers(command).data(), getEnvP());
   return failOnProgram(command[0], errno);
 }
 

@@ -11,8 +11,7 @@
 #include <cstring>
 
 #include "support/process.h"
-
-extern char** environ;
+#include "support/strings.h"
 
 namespace quillory {
 namespace {
@@ -24,7 +23,7 @@ constexpr int kNotStarted = -1;
 pid_t spawnTool(const std::vector<std::string>& command) {
   pid_t child = -1;
   const int error =
-      processCalls.spawn(&child, command[0].c_str(), argumentPointers(command).data(), environ);
+      processCalls.spawn(&child, command[0].c_str(), argumentPointers(command).data(), getEnvP());
   if (error == 0) return child;
   complain(command[0] + " cannot be started: " + std::strerror(error));
   return -1;
@@ -88,15 +87,6 @@ std::string findTool(const std::vector<std::string>& folders, const std::string&
       return path;
   }
   return "";
-}
-
-std::vector<char*> argumentPointers(const std::vector<std::string>& command) {
-  std::vector<char*> pointers;
-  // The exec family changes nothing; its type is older than const.
-  for (const std::string& argument : command)
-    pointers.push_back(const_cast<char*>(argument.c_str()));
-  pointers.push_back(nullptr);
-  return pointers;
 }
 
 int runTool(const std::vector<std::string>& command) { return statusOf(spawnTool(command)); }

@@ -15,9 +15,6 @@ bool isRootForReal();
 /// The first executable file of that name; "" when no folder has one.
 std::string findTool(const std::vector<std::string>& folders, const std::string& name);
 
-/// The form that the exec family takes: pointers into `command`, and a null.
-std::vector<char*> argumentPointers(const std::vector<std::string>& command);
-
 /// Runs command[0], which is a path, and waits: its exit status, 128 and the number of the signal
 /// that ended it, or -1 with a message when it could not be started.
 int runTool(const std::vector<std::string>& command);

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <string>
+#include <vector>
 
 #include "support/strings.h"
 #include "tests/harness/temp_dir.h"
@@ -84,6 +85,15 @@ TEST(RunShell, ReturnsTheStatusOfTheCommand) {
   EXPECT_EQ(processCalls.runShell("true"), 0);
   EXPECT_EQ(WEXITSTATUS(processCalls.runShell("exit 42")), 42);
   EXPECT_EQ(WEXITSTATUS(processCalls.runShell("/no/such/command 2>/dev/null")), 127);
+}
+
+TEST(ArgumentPointers, EndWithANull) {
+  const std::vector<std::string> texts = {"first", "", "with space"};
+  const std::vector<char*> pointers = argumentPointers(texts);
+  ASSERT_EQ(pointers.size(), 4U);
+  for (std::size_t i = 0; i < texts.size(); ++i) EXPECT_EQ(pointers[i], texts[i].c_str());
+  EXPECT_EQ(pointers[3], nullptr);
+  EXPECT_EQ(argumentPointers({}), std::vector<char*>{nullptr});
 }
 
 TEST(IsSafeInShellQuotes, IsFalseForWhatExpandsBetweenDoubleQuotes) {
