@@ -30,13 +30,11 @@ namespace {
 
 constexpr long kNoSignature = -1;
 constexpr int kEntryDone = 0;
-constexpr int kSignatureHexCapacity = 8192;
 
 constexpr long kFolder = 1;
 constexpr long kPack200 = 2;
 
-constexpr std::string_view kSpecialPrefix = "qyArcSpBlock_";
-constexpr std::string_view kSignatureName = "DigitalSignature1";
+constexpr std::string_view kSignatureName = kSignatureBlockPath.substr(kSpecialBlockPrefix.size());
 constexpr std::string_view kLzmaSuffix = ".l2";
 constexpr std::string_view kArchiveSuffix = ".p2";
 constexpr std::size_t kShortestWithSuffix = 4;
@@ -81,9 +79,9 @@ int failToWrite(const Entry& entry, const std::string& output, int error) {
 
 // Whether the entry is the signature block, whose last two records are then in the two places.
 bool readSignatureBlock(const std::string& path, std::FILE* stream, long* offset, char** hex) {
-  if (!path.starts_with(kSpecialPrefix)) return false;
+  if (!path.starts_with(kSpecialBlockPrefix)) return false;
   logMessage("[ExtractArchiveFile] Found special block %s\n", path.c_str());
-  const std::string name = path.substr(kSpecialPrefix.size());
+  const std::string name = path.substr(kSpecialBlockPrefix.size());
   if (name != kSignatureName) return false;
 
   logMessage("[ExtractArchiveFile] Found signature block %s\n", name.c_str());

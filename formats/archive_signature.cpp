@@ -6,7 +6,6 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "formats/keccak.h"
@@ -27,8 +26,6 @@ constexpr int kDigestLength = 64;
 constexpr int kSaltLength = 64;
 constexpr int kLoggedDigestLength = 32;
 
-constexpr std::string_view kBlockName = "qyArcSpBlock_DigitalSignature1";
-constexpr int kCheckedHexCapacity = 4096;
 constexpr std::size_t kChunkLength = 50'000;
 
 using Digest = std::unique_ptr<unsigned char, HeapFreer>;
@@ -62,7 +59,7 @@ std::string readBlockAgain(std::FILE* archive, long offset, const char* hexBefor
   constexpr const char* kMismatch =
       "[ExtractArchive] Archive INVALID.  Archive signature did not match place in file (%s "
       "mismatch)\n";
-  if (name != kBlockName) logMessage(kMismatch, "asb name");
+  if (name != kSignatureBlockPath) logMessage(kMismatch, "asb name");
   if (length != offset) logMessage(kMismatch, "len");
   if (hex != hexBefore) logMessage(kMismatch, "sig");
   return hex;

@@ -45,13 +45,15 @@ char* allocTimeMillisString() {
   return text.release();
 }
 
+std::string versionFileName(const std::string& name) { return "Quillory-" + name + "-version.txt"; }
+
 void downloadVersionFile(const char* destFolder, const char* updateURL, const char* name) {
   if (isInvalidUpdateURL(updateURL)) {
     logMessage("[Extractor] Invalid Update URL. Skipping...\n");
     return;
   }
   const OwnedText now(allocTimeMillisString());
-  const std::string file = std::string("Quillory-") + name + "-version.txt";
+  const std::string file = versionFileName(name);
   char localPath[kPathCapacity];
   setPath(localPath, destFolder, file.c_str());
   const std::string address = (updateURL == nullptr ? "" : updateURL) + file + "?time=" + now.get();

@@ -23,11 +23,17 @@ int downloadFile(const char* url, const char* destPath);
 /// The update URL that packagers write to switch updating off.
 inline constexpr char kInvalidUpdateURL[] = "http://no.invalid/";
 
+/// The update URL of a tail that leaves it to the parameters.
+inline constexpr char kDynamicUpdateUrl[] = "D";
+
 /// Whether `url` begins with the 18 characters of kInvalidUpdateURL; false for null.
 bool isInvalidUpdateURL(const char* url);
 
 /// The current time in milliseconds as decimal text, in a new block of 101 bytes; free() it.
 char* allocTimeMillisString();
+
+/// "Quillory-<name>-version.txt", at the update URL and where it is fetched to.
+std::string versionFileName(const std::string& name);
 
 /// Fetches <updateURL>Quillory-<name>-version.txt?time=<millis> into `destFolder`. Whether it came
 /// is judged by the file. No separator is put between the URL and the name.

@@ -53,9 +53,9 @@ std::string remoteName(const JreRequest& request) {
 
 std::string downloadVersion(const JreRequest& request) {
   const OwnedText now(allocTimeMillisString());
-  const std::string url = remoteName(request) + "version.txt?time=" + now.get();
-  const std::string path =
-      request.versionFileFolder + "/Quillory-" + request.jreName + "-version.txt";
+  const std::string url =
+      request.updateUrl + versionFileName(request.jreName) + "?time=" + now.get();
+  const std::string path = request.versionFileFolder + '/' + versionFileName(request.jreName);
   showSplash(request);
   logMessage("[JREDownload] Fetching JRE Version from %s\n", url.c_str());
   if (!download(url, path)) {

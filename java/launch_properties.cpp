@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "formats/downloads.h"
 #include "formats/record_stream.h"
 #include "launcher/install_locations.h"
 #include "support/clock.h"
@@ -23,8 +24,6 @@ constexpr int kRetries = 5;
 constexpr std::uint64_t kRetryPauseMicros = 500'000'000;
 constexpr int kLoggedValueLength = 99;
 constexpr char kPropertiesFilePrefix[] = "QYLaunchProperties-";
-/// The "Update URL" of a tail that leaves the URL to the parameters.
-constexpr char kDynamicUrlMark[] = "D";
 
 /// Not doesFileExist(): that asks whether the file can be opened, and here it cannot.
 bool isThere(const std::string& path) {
@@ -96,7 +95,7 @@ bool writeAndClose(OwnedFile file, const char* bytes, std::size_t length) {
 
 void addLaunchTimeProperties(const LaunchFacts& facts, PropertyBlock& block) {
   addStaticProperty(block, "update_url", facts.updateUrl);
-  if (facts.dynamicUpdateUrl != nullptr && facts.updateUrl == kDynamicUrlMark)
+  if (facts.dynamicUpdateUrl != nullptr && facts.updateUrl == kDynamicUpdateUrl)
     addDynamicProperty(block, "update_url", facts.dynamicUpdateUrl);
   addStaticProperty(block, "app_dir", facts.appFolder);
   addStaticProperty(block, "jre_name", facts.jre);

@@ -4,6 +4,7 @@
 
 #include "java/bundle_loader.h"
 #include "java/jni_launch.h"
+#include "java/jre_bundle.h"
 #include "support/log.h"
 #include "support/process.h"
 #include "support/strings.h"
@@ -49,7 +50,7 @@ int launchInProcess(const std::string& mainClass, const std::string& jreHome,
 std::int64_t startApplication(const std::string& mainClass, const std::string& jreFolder,
                               bool isSpawnForced, const LaunchCommand& command) {
   logMessage("[Extractor] JRE folder is %s\n", jreFolder.c_str());
-  const std::string bundle = jreFolder + ".plugin";
+  const std::string bundle = jreFolder + kBundleSuffix;
   loadOSXBundle(bundle.c_str());
   const std::string jreHome = bundle + "/Contents/Home";
   logMessage("[Extractor] Adjusted JRE folder is %s\n", jreHome.c_str());

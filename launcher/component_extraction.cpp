@@ -45,7 +45,7 @@ void extractTailEntry(const TailArchives& tail, const char* lzmaTool, const char
 
 void extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
                     const SplashOverride& splashOverride) {
-  const std::string lzmaTool = joinPath(folders.guTemp, "lzma64");
+  const std::string lzmaTool = joinPath(folders.guTemp, kLzmaToolName);
   logMessage("[Extractor] LZMA path is %s\n", lzmaTool.c_str());
   extractTailEntry(tail, lzmaTool.c_str(), nullptr, folders.guTemp);
   logMessage("[Extractor] Ensuring LZMA is executable.\n");
@@ -54,7 +54,7 @@ void extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
 
   extractTailEntry(tail, lzmaTool.c_str(), nullptr, folders.guTemp);
   saveOverrideImageIfAllowed(splashOverride.canOverride, splashOverride.image,
-                             joinPath(folders.guTemp, "nativesplash.png"));
+                             joinPath(folders.guTemp, kSplashPictureName));
   for (int i = 0; i < kUpdaterEntries; ++i)
     extractTailEntry(tail, lzmaTool.c_str(), nullptr, folders.guTemp);
 
@@ -66,8 +66,8 @@ void extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
 
 UpdaterFiles locateUpdaterFiles(const std::string& guFolder) {
   logMessage("[Extractor] Recreating GU location\n");
-  const UpdaterFiles files = {joinPath(guFolder, "lzma64"), joinPath(guFolder, "cacerts"),
-                              joinPath(guFolder, "nativesplash.png")};
+  const UpdaterFiles files = {joinPath(guFolder, kLzmaToolName), joinPath(guFolder, "cacerts"),
+                              joinPath(guFolder, kSplashPictureName)};
   logMessage("[Extractor] CACerts override path is %s\n", files.caCerts.c_str());
   logMessage("[Extractor] Native Splash PNG path is %s\n", files.splashPicture.c_str());
   return files;

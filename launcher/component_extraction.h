@@ -17,6 +17,9 @@
 
 namespace quillory {
 
+inline constexpr char kLzmaToolName[] = "lzma64";
+inline constexpr char kSplashPictureName[] = "nativesplash.png";
+
 /// The open tail and the key of its archives (may be null).
 struct TailArchives {
   std::FILE* stream;

@@ -114,7 +114,7 @@ void extractSplashForElevation(const TailArchives& tail, const SplashOverride& s
   // Without an LZMA tool: the only one at hand would be the file just put there.
   extractTailEntry(tail, nullptr, nullptr, folder);
   extractTailEntry(tail, nullptr, nullptr, folder);
-  const std::string picture = joinPath(folder, "nativesplash.png");
+  const std::string picture = joinPath(folder, kSplashPictureName);
   saveOverrideImageIfAllowed(splashOverride.canOverride, splashOverride.image, picture);
   logMessage("[Extractor] Native Splash PNG path is %s\n", picture.c_str());
   logMessage("[Extractor] Configuring splash\n");

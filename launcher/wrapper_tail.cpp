@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "formats/downloads.h"
 #include "formats/markers.h"
 #include "formats/record_stream.h"
 #include "formats/text_encodings.h"
@@ -13,8 +14,6 @@
 
 namespace quillory {
 namespace {
-
-constexpr char kDynamicUrl[] = "D";
 
 OwnedFile openOrExit(const std::string& path) {
   OwnedFile file(std::fopen(path.c_str(), "rb"));
@@ -83,7 +82,7 @@ void refuseUnusableJreName(const std::string& jreName, const std::string& jreVer
 }
 
 std::string* chooseUpdateUrl(TailRecords& tail, std::optional<std::string>& dynamicUrl) {
-  if (tail.updateUrl != kDynamicUrl) {
+  if (tail.updateUrl != kDynamicUpdateUrl) {
     logMessage("[Extractor] Will use Static Update URL: %s\n", tail.updateUrl.c_str());
     return &tail.updateUrl;
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "java/launch_file.h"
 #include "packager/bundle_view.h"
 #include "packager/target.h"
 
@@ -9,7 +10,6 @@ namespace quillory::pack {
 namespace {
 
 constexpr std::int64_t kLargestLaunchFile = 1 << 20;
-constexpr char kLaunchFileName[] = "QuilloryLaunch";
 constexpr char kHomePrefix[] = "Contents/Home/";
 
 void add(Findings& findings, Severity severity, const char* rule, const std::string& what,

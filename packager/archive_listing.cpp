@@ -3,12 +3,11 @@
 #include <cstdlib>
 
 #include "formats/archive_output.h"
-#include "packager/archive_writer.h"
+#include "formats/archive_signature.h"
 
 namespace quillory::pack {
 namespace {
 
-constexpr int kSignatureHexReadCapacity = 8192;
 // Stands for the destination in the launcher's own test of paths; any absolute one does.
 constexpr char kSomeFolder[] = "/folder";
 constexpr char kPack200Suffix[] = ".p2";
@@ -84,7 +83,7 @@ ArchiveListing listArchive(RecordInput& input, Findings& findings, const std::st
       ListedSignature signature;
       signature.offset = start;
       signature.claimedOffset = input.number("Signature Length");
-      signature.hex = input.text("Signature Hex", kSignatureHexReadCapacity);
+      signature.hex = input.text("Signature Hex", kSignatureHexCapacity);
       listing.signature = std::move(signature);
       break;
     }

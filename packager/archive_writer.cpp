@@ -1,5 +1,6 @@
 #include "packager/archive_writer.h"
 
+#include "formats/archive_signature.h"
 #include "packager/findings.h"
 #include "packager/record_writer.h"
 
@@ -69,7 +70,7 @@ void ArchiveWriter::endSigned(const SigningKey& key, Salt salt) {
   // Any number but 0, which would make the reader skip the block.
   records.number("Archive File Length", 1);
   records.number("Signature Length", static_cast<std::int64_t>(offset));
-  records.text("Signature Hex", hex, kSignatureHexCapacity);
+  records.text("Signature Hex", hex, kCheckedHexCapacity);
 }
 
 }  // namespace quillory::pack

@@ -11,8 +11,6 @@
 
 namespace quillory::pack {
 
-inline constexpr char kSignatureBlockPath[] = "qyArcSpBlock_DigitalSignature1";
-
 class ArchiveWriter {
  public:
   explicit ArchiveWriter(ByteSink& sink) : sink_(sink), out_(sink) {}

@@ -3,6 +3,9 @@
 #include <array>
 #include <filesystem>
 
+#include "formats/downloads.h"
+#include "launcher/component_extraction.h"
+#include "launcher/install_locations.h"
 #include "packager/archive_writer.h"
 #include "packager/bundle_parts.h"
 #include "packager/byte_sinks.h"
@@ -184,12 +187,13 @@ class BundleMaker {
     records.silentParameter = config_.install.silentSwitch;
     records.requiredJava =
         config_.install.requiredJava == 0 ? "" : std::to_string(config_.install.requiredJava);
-    records.updateUrl = config_.update.mode == UpdateMode::kDynamic ? "D" : config_.update.url;
+    records.updateUrl =
+        config_.update.mode == UpdateMode::kDynamic ? kDynamicUpdateUrl : config_.update.url;
     writeTailRecords(sink, records);
     const std::string& splash = config_.application.splash;
     const std::string& cacerts = config_.updater.cacerts;
-    writeTailEntry(sink, {"lzma64", tools_.lzma64});
-    writeTailEntry(sink, {"nativesplash.png", splash.empty() ? "" : config_.resolve(splash)});
+    writeTailEntry(sink, {kLzmaToolName, tools_.lzma64});
+    writeTailEntry(sink, {kSplashPictureName, splash.empty() ? "" : config_.resolve(splash)});
     writeTailEntry(sink, {"cacerts", cacerts.empty() ? "" : config_.resolve(cacerts)});
     writeTailEntry(sink, {"verpatch.exe", ""});
     writeTailEntry(sink, {"GU.p2.l2", packed("GU.p2.l2")});
@@ -257,7 +261,7 @@ class BundleMaker {
 
   void writeReleaseFiles() {
     const std::string folder = work_ / "release";
-    addRelease(folder, "Quillory", std::to_string(config_.updater.version), packed("GU.p2.l2"));
+    addRelease(folder, kUpdaterName, std::to_string(config_.updater.version), packed("GU.p2.l2"));
     addRelease(folder, config_.application.name, std::to_string(config_.application.version),
                packed("App.p2.l2"));
     if (runtime_) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "java/launch_file.h"
 #include "packager/byte_sinks.h"
 #include "packager/jar_reader.h"
 #include "packager/launch_file_writer.h"
@@ -14,7 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kLaunchFileName[] = "QuilloryLaunch";
 constexpr char kUpdaterJarName[] = "updater.jar";
 constexpr char kJarFolder[] = "lib/";
 // The updater's own test of a runtime that the system offers.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "formats/downloads.h"
 #include "launcher/install_locations.h"
 #include "packager/record_writer.h"
 
@@ -12,7 +13,6 @@ namespace {
 // Stands for the version of a runtime that is not known yet; none is longer in practice.
 constexpr std::int64_t kSomeRuntimeVersion = 999'999'999'999;
 constexpr std::size_t kLongestRuntimeVersion = 50;
-constexpr char kUpdaterName[] = "Quillory";
 
 class Linter {
  public:
@@ -175,7 +175,7 @@ class Linter {
         (update.mode == UpdateMode::kDynamic && update.url.empty())) {
       return;
     }
-    if (update.url == "D") {
+    if (update.url == kDynamicUpdateUrl) {
       error("update-url", "update.url", "is \"D\", which stands for a dynamic URL",
             "write dynamic = true");
     } else if (update.url.rfind("https://", 0) == 0) {

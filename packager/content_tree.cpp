@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "formats/archive_signature.h"
 #include "packager/record_writer.h"
 #include "support/utf8.h"
 
@@ -21,7 +22,6 @@ namespace fs = std::filesystem;
 // Deeper than any real tree.
 constexpr std::size_t kDeepest = 64;
 constexpr std::size_t kLongestName = 255;
-constexpr std::string_view kSpecialPrefix = "qyArcSpBlock_";
 constexpr mode_t kUncarried = S_ISUID | S_ISGID | S_ISVTX;
 
 std::string joined(const std::string& prefix, const std::string& name) {
@@ -198,9 +198,10 @@ void ContentTree::checkPath(const std::string& path, const ContentEntry& entry,
     add(Severity::kError, "path-length", "is longer than 1022 bytes, where the launcher cuts it",
         "shorten the names of the folders above it");
   }
-  if (path.rfind(kSpecialPrefix, 0) == 0) {
+  if (path.starts_with(kSpecialBlockPrefix)) {
     add(Severity::kError, "special-prefix",
-        "begins with qyArcSpBlock_, which is kept for signature blocks", "rename it");
+        "begins with " + std::string(kSpecialBlockPrefix) + ", which is kept for signature blocks",
+        "rename it");
   }
   if (path.empty() || path.front() == '/' || anyComponent(path, [](const std::string& part) {
         return part.empty() || part == "." || part == "..";

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "formats/downloads.h"
+#include "launcher/component_extraction.h"
 #include "launcher/install_locations.h"
 #include "packager/archive_checks.h"
 #include "packager/bundle_view.h"
@@ -141,7 +142,7 @@ class Doctor {
   void checkUpdates(const TailView& tail) {
     std::string url = tail.record("Update URL");
     const std::string* dynamic = bundle_.params ? bundle_.params->find("update_url") : nullptr;
-    const bool isDynamic = url == "D";
+    const bool isDynamic = url == kDynamicUpdateUrl;
     if (isDynamic) {
       url = dynamic == nullptr ? "" : *dynamic;
     }
@@ -173,7 +174,8 @@ class Doctor {
   }
 
   void checkTool(const TailView& tail) {
-    if (tail.entries.empty() || tail.entries[0].path != "lzma64" || tail.entries[0].length <= 0) {
+    if (tail.entries.empty() || tail.entries[0].path != kLzmaToolName ||
+        tail.entries[0].length <= 0) {
       add(Severity::kError, "no-lzma64",
           "the first entry of the tail is not the tool lzma64: nothing can be unpacked", tail.file,
           "make the bundle again");
@@ -184,7 +186,7 @@ class Doctor {
     input.seek(tail.entries[0].contentAt);
     const ProgramImage image =
         programImageOf(input.bytes(kImageHead), static_cast<std::uint64_t>(tail.entries[0].length));
-    checkSamePlatform("lzma64", image, launcher_, tail.file, findings_);
+    checkSamePlatform(kLzmaToolName, image, launcher_, tail.file, findings_);
   }
 
   void checkArchives(const TailView& tail) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "java/launch_file.h"
 #include "packager/bundle_view.h"
 #include "packager/findings.h"
 #include "packager/params_writer.h"
@@ -26,7 +27,7 @@ bool endsWith(const std::string& text, const std::string& end) {
 
 FileKind kindByName(const std::string& name) {
   if (name == "Tail") return FileKind::kTail;
-  if (name == "QuilloryLaunch") return FileKind::kLaunchFile;
+  if (name == kLaunchFileName) return FileKind::kLaunchFile;
   if (startsWith(name, "QYLaunchProperties-")) return FileKind::kLaunchProperties;
   if (startsWith(name, "JRE-LastSuccessfulOptions-")) return FileKind::kRememberedOptions;
   if (endsWith(name, "-version.txt")) return FileKind::kVersionFile;

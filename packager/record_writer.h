@@ -16,7 +16,6 @@ constexpr std::size_t longestValue(int capacity) { return static_cast<std::size_
 inline constexpr int kLongValueCapacity = 8192;  ///< "Signature Public Key" in the tail
 inline constexpr int kUpdateUrlCapacity = 5000;
 inline constexpr int kParamValueCapacity = 200000;
-inline constexpr int kSignatureHexCapacity = 4096;
 
 class RecordWriter {
  public:

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "formats/archive_signature.h"
 #include "packager/bundle_view.h"
 #include "packager/file_kind.h"
 #include "packager/mixed_digest.h"
@@ -11,8 +12,6 @@ namespace quillory::pack {
 namespace {
 
 constexpr std::size_t kBlock = 256 * 1024;
-// What the check at the end of an extraction reads of the text.
-constexpr int kCheckedHexCapacity = 4096;
 
 constexpr char kAccepts[] = "a client installs it";
 constexpr char kDeletes[] = "a client deletes everything that it extracted from it";
