@@ -65,11 +65,10 @@ std::string readBlockAgain(std::FILE* archive, long offset, const char* hexBefor
   return hex;
 }
 
-std::vector<unsigned char> bytesOf(const std::string& hex) {
-  std::vector<unsigned char> bytes(hex.size() / 2 + 2);
-  const int count = hexToBytes(bytes.data(), static_cast<int>(bytes.size()), hex.c_str());
-  bytes.resize(static_cast<std::size_t>(count));
-  logMessage("[ExtractArchive] Produced a signature of length %d\n", count);
+std::vector<unsigned char> signatureOf(const std::string& hex) {
+  std::vector<unsigned char> bytes = bytesOfHex(hex);
+  logMessage("[ExtractArchive] Produced a signature of length %d\n",
+             static_cast<int>(bytes.size()));
   return bytes;
 }
 
@@ -202,7 +201,7 @@ bool verifyArchive(const char* archivePath, const char* destDir, long signatureO
   logMessage("[ExtractArchive] Post-Alloc\n");
   OwnedFile archive = openArchive(archivePath);
   const std::vector<unsigned char> signature =
-      bytesOf(readBlockAgain(archive.get(), signatureOffset, signatureHex));
+      signatureOf(readBlockAgain(archive.get(), signatureOffset, signatureHex));
   const Digest digest = digestOfRegion(archive.get(), signatureOffset, begun, buffer);
   archive.reset();
 

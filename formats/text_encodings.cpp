@@ -98,6 +98,14 @@ int hexToBytes(unsigned char* out, int capacity, const char* hex) {
   return stored;
 }
 
+std::vector<unsigned char> bytesOfHex(const std::string& hex) {
+  // Room for a byte of an odd last digit, and for the zero byte.
+  std::vector<unsigned char> bytes(hex.size() / 2 + 2);
+  const int count = hexToBytes(bytes.data(), static_cast<int>(bytes.size()), hex.c_str());
+  bytes.resize(static_cast<std::size_t>(count));
+  return bytes;
+}
+
 void build_decoding_table() {
   decodingTable = std::make_unique<DecodingTable>();
   decodingTable->fill(kOutsideAlphabet);

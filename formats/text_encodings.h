@@ -3,6 +3,8 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 namespace quillory {
 
@@ -15,6 +17,9 @@ int bytesToHex(char* out, const unsigned char* data, int count);
 /// byte; nothing is ever written beyond it, and a text that needs more is cut, with an error in the
 /// log.
 int hexToBytes(unsigned char* out, int capacity, const char* hex);
+
+/// The bytes of a text of any length, decoded likewise.
+std::vector<unsigned char> bytesOfHex(const std::string& hex);
 
 /// The decoded bytes in a new block (release with free()) and their number; null, logged, when the
 /// length is no multiple of 4, a character is outside the alphabet, or memory is short.

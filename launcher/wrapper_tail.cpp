@@ -122,8 +122,8 @@ Rsa_key* loadSignatureKey(const std::optional<std::string>& hex) {
     logMessage("[Extractor] Public key length %d (no public key)\n", 0);
     return nullptr;
   }
-  std::vector<unsigned char> der(hex->size() / 2 + 2);
-  const int length = hexToBytes(der.data(), static_cast<int>(der.size()), hex->c_str());
+  const std::vector<unsigned char> der = bytesOfHex(*hex);
+  const int length = static_cast<int>(der.size());
   logMessage("[Extractor] Processed public key of length %d\n", length);
   Rsa_key* key = loadDEREncodedPublicKey(der.data(), length);
   logMessage("[Extractor] Public Key: %08X\n",

@@ -31,6 +31,19 @@ void checkSamePlatform(const std::string& what, const ProgramImage& program,
   }
 }
 
+void requireArchives(const TailView& tail, Findings& findings) {
+  const auto require = [&](bool carried, const ListedEntry* archive, const char* part) {
+    if (carried && archive == nullptr) {
+      add(findings, Severity::kError, "missing-entry",
+          std::string("the tail has a version of the ") + part + " and no archive at its place",
+          tail.file, "make the bundle again");
+    }
+  };
+  require(tail.carriesUpdater(), tail.updaterArchive(), "updater");
+  require(tail.carriesRuntime(), tail.runtimeArchive(), "runtime");
+  require(tail.carriesApplication(), tail.applicationArchive(), "application");
+}
+
 void checkProgramArchive(const PlainArchive& archive, const ArchiveListing& listing,
                          const std::string& name, Findings& findings) {
   const ListedEntry* launch = listing.find(kLaunchFileName);

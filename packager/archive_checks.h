@@ -4,8 +4,12 @@
 
 #include "packager/plain_archive.h"
 #include "packager/program_image.h"
+#include "packager/tail_view.h"
 
 namespace quillory::pack {
+
+/// Reports each part whose version the tail has, and whose archive it does not have.
+void requireArchives(const TailView& tail, Findings& findings);
 
 /// Reports a program that is not for the launcher's system; scripts run everywhere.
 void checkSamePlatform(const std::string& what, const ProgramImage& program,

@@ -207,7 +207,7 @@ class Doctor {
                         const std::string& name, Findings& findings) {
                    checkRuntimeArchive(archive, listing, name, launcher_, findings);
                  });
-    requireArchives(tail);
+    requireArchives(tail, findings_);
   }
 
   template <typename Examine>
@@ -232,19 +232,6 @@ class Doctor {
     } catch (const PackError& e) {
       findings_.push_back(e.finding());
     }
-  }
-
-  void requireArchives(const TailView& tail) {
-    const auto require = [&](bool carried, const ListedEntry* archive, const char* part) {
-      if (carried && archive == nullptr) {
-        add(Severity::kError, "missing-entry",
-            std::string("there is no archive of the ") + part + " at its place in the tail",
-            tail.file, "make the bundle again");
-      }
-    };
-    require(tail.carriesUpdater(), tail.updaterArchive(), "updater");
-    require(tail.carriesApplication(), tail.applicationArchive(), "application");
-    require(tail.carriesRuntime(), tail.runtimeArchive(), "runtime");
   }
 
   BundleView bundle_;

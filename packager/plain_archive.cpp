@@ -14,9 +14,9 @@ namespace {
 
 constexpr std::size_t kBlock = 256 * 1024;
 
-// Feeds a region of a file to `take`, block by block.
-template <typename Take>
-void readRegion(const FileRegion& region, Take take) {
+}  // namespace
+
+void readRegion(const FileRegion& region, const std::function<void(std::string_view)>& take) {
   Findings ignored;
   RecordInput input(region.path, ignored);
   input.seek(region.offset);
@@ -31,8 +31,6 @@ void readRegion(const FileRegion& region, Take take) {
     left -= static_cast<std::int64_t>(block.size());
   }
 }
-
-}  // namespace
 
 FileRegion wholeFile(const std::string& path) {
   std::error_code error;
@@ -52,7 +50,7 @@ PlainArchive::PlainArchive(const FileRegion& region, bool compressed)
     : work_(std::make_unique<WorkFolder>(temporaryFolder())), path_(*work_ / "archive.p2") {
   FileSink file(path_, 0600);
   if (!compressed) {
-    readRegion(region, [&](const std::string& block) { file.write(block); });
+    readRegion(region, [&](std::string_view block) { file.write(block); });
     file.commit();
     return;
   }
@@ -66,7 +64,7 @@ PlainArchive::PlainArchive(const FileRegion& region, bool compressed)
     }
   };
   readRegion(region,
-             [&](const std::string& block) { check(decoder.write(block.data(), block.size())); });
+             [&](std::string_view block) { check(decoder.write(block.data(), block.size())); });
   check(decoder.finish());
   file.commit();
 }

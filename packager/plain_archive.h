@@ -1,7 +1,9 @@
 // An archive at hand as a plain file, decompressed when it was compressed.
 #pragma once
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "packager/archive_listing.h"
 #include "packager/findings.h"
@@ -16,6 +18,9 @@ struct FileRegion {
   std::int64_t length = 0;
 };
 FileRegion wholeFile(const std::string& path);
+/// Feeds it to `take`, block by block. Throws PackError when the file ends within it, and, like
+/// stopIfInterrupted(), between two blocks.
+void readRegion(const FileRegion& region, const std::function<void(std::string_view)>& take);
 
 class PlainArchive {
  public:

@@ -1,6 +1,7 @@
 #include "packager/public_key.h"
 
 #include <utility>
+#include <vector>
 
 #include "formats/archive_signature.h"
 #include "formats/text_encodings.h"
@@ -21,11 +22,8 @@ const unsigned char* bytesOf(const std::string& text) {
 }  // namespace
 
 std::string fromHex(const std::string& hex) {
-  std::string bytes(hex.size() / 2 + 2, '\0');
-  const int count = hexToBytes(reinterpret_cast<unsigned char*>(bytes.data()),
-                               static_cast<int>(bytes.size()), hex.c_str());
-  bytes.resize(static_cast<std::size_t>(count));
-  return bytes;
+  const std::vector<unsigned char> bytes = bytesOfHex(hex);
+  return {bytes.begin(), bytes.end()};
 }
 
 PublicKey::PublicKey(std::unique_ptr<RsaHolder> key, std::string fingerprint)

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "formats/archive_signature.h"
+#include "packager/archive_checks.h"
 #include "packager/bundle_view.h"
 #include "packager/file_kind.h"
 #include "packager/mixed_digest.h"
@@ -11,30 +12,18 @@
 namespace quillory::pack {
 namespace {
 
-constexpr std::size_t kBlock = 256 * 1024;
-
 constexpr char kAccepts[] = "a client installs it";
 constexpr char kDeletes[] = "a client deletes everything that it extracted from it";
 
-Digest digestOf(const std::string& path, std::int64_t length) {
-  Findings ignored;
-  RecordInput input(path, ignored);
+Digest digestOf(const FileRegion& region) {
   MixedDigest digest;
-  for (std::int64_t left = length; left > 0;) {
-    const std::string block =
-        input.bytes(static_cast<std::size_t>(std::min<std::int64_t>(left, kBlock)));
-    if (block.empty()) {
-      break;
-    }
-    digest.update(block);
-    left -= static_cast<std::int64_t>(block.size());
-  }
+  readRegion(region, [&](std::string_view block) { digest.update(block); });
   return digest.finish();
 }
 
 bool holds(const std::string& path, const ListedSignature& signature, const PublicKey& key) {
   return key.verifies(fromHex(signature.hex.substr(0, kCheckedHexCapacity - 1)),
-                      digestOf(path, signature.offset));
+                      digestOf({path, 0, signature.offset}));
 }
 
 void verifyTail(const TailView& tail, const PublicKey* given, VerifyResult& result) {
@@ -55,19 +44,7 @@ void verifyTail(const TailView& tail, const PublicKey* given, VerifyResult& resu
                                              key, result.findings));
     }
   }
-  const auto require = [&](bool carried, const ListedEntry* archive, const char* name) {
-    if (carried && archive == nullptr) {
-      result.findings.push_back(
-          {Severity::kError,
-           "missing-entry",
-           std::string("the tail has a version of the ") + name + " and no archive at its place",
-           {tail.file, 0},
-           "make the bundle again"});
-    }
-  };
-  require(tail.carriesUpdater(), tail.updaterArchive(), "updater");
-  require(tail.carriesRuntime(), tail.runtimeArchive(), "runtime");
-  require(tail.carriesApplication(), tail.applicationArchive(), "application");
+  requireArchives(tail, result.findings);
 }
 
 void checkBundleFolder(const std::string& path, const PublicKey* given, VerifyResult& result) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "support/owned.h"
 #include "tests/harness/captured_log.h"
@@ -74,6 +75,18 @@ TEST(HexToBytes, ConvertsOddTextAsScanfDoes) {
   EXPECT_EQ(fromHex("1z02"), "\x01\x02\0"s) << "one digit of a pair is a byte";
   EXPECT_EQ(fromHex(" 12"), "\x12\x02\0"s) << "a blank is skipped, and two characters are passed";
   EXPECT_EQ(fromHex("-1"), "\xFF\0"s);
+}
+
+TEST(BytesOfHex, HasRoomForEveryText) {
+  using Bytes = std::vector<unsigned char>;
+  CapturedLog log;
+  EXPECT_EQ(bytesOfHex(""), Bytes());
+  EXPECT_EQ(bytesOfHex("00ff"), (Bytes{0x00, 0xFF}));
+  EXPECT_EQ(bytesOfHex("ABC"), (Bytes{0xAB, 0x0C}));
+  EXPECT_EQ(bytesOfHex("01zz02"), Bytes{0x01});
+  EXPECT_EQ(bytesOfHex("zz"), Bytes());
+  EXPECT_EQ(bytesOfHex(std::string(20000, 'a')), Bytes(10000, 0xAA));
+  EXPECT_EQ(log.text(), "");
 }
 
 TEST(HexToBytes, NeverWritesBeyondTheCapacityAndSaysSo) {

@@ -502,6 +502,23 @@ TEST_F(DoctorOf, TailsMadeByHand) {
                     HasSubstr("[missing-entry]")));
 }
 
+TEST_F(Verify, AsTheDoctorReportsTheArchivesThatAreMissing) {
+  writeFile(tail(), records({"App", "3", "17", "1", "", "", "", "", "", "", ""}));
+  for (const char* command : {"verify", "doctor"}) {
+    SCOPED_TRACE(command);
+    const CommandResult result = pack({command, bundle_});
+    EXPECT_EQ(result.status, 1);
+    std::size_t last = 0;
+    for (const std::string part : {"updater", "runtime", "application"}) {
+      const std::size_t at = result.err.find("the tail has a version of the " + part +
+                                             " and no archive at its place [missing-entry]");
+      ASSERT_NE(at, std::string::npos) << part << '\n' << result.err;
+      EXPECT_GE(at, last) << "in the order of the tail";
+      last = at;
+    }
+  }
+}
+
 TEST_F(DoctorOf, ArchivesWithoutWhatAStartNeeds) {
   const std::string tool = records({"0", "lzma64", "4"}) +
                            "\x7f"
