@@ -105,7 +105,7 @@ void checkRuntimeArchive(const PlainArchive& archive, const ArchiveListing& list
   }
   const auto inMacOS = std::count_if(
       listing.entries.begin(), listing.entries.end(),
-      [](const ListedEntry& entry) { return entry.path.rfind("Contents/MacOS/", 0) == 0; });
+      [](const ListedEntry& entry) { return entry.path.starts_with("Contents/MacOS/"); });
   if (inMacOS != 1) {
     add(findings, Severity::kNote, "runtime-executable",
         "Contents/MacOS of the runtime holds " + std::to_string(inMacOS) + " files, not one", name,

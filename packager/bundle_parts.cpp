@@ -9,6 +9,7 @@
 #include "packager/byte_sinks.h"
 #include "packager/jar_reader.h"
 #include "packager/launch_file_writer.h"
+#include "packager/record_input.h"
 
 namespace quillory::pack {
 namespace {
@@ -52,9 +53,9 @@ LaunchFile commonLaunchFile(const Config& config) {
   return file;
 }
 
-bool startsWith(const std::string& path, std::string_view signature) {
-  const std::string content = readWholeFile(path);
-  return content.compare(0, signature.size(), signature) == 0;
+bool beginsWith(const std::string& path, std::string_view signature) {
+  Findings ignored;
+  return RecordInput(path, ignored).bytes(signature.size()) == signature;
 }
 
 void lintPicture(const Config& config, const std::string& key, const std::string& named,
@@ -66,8 +67,8 @@ void lintPicture(const Config& config, const std::string& key, const std::string
   const Place place = config.placeOf(key);
   if (!isFile(path)) {
     findings.push_back({Severity::kError, "missing-file", "there is no file " + path, place, ""});
-  } else if (!startsWith(path, {kPngSignature, 8}) &&
-             !(icnsToo && startsWith(path, kIcnsSignature))) {
+  } else if (!beginsWith(path, {kPngSignature, 8}) &&
+             !(icnsToo && beginsWith(path, kIcnsSignature))) {
     findings.push_back({Severity::kError, "picture",
                         path + (icnsToo ? " is neither an icns nor a PNG picture"
                                         : " is no PNG picture: the splash would stay empty"),

@@ -234,7 +234,7 @@ int explainWrongUse(CommandLine& line, const CLI::ParseError& e,
   if (e.get_exit_code() == 0) {
     return line.app().exit(e, out, err);
   }
-  if (!isCommand && arguments[0].rfind('-', 0) != 0) {
+  if (!isCommand && !arguments[0].starts_with('-')) {
     std::vector<std::string> names;
     for (const CommandNames& command : commands) {
       names.push_back(command.name);

@@ -101,7 +101,7 @@ std::string fishScript(const std::vector<CommandNames>& commands) {
     script += "complete -c quillory-pack -f -n __fish_use_subcommand -a " + command.name + " -d '" +
               command.description + "'\n";
     for (const std::string& option : command.options) {
-      const bool isLong = option.rfind("--", 0) == 0;
+      const bool isLong = option.starts_with("--");
       script += "complete -c quillory-pack -n '__fish_seen_subcommand_from " + command.name + "' " +
                 (isLong ? "-l " + option.substr(2) : "-s " + option.substr(1));
       const auto values = command.values.find(option);

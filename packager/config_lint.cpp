@@ -178,9 +178,9 @@ class Linter {
     if (update.url == kDynamicUpdateUrl) {
       error("update-url", "update.url", "is \"D\", which stands for a dynamic URL",
             "write dynamic = true");
-    } else if (update.url.rfind("https://", 0) == 0) {
+    } else if (update.url.starts_with("https://")) {
       return;
-    } else if (update.url.rfind("http://", 0) == 0) {
+    } else if (update.url.starts_with("http://")) {
       warning("plain-http", "update.url",
               "is plain http: anybody on the way can see and hold back what is downloaded",
               "use https://");

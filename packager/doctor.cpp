@@ -150,7 +150,7 @@ class Doctor {
       add(Severity::kWarning, "update-url",
           "the update URL is dynamic, and there is no parameter update_url", bundle_.folder,
           "quillory-pack set \"" + bundle_.folder + "\" update_url=https://...");
-    } else if (url.rfind("http://", 0) == 0 && !isInvalidUpdateURL(url.c_str())) {
+    } else if (url.starts_with("http://") && !isInvalidUpdateURL(url.c_str())) {
       add(Severity::kWarning, "plain-http",
           "the update URL is plain http: anybody on the way can hold back updates", tail.file,
           "use https://");

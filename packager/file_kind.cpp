@@ -17,22 +17,14 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kHead = 512;
 
-bool startsWith(const std::string& text, const std::string& start) {
-  return text.rfind(start, 0) == 0;
-}
-
-bool endsWith(const std::string& text, const std::string& end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 FileKind kindByName(const std::string& name) {
   if (name == "Tail") return FileKind::kTail;
   if (name == kLaunchFileName) return FileKind::kLaunchFile;
-  if (startsWith(name, "QYLaunchProperties-")) return FileKind::kLaunchProperties;
-  if (startsWith(name, "JRE-LastSuccessfulOptions-")) return FileKind::kRememberedOptions;
-  if (endsWith(name, "-version.txt")) return FileKind::kVersionFile;
-  if (endsWith(name, ".p2.l2")) return FileKind::kCompressedArchive;
-  if (endsWith(name, ".p2")) return FileKind::kArchive;
+  if (name.starts_with("QYLaunchProperties-")) return FileKind::kLaunchProperties;
+  if (name.starts_with("JRE-LastSuccessfulOptions-")) return FileKind::kRememberedOptions;
+  if (name.ends_with("-version.txt")) return FileKind::kVersionFile;
+  if (name.ends_with(".p2.l2")) return FileKind::kCompressedArchive;
+  if (name.ends_with(".p2")) return FileKind::kArchive;
   return FileKind::kUnknown;
 }
 
@@ -65,12 +57,12 @@ FileKind kindByContent(const std::string& path) {
   Findings ignored;
   RecordInput input(path, ignored);
   const std::string head = input.bytes(kHead);
-  if (startsWith(head, "-----BEGIN ")) return FileKind::kSigningKey;
-  if (startsWith(head, "qystat_") || startsWith(head, "qydyna_")) {
+  if (head.starts_with("-----BEGIN ")) return FileKind::kSigningKey;
+  if (head.starts_with("qystat_") || head.starts_with("qydyna_")) {
     return FileKind::kLaunchProperties;
   }
   // The usual properties byte of LZMA, then a dictionary of whole MiB.
-  if (startsWith(head, std::string("\x5d\0", 2))) return FileKind::kCompressedArchive;
+  if (head.starts_with(std::string_view("\x5d\0", 2))) return FileKind::kCompressedArchive;
   if (looksLikeArchive(head)) return FileKind::kArchive;
   for (const auto& [marker, kind] : {std::pair{tailMarker(), FileKind::kExecutable},
                                      std::pair{paramsMarker(), FileKind::kParameters}}) {

@@ -42,7 +42,7 @@ std::string chunk(const std::string& type, const std::string& content) {
 
 std::string icnsFrom(const std::string& path) {
   std::string picture = readWholeFile(path);
-  if (picture.rfind("icns", 0) == 0) {
+  if (picture.starts_with("icns")) {
     return picture;
   }
   if (picture.size() < kHeightInPng + 4) {

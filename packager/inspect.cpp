@@ -191,11 +191,11 @@ Json inspectLaunchProperties(const std::string& path) {
   Json list = Json::array();
   for (std::size_t i = 0; i < texts.size(); i += 2) {
     const std::string& key = texts[i];
-    const bool isStatic = key.rfind("qystat_", 0) == 0;
+    const bool isStatic = key.starts_with("qystat_");
     const std::string value = i + 1 < texts.size() ? texts[i + 1] : "";
-    list.push_back({{"kind", isStatic                       ? "static"
-                             : key.rfind("qydyna_", 0) == 0 ? "dynamic"
-                                                            : "unknown"},
+    list.push_back({{"kind", isStatic                     ? "static"
+                             : key.starts_with("qydyna_") ? "dynamic"
+                                                          : "unknown"},
                     {"name", key.size() > 7 ? key.substr(7) : key},
                     {"value", value == "\x04" ? "" : value}});
   }

@@ -28,10 +28,6 @@ struct Other {
 constexpr std::array<Other, 3> kOthers = {Other{{"\x7F\x45\x4C\x46", 4}, "Linux"},
                                           Other{"MZ", "Windows"}, Other{"#!", kScript}};
 
-bool startsWith(std::string_view bytes, std::string_view start) {
-  return bytes.substr(0, start.size()) == start;
-}
-
 // `width` bytes at `at`, which are there.
 std::uint64_t bigEndian(std::string_view bytes, std::size_t at, std::size_t width) {
   std::uint64_t value = 0;
@@ -85,11 +81,11 @@ std::vector<std::string> partsOf(std::string_view head, std::uint64_t size, bool
 }
 
 std::vector<std::string> machArchitectures(std::string_view head, std::uint64_t size) {
-  if (startsWith(head, kUniversal) || startsWith(head, kUniversal64)) {
-    return partsOf(head, size, startsWith(head, kUniversal64));
+  if (head.starts_with(kUniversal) || head.starts_with(kUniversal64)) {
+    return partsOf(head, size, head.starts_with(kUniversal64));
   }
-  if ((startsWith(head, kThin64) && head.size() >= kThin64Header) ||
-      (startsWith(head, kThin32) && head.size() >= kThin32Header)) {
+  if ((head.starts_with(kThin64) && head.size() >= kThin64Header) ||
+      (head.starts_with(kThin32) && head.size() >= kThin32Header)) {
     return {architectureOf(littleEndian(head, 4, 4))};
   }
   return {};
@@ -109,7 +105,7 @@ ProgramImage programImageOf(std::string_view head, std::uint64_t size) {
     return image;
   }
   for (const Other& other : kOthers) {
-    if (startsWith(head, other.magic)) {
+    if (head.starts_with(other.magic)) {
       image.system = other.system;
     }
   }

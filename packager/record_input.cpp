@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kSearchBlock = 64 * 1024;
 
 bool isPlainNumber(const std::string& text) {
-  const std::size_t start = text.rfind('-', 0) == 0 ? 1 : 0;
+  const std::size_t start = text.starts_with('-') ? 1 : 0;
   return text.size() > start && text.find_first_not_of("0123456789", start) == std::string::npos;
 }
 

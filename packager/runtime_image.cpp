@@ -141,7 +141,7 @@ Findings lintRuntime(const std::string& javaHome, Target target, const std::stri
 
 std::string versionNumberFor(const std::string& javaVersion) {
   // "1.8.0_202" counts as "8.0.202".
-  const std::string text = javaVersion.rfind("1.", 0) == 0 ? javaVersion.substr(2) : javaVersion;
+  const std::string text = javaVersion.starts_with("1.") ? javaVersion.substr(2) : javaVersion;
   constexpr std::array<long, 4> kDigits = {1, 100, 1000, 100};
   long number = 0;
   std::size_t at = 0;

@@ -54,8 +54,8 @@ void check(const std::string& name, const std::string& value) {
         "jre_name becomes part of folder names: it is not empty and has no \"-\" or "
         "\"/\"");
   }
-  if (name == "update_url" && !value.empty() && value.rfind("https://", 0) != 0 &&
-      value.rfind("http://", 0) != 0) {
+  if (name == "update_url" && !value.empty() && !value.starts_with("https://") &&
+      !value.starts_with("http://")) {
     throw PackError("update_url does not begin with https:// or http://");
   }
 }

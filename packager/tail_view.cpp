@@ -29,10 +29,6 @@ constexpr std::size_t kUpdaterStart = 2;
 constexpr std::size_t kUpdaterCount = 3;
 constexpr std::size_t kApplicationCount = 2;
 
-bool endsWith(const std::string& text, const std::string& end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 const ListedEntry* archiveAmong(const std::vector<ListedEntry>& entries, std::size_t first,
                                 std::size_t count) {
   for (std::size_t i = first; i < std::min(first + count, entries.size()); ++i) {
@@ -46,12 +42,12 @@ const ListedEntry* archiveAmong(const std::vector<ListedEntry>& entries, std::si
 }  // namespace
 
 bool isCompressed(const ListedEntry& entry) {
-  return entry.type != kFolderType && endsWith(entry.path, ".l2");
+  return entry.type != kFolderType && entry.path.ends_with(".l2");
 }
 
 bool isArchive(const ListedEntry& entry) {
   return entry.type != kFolderType &&
-         (endsWith(entry.path, ".p2") || endsWith(entry.path, ".p2.l2"));
+         (entry.path.ends_with(".p2") || entry.path.ends_with(".p2.l2"));
 }
 
 const std::string& TailView::record(const std::string& name) const {

@@ -47,7 +47,7 @@ std::string guardBeforeMarker(const std::string& executable) {
   input.seek(std::max<std::int64_t>(0, input.size() - (kTailMarkerLength - 1)));
   const std::string end = input.bytes(kTailMarkerLength);
   for (std::size_t length = 1; length <= end.size(); ++length) {
-    if (marker.compare(0, length, end, end.size() - length) == 0) {
+    if (marker.starts_with(std::string_view(end).substr(end.size() - length))) {
       return "\xFF";  // which the marker does not hold
     }
   }
