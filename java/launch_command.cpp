@@ -1,5 +1,7 @@
 #include "java/launch_command.h"
 
+#include <utility>
+
 #include "support/paths.h"
 
 namespace quillory {

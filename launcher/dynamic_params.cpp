@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 #include "formats/markers.h"
 #include "formats/record_stream.h"

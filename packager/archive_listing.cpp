@@ -1,6 +1,7 @@
 #include "packager/archive_listing.h"
 
 #include <cstdlib>
+#include <utility>
 
 #include "formats/archive_output.h"
 #include "formats/archive_signature.h"

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <filesystem>
+#include <utility>
 
 #include "formats/downloads.h"
 #include "launcher/component_extraction.h"

@@ -1,6 +1,7 @@
 #include "packager/bundle_view.h"
 
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 #include "packager/byte_sinks.h"

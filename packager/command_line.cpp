@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <map>
 #include <ostream>
+#include <utility>
 
 #include "packager/commands.h"
 #include "packager/completion.h"

@@ -1,5 +1,7 @@
 #include "packager/commands.h"
 
+#include <utility>
+
 #include "packager/bundle.h"
 #include "packager/command_line.h"
 #include "packager/config.h"

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <limits>
 #include <sstream>
+#include <utility>
 
 #include "formats/downloads.h"
 #include "packager/byte_sinks.h"

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include "formats/downloads.h"
 #include "launcher/component_extraction.h"

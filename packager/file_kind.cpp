@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include "java/launch_file.h"
 #include "packager/bundle_view.h"

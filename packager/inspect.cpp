@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include "packager/bundle_view.h"
 #include "packager/byte_sinks.h"

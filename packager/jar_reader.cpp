@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <string_view>
+#include <utility>
 
 #include "packager/findings.h"
 #include "support/owned.h"

@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <utility>
+
 #include "packager/record_input.h"
 #include "packager/record_writer.h"
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <ostream>
+#include <utility>
 
 namespace quillory::pack {
 namespace {

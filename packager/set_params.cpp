@@ -1,6 +1,7 @@
 #include "packager/set_params.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "packager/bundle_view.h"
 #include "packager/record_writer.h"

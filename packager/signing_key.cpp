@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <utility>
 #include <vector>
 
 #include "packager/byte_sinks.h"

@@ -1,6 +1,7 @@
 #include "packager/verify.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "formats/archive_signature.h"
