@@ -6,12 +6,14 @@
 
 #include "packager/command_line.h"
 #include "packager/work_folder.h"
+#include "support/standard_streams.h"
 
 int main(int argc, char** argv) {
+  quillory::fillStandardStreams();
   std::signal(SIGPIPE, SIG_DFL);
   quillory::pack::noticeInterruptions();
-  int status = quillory::pack::runCommandLine({argv + 1, argv + argc}, std::cout, std::cerr,
-                                              isatty(STDERR_FILENO) != 0);
+  int status = quillory::pack::runCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc}, std::cout,
+                                              std::cerr, isatty(STDERR_FILENO) != 0);
   std::cout.flush();
   if (!std::cout) {
     std::cerr << "error: standard output cannot be written\n";

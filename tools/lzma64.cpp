@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/owned.h"
+#include "support/standard_streams.h"
 #include "tools/lzma_alone.h"
 #include "tools/output_file.h"
 
@@ -105,7 +106,8 @@ int run(const Request& request) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  quillory::fillStandardStreams();
+  const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
   if (arguments.size() == 1 && (arguments[0] == "--help" || arguments[0] == "-h")) {
     std::fputs(kHelp, stdout);
     return 0;

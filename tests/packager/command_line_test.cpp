@@ -318,6 +318,20 @@ TEST(Program, SaysThatItWasInterruptedAndNotThatItsToolFailed) {
   EXPECT_TRUE(fs::is_empty(project / "dist"));
 }
 
+TEST(Program, FillsStandardStreamsThatAreClosed) {
+  // The name of a stream can be opened only where there is one. Without it the next file to be
+  // opened would get its number, and what is printed would go into that file.
+  const std::pair<const char*, const char*> cases[] = {
+      {"/dev/stdin", "<&-"}, {"/dev/stdout", ">&-"}, {"/dev/stderr", "2>&-"}};
+  for (const auto& [stream, closing] : cases) {
+    SCOPED_TRACE(stream);
+    const ChildResult result = runChild(
+        {"sh", "-c", std::string("exec \"$0\" inspect --as version-file \"$1\" ") + closing,
+         QUILLORY_PACK, stream});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+  }
+}
+
 TEST(Program, FindsWhatItPacksBesideItself) {
   Project project;
   std::string config = project.config();

@@ -154,6 +154,23 @@ TEST_F(Lzma64, SaysHowItIsUsed) {
   }
 }
 
+TEST_F(Lzma64, FillsStandardStreamsThatAreClosed) {
+  // The name of a stream can be opened only where there is one. Without it the files, which are
+  // opened first, would get its number, and what is printed would go into them.
+  const std::pair<const char*, const char*> cases[] = {
+      {"/dev/stdin", "<&-"}, {"/dev/stdout", ">&-"}, {"/dev/stderr", "2>&-"}};
+  for (const auto& [stream, closing] : cases) {
+    SCOPED_TRACE(stream);
+    const std::string packed = dir_ / "packed";
+    const ChildResult result =
+        runChild({"sh", "-c", std::string("exec \"$QUILLORY_LZMA64\" e \"$0\" \"$1\" ") + closing,
+                  stream, packed});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(xz("-d --format=lzma", packed, dir_ / "back"), "") << "as the null device is";
+    fs::remove(packed);
+  }
+}
+
 TEST_F(Lzma64, UnpacksALargeFileInLittleMemory) {
   if (QUILLORY_SANITIZED) {
     GTEST_SKIP() << "the sanitizers need far more memory than the program";
