@@ -2,11 +2,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "packager/archive_writer.h"
 #include "packager/byte_sinks.h"
+#include "packager/verify.h"
+#include "packager/work_folder.h"
 #include "tests/harness/child_process.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
@@ -500,6 +505,25 @@ TEST_F(DoctorOf, TailsMadeByHand) {
   EXPECT_THAT(complaintsAbout(records({"App", "3", "", "", "", key, "", "", "", "", ""}), ""),
               AllOf(HasSubstr("[no-updater]"), HasSubstr("[no-lzma64]"), HasSubstr("[no-runtime]"),
                     HasSubstr("[missing-entry]")));
+}
+
+TEST_F(Verify, StopsBeforeTheNextBlockWhenItIsInterrupted) {
+  using namespace quillory::pack;
+  const PublicKey key = PublicKey::load(Project::key());
+  const PlainArchive archive(wholeFile(release("Hello-3")), true);
+  Findings findings;
+  EXPECT_EQ(verifyArchiveFile(archive, "a", &key, findings).trust, Trust::kVerified);
+  const auto interrupted = [&] {
+    noticeInterruptions();
+    std::raise(SIGINT);
+    try {
+      verifyArchiveFile(archive, "a", &key, findings);
+    } catch (const PackError& e) {
+      std::cerr << e.finding().what << '\n';
+      std::_Exit(7);
+    }
+  };
+  EXPECT_EXIT(interrupted(), ::testing::ExitedWithCode(7), "interrupted");
 }
 
 TEST_F(Verify, AsTheDoctorReportsTheArchivesThatAreMissing) {
