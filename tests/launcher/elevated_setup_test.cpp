@@ -45,7 +45,9 @@ TEST(CreateDirectoryForAllUsers, LeavesWhatIsThereAlone) {
 TEST(RefuseSecondElevation, LetsAFirstCopyPass) {
   const ScopedReplace parent(
       elevationCalls.parentRunsThisExecutable, +[] { return false; });
+  const CapturedLog log;
   refuseSecondElevation(false);
+  EXPECT_EQ(log.text(), "");
 }
 
 TEST(RefuseSecondElevation, EndsTheElevatedCopy) {

@@ -148,9 +148,11 @@ TEST(RefuseUnusableNames, LetsOrdinaryNamesPass) {
   tail.appName = "My App";
   tail.appVersion = "3";
   tail.guVersion = "7";
+  const CapturedLog log;
   refuseUnusableNames(tail);
   refuseUnusableJreName("jre", "17");
   refuseUnusableJreName("", "");
+  EXPECT_EQ(log.text(), "");
 }
 
 TEST(RefuseUnusableNames, EndsTheProcessForANameThatLeadsElsewhere) {

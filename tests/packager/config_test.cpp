@@ -245,9 +245,14 @@ TEST(LoadConfig, TellsWhereTheNotationIsWrong) {
 
 TEST(LoadConfig, SurvivesAFileThatIsCutAnywhere) {
   const std::string whole = tomlIn("docs/packaging.md");
-  for (std::size_t length = 0; length < whole.size(); length += 13) {
-    load(whole.substr(0, length));  // accepted or rejected, and its findings name the file
+  std::size_t cuts = 0, rejected = 0;
+  for (std::size_t length = 0; length < whole.size(); length += 13, ++cuts) {
+    const Loaded cut = load(whole.substr(0, length));
+    EXPECT_EQ(cut.accepted, !hasErrors(cut.findings)) << length;
+    rejected += cut.accepted ? 0 : 1;
   }
+  EXPECT_GT(cuts, 50u);
+  EXPECT_GT(rejected, cuts / 10) << "most cuts leave a shorter configuration";
 }
 
 TEST(LoadConfig, ReportsAFileThatIsNotThere) {
