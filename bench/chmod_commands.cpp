@@ -1,5 +1,5 @@
-// Runs the command of the launcher's chmodR755() for each file that is named, and nothing else: what
-// those commands cost in themselves. For compare_install.sh.
+// Runs the command of the launcher's chmodR755() for each file that is named, and nothing else:
+// what those commands cost in themselves. For compare_install.sh.
 #include <cstdlib>
 #include <string>
 

@@ -31,8 +31,9 @@ else()
   list(REMOVE_DUPLICATES gs_c)
   target_include_directories(quillory_cocoa_flags SYSTEM INTERFACE ${gs_i})
   # CMake 3.25 adds no -std for Objective-C++ with the GNU compiler.
+  set(gs_c -std=gnu++20 ${gs_c} -fobjc-call-cxx-cdtors)
   target_compile_options(quillory_cocoa_flags INTERFACE
-                         "$<$<COMPILE_LANGUAGE:OBJCXX>:-std=gnu++20;${gs_c};-fobjc-call-cxx-cdtors>")
+                         "$<$<COMPILE_LANGUAGE:OBJCXX>:${gs_c}>")
   # Without the library of windows, which the first window loads: platform/gnustep/window_library.h.
   target_link_libraries(quillory_cocoa_flags INTERFACE ${gs_l} Threads::Threads ${CMAKE_DL_LIBS})
 endif()

@@ -3,8 +3,8 @@ add_library(quillory_options INTERFACE)
 target_include_directories(quillory_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(quillory_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
                        -Werror)
-# g++ 12 sees std::string and std::optional wrongly as uninitialised or overlapping when it optimises;
-# the sanitizers look for the real thing.
+# g++ 12 sees std::string and std::optional wrongly as uninitialised or overlapping when it
+# optimises; the sanitizers look for the real thing.
 target_compile_options(quillory_options INTERFACE
                        "$<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized;-Wno-restrict>")
 if(QUILLORY_FUZZ)

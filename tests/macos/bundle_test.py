@@ -83,7 +83,7 @@ class Bundle(unittest.TestCase):
 
     @classmethod
     def bundle(cls, tail, rest):
-        """The sample application's own configuration, with another runtime and place of the tail."""
+        """The sample application's configuration, with another runtime and place of the tail."""
         text = (ROOT / "examples" / "hello" / "quillory.toml").read_text("utf-8")
         text = re.sub(r"\[runtime\]\njlink = true.*\n", f'{rest}[bundle]\ntail = "{tail}"\n', text)
         (cls.folder / "quillory.toml").write_text(text, "utf-8")

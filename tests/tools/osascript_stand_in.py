@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Does what osascript does with the one statement that elev_mac gives it, except for the rights: reads
-its two text constants, and gives the first to a shell. Keeps the prompt beside itself."""
+"""Does what osascript does with the one statement that elev_mac gives it, except for the rights:
+reads its two text constants, and gives the first to a shell. Keeps the prompt beside itself."""
 import os
 import re
 import subprocess
