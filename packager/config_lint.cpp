@@ -28,6 +28,7 @@ class Linter {
     names();
     executable();
     texts();
+    memory();
     runtimeSource();
     updateUrl();
     urlSchemes();
@@ -157,6 +158,16 @@ class Linter {
     if (config_.application.jars.empty()) {
       error("no-jars", "application.jars", "is empty: there would be nothing to run",
             "jars = [\"my.jar\"]");
+    }
+  }
+
+  void memory() {
+    const JvmConfig& jvm = config_.jvm;
+    if (jvm.maximumHeap != 0 && jvm.initialHeap > jvm.maximumHeap) {
+      error("memory", "jvm.initial-memory-mb",
+            "is " + std::to_string(jvm.initialHeap) + ", more than the " +
+                std::to_string(jvm.maximumHeap) + " of memory-mb: Java refuses to start so",
+            "make it as large as memory-mb or smaller, or leave it out");
     }
   }
 

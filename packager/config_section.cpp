@@ -10,6 +10,15 @@
 namespace quillory::pack {
 namespace {
 
+// Dates and times to the second, as some people number releases, have 14 digits.
+constexpr std::int64_t kLargestVersion = 1'000'000'000'000'000'000;
+
+// Version 3 of the library reads numbers that do not fit as the nearest one that does.
+bool isSaturated(std::int64_t number) {
+  return number == std::numeric_limits<std::int64_t>::max() ||
+         number == std::numeric_limits<std::int64_t>::min();
+}
+
 // With the line on which it begins. Tables come in no order, so findings are sorted by it later.
 unsigned lineOf(const toml::value& value) { return lineAt(value.location()); }
 
@@ -143,6 +152,15 @@ void ConfigSection::version(const std::string& key, std::int64_t& out) {
   if (value == nullptr) {
     return;
   }
+  if (value->is_integer() && value->as_integer() > kLargestVersion) {
+    error(key, "version",
+          fullName(key) + " is larger than " + std::to_string(kLargestVersion) +
+              ": the launcher counts up to " +
+              std::to_string(std::numeric_limits<std::int64_t>::max()) +
+              ", so that no room would be left for later versions",
+          "count releases, as in " + key + " = 12");
+    return;
+  }
   if (value->is_integer() && value->as_integer() >= 0) {
     out = value->as_integer();
     return;
@@ -219,6 +237,9 @@ void ConfigSection::pairs(Parameters& out) {
     const toml::value& value = *find(key);
     if (value.is_string()) {
       out.emplace_back(key, plainText(value.as_string()));
+    } else if (value.is_integer() && isSaturated(value.as_integer())) {
+      error(key, "range", fullName(key) + " is a number that is too large to be read as one",
+            "write it in quotes");
     } else if (value.is_integer()) {
       out.emplace_back(key, std::to_string(value.as_integer()));
     } else if (value.is_boolean()) {

@@ -235,6 +235,30 @@ TEST(LoadConfig, RefusesVersionsThatAreNoWholeNumbers) {
   EXPECT_TRUE(hasRule(loadWith("[runtime]\nversion = \"17.0\"\n").findings, "version"));
 }
 
+TEST(LoadConfig, RefusesVersionsThatLeaveNoRoomForLaterOnes) {
+  const auto versioned = [](const std::string& version) {
+    std::string text = kMinimal;
+    return load(text.replace(text.find("version = 3"), 11, "version = " + version));
+  };
+  EXPECT_TRUE(versioned("1000000000000000000").accepted);
+  for (const char* version : {"1000000000000000001", "9223372036854775807"}) {
+    EXPECT_THAT(findingOf(versioned(version).findings, "version").what,
+                HasSubstr("application.version is larger than 1000000000000000000"))
+        << version;
+  }
+  // One that no 64 bits hold: the library may read the largest number, or refuse it.
+  EXPECT_FALSE(versioned("99999999999999999999").accepted);
+  const std::string large = "version = 1000000000000000001\n";
+  EXPECT_TRUE(hasRule(loadWith("[updater]\n" + large).findings, "version"));
+  EXPECT_TRUE(hasRule(loadWith("[runtime]\njlink = true\n" + large).findings, "version"));
+}
+
+TEST(LoadConfig, RefusesParametersThatAreTooLargeForNumbers) {
+  EXPECT_FALSE(loadWith("[parameters]\nx = 99999999999999999999\n").accepted);
+  EXPECT_EQ(findingOf(loadWith("[parameters]\nx = 9223372036854775807\n").findings, "range").advice,
+            "write it in quotes");
+}
+
 TEST(LoadConfig, TellsWhereTheNotationIsWrong) {
   const Loaded loaded = load("[application]\nname = Hello\n");
   ASSERT_EQ(rulesOf(loaded.findings), std::vector<std::string>{"toml"});
@@ -305,6 +329,17 @@ TEST(LintConfig, RefusesTextsThatTheLauncherWouldCut) {
   EXPECT_TRUE(hasRule(loadWith("[update]\nurl = \"" + url + "u\"\n").findings, "record-limit"));
   EXPECT_TRUE(
       hasRule(loadWith("[install]\nsilent-switch = \"a\\u0000b\"\n").findings, "zero-byte"));
+}
+
+TEST(LintConfig, RefusesAFirstHeapThatIsLargerThanTheLargest) {
+  EXPECT_EQ(
+      asText(findingOf(loadWith("[jvm]\nmemory-mb = 64\ninitial-memory-mb = 65\n").findings,
+                       "memory")),
+      ":9: error: jvm.initial-memory-mb is 65, more than the 64 of memory-mb: Java refuses to "
+      "start so [memory]\n"
+      "  -> make it as large as memory-mb or smaller, or leave it out");
+  EXPECT_TRUE(loadWith("[jvm]\nmemory-mb = 64\ninitial-memory-mb = 64\n").accepted);
+  EXPECT_TRUE(loadWith("[jvm]\ninitial-memory-mb = 65\n").accepted);
 }
 
 TEST(LintConfig, RefusesWhatIsNoMainClass) {

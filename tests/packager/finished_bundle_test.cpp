@@ -428,7 +428,7 @@ TEST_F(DoctorOf, ArchivesWithoutWhatAStartNeeds) {
   };
   const std::string empty = records({"0", "x", "0"});
   const std::string nothing = records({""});
-  const std::string launch = records({"6", "", "", "", "", "0", "0", "0", "1", "lib/a.jar", "0"});
+  const std::string launch = records({"6", "", "", "", "", "0", "7", "8", "1", "lib/a.jar", "0"});
   writeFile(tail(),
             records({"App", "3", "1", "1", "", "", "", "", "", "", ""}) + tool + empty +
                 nested("GU.p2", nothing) + empty + empty + nested("JRE.p2", nothing) +
@@ -442,6 +442,7 @@ TEST_F(DoctorOf, ArchivesWithoutWhatAStartNeeds) {
       AllOf(HasSubstr("there is no launch file in the archive"),
             HasSubstr("the runtime has no Contents/Home/bin/java"), HasSubstr("[no-rt-jar]"),
             HasSubstr("the class path names \"lib/a.jar\", which is not in the archive"),
+            HasSubstr("a heap of 8 MiB, more than the 7 that it allows"),
             HasSubstr("the launch file names no main class"), HasSubstr("[runtime-executable]")));
 }
 
