@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "packager/byte_sinks.h"
+#include "packager/icns.h"
 #include "packager/jar_reader.h"
 #include "packager/launch_file_writer.h"
 
@@ -20,8 +21,6 @@ constexpr char kJarFolder[] = "lib/";
 // The updater's own test of a runtime that the system offers.
 constexpr char kUpdaterMainClass[] = "io.quillory.updater.Main";
 constexpr char kCompatibilityClass[] = "io.quillory.updater.JreCompatibility";
-constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
-constexpr char kIcnsSignature[] = "icns";
 
 std::vector<std::string> matchesOf(const std::string& pattern) {
   if (pattern.find_first_of("*?[") == std::string::npos) {
@@ -52,26 +51,21 @@ LaunchFile commonLaunchFile(const Config& config) {
   return file;
 }
 
-bool startsWith(const std::string& path, std::string_view signature) {
-  const std::string content = readWholeFile(path);
-  return content.compare(0, signature.size(), signature) == 0;
-}
-
 void lintPicture(const Config& config, const std::string& key, const std::string& named,
-                 bool icnsToo, Findings& findings) {
+                 std::string (*flawOf)(std::string_view), const char* advice, Findings& findings) {
   if (named.empty()) {
     return;
   }
   const std::string path = config.resolve(named);
   const Place place = config.placeOf(key);
   if (!isFile(path)) {
-    findings.push_back({Severity::kError, "missing-file", "there is no file " + path, place, ""});
-  } else if (!startsWith(path, {kPngSignature, 8}) &&
-             !(icnsToo && startsWith(path, kIcnsSignature))) {
-    findings.push_back({Severity::kError, "picture",
-                        path + (icnsToo ? " is neither an icns nor a PNG picture"
-                                        : " is no PNG picture: the splash would stay empty"),
-                        place, "convert it"});
+    findings.push_back({Severity::kError, "missing-file", "there is no file " + path, place,
+                        "correct the name, or leave out " + key});
+    return;
+  }
+  const std::string flaw = flawOf(readWholeFile(path));
+  if (!flaw.empty()) {
+    findings.push_back({Severity::kError, "picture", path + ' ' + flaw, place, advice});
   }
 }
 
@@ -180,12 +174,15 @@ Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
                         config.placeOf("application.main-class"),
                         "write its full name, and see that its jar is in application.jars"});
   }
-  lintPicture(config, "application.splash", config.application.splash, false, findings);
-  lintPicture(config, "application.icon", config.application.icon, true, findings);
+  lintPicture(config, "application.splash", config.application.splash, flawOfPicture,
+              "save it as PNG: the splash would stay empty", findings);
+  lintPicture(config, "application.icon", config.application.icon, flawOfIcon,
+              "save it as PNG, best of 1024 by 1024 pixels, or as icns", findings);
   if (!config.updater.cacerts.empty() && !isFile(config.resolve(config.updater.cacerts))) {
     findings.push_back({Severity::kError, "missing-file",
                         "there is no file " + config.resolve(config.updater.cacerts),
-                        config.placeOf("updater.cacerts"), ""});
+                        config.placeOf("updater.cacerts"),
+                        "correct the name, or leave out updater.cacerts"});
   }
   return findings;
 }

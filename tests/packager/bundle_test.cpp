@@ -350,6 +350,17 @@ TEST(BundleLint, RefusesPicturesThatAreNone) {
   expectRejected(project, project.config("splash = \"hello.jar\"\n"), "picture");
   expectRejected(project, project.config("icon = \"hello.jar\"\n"), "picture");
   expectRejected(project, project.config("splash = \"missing.png\"\n"), "missing-file");
+  writeFile(project / "cut.png", "\x89PNG\r\n\x1a\n");
+  expectRejected(project, project.config("splash = \"cut.png\"\n"), "picture");
+  expectRejected(project, project.config("icon = \"cut.png\"\n"), "picture");
+  writeFile(project / "cut.icns", "icns");
+  expectRejected(project, project.config("icon = \"cut.icns\"\n"), "picture");
+  writeFile(project / "odd.png",
+            std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\0\0\0\1\0\0\0\1", 24));
+  expectRejected(project, project.config("icon = \"odd.png\"\n"), "picture");
+  EXPECT_EQ(
+      pack({"bundle", "-q", project.writeConfig(project.config("splash = \"odd.png\"\n"))}).status,
+      0);
 }
 
 TEST(BundleLint, RefusesAJarWhoseNameSplitsTheClassPath) {
@@ -375,8 +386,9 @@ TEST(Bundle, LeavesTheOldBundleAndNoWorkWhenItFails) {
   Project project;
   bundleOf(project, project.config());
   const auto before = contentOf(project / "dist");
-  std::string config = project.config("icon = \"bad.png\"\n");
-  writeFile(project / "bad.png", "\x89PNG\r\n\x1a\n and no more than that");
+  // A file that nobody can read from its start, and which is read after the packing.
+  std::string config = project.config();
+  config.replace(config.find("[updater]\n"), 10, "[updater]\ncacerts = \"/proc/self/mem\"\n");
   EXPECT_EQ(pack({"bundle", project.writeConfig(config)}).status, 1);
   EXPECT_EQ(contentOf(project / "dist"), before);
 }
