@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <optional>
 
 #include "launcher/install_locations.h"
+#include "packager/name_rules.h"
 #include "packager/record_writer.h"
 
 namespace quillory::pack {
@@ -12,7 +14,6 @@ namespace {
 // Stands for the version of a runtime that is not known yet; none is longer in practice.
 constexpr std::int64_t kSomeRuntimeVersion = 999'999'999'999;
 constexpr std::size_t kLongestRuntimeVersion = 50;
-constexpr char kUpdaterName[] = "Quillory";
 
 class Linter {
  public:
@@ -27,6 +28,7 @@ class Linter {
                                                : config_.runtime.version);
     names();
     executable();
+    identifier();
     texts();
     memory();
     runtimeSource();
@@ -51,6 +53,11 @@ class Linter {
     add(Severity::kWarning, rule, key, key + ' ' + what, advice);
   }
 
+  void addFlaw(const std::string& key, const Finding& flaw) {
+    findings_.push_back(
+        {flaw.severity, flaw.rule, key + ' ' + flaw.what, config_.placeOf(key), flaw.advice});
+  }
+
   void fillIn() {
     ApplicationConfig& app = config_.application;
     if (app.executable.empty()) {
@@ -69,22 +76,8 @@ class Linter {
 
   // Rules for what becomes part of a version folder's name.
   void folderName(const std::string& key, const std::string& name, const std::string& version) {
-    if (name.empty()) {
-      error("name", key, "is empty", "give it a name");
-    } else if (name.find('-') != std::string::npos) {
-      error("name-dash", key,
-            "holds a \"-\": the launcher takes what stands between the first two dashes of a "
-            "folder's name, so it would never find \"" +
-                name + "\" again",
-            "use a blank, a dot or nothing instead");
-    } else if (name.find(':') != std::string::npos) {
-      error("name-colon", key,
-            "holds a \":\", which separates the entries of a class path, and every class path goes "
-            "through folders of this name",
-            "leave it out");
-    } else if (name.find('/') != std::string::npos || name.find('\0') != std::string::npos ||
-               name.find('\n') != std::string::npos) {
-      error("name", key, "holds a character that no folder's name should hold", "leave it out");
+    if (const std::optional<Finding> flaw = flawOfFolderName(name)) {
+      addFlaw(key, *flaw);
     } else if (!isUsableInFolderName(name, version)) {
       error("record-limit", key,
             "is too long: with its version, the folders named after it would have names of more "
@@ -97,32 +90,48 @@ class Linter {
     }
   }
 
+  // On a disk that ignores the case, as macOS has it, "quillory" is the updater's folder too.
   void names() {
-    if (config_.application.name == kUpdaterName) {
+    const std::string& app = config_.application.name;
+    const std::string& runtime = config_.runtime.name;
+    if (isSameOnDisk(app, kUpdaterName)) {
       error("name-taken", "application.name", "is \"Quillory\", the name of the updater's folders",
             "choose another name");
     }
-    if (config_.runtime.name == kUpdaterName || config_.runtime.name == config_.application.name) {
+    const bool isUpdaters = isSameOnDisk(runtime, kUpdaterName);
+    if (isUpdaters || isSameOnDisk(runtime, app)) {
       error("name-taken", "runtime.name",
-            "is the name of the " +
-                std::string(config_.runtime.name == kUpdaterName ? "updater" : "application") +
+            "is the name of the " + std::string(isUpdaters ? "updater" : "application") +
                 ", whose folders would be taken for the runtime's",
             "choose another name, such as \"JRE\"");
+    }
+    for (const char* tool : {"java", "keytool"}) {
+      if (isSameOnDisk(app, tool)) {
+        error("name-taken", "application.name",
+              "is the name of a tool in the runtime, where a copy of java gets the application's "
+              "name",
+              "choose another name");
+      }
     }
   }
 
   void executable() {
-    const std::string& name = config_.application.executable;
-    if (name.empty() || name.find('/') != std::string::npos || name == "." || name == "..") {
-      error("name", "application.executable", "is no file name",
-            "executable = \"MyApplication\": letters and digits");
+    if (const auto flaw = flawOfExecutableName(config_.application.executable)) {
+      addFlaw("application.executable", *flaw);
     }
-    if (config_.application.name.find('/') == std::string::npos &&
-        (config_.application.name == "java" || config_.application.name == "keytool")) {
-      error(
-          "name-taken", "application.name",
-          "is the name of a tool in the runtime, where a copy of java gets the application's name",
-          "choose another name");
+  }
+
+  // What macOS takes for an identifier.
+  void identifier() {
+    const std::string& identifier = config_.application.identifier;
+    const bool isGiven = config_.places.count("application.identifier") != 0;
+    if (isGiven && !std::all_of(identifier.begin(), identifier.end(), [](unsigned char c) {
+          return std::isalnum(c) || c == '.' || c == '-';
+        })) {
+      warning(
+          "identifier", "application.identifier",
+          "has other characters than letters, digits, dots and dashes, which macOS may not take",
+          "identifier = \"com.example.myapplication\", from a domain that you own");
     }
   }
 

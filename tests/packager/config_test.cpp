@@ -307,6 +307,45 @@ TEST(LintConfig, RefusesNamesThatAreNoFolderNames) {
   EXPECT_TRUE(hasRule(loadWith("[runtime]\nname = \"Quillory\"\n").findings, "name-taken"));
 }
 
+TEST(LintConfig, RefusesNamesThatADiskTakesForOne) {
+  for (const char* name : {"quillory", "QUILLORY", "jre", "Java", "KeyTool"}) {
+    EXPECT_TRUE(hasRule(named('"' + std::string(name) + '"'), "name-taken")) << name;
+  }
+  EXPECT_TRUE(hasRule(loadWith("[runtime]\nname = \"quilLory\"\n").findings, "name-taken"));
+  EXPECT_TRUE(hasRule(loadWith("[runtime]\nname = \"hello\"\n").findings, "name-taken"));
+}
+
+TEST(LintConfig, RefusesNamesThatNobodySeesOrCanWrite) {
+  for (const char* name :
+       {" ", " a", "a ", "a\\u0000b", "a\\u001bb", "a\\tb", "a\\u007f", ".", ".."}) {
+    const Findings findings = named('"' + std::string(name) + '"');
+    EXPECT_TRUE(hasRule(findings, "name")) << name;
+    EXPECT_FALSE(hasRule(findings, "record-limit")) << name;
+    EXPECT_TRUE(hasRule(loadWith("executable = \"" + std::string(name) + "\"\n").findings, "name"))
+        << name;
+  }
+}
+
+TEST(LintConfig, RefusesExecutablesThatNoFileCanBeNamedAfter) {
+  EXPECT_TRUE(loadWith("executable = \"" + std::string(250, 'e') + "\"\n").accepted);
+  EXPECT_EQ(
+      findingOf(loadWith("executable = \"" + std::string(300, 'e') + "\"\n").findings, "name").what,
+      "application.executable has 300 bytes; with the ending of its icon, 250 fit into a file's "
+      "name");
+}
+
+TEST(LintConfig, WarnsOfIdentifiersThatMacOSMayNotTake) {
+  for (const char* identifier :
+       {"com.example.my app", "com.example.my_app", "com.example.\u00e4"}) {
+    std::string text = kMinimal;
+    text.replace(text.find("com.example.hello"), 17, identifier);
+    const Loaded loaded = load(text);
+    EXPECT_TRUE(loaded.accepted);
+    EXPECT_EQ(findingOf(loaded.findings, "identifier").severity, Severity::kWarning);
+  }
+  EXPECT_FALSE(hasRule(load(kMinimal).findings, "identifier"));
+}
+
 TEST(LintConfig, RefusesNamesThatMakeFolderNamesTooLong) {
   // "Quillory-" + name + "-3-complete.plugin" has 255 bytes at most.
   EXPECT_FALSE(hasRule(named('"' + std::string(228, 'n') + '"'), "record-limit"));

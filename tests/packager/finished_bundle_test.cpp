@@ -414,6 +414,9 @@ TEST_F(DoctorOf, TailsMadeByHand) {
   EXPECT_THAT(
       complaintsAbout(records({"Quillory", "x", "1", "1", "", key, "", "", "", "", ""}), entries),
       AllOf(HasSubstr("[name-taken]"), HasSubstr("[version]")));
+  EXPECT_THAT(
+      complaintsAbout(records({"jre", "3", "1", "1", "", key, "", "", "", "", ""}), entries),
+      HasSubstr("[name-taken]"));
   EXPECT_THAT(complaintsAbout(records({"App", "3", "", "", "", key, "", "", "", "", ""}), ""),
               AllOf(HasSubstr("[no-updater]"), HasSubstr("[no-lzma64]"), HasSubstr("[no-runtime]"),
                     HasSubstr("[missing-entry]")));
