@@ -6,6 +6,7 @@
 
 #include "launcher/install_locations.h"
 #include "packager/name_rules.h"
+#include "packager/parameter_rules.h"
 #include "packager/record_writer.h"
 
 namespace quillory::pack {
@@ -191,22 +192,23 @@ class Linter {
 
   void updateUrl() {
     const UpdateConfig& update = config_.update;
-    if (update.mode == UpdateMode::kOff ||
-        (update.mode == UpdateMode::kDynamic && update.url.empty())) {
+    if (update.mode == UpdateMode::kOff) {
       return;
     }
-    if (update.url == "D") {
+    if (update.url.empty()) {
+      warning("update-url", "update.url",
+              "is missing, and the URL is dynamic: there are no updates before somebody sets one",
+              "url = \"https://example.com/updates/\", or later: quillory-pack set BUNDLE "
+              "update_url=https://...");
+    } else if (update.url == "D") {
       error("update-url", "update.url", "is \"D\", which stands for a dynamic URL",
             "write dynamic = true");
-    } else if (update.url.rfind("https://", 0) == 0) {
-      return;
+    } else if (const std::optional<Flaw> flaw = flawOfUpdateUrl(update.url)) {
+      error("update-url", "update.url", flaw->what, flaw->advice);
     } else if (update.url.rfind("http://", 0) == 0) {
       warning("plain-http", "update.url",
               "is plain http: anybody on the way can see and hold back what is downloaded",
               "use https://");
-    } else {
-      error("update-url", "update.url", "does not begin with https:// or http://",
-            "url = \"https://example.com/updates/\"");
     }
   }
 
@@ -244,6 +246,10 @@ class Linter {
       if (name == "update_url" || name == "jre_name") {
         error("parameter", key, "is written by other keys of this file",
               name == "jre_name" ? "use runtime.name" : "use dynamic = true and url in [update]");
+      } else if (name == "force_spawn" && config_.places.count("jvm.force-spawn") != 0) {
+        error("parameter", key, "is written by jvm.force-spawn as well", "keep one of the two");
+      } else if (const std::optional<Flaw> flaw = flawOfParameter(name, value)) {
+        error("parameter", key, flaw->what, flaw->advice);
       }
     }
   }

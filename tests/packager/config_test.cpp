@@ -400,6 +400,21 @@ TEST(LintConfig, ChecksUpdateUrls) {
             Severity::kWarning);
   EXPECT_TRUE(hasRule(loadWith("[update]\nurl = \"ftp://example.com/\"\n").findings, "update-url"));
   EXPECT_TRUE(hasRule(loadWith("[update]\nurl = \"D\"\n").findings, "update-url"));
+  for (const char* url : {"https://", "http:///x", "https://:80/", "https://x y/",
+                          "https://x/\\u0007", "https://x/?a=b", "https://x/#a"}) {
+    const Loaded loaded = loadWith("[update]\nurl = \"" + std::string(url) + "\"\n");
+    EXPECT_FALSE(loaded.accepted) << url;
+    EXPECT_NE(findingOf(loaded.findings, "update-url").advice, "") << url;
+  }
+  EXPECT_TRUE(loadWith("[update]\nurl = \"https://[::1]:8080/a%20b/\"\n").findings.empty());
+}
+
+TEST(LintConfig, WarnsOfADynamicUrlThatIsNotThereYet) {
+  const Loaded loaded = loadWith("[update]\ndynamic = true\n");
+  EXPECT_TRUE(loaded.accepted);
+  EXPECT_EQ(findingOf(loaded.findings, "update-url").severity, Severity::kWarning);
+  EXPECT_TRUE(
+      loadWith("[update]\ndynamic = true\nurl = \"https://a.example/\"\n").findings.empty());
 }
 
 TEST(LintConfig, WarnsWhenThereIsNoRuntimeAndNoPlaceToGetOneFrom) {
@@ -421,6 +436,24 @@ TEST(LintConfig, RefusesParametersThatOtherKeysWrite) {
   EXPECT_EQ(findingOf(loadWith("[parameters]\njre_name = \"x\"\n").findings, "parameter").advice,
             "use runtime.name");
   EXPECT_TRUE(hasRule(loadWith("[parameters]\nupdate_url = \"x\"\n").findings, "parameter"));
+}
+
+TEST(LintConfig, RefusesParametersThatTheLauncherDoesNotTake) {
+  for (const char* line :
+       {"force_spawn = \"maybe\"", "show_no_ui = \"yes\"", "show_no_ui = 1", "\"\" = \"x\""}) {
+    const Loaded loaded = loadWith("[parameters]\n" + std::string(line) + '\n');
+    EXPECT_FALSE(loaded.accepted) << line;
+    EXPECT_NE(findingOf(loaded.findings, "parameter").advice, "") << line;
+  }
+  EXPECT_TRUE(loadWith("[parameters]\nforce_spawn = true\nshow_no_ui = \"false\"\n").accepted);
+}
+
+TEST(LintConfig, RefusesAParameterThatWouldBeWrittenTwice) {
+  EXPECT_EQ(
+      findingOf(loadWith("[jvm]\nforce-spawn = true\n[parameters]\nforce_spawn = true\n").findings,
+                "parameter")
+          .what,
+      "parameters.force_spawn is written by jvm.force-spawn as well");
 }
 
 TEST(LintConfig, WarnsOfAMissingIdentifier) {

@@ -309,6 +309,12 @@ TEST_F(SetParameters, LeavesTheFileAloneWhenAChangeMakesNoSense) {
                                             {"show_no_ui=1"},
                                             {"jre_name=a-b"},
                                             {"jre_name="},
+                                            {"jre_name=a:b"},
+                                            {"jre_name=a/b"},
+                                            {"jre_name=.."},
+                                            {"update_url=https://"},
+                                            {"update_url=https://x y/"},
+                                            {"update_url=https://x/?a=b"},
                                             {"update_url=ftp://x"},
                                             {"--unset", "missing"},
                                             {std::string(1023, 'n') + "=x"}};
