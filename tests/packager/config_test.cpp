@@ -200,8 +200,7 @@ TEST(LoadConfig, RefusesValuesOfTheWrongKind) {
   const std::pair<const char*, const char*> cases[] = {
       {"copyright = 5\n", "application.copyright is a whole number, not a text in quotes"},
       {"splash-override = \"yes\"\n", "application.splash-override is a text, not true or false"},
-      {"arguments = \"-x\"\n",
-       "application.arguments is a text, not a list of texts, as in arguments = [\"...\"]"},
+      {"arguments = \"-x\"\n", "application.arguments is a text, not a list of texts"},
       {"arguments = [1]\n", "application.arguments is a whole number, not a text in quotes"},
       {"min-splash-ms = 1.5\n",
        "application.min-splash-ms is a number with a fraction, not a whole number"},
@@ -213,13 +212,35 @@ TEST(LoadConfig, RefusesValuesOfTheWrongKind) {
   for (const auto& [lines, what] : cases) {
     EXPECT_EQ(findingOf(loadWith(lines).findings, "wrong-kind").what, what);
   }
+  EXPECT_EQ(findingOf(loadWith("arguments = \"-x\"\n").findings, "wrong-kind").advice,
+            "write it as in arguments = [\"...\"]");
+  EXPECT_EQ(findingOf(loadWith("splash-override = 1\n").findings, "wrong-kind").advice,
+            "write it as in splash-override = true");
+  EXPECT_EQ(findingOf(loadWith("[jvm]\nmemory-mb = \"1\"\n").findings, "wrong-kind").advice,
+            "write it as in memory-mb = 1");
   EXPECT_EQ(findingOf(load("application = 5\n").findings, "wrong-kind").what,
             "\"application\" is a whole number, not a table");
+}
+
+TEST(LoadConfig, NamesWhatIsWrongWithAnEntryOfFiles) {
+  const Finding unknown =
+      findingOf(loadWith("files = [{ form = \"x\" }]\n").findings, "unknown-key");
+  EXPECT_EQ(asText(unknown),
+            ":7: error: there is no form in an entry of application.files [unknown-key]\n"
+            "  -> did you mean \"from\"?");
+  EXPECT_EQ(findingOf(loadWith("files = [{ from = 1 }]\n").findings, "wrong-kind").what,
+            "application.files.from is a whole number, not a text in quotes");
+  for (const char* lines : {"files = [\"\"]\n", "files = [{ to = \"x\" }]\n"}) {
+    EXPECT_EQ(findingOf(loadWith(lines).findings, "missing-key").what,
+              "application.files has an entry that names no file");
+  }
 }
 
 TEST(LoadConfig, RefusesNumbersOutOfRange) {
   EXPECT_EQ(findingOf(loadWith("[bundle]\ncompression = 10\n").findings, "range").what,
             "bundle.compression is 10, not a number from 0 to 9");
+  EXPECT_EQ(findingOf(loadWith("[bundle]\ncompression = 10\n").findings, "range").advice,
+            "choose one of these, or leave compression out");
   EXPECT_TRUE(hasRule(loadWith("[jvm]\nmemory-mb = -1\n").findings, "range"));
 }
 
