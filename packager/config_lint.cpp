@@ -33,6 +33,8 @@ class Linter {
     texts();
     memory();
     runtimeSource();
+    runtimeKeys();
+    output();
     updateUrl();
     urlSchemes();
     runtimeVersion();
@@ -178,6 +180,31 @@ class Linter {
             "is " + std::to_string(jvm.initialHeap) + ", more than the " +
                 std::to_string(jvm.maximumHeap) + " of memory-mb: Java refuses to start so",
             "make it as large as memory-mb or smaller, or leave it out");
+    }
+  }
+
+  // Without a runtime these say nothing, and the bundle becomes an online installer in silence.
+  void runtimeKeys() {
+    const RuntimeSource source = config_.runtime.source;
+    const auto warnOf = [this](const char* name, const char* advice) {
+      const std::string key = std::string("runtime.") + name;
+      if (config_.places.count(key) != 0) {
+        warning("no-effect", key, "has no effect here", advice);
+      }
+    };
+    if (source != RuntimeSource::kJlink) {
+      for (const char* name : {"modules", "add-modules", "jlink-options", "jdk", "jmods"}) {
+        warnOf(name, "add jlink = true to [runtime], or leave it out");
+      }
+    }
+    if (source == RuntimeSource::kNone) {
+      warnOf("version", "add jlink = true or folder to [runtime]: no runtime is packed");
+    }
+  }
+
+  void output() {
+    if (config_.bundle.output.empty()) {
+      error("name", "bundle.output", "is empty", "output = \"dist\"");
     }
   }
 

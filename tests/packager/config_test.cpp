@@ -444,6 +444,28 @@ TEST(LintConfig, WarnsWhenThereIsNoRuntimeAndNoPlaceToGetOneFrom) {
   EXPECT_FALSE(hasRule(loadWith("[update]\ndynamic = true\n").findings, "no-runtime"));
 }
 
+TEST(LintConfig, WarnsOfRuntimeKeysWithoutEffect) {
+  for (const char* line : {"jmods = \"x\"", "jdk = \"x\"", "add-modules = [\"java.sql\"]",
+                           "jlink-options = [\"-v\"]", "modules = [\"java.base\"]"}) {
+    for (const char* other : {"jlink = false\n", "folder = \"jre\"\njlink = false\n"}) {
+      const Loaded loaded = loadWith("[runtime]\n" + std::string(other) + line + '\n');
+      EXPECT_TRUE(loaded.accepted) << line;
+      EXPECT_EQ(findingOf(loaded.findings, "no-effect").severity, Severity::kWarning) << line;
+    }
+    EXPECT_FALSE(hasRule(loadWith("[runtime]\njlink = true\n" + std::string(line) + '\n').findings,
+                         "no-effect"))
+        << line;
+  }
+  EXPECT_TRUE(hasRule(loadWith("[runtime]\nversion = 17\n").findings, "no-effect"));
+  EXPECT_FALSE(
+      hasRule(loadWith("[runtime]\nfolder = \"jre\"\nversion = 17\n").findings, "no-effect"));
+}
+
+TEST(LintConfig, RefusesAnEmptyOutputFolder) {
+  EXPECT_EQ(findingOf(loadWith("[bundle]\noutput = \"\"\n").findings, "name").what,
+            "bundle.output is empty");
+}
+
 TEST(LintConfig, ChecksUrlSchemes) {
   EXPECT_FALSE(hasRule(loadWith("url-schemes = [\"a\", \"b+c.d-1\"]\n").findings, "url-scheme"));
   for (const char* scheme : {"", "1a", "my app", "http://", "a:"}) {
