@@ -323,6 +323,45 @@ TEST(BundleLint, RefusesJarsThatAreNotThere) {
   expectRejected(project, config, "missing-file");
 }
 
+TEST(BundleLint, RefusesFilesThatAreNotThere) {
+  Project project;
+  expectRejected(project, project.config("files = [\"missing\"]\n"), "missing-file");
+  expectRejected(project, project.config("files = [{ from = \"missing/\", to = \"x\" }]\n"),
+                 "missing-file");
+  expectRejected(project, project.config("[runtime]\njlink = true\njdk = \"missing\"\n"),
+                 "missing-file");
+}
+
+TEST(BundleLint, NamesTheLineOfAFileThatIsNotThere) {
+  Project project;
+  const std::string path = project.writeConfig(project.config("files = [\"missing\"]\n"));
+  EXPECT_THAT(pack({"bundle", path}).err,
+              HasSubstr(path + ":15: error: there is no file or folder " + project / "missing"));
+}
+
+TEST(BundleLint, RefusesADamagedJar) {
+  Project project;
+  writeFile(project / "hello.jar", readFile(project / "hello.jar").substr(0, 100));
+  const std::string path = project.writeConfig(project.config());
+  const CommandResult result = pack({"bundle", path});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_THAT(result.err, HasSubstr(path + ":13: error: " + project / "hello.jar" +
+                                    ": is not a jar, or a damaged one [jar]\n"));
+  EXPECT_EQ(result.err.find("[main-class]"), std::string::npos);
+  EXPECT_FALSE(fs::exists(project / "dist/Hello.app"));
+}
+
+TEST(BundleLint, RefusesAnUpdaterThatCannotBeStarted) {
+  Project project;
+  std::string config = project.config();
+  config.replace(config.find("[updater]\n"), 10, "[updater]\nmain-class = \"com.example.No\"\n");
+  expectRejected(project, config, "main-class");
+  writeFile(project / "bad.jar", "text");
+  config.replace(config.find(QUILLORY_UPDATER_JAR), std::string(QUILLORY_UPDATER_JAR).size(),
+                 "bad.jar");
+  expectRejected(project, config, "jar");
+}
+
 TEST(BundleLint, RefusesTwoFilesForOnePath) {
   Project project;
   fs::create_directory(project / "other");
