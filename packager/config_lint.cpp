@@ -4,16 +4,13 @@
 #include <cctype>
 #include <optional>
 
-#include "launcher/install_locations.h"
-#include "packager/name_rules.h"
+#include "packager/config_names.h"
 #include "packager/parameter_rules.h"
 #include "packager/record_writer.h"
 
 namespace quillory::pack {
 namespace {
 
-// Stands for the version of a runtime that is not known yet; none is longer in practice.
-constexpr std::int64_t kSomeRuntimeVersion = 999'999'999'999;
 constexpr std::size_t kLongestRuntimeVersion = 50;
 
 class Linter {
@@ -22,14 +19,7 @@ class Linter {
 
   void run() {
     fillIn();
-    folderName("application.name", config_.application.name,
-               std::to_string(config_.application.version));
-    folderName("runtime.name", config_.runtime.name,
-               config_.runtime.version.empty() ? std::to_string(kSomeRuntimeVersion)
-                                               : config_.runtime.version);
-    names();
-    executable();
-    identifier();
+    lintNames(config_, findings_);
     texts();
     memory();
     runtimeSource();
@@ -56,11 +46,6 @@ class Linter {
     add(Severity::kWarning, rule, key, key + ' ' + what, advice);
   }
 
-  void addFlaw(const std::string& key, const Finding& flaw) {
-    findings_.push_back(
-        {flaw.severity, flaw.rule, key + ' ' + flaw.what, config_.placeOf(key), flaw.advice});
-  }
-
   void fillIn() {
     ApplicationConfig& app = config_.application;
     if (app.executable.empty()) {
@@ -74,67 +59,6 @@ class Linter {
       warning("identifier", "application.identifier",
               "is missing; \"" + app.identifier + "\" is used, which another application may have",
               "identifier = \"com.example.myapplication\", from a domain that you own");
-    }
-  }
-
-  // Rules for what becomes part of a version folder's name.
-  void folderName(const std::string& key, const std::string& name, const std::string& version) {
-    if (const std::optional<Finding> flaw = flawOfFolderName(name)) {
-      addFlaw(key, *flaw);
-    } else if (!isUsableInFolderName(name, version)) {
-      error("record-limit", key,
-            "is too long: with its version, the folders named after it would have names of more "
-            "than 255 bytes",
-            "shorten it");
-    } else if (name.find_first_of("\"$`\\") != std::string::npos) {
-      warning("name-quote", key,
-              "holds one of \" $ ` \\, which people cannot type into a terminal as they are",
-              "leave it out");
-    }
-  }
-
-  // On a disk that ignores the case, as macOS has it, "quillory" is the updater's folder too.
-  void names() {
-    const std::string& app = config_.application.name;
-    const std::string& runtime = config_.runtime.name;
-    if (isSameOnDisk(app, kUpdaterName)) {
-      error("name-taken", "application.name", "is \"Quillory\", the name of the updater's folders",
-            "choose another name");
-    }
-    const bool isUpdaters = isSameOnDisk(runtime, kUpdaterName);
-    if (isUpdaters || isSameOnDisk(runtime, app)) {
-      error("name-taken", "runtime.name",
-            "is the name of the " + std::string(isUpdaters ? "updater" : "application") +
-                ", whose folders would be taken for the runtime's",
-            "choose another name, such as \"JRE\"");
-    }
-    for (const char* tool : {"java", "keytool"}) {
-      if (isSameOnDisk(app, tool)) {
-        error("name-taken", "application.name",
-              "is the name of a tool in the runtime, where a copy of java gets the application's "
-              "name",
-              "choose another name");
-      }
-    }
-  }
-
-  void executable() {
-    if (const auto flaw = flawOfExecutableName(config_.application.executable)) {
-      addFlaw("application.executable", *flaw);
-    }
-  }
-
-  // What macOS takes for an identifier.
-  void identifier() {
-    const std::string& identifier = config_.application.identifier;
-    const bool isGiven = config_.places.count("application.identifier") != 0;
-    if (isGiven && !std::all_of(identifier.begin(), identifier.end(), [](unsigned char c) {
-          return std::isalnum(c) || c == '.' || c == '-';
-        })) {
-      warning(
-          "identifier", "application.identifier",
-          "has other characters than letters, digits, dots and dashes, which macOS may not take",
-          "identifier = \"com.example.myapplication\", from a domain that you own");
     }
   }
 
