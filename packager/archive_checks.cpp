@@ -17,6 +17,19 @@ void add(Findings& findings, Severity severity, const char* rule, const std::str
   findings.push_back({severity, rule, what, {file, 0}, advice});
 }
 
+// The launcher makes -Xmx of the first record and -Xms of the second, whatever its name says.
+void checkMemory(RecordInput& input, const std::string& name, Findings& findings) {
+  const std::int64_t maximum = input.number("jvmMem (old)");
+  const std::int64_t initial = input.number("jvmStack (old)");
+  if (maximum > 0 && initial > maximum) {
+    add(findings, Severity::kError, "memory",
+        "the launch file begins with a heap of " + std::to_string(initial) +
+            " MiB, more than the " + std::to_string(maximum) +
+            " that it allows: Java refuses to start so",
+        name, "make initial-memory-mb as large as memory-mb or smaller, and pack again");
+  }
+}
+
 }  // namespace
 
 void checkSamePlatform(const std::string& what, const ProgramImage& program,
@@ -65,8 +78,7 @@ void checkProgramArchive(const PlainArchive& archive, const ArchiveListing& list
   for (const char* ignored : {"Class OnUpdate", "App Name", "OS ICNS", "URL Required"}) {
     input.text(ignored);
   }
-  input.number("jvmMem (old)");
-  input.number("jvmStack (old)");
+  checkMemory(input, name, findings);
   const std::int64_t count = input.number("Classpath Count");
   for (std::int64_t i = 0; i < count && !input.atEnd(); ++i) {
     const std::string entry = input.text("Classpath Entry");

@@ -12,6 +12,7 @@
 #include "packager/byte_sinks.h"
 #include "packager/icns.h"
 #include "packager/info_plist.h"
+#include "packager/named_key.h"
 #include "packager/output_place.h"
 #include "packager/packing.h"
 #include "packager/params_writer.h"
@@ -64,7 +65,7 @@ class BundleMaker {
                             "quillory-pack keygen makes a key; --unsigned packs without one"}});
     }
     const std::string path = config_.resolve(config_.signing.key);
-    key_ = SigningKey::load(path);
+    key_ = namedKey(config_);
     const Place place = config_.placeOf("signing.key");
     if (key_->modulusBytes() < kSmallestModulus || key_->modulusBytes() > kLargestModulus) {
       throw RejectedInput({{Severity::kError, "key-size",

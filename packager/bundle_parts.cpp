@@ -4,12 +4,13 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 #include "java/launch_file.h"
 #include "packager/byte_sinks.h"
+#include "packager/icns.h"
 #include "packager/jar_reader.h"
 #include "packager/launch_file_writer.h"
-#include "packager/record_input.h"
 
 namespace quillory::pack {
 namespace {
@@ -21,8 +22,6 @@ constexpr char kJarFolder[] = "lib/";
 // The updater's own test of a runtime that the system offers.
 constexpr char kUpdaterMainClass[] = "io.quillory.updater.Main";
 constexpr char kCompatibilityClass[] = "io.quillory.updater.JreCompatibility";
-constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
-constexpr char kIcnsSignature[] = "icns";
 
 std::vector<std::string> matchesOf(const std::string& pattern) {
   if (pattern.find_first_of("*?[") == std::string::npos) {
@@ -53,26 +52,73 @@ LaunchFile commonLaunchFile(const Config& config) {
   return file;
 }
 
-bool beginsWith(const std::string& path, std::string_view signature) {
-  Findings ignored;
-  return RecordInput(path, ignored).bytes(signature.size()) == signature;
+// A jar that the configuration names at `place`; none, with a finding, when it is not one.
+std::optional<Jar> namedJar(const std::string& path, const Place& place, Findings& findings) {
+  try {
+    return Jar(path);
+  } catch (const PackError& e) {
+    findings.push_back({Severity::kError, "jar", path + ": " + e.what(), place,
+                        "build it again, or correct the name"});
+    return std::nullopt;
+  }
+}
+
+// Our own updater is not the user's to repair.
+Jar updaterJar(const Config& config, const std::string& path) {
+  if (config.updater.jar.empty()) {
+    return Jar(path);
+  }
+  Findings findings;
+  std::optional<Jar> jar = namedJar(path, config.placeOf("updater.jar"), findings);
+  if (!jar) {
+    throw RejectedInput(std::move(findings));
+  }
+  return std::move(*jar);
+}
+
+void requireUpdaterClass(const Config& config, const std::string& path, const Jar& jar,
+                         const std::string& mainClass) {
+  if (!mainClass.empty() && jar.hasClass(mainClass)) {
+    return;
+  }
+  const std::string what = mainClass.empty() ? path + " does not say its main class"
+                                             : path + " has no class \"" + mainClass + "\"";
+  const std::string advice = "name its main class with updater.main-class";
+  if (config.updater.jar.empty() && config.updater.mainClass.empty()) {
+    throw PackError(what, advice, {path, 0});
+  }
+  const char* key = config.updater.mainClass.empty() ? "updater.jar" : "updater.main-class";
+  throw RejectedInput({{Severity::kError, "main-class", what, config.placeOf(key), advice}});
+}
+
+void lintExtraFiles(const Config& config, Findings& findings) {
+  for (const ExtraFile& file : config.application.files) {
+    const std::string path = config.resolve(file.from);
+    std::error_code ignored;
+    // A link that leads nowhere is there; the tree of content has its own words for that.
+    if (fs::symlink_status(path, ignored).type() == fs::file_type::not_found) {
+      findings.push_back({Severity::kError, "missing-file", "there is no file or folder " + path,
+                          config.placeOf("application.files"),
+                          "make it, correct the name, or leave it out"});
+    }
+  }
 }
 
 void lintPicture(const Config& config, const std::string& key, const std::string& named,
-                 bool icnsToo, Findings& findings) {
+                 std::string (*flawOf)(std::string_view), const char* advice, Findings& findings) {
   if (named.empty()) {
     return;
   }
   const std::string path = config.resolve(named);
   const Place place = config.placeOf(key);
   if (!isFile(path)) {
-    findings.push_back({Severity::kError, "missing-file", "there is no file " + path, place, ""});
-  } else if (!beginsWith(path, {kPngSignature, 8}) &&
-             !(icnsToo && beginsWith(path, kIcnsSignature))) {
-    findings.push_back({Severity::kError, "picture",
-                        path + (icnsToo ? " is neither an icns nor a PNG picture"
-                                        : " is no PNG picture: the splash would stay empty"),
-                        place, "convert it"});
+    findings.push_back({Severity::kError, "missing-file", "there is no file " + path, place,
+                        "correct the name, or leave out " + key});
+    return;
+  }
+  const std::string flaw = flawOf(readWholeFile(path));
+  if (!flaw.empty()) {
+    findings.push_back({Severity::kError, "picture", path + ' ' + flaw, place, advice});
   }
 }
 
@@ -101,7 +147,7 @@ std::vector<std::string> findJars(const Config& config) {
 }
 
 ContentTree updaterContent(const Config& config, const BundleTools& tools) {
-  const Jar jar(tools.updaterJar);
+  const Jar jar = updaterJar(config, tools.updaterJar);
   LaunchFile launch = commonLaunchFile(config);
   launch.mainClass = config.updater.mainClass;
   if (launch.mainClass.empty() && jar.hasClass(kUpdaterMainClass)) {
@@ -110,10 +156,7 @@ ContentTree updaterContent(const Config& config, const BundleTools& tools) {
   if (launch.mainClass.empty()) {
     launch.mainClass = jar.manifestValue("Main-Class");
   }
-  if (launch.mainClass.empty() || !jar.hasClass(launch.mainClass)) {
-    throw PackError("the updater has no class \"" + launch.mainClass + "\"",
-                    "name its main class with updater.main-class", {tools.updaterJar, 0});
-  }
+  requireUpdaterClass(config, tools.updaterJar, jar, launch.mainClass);
   launch.compatibilityClass = config.updater.compatibilityClass;
   if (launch.compatibilityClass.empty() && jar.hasClass(kCompatibilityClass)) {
     launch.compatibilityClass = kCompatibilityClass;
@@ -173,7 +216,9 @@ Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
                           {path, 0},
                           "rename it"});
     }
-    hasMainClass = Jar(path).hasClass(config.application.mainClass) || hasMainClass;
+    const std::optional<Jar> jar = namedJar(path, config.placeOf("application.jars"), findings);
+    // Nobody knows what is in a damaged one.
+    hasMainClass = !jar || jar->hasClass(config.application.mainClass) || hasMainClass;
   }
   if (!hasMainClass) {
     findings.push_back({Severity::kError, "main-class",
@@ -181,12 +226,16 @@ Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
                         config.placeOf("application.main-class"),
                         "write its full name, and see that its jar is in application.jars"});
   }
-  lintPicture(config, "application.splash", config.application.splash, false, findings);
-  lintPicture(config, "application.icon", config.application.icon, true, findings);
+  lintExtraFiles(config, findings);
+  lintPicture(config, "application.splash", config.application.splash, flawOfPicture,
+              "save it as PNG: the splash would stay empty", findings);
+  lintPicture(config, "application.icon", config.application.icon, flawOfIcon,
+              "save it as PNG, best of 1024 by 1024 pixels, or as icns", findings);
   if (!config.updater.cacerts.empty() && !isFile(config.resolve(config.updater.cacerts))) {
     findings.push_back({Severity::kError, "missing-file",
                         "there is no file " + config.resolve(config.updater.cacerts),
-                        config.placeOf("updater.cacerts"), ""});
+                        config.placeOf("updater.cacerts"),
+                        "correct the name, or leave out updater.cacerts"});
   }
   return findings;
 }

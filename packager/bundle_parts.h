@@ -13,6 +13,8 @@ namespace quillory::pack {
 /// pattern matches nothing.
 std::vector<std::string> findJars(const Config& config);
 
+/// Throws RejectedInput when what the configuration names as the updater has no class to start, and
+/// PackError when that is so of our own.
 ContentTree updaterContent(const Config& config, const BundleTools& tools);
 ContentTree applicationContent(const Config& config, const std::vector<std::string>& jars);
 

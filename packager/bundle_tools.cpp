@@ -53,7 +53,9 @@ std::string configuredFile(const Config& config, const char* key, const std::str
   const std::string path = config.resolve(configured);
   if (!isFile(path)) {
     throw RejectedInput(
-        {{Severity::kError, "missing-file", "there is no file " + path, config.placeOf(key), ""}});
+        {{Severity::kError, "missing-file", "there is no file " + path, config.placeOf(key),
+          "build it, or correct the name; without " + std::string(key) +
+              " the one that comes with us is taken"}});
   }
   return path;
 }

@@ -2,16 +2,16 @@
 
 #include <algorithm>
 #include <cctype>
+#include <optional>
 
 #include "formats/downloads.h"
-#include "launcher/install_locations.h"
+#include "packager/config_names.h"
+#include "packager/parameter_rules.h"
 #include "packager/record_writer.h"
 
 namespace quillory::pack {
 namespace {
 
-// Stands for the version of a runtime that is not known yet; none is longer in practice.
-constexpr std::int64_t kSomeRuntimeVersion = 999'999'999'999;
 constexpr std::size_t kLongestRuntimeVersion = 50;
 
 class Linter {
@@ -20,15 +20,12 @@ class Linter {
 
   void run() {
     fillIn();
-    folderName("application.name", config_.application.name,
-               std::to_string(config_.application.version));
-    folderName("runtime.name", config_.runtime.name,
-               config_.runtime.version.empty() ? std::to_string(kSomeRuntimeVersion)
-                                               : config_.runtime.version);
-    names();
-    executable();
+    lintNames(config_, findings_);
     texts();
+    memory();
     runtimeSource();
+    runtimeKeys();
+    output();
     updateUrl();
     urlSchemes();
     runtimeVersion();
@@ -63,65 +60,6 @@ class Linter {
       warning("identifier", "application.identifier",
               "is missing; \"" + app.identifier + "\" is used, which another application may have",
               "identifier = \"com.example.myapplication\", from a domain that you own");
-    }
-  }
-
-  // Rules for what becomes part of a version folder's name.
-  void folderName(const std::string& key, const std::string& name, const std::string& version) {
-    if (name.empty()) {
-      error("name", key, "is empty", "give it a name");
-    } else if (name.find('-') != std::string::npos) {
-      error("name-dash", key,
-            "holds a \"-\": the launcher takes what stands between the first two dashes of a "
-            "folder's name, so it would never find \"" +
-                name + "\" again",
-            "use a blank, a dot or nothing instead");
-    } else if (name.find(':') != std::string::npos) {
-      error("name-colon", key,
-            "holds a \":\", which separates the entries of a class path, and every class path goes "
-            "through folders of this name",
-            "leave it out");
-    } else if (name.find('/') != std::string::npos || name.find('\0') != std::string::npos ||
-               name.find('\n') != std::string::npos) {
-      error("name", key, "holds a character that no folder's name should hold", "leave it out");
-    } else if (!isUsableInFolderName(name, version)) {
-      error("record-limit", key,
-            "is too long: with its version, the folders named after it would have names of more "
-            "than 255 bytes",
-            "shorten it");
-    } else if (name.find_first_of("\"$`\\") != std::string::npos) {
-      warning("name-quote", key,
-              "holds one of \" $ ` \\, which people cannot type into a terminal as they are",
-              "leave it out");
-    }
-  }
-
-  void names() {
-    if (config_.application.name == kUpdaterName) {
-      error("name-taken", "application.name", "is \"Quillory\", the name of the updater's folders",
-            "choose another name");
-    }
-    if (config_.runtime.name == kUpdaterName || config_.runtime.name == config_.application.name) {
-      error("name-taken", "runtime.name",
-            "is the name of the " +
-                std::string(config_.runtime.name == kUpdaterName ? "updater" : "application") +
-                ", whose folders would be taken for the runtime's",
-            "choose another name, such as \"JRE\"");
-    }
-  }
-
-  void executable() {
-    const std::string& name = config_.application.executable;
-    if (name.empty() || name.find('/') != std::string::npos || name == "." || name == "..") {
-      error("name", "application.executable", "is no file name",
-            "executable = \"MyApplication\": letters and digits");
-    }
-    if (config_.application.name.find('/') == std::string::npos &&
-        (config_.application.name == "java" || config_.application.name == "keytool")) {
-      error(
-          "name-taken", "application.name",
-          "is the name of a tool in the runtime, where a copy of java gets the application's name",
-          "choose another name");
     }
   }
 
@@ -160,6 +98,41 @@ class Linter {
     }
   }
 
+  void memory() {
+    const JvmConfig& jvm = config_.jvm;
+    if (jvm.maximumHeap != 0 && jvm.initialHeap > jvm.maximumHeap) {
+      error("memory", "jvm.initial-memory-mb",
+            "is " + std::to_string(jvm.initialHeap) + ", more than the " +
+                std::to_string(jvm.maximumHeap) + " of memory-mb: Java refuses to start so",
+            "make it as large as memory-mb or smaller, or leave it out");
+    }
+  }
+
+  // Without a runtime these say nothing, and the bundle becomes an online installer in silence.
+  void runtimeKeys() {
+    const RuntimeSource source = config_.runtime.source;
+    const auto warnOf = [this](const char* name, const char* advice) {
+      const std::string key = std::string("runtime.") + name;
+      if (config_.places.count(key) != 0) {
+        warning("no-effect", key, "has no effect here", advice);
+      }
+    };
+    if (source != RuntimeSource::kJlink) {
+      for (const char* name : {"modules", "add-modules", "jlink-options", "jdk", "jmods"}) {
+        warnOf(name, "add jlink = true to [runtime], or leave it out");
+      }
+    }
+    if (source == RuntimeSource::kNone) {
+      warnOf("version", "add jlink = true or folder to [runtime]: no runtime is packed");
+    }
+  }
+
+  void output() {
+    if (config_.bundle.output.empty()) {
+      error("name", "bundle.output", "is empty", "output = \"dist\"");
+    }
+  }
+
   void runtimeSource() {
     if (config_.runtime.source == RuntimeSource::kNone && config_.update.mode == UpdateMode::kOff) {
       warning("no-runtime", "runtime",
@@ -171,22 +144,23 @@ class Linter {
 
   void updateUrl() {
     const UpdateConfig& update = config_.update;
-    if (update.mode == UpdateMode::kOff ||
-        (update.mode == UpdateMode::kDynamic && update.url.empty())) {
+    if (update.mode == UpdateMode::kOff) {
       return;
     }
-    if (update.url == kDynamicUpdateUrl) {
+    if (update.url.empty()) {
+      warning("update-url", "update.url",
+              "is missing, and the URL is dynamic: there are no updates before somebody sets one",
+              "url = \"https://example.com/updates/\", or later: quillory-pack set BUNDLE "
+              "update_url=https://...");
+    } else if (update.url == kDynamicUpdateUrl) {
       error("update-url", "update.url", "is \"D\", which stands for a dynamic URL",
             "write dynamic = true");
-    } else if (update.url.starts_with("https://")) {
-      return;
+    } else if (const std::optional<Flaw> flaw = flawOfUpdateUrl(update.url)) {
+      error("update-url", "update.url", flaw->what, flaw->advice);
     } else if (update.url.starts_with("http://")) {
       warning("plain-http", "update.url",
               "is plain http: anybody on the way can see and hold back what is downloaded",
               "use https://");
-    } else {
-      error("update-url", "update.url", "does not begin with https:// or http://",
-            "url = \"https://example.com/updates/\"");
     }
   }
 
@@ -224,6 +198,10 @@ class Linter {
       if (name == "update_url" || name == "jre_name") {
         error("parameter", key, "is written by other keys of this file",
               name == "jre_name" ? "use runtime.name" : "use dynamic = true and url in [update]");
+      } else if (name == "force_spawn" && config_.places.count("jvm.force-spawn") != 0) {
+        error("parameter", key, "is written by jvm.force-spawn as well", "keep one of the two");
+      } else if (const std::optional<Flaw> flaw = flawOfParameter(name, value)) {
+        error("parameter", key, flaw->what, flaw->advice);
       }
     }
   }

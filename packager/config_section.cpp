@@ -10,6 +10,15 @@
 namespace quillory::pack {
 namespace {
 
+// Dates and times to the second, as some people number releases, have 14 digits.
+constexpr std::int64_t kLargestVersion = 1'000'000'000'000'000'000;
+
+// Version 3 of the library reads numbers that do not fit as the nearest one that does.
+bool isSaturated(std::int64_t number) {
+  return number == std::numeric_limits<std::int64_t>::max() ||
+         number == std::numeric_limits<std::int64_t>::min();
+}
+
 // With the line on which it begins. Tables come in no order, so findings are sorted by it later.
 unsigned lineOf(const toml::value& value) { return lineAt(value.location()); }
 
@@ -83,10 +92,10 @@ const toml::value* ConfigSection::find(const std::string& key) {
 }
 
 void ConfigSection::wrongKind(const std::string& key, const toml::value& value,
-                              const std::string& wanted) {
+                              const std::string& wanted, const std::string& example) {
   findings_.push_back({Severity::kError, "wrong-kind",
                        fullName(key) + " is " + kindOf(value) + ", not " + wanted, placeOf(value),
-                       ""});
+                       "write it as in " + key + " = " + example});
 }
 
 void ConfigSection::error(const std::string& key, const std::string& rule, const std::string& what,
@@ -99,7 +108,7 @@ void ConfigSection::text(const std::string& key, std::string& out) {
     if (value->is_string()) {
       out = plainText(value->as_string());
     } else {
-      wrongKind(key, *value, "a text in quotes");
+      wrongKind(key, *value, "a text in quotes", "\"...\"");
     }
   }
 }
@@ -109,7 +118,7 @@ void ConfigSection::flag(const std::string& key, bool& out) {
     if (value->is_boolean()) {
       out = value->as_boolean();
     } else {
-      wrongKind(key, *value, "true or false");
+      wrongKind(key, *value, "true or false", "true");
     }
   }
 }
@@ -121,12 +130,12 @@ void ConfigSection::number(const std::string& key, std::int64_t& out, std::int64
     return;
   }
   if (!value->is_integer()) {
-    wrongKind(key, *value, "a whole number");
+    wrongKind(key, *value, "a whole number", std::to_string(std::max<std::int64_t>(least, 1)));
   } else if (value->as_integer() < least || value->as_integer() > most) {
     error(key, "range",
           fullName(key) + " is " + std::to_string(value->as_integer()) + ", not a number from " +
               std::to_string(least) + " to " + std::to_string(most),
-          "");
+          "choose one of these, or leave " + key + " out");
   } else {
     out = value->as_integer();
   }
@@ -141,6 +150,15 @@ void ConfigSection::number(const std::string& key, int& out, int least, int most
 void ConfigSection::version(const std::string& key, std::int64_t& out) {
   const toml::value* value = find(key);
   if (value == nullptr) {
+    return;
+  }
+  if (value->is_integer() && value->as_integer() > kLargestVersion) {
+    error(key, "version",
+          fullName(key) + " is larger than " + std::to_string(kLargestVersion) +
+              ": the launcher counts up to " +
+              std::to_string(std::numeric_limits<std::int64_t>::max()) +
+              ", so that no room would be left for later versions",
+          "count releases, as in " + key + " = 12");
     return;
   }
   if (value->is_integer() && value->as_integer() >= 0) {
@@ -160,7 +178,7 @@ void ConfigSection::texts(const std::string& key, std::vector<std::string>& out)
     return;
   }
   if (!value->is_array()) {
-    wrongKind(key, *value, "a list of texts, as in " + key + " = [\"...\"]");
+    wrongKind(key, *value, "a list of texts", "[\"...\"]");
     return;
   }
   out.clear();
@@ -168,7 +186,7 @@ void ConfigSection::texts(const std::string& key, std::vector<std::string>& out)
     if (item.is_string()) {
       out.push_back(plainText(item.as_string()));
     } else {
-      wrongKind(key, item, "a text in quotes");
+      wrongKind(key, item, "a text in quotes", "[\"...\"]");
     }
   }
 }
@@ -179,31 +197,42 @@ void ConfigSection::files(const std::string& key, std::vector<ExtraFile>& out) {
     return;
   }
   const std::string wanted = "a list of names or of { from = \"...\", to = \"...\" }";
+  const std::string example = "[\"...\", { from = \"...\", to = \"...\" }]";
   if (!value->is_array()) {
-    wrongKind(key, *value, wanted);
+    wrongKind(key, *value, wanted, example);
     return;
   }
   for (const toml::value& item : value->as_array()) {
     if (item.is_string()) {
       out.push_back({plainText(item.as_string()), ""});
+    } else if (item.is_table()) {
+      out.push_back(extraFile(key, item));
+    } else {
+      wrongKind(key, item, wanted, example);
       continue;
     }
-    if (!item.is_table()) {
-      wrongKind(key, item, wanted);
-      continue;
+    if (out.back().from.empty()) {
+      findings_.push_back({Severity::kError, "missing-key",
+                           fullName(key) + " has an entry that names no file", placeOf(item),
+                           "write { from = \"...\" } with a name, or leave the entry out"});
     }
-    ExtraFile file;
-    for (const auto& [name, part] : item.as_table()) {
-      if (part.is_string() && name == "from") {
-        file.from = plainText(part.as_string());
-      } else if (part.is_string() && name == "to") {
-        file.to = plainText(part.as_string());
-      } else {
-        wrongKind(key, item, wanted);
-      }
-    }
-    out.push_back(file);
   }
+}
+
+ExtraFile ConfigSection::extraFile(const std::string& key, const toml::value& item) {
+  ExtraFile file;
+  for (const auto& [name, part] : item.as_table()) {
+    if (name != "from" && name != "to") {
+      findings_.push_back({Severity::kError, "unknown-key",
+                           "there is no " + name + " in an entry of " + fullName(key),
+                           placeOf(part), didYouMean(name, {"from", "to"})});
+    } else if (!part.is_string()) {
+      wrongKind(key + '.' + name, part, "a text in quotes", "\"...\"");
+    } else {
+      (name == "from" ? file.from : file.to) = plainText(part.as_string());
+    }
+  }
+  return file;
 }
 
 void ConfigSection::pairs(Parameters& out) {
@@ -219,12 +248,15 @@ void ConfigSection::pairs(Parameters& out) {
     const toml::value& value = *find(key);
     if (value.is_string()) {
       out.emplace_back(key, plainText(value.as_string()));
+    } else if (value.is_integer() && isSaturated(value.as_integer())) {
+      error(key, "range", fullName(key) + " is a number that is too large to be read as one",
+            "write it in quotes");
     } else if (value.is_integer()) {
       out.emplace_back(key, std::to_string(value.as_integer()));
     } else if (value.is_boolean()) {
       out.emplace_back(key, value.as_boolean() ? "true" : "false");
     } else {
-      wrongKind(key, value, "a text, a whole number, or true or false");
+      wrongKind(key, value, "a text, a whole number, or true or false", "\"...\"");
     }
   }
 }
@@ -247,7 +279,7 @@ void ConfigSection::choice(const std::string& key, const std::vector<std::string
   }
   const std::string nearest = nearestName(given, names);
   error(key, "choice", fullName(key) + " is none of " + all,
-        nearest.empty() ? "" : "did you mean \"" + nearest + "\"?");
+        nearest.empty() ? "choose one of them" : "did you mean \"" + nearest + "\"?");
 }
 
 void ConfigSection::require(const std::string& key, const std::string& advice) {

@@ -41,7 +41,10 @@ class ConfigSection {
 
  private:
   const toml::value* find(const std::string& key);
-  void wrongKind(const std::string& key, const toml::value& value, const std::string& wanted);
+  /// `example` is a value of the right kind, as it is written.
+  void wrongKind(const std::string& key, const toml::value& value, const std::string& wanted,
+                 const std::string& example);
+  ExtraFile extraFile(const std::string& key, const toml::value& item);
   Place placeOf(const toml::value& value) const;
   /// "application.name", as messages and places have it.
   std::string fullName(const std::string& key) const { return name_ + '.' + key; }

@@ -11,6 +11,7 @@
 #include "launcher/install_locations.h"
 #include "packager/archive_checks.h"
 #include "packager/bundle_view.h"
+#include "packager/name_rules.h"
 #include "packager/target.h"
 #include "packager/verify.h"
 
@@ -101,11 +102,13 @@ class Doctor {
   void checkNames(const TailView& tail) {
     const std::string& app = tail.record("App Name");
     if (app.empty()) {
-      add(Severity::kError, "name", "the tail has no application name", tail.file, "");
+      add(Severity::kError, "name", "the tail has no application name", tail.file,
+          "name = \"...\" in [application], and pack again");
     }
     checkName("the application's name", app, tail.record("App Version"));
     checkName("the runtime's name", jreName(), tail.record("JRE Version"));
-    if (jreName() == app || jreName() == kUpdaterName || app == kUpdaterName) {
+    if (isSameOnDisk(jreName(), app) || isSameOnDisk(jreName(), kUpdaterName) ||
+        isSameOnDisk(app, kUpdaterName)) {
       add(Severity::kError, "name-taken",
           "application \"" + app + "\", runtime \"" + jreName() + "\" and updater \"" +
               kUpdaterName + "\" need different names: their folders would be taken for each other",

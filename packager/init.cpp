@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <vector>
 
+#include "launcher/install_locations.h"
 #include "packager/byte_sinks.h"
 #include "packager/config_lint.h"
 #include "packager/jar_reader.h"
+#include "packager/name_rules.h"
 
 namespace quillory::pack {
 namespace {
@@ -22,6 +26,11 @@ struct FoundJar {
 // Where build tools put jars, and where people keep those of others.
 constexpr const char* kJarFolders[] = {"",    "target", "build/libs", "dist",
                                        "out", "lib",    "libs",       "target/lib"};
+
+// Of the updater, of the runtime as it is called below, and of tools in the runtime.
+constexpr const char* kTakenNames[] = {kUpdaterName, "JRE", "java", "keytool"};
+// So that folders named after it, and the bundle, have room for the rest of their names.
+constexpr std::size_t kLongestName = 100;
 
 std::vector<FoundJar> findJars(const std::string& folder) {
   std::vector<FoundJar> found;
@@ -39,6 +48,14 @@ std::vector<FoundJar> findJars(const std::string& folder) {
     }
     std::sort(names.begin(), names.end());
     for (const std::string& name : names) {
+      // The same name twice would be one path in the bundle: build tools copy jars around.
+      const bool isThere = std::any_of(found.begin(), found.end(), [&](const FoundJar& jar) {
+        return fs::path(jar.path).filename() == name;
+      });
+      // A ":" separates the entries of a class path.
+      if (isThere || name.find(':') != std::string::npos) {
+        continue;
+      }
       const std::string path = *inside == '\0' ? name : std::string(inside) + '/' + name;
       try {
         found.push_back({path, Jar((place / name).string()).manifestValue("Main-Class")});
@@ -53,13 +70,23 @@ std::vector<FoundJar> findJars(const std::string& folder) {
   return found;
 }
 
+// Up to `most` bytes, and no character of UTF-8 cut through.
+std::size_t lengthOfWholeCharacters(const std::string& text, std::size_t most) {
+  std::size_t length = std::min(text.size(), most);
+  while (length > 0 && length < text.size() &&
+         (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
+    --length;
+  }
+  return length;
+}
+
 // "hello-world-1.2.jar" becomes "Hello World".
 std::string applicationName(const std::string& jar) {
   std::string name;
   bool startsWord = true;
   for (const char c : fs::path(jar).stem().string()) {
     const auto byte = static_cast<unsigned char>(c);
-    if (c == '-' || c == '_' || c == ' ') {
+    if (c == '-' || c == '_' || c == ' ' || byte < 0x20 || byte == 0x7F) {
       startsWord = true;
     } else if (startsWord && std::isdigit(byte) && !name.empty()) {
       break;  // a version follows
@@ -69,13 +96,27 @@ std::string applicationName(const std::string& jar) {
       startsWord = false;
     }
   }
-  return name.empty() ? "My Application" : name;
+  name.resize(std::min(name.size(), lengthOfWholeCharacters(name, kLongestName)));
+  name.erase(name.find_last_not_of(' ') + 1);
+  if (name.find_first_not_of('.') == std::string::npos) {
+    return "My Application";
+  }
+  const bool isTaken = std::any_of(std::begin(kTakenNames), std::end(kTakenNames),
+                                   [&](const char* taken) { return isSameOnDisk(name, taken); });
+  return isTaken ? name + " App" : name;
 }
 
 std::string quoted(const std::string& text) {
   std::string out = "\"";
   for (const char c : text) {
-    out += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x20 || byte == 0x7F) {
+      char escape[8];
+      std::snprintf(escape, sizeof(escape), "\\u%04X", static_cast<unsigned>(byte));
+      out += escape;
+    } else {
+      out += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
+    }
   }
   return out + '"';
 }

@@ -1,5 +1,7 @@
 #include "packager/runtime_image.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -67,6 +69,25 @@ std::string runtimeAdvice(Target target) {
          "; without [runtime] the first start downloads one";
 }
 
+// The tools in a JDK that the configuration names: others are looked for when they are run.
+void requireTools(const Config& config) {
+  const std::string& jdk = config.runtime.jdk;
+  if (jdk.empty()) {
+    return;
+  }
+  for (const char* tool : {"jlink", "jdeps"}) {
+    const bool isNeeded = tool != std::string("jdeps") || config.runtime.modules.empty();
+    const std::string path = jdk + "/bin/" + tool;
+    if (isNeeded && access(path.c_str(), X_OK) != 0) {
+      throw RejectedInput(
+          {{Severity::kError, "missing-file", "there is no program " + path + ": that is no JDK",
+            config.placeOf("runtime.jdk"),
+            "name the folder of a JDK, which holds bin, or leave out runtime.jdk to "
+            "take that of JAVA_HOME or PATH"}});
+    }
+  }
+}
+
 }  // namespace
 
 void requireModulesFor(Target target, const Config& config) {
@@ -83,6 +104,7 @@ void requireModulesFor(Target target, const Config& config) {
                           config.placeOf("runtime.jmods"),
                           "name the folder jmods of a JDK: Contents/Home/jmods in one for macOS"}});
   }
+  requireTools(config);
 }
 
 std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,

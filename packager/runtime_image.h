@@ -10,7 +10,8 @@
 
 namespace quillory::pack {
 
-/// Throws RejectedInput when jlink has no modules of `target` to link, before it is run.
+/// Throws RejectedInput when jlink has no modules of `target` to link, or is not in the JDK that is
+/// named, before it is run.
 void requireModulesFor(Target target, const Config& config);
 
 /// Makes a runtime in `workFolder` with jlink and returns its folder. `jars` are what jdeps looks

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "packager/bundle_view.h"
+#include "packager/parameter_rules.h"
 #include "packager/record_writer.h"
 
 namespace quillory::pack {
@@ -43,21 +44,8 @@ void setOne(Parameters& parameters, const std::string& name, const std::string& 
 }
 
 void check(const std::string& name, const std::string& value) {
-  if (name.empty()) {
-    throw PackError("a parameter has no name", "write NAME=VALUE");
-  }
-  if ((name == "force_spawn" || name == "show_no_ui") && value != "true" && value != "false") {
-    throw PackError(name + " is \"true\" or \"false\", and nothing else");
-  }
-  if (name == "jre_name" && (value.empty() || value.find('-') != std::string::npos ||
-                             value.find('/') != std::string::npos)) {
-    throw PackError(
-        "jre_name becomes part of folder names: it is not empty and has no \"-\" or "
-        "\"/\"");
-  }
-  if (name == "update_url" && !value.empty() && !value.starts_with("https://") &&
-      !value.starts_with("http://")) {
-    throw PackError("update_url does not begin with https:// or http://");
+  if (const std::optional<Flaw> flaw = flawOfParameter(name, value)) {
+    throw PackError((name.empty() ? "a parameter" : name) + ' ' + flaw->what, flaw->advice);
   }
 }
 

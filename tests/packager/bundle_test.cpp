@@ -284,6 +284,26 @@ TEST(BundleLint, RefusesAKeyThatIsTooShort) {
   expectRejected(project, config, "key-size");
 }
 
+TEST(BundleLint, RefusesWhatIsNoSigningKey) {
+  Project project;
+  writeFile(project / "text.pem", "text");
+  const std::string publicHalf = project / "public.pem";
+  ASSERT_EQ(
+      runChild({"openssl", "rsa", "-in", Project::key(), "-pubout", "-out", publicHalf}).exitStatus,
+      0);
+  ASSERT_EQ(runChild({"openssl", "ecparam", "-name", "prime256v1", "-genkey", "-noout", "-out",
+                      project / "ec.pem"})
+                .exitStatus,
+            0);
+  for (const char* name : {"missing.pem", "jre", "text.pem", "public.pem", "ec.pem"}) {
+    std::string config = project.config();
+    config.replace(config.find(Project::key()), Project::key().size(), name);
+    expectRejected(project, config, "signing-key");
+    EXPECT_THAT(pack({"bundle", project / "quillory.toml"}).err,
+                HasSubstr("quillory.toml:7: error: " + project / name));
+  }
+}
+
 TEST(BundleLint, WarnsOfAKeyThatOthersCanRead) {
   Project project;
   fs::copy_file(Project::key(), project / "key.pem");
@@ -321,6 +341,45 @@ TEST(BundleLint, RefusesJarsThatAreNotThere) {
   std::string config = project.config();
   config.replace(config.find("[\"hello.jar\"]"), 13, "[\"hello.jar\", \"no/*.jar\"]");
   expectRejected(project, config, "missing-file");
+}
+
+TEST(BundleLint, RefusesFilesThatAreNotThere) {
+  Project project;
+  expectRejected(project, project.config("files = [\"missing\"]\n"), "missing-file");
+  expectRejected(project, project.config("files = [{ from = \"missing/\", to = \"x\" }]\n"),
+                 "missing-file");
+  expectRejected(project, project.config("[runtime]\njlink = true\njdk = \"missing\"\n"),
+                 "missing-file");
+}
+
+TEST(BundleLint, NamesTheLineOfAFileThatIsNotThere) {
+  Project project;
+  const std::string path = project.writeConfig(project.config("files = [\"missing\"]\n"));
+  EXPECT_THAT(pack({"bundle", path}).err,
+              HasSubstr(path + ":15: error: there is no file or folder " + project / "missing"));
+}
+
+TEST(BundleLint, RefusesADamagedJar) {
+  Project project;
+  writeFile(project / "hello.jar", readFile(project / "hello.jar").substr(0, 100));
+  const std::string path = project.writeConfig(project.config());
+  const CommandResult result = pack({"bundle", path});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_THAT(result.err, HasSubstr(path + ":13: error: " + project / "hello.jar" +
+                                    ": is not a jar, or a damaged one [jar]\n"));
+  EXPECT_EQ(result.err.find("[main-class]"), std::string::npos);
+  EXPECT_FALSE(fs::exists(project / "dist/Hello.app"));
+}
+
+TEST(BundleLint, RefusesAnUpdaterThatCannotBeStarted) {
+  Project project;
+  std::string config = project.config();
+  config.replace(config.find("[updater]\n"), 10, "[updater]\nmain-class = \"com.example.No\"\n");
+  expectRejected(project, config, "main-class");
+  writeFile(project / "bad.jar", "text");
+  config.replace(config.find(QUILLORY_UPDATER_JAR), std::string(QUILLORY_UPDATER_JAR).size(),
+                 "bad.jar");
+  expectRejected(project, config, "jar");
 }
 
 TEST(BundleLint, RefusesTwoFilesForOnePath) {
@@ -380,6 +439,17 @@ TEST(BundleLint, RefusesPicturesThatAreNone) {
   expectRejected(project, project.config("splash = \"hello.jar\"\n"), "picture");
   expectRejected(project, project.config("icon = \"hello.jar\"\n"), "picture");
   expectRejected(project, project.config("splash = \"missing.png\"\n"), "missing-file");
+  writeFile(project / "cut.png", "\x89PNG\r\n\x1a\n");
+  expectRejected(project, project.config("splash = \"cut.png\"\n"), "picture");
+  expectRejected(project, project.config("icon = \"cut.png\"\n"), "picture");
+  writeFile(project / "cut.icns", "icns");
+  expectRejected(project, project.config("icon = \"cut.icns\"\n"), "picture");
+  writeFile(project / "odd.png",
+            std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\0\0\0\1\0\0\0\1", 24));
+  expectRejected(project, project.config("icon = \"odd.png\"\n"), "picture");
+  EXPECT_EQ(
+      pack({"bundle", "-q", project.writeConfig(project.config("splash = \"odd.png\"\n"))}).status,
+      0);
 }
 
 TEST(BundleLint, RefusesAJarWhoseNameSplitsTheClassPath) {
@@ -405,8 +475,9 @@ TEST(Bundle, LeavesTheOldBundleAndNoWorkWhenItFails) {
   Project project;
   bundleOf(project, project.config());
   const auto before = contentOf(project / "dist");
-  std::string config = project.config("icon = \"bad.png\"\n");
-  writeFile(project / "bad.png", "\x89PNG\r\n\x1a\n and no more than that");
+  // A file that nobody can read from its start, and which is read after the packing.
+  std::string config = project.config();
+  config.replace(config.find("[updater]\n"), 10, "[updater]\ncacerts = \"/proc/self/mem\"\n");
   EXPECT_EQ(pack({"bundle", project.writeConfig(config)}).status, 1);
   EXPECT_EQ(contentOf(project / "dist"), before);
 }

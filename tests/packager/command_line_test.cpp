@@ -205,6 +205,51 @@ TEST(Init, NeverReplacesAConfigurationAndWantsJars) {
   EXPECT_TRUE(fs::is_empty(empty.path()));
 }
 
+// What "bundle" makes of the file that "init" writes, with the tools and the runtime of the tests.
+CommandResult packWhatInitWrites(const Project& project) {
+  const std::string path = project / "quillory.toml";
+  const CommandResult init = pack({"init", path});
+  EXPECT_EQ(init.status, 0) << init.err;
+  std::string text = readFile(path);
+  text.replace(text.find("jlink = true"), 12, "folder = \"jre\"");
+  text.replace(text.find("signing.pem"), 11, Project::key());
+  writeFile(path,
+            text + "[bundle]\nlauncher = \"launcher\"\nlzma64 = \"lzma64\"\n[updater]\njar = \"" +
+                QUILLORY_UPDATER_JAR + "\"\n");
+  return pack({"bundle", path});
+}
+
+TEST(Init, WritesWhatCanBePackedWhateverTheJarIsCalled) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"a\nb\x1b\x7f.jar", "A B"},
+      {"quillory.jar", "Quillory App"},
+      {"jre-8.jar", "Jre App"},
+      {"java.jar", "Java App"},
+      {"a \"quoted\" \\name.jar", "A \"quoted\" \\name"},
+      {std::string(249, 'n') + ".jar", 'N' + std::string(99, 'n')},
+      {"....jar", "My Application"}};
+  for (const auto& [jar, name] : cases) {
+    Project project;
+    fs::rename(project / "hello.jar", project / jar);
+    const CommandResult bundle = packWhatInitWrites(project);
+    EXPECT_EQ(bundle.status, 0) << jar << bundle.err;
+    EXPECT_EQ(bundle.out, project / ("dist/" + name + ".app\n"));
+  }
+}
+
+TEST(Init, TakesAJarThatWasCopiedOnce) {
+  Project project;
+  for (const char* folder : {"target", "dist"}) {
+    fs::create_directory(project / folder);
+    fs::copy_file(project / "hello.jar", project / folder + std::string("/app.jar"));
+  }
+  fs::copy_file(project / "hello.jar", project / "a:b.jar");
+  const CommandResult bundle = packWhatInitWrites(project);
+  EXPECT_EQ(bundle.status, 0) << bundle.err;
+  EXPECT_THAT(readFile(project / "quillory.toml"),
+              HasSubstr("jars = [\"hello.jar\", \"target/app.jar\"]\n"));
+}
+
 TEST(Init, PassesOverFilesThatOnlyLookLikeJars) {
   Project project;
   writeFile(project / "aaa.jar", "text");

@@ -200,8 +200,7 @@ TEST(LoadConfig, RefusesValuesOfTheWrongKind) {
   const std::pair<const char*, const char*> cases[] = {
       {"copyright = 5\n", "application.copyright is a whole number, not a text in quotes"},
       {"splash-override = \"yes\"\n", "application.splash-override is a text, not true or false"},
-      {"arguments = \"-x\"\n",
-       "application.arguments is a text, not a list of texts, as in arguments = [\"...\"]"},
+      {"arguments = \"-x\"\n", "application.arguments is a text, not a list of texts"},
       {"arguments = [1]\n", "application.arguments is a whole number, not a text in quotes"},
       {"min-splash-ms = 1.5\n",
        "application.min-splash-ms is a number with a fraction, not a whole number"},
@@ -213,13 +212,35 @@ TEST(LoadConfig, RefusesValuesOfTheWrongKind) {
   for (const auto& [lines, what] : cases) {
     EXPECT_EQ(findingOf(loadWith(lines).findings, "wrong-kind").what, what);
   }
+  EXPECT_EQ(findingOf(loadWith("arguments = \"-x\"\n").findings, "wrong-kind").advice,
+            "write it as in arguments = [\"...\"]");
+  EXPECT_EQ(findingOf(loadWith("splash-override = 1\n").findings, "wrong-kind").advice,
+            "write it as in splash-override = true");
+  EXPECT_EQ(findingOf(loadWith("[jvm]\nmemory-mb = \"1\"\n").findings, "wrong-kind").advice,
+            "write it as in memory-mb = 1");
   EXPECT_EQ(findingOf(load("application = 5\n").findings, "wrong-kind").what,
             "\"application\" is a whole number, not a table");
+}
+
+TEST(LoadConfig, NamesWhatIsWrongWithAnEntryOfFiles) {
+  const Finding unknown =
+      findingOf(loadWith("files = [{ form = \"x\" }]\n").findings, "unknown-key");
+  EXPECT_EQ(asText(unknown),
+            ":7: error: there is no form in an entry of application.files [unknown-key]\n"
+            "  -> did you mean \"from\"?");
+  EXPECT_EQ(findingOf(loadWith("files = [{ from = 1 }]\n").findings, "wrong-kind").what,
+            "application.files.from is a whole number, not a text in quotes");
+  for (const char* lines : {"files = [\"\"]\n", "files = [{ to = \"x\" }]\n"}) {
+    EXPECT_EQ(findingOf(loadWith(lines).findings, "missing-key").what,
+              "application.files has an entry that names no file");
+  }
 }
 
 TEST(LoadConfig, RefusesNumbersOutOfRange) {
   EXPECT_EQ(findingOf(loadWith("[bundle]\ncompression = 10\n").findings, "range").what,
             "bundle.compression is 10, not a number from 0 to 9");
+  EXPECT_EQ(findingOf(loadWith("[bundle]\ncompression = 10\n").findings, "range").advice,
+            "choose one of these, or leave compression out");
   EXPECT_TRUE(hasRule(loadWith("[jvm]\nmemory-mb = -1\n").findings, "range"));
 }
 
@@ -233,6 +254,30 @@ TEST(LoadConfig, RefusesVersionsThatAreNoWholeNumbers) {
   }
   EXPECT_TRUE(hasRule(loadWith("[updater]\nversion = 1.5\n").findings, "version"));
   EXPECT_TRUE(hasRule(loadWith("[runtime]\nversion = \"17.0\"\n").findings, "version"));
+}
+
+TEST(LoadConfig, RefusesVersionsThatLeaveNoRoomForLaterOnes) {
+  const auto versioned = [](const std::string& version) {
+    std::string text = kMinimal;
+    return load(text.replace(text.find("version = 3"), 11, "version = " + version));
+  };
+  EXPECT_TRUE(versioned("1000000000000000000").accepted);
+  for (const char* version : {"1000000000000000001", "9223372036854775807"}) {
+    EXPECT_THAT(findingOf(versioned(version).findings, "version").what,
+                HasSubstr("application.version is larger than 1000000000000000000"))
+        << version;
+  }
+  // One that no 64 bits hold: the library may read the largest number, or refuse it.
+  EXPECT_FALSE(versioned("99999999999999999999").accepted);
+  const std::string large = "version = 1000000000000000001\n";
+  EXPECT_TRUE(hasRule(loadWith("[updater]\n" + large).findings, "version"));
+  EXPECT_TRUE(hasRule(loadWith("[runtime]\njlink = true\n" + large).findings, "version"));
+}
+
+TEST(LoadConfig, RefusesParametersThatAreTooLargeForNumbers) {
+  EXPECT_FALSE(loadWith("[parameters]\nx = 99999999999999999999\n").accepted);
+  EXPECT_EQ(findingOf(loadWith("[parameters]\nx = 9223372036854775807\n").findings, "range").advice,
+            "write it in quotes");
 }
 
 TEST(LoadConfig, TellsWhereTheNotationIsWrong) {
@@ -288,6 +333,45 @@ TEST(LintConfig, RefusesNamesThatAreNoFolderNames) {
   EXPECT_TRUE(hasRule(loadWith("[runtime]\nname = \"Quillory\"\n").findings, "name-taken"));
 }
 
+TEST(LintConfig, RefusesNamesThatADiskTakesForOne) {
+  for (const char* name : {"quillory", "QUILLORY", "jre", "Java", "KeyTool"}) {
+    EXPECT_TRUE(hasRule(named('"' + std::string(name) + '"'), "name-taken")) << name;
+  }
+  EXPECT_TRUE(hasRule(loadWith("[runtime]\nname = \"quilLory\"\n").findings, "name-taken"));
+  EXPECT_TRUE(hasRule(loadWith("[runtime]\nname = \"hello\"\n").findings, "name-taken"));
+}
+
+TEST(LintConfig, RefusesNamesThatNobodySeesOrCanWrite) {
+  for (const char* name :
+       {" ", " a", "a ", "a\\u0000b", "a\\u001bb", "a\\tb", "a\\u007f", ".", ".."}) {
+    const Findings findings = named('"' + std::string(name) + '"');
+    EXPECT_TRUE(hasRule(findings, "name")) << name;
+    EXPECT_FALSE(hasRule(findings, "record-limit")) << name;
+    EXPECT_TRUE(hasRule(loadWith("executable = \"" + std::string(name) + "\"\n").findings, "name"))
+        << name;
+  }
+}
+
+TEST(LintConfig, RefusesExecutablesThatNoFileCanBeNamedAfter) {
+  EXPECT_TRUE(loadWith("executable = \"" + std::string(250, 'e') + "\"\n").accepted);
+  EXPECT_EQ(
+      findingOf(loadWith("executable = \"" + std::string(300, 'e') + "\"\n").findings, "name").what,
+      "application.executable has 300 bytes; with the ending of its icon, 250 fit into a file's "
+      "name");
+}
+
+TEST(LintConfig, WarnsOfIdentifiersThatMacOSMayNotTake) {
+  for (const char* identifier :
+       {"com.example.my app", "com.example.my_app", "com.example.\u00e4"}) {
+    std::string text = kMinimal;
+    text.replace(text.find("com.example.hello"), 17, identifier);
+    const Loaded loaded = load(text);
+    EXPECT_TRUE(loaded.accepted);
+    EXPECT_EQ(findingOf(loaded.findings, "identifier").severity, Severity::kWarning);
+  }
+  EXPECT_FALSE(hasRule(load(kMinimal).findings, "identifier"));
+}
+
 TEST(LintConfig, RefusesNamesThatMakeFolderNamesTooLong) {
   // "Quillory-" + name + "-3-complete.plugin" has 255 bytes at most.
   EXPECT_FALSE(hasRule(named('"' + std::string(228, 'n') + '"'), "record-limit"));
@@ -312,6 +396,17 @@ TEST(LintConfig, RefusesTextsThatTheLauncherWouldCut) {
       hasRule(loadWith("[install]\nsilent-switch = \"a\\u0000b\"\n").findings, "zero-byte"));
 }
 
+TEST(LintConfig, RefusesAFirstHeapThatIsLargerThanTheLargest) {
+  EXPECT_EQ(
+      asText(findingOf(loadWith("[jvm]\nmemory-mb = 64\ninitial-memory-mb = 65\n").findings,
+                       "memory")),
+      ":9: error: jvm.initial-memory-mb is 65, more than the 64 of memory-mb: Java refuses to "
+      "start so [memory]\n"
+      "  -> make it as large as memory-mb or smaller, or leave it out");
+  EXPECT_TRUE(loadWith("[jvm]\nmemory-mb = 64\ninitial-memory-mb = 64\n").accepted);
+  EXPECT_TRUE(loadWith("[jvm]\ninitial-memory-mb = 65\n").accepted);
+}
+
 TEST(LintConfig, RefusesWhatIsNoMainClass) {
   std::string text = kMinimal;
   text.replace(text.find("com.example.Hello"), 17, "com/example/Hello");
@@ -331,12 +426,49 @@ TEST(LintConfig, ChecksUpdateUrls) {
             Severity::kWarning);
   EXPECT_TRUE(hasRule(loadWith("[update]\nurl = \"ftp://example.com/\"\n").findings, "update-url"));
   EXPECT_TRUE(hasRule(loadWith("[update]\nurl = \"D\"\n").findings, "update-url"));
+  for (const char* url : {"https://", "http:///x", "https://:80/", "https://x y/",
+                          "https://x/\\u0007", "https://x/?a=b", "https://x/#a"}) {
+    const Loaded loaded = loadWith("[update]\nurl = \"" + std::string(url) + "\"\n");
+    EXPECT_FALSE(loaded.accepted) << url;
+    EXPECT_NE(findingOf(loaded.findings, "update-url").advice, "") << url;
+  }
+  EXPECT_TRUE(loadWith("[update]\nurl = \"https://[::1]:8080/a%20b/\"\n").findings.empty());
+}
+
+TEST(LintConfig, WarnsOfADynamicUrlThatIsNotThereYet) {
+  const Loaded loaded = loadWith("[update]\ndynamic = true\n");
+  EXPECT_TRUE(loaded.accepted);
+  EXPECT_EQ(findingOf(loaded.findings, "update-url").severity, Severity::kWarning);
+  EXPECT_TRUE(
+      loadWith("[update]\ndynamic = true\nurl = \"https://a.example/\"\n").findings.empty());
 }
 
 TEST(LintConfig, WarnsWhenThereIsNoRuntimeAndNoPlaceToGetOneFrom) {
   EXPECT_TRUE(hasRule(loadWith("").findings, "no-runtime"));
   EXPECT_FALSE(hasRule(loadWith("[runtime]\njlink = true\n").findings, "no-runtime"));
   EXPECT_FALSE(hasRule(loadWith("[update]\ndynamic = true\n").findings, "no-runtime"));
+}
+
+TEST(LintConfig, WarnsOfRuntimeKeysWithoutEffect) {
+  for (const char* line : {"jmods = \"x\"", "jdk = \"x\"", "add-modules = [\"java.sql\"]",
+                           "jlink-options = [\"-v\"]", "modules = [\"java.base\"]"}) {
+    for (const char* other : {"jlink = false\n", "folder = \"jre\"\njlink = false\n"}) {
+      const Loaded loaded = loadWith("[runtime]\n" + std::string(other) + line + '\n');
+      EXPECT_TRUE(loaded.accepted) << line;
+      EXPECT_EQ(findingOf(loaded.findings, "no-effect").severity, Severity::kWarning) << line;
+    }
+    EXPECT_FALSE(hasRule(loadWith("[runtime]\njlink = true\n" + std::string(line) + '\n').findings,
+                         "no-effect"))
+        << line;
+  }
+  EXPECT_TRUE(hasRule(loadWith("[runtime]\nversion = 17\n").findings, "no-effect"));
+  EXPECT_FALSE(
+      hasRule(loadWith("[runtime]\nfolder = \"jre\"\nversion = 17\n").findings, "no-effect"));
+}
+
+TEST(LintConfig, RefusesAnEmptyOutputFolder) {
+  EXPECT_EQ(findingOf(loadWith("[bundle]\noutput = \"\"\n").findings, "name").what,
+            "bundle.output is empty");
 }
 
 TEST(LintConfig, ChecksUrlSchemes) {
@@ -352,6 +484,24 @@ TEST(LintConfig, RefusesParametersThatOtherKeysWrite) {
   EXPECT_EQ(findingOf(loadWith("[parameters]\njre_name = \"x\"\n").findings, "parameter").advice,
             "use runtime.name");
   EXPECT_TRUE(hasRule(loadWith("[parameters]\nupdate_url = \"x\"\n").findings, "parameter"));
+}
+
+TEST(LintConfig, RefusesParametersThatTheLauncherDoesNotTake) {
+  for (const char* line :
+       {"force_spawn = \"maybe\"", "show_no_ui = \"yes\"", "show_no_ui = 1", "\"\" = \"x\""}) {
+    const Loaded loaded = loadWith("[parameters]\n" + std::string(line) + '\n');
+    EXPECT_FALSE(loaded.accepted) << line;
+    EXPECT_NE(findingOf(loaded.findings, "parameter").advice, "") << line;
+  }
+  EXPECT_TRUE(loadWith("[parameters]\nforce_spawn = true\nshow_no_ui = \"false\"\n").accepted);
+}
+
+TEST(LintConfig, RefusesAParameterThatWouldBeWrittenTwice) {
+  EXPECT_EQ(
+      findingOf(loadWith("[jvm]\nforce-spawn = true\n[parameters]\nforce_spawn = true\n").findings,
+                "parameter")
+          .what,
+      "parameters.force_spawn is written by jvm.force-spawn as well");
 }
 
 TEST(LintConfig, WarnsOfAMissingIdentifier) {

@@ -380,6 +380,12 @@ TEST_F(SetParameters, LeavesTheFileAloneWhenAChangeMakesNoSense) {
                                             {"show_no_ui=1"},
                                             {"jre_name=a-b"},
                                             {"jre_name="},
+                                            {"jre_name=a:b"},
+                                            {"jre_name=a/b"},
+                                            {"jre_name=.."},
+                                            {"update_url=https://"},
+                                            {"update_url=https://x y/"},
+                                            {"update_url=https://x/?a=b"},
                                             {"update_url=ftp://x"},
                                             {"--unset", "missing"},
                                             {std::string(1023, 'n') + "=x"}};
@@ -502,6 +508,9 @@ TEST_F(DoctorOf, TailsMadeByHand) {
   EXPECT_THAT(
       complaintsAbout(records({"Quillory", "x", "1", "1", "", key, "", "", "", "", ""}), entries),
       AllOf(HasSubstr("[name-taken]"), HasSubstr("[version]")));
+  EXPECT_THAT(
+      complaintsAbout(records({"jre", "3", "1", "1", "", key, "", "", "", "", ""}), entries),
+      HasSubstr("[name-taken]"));
   EXPECT_THAT(complaintsAbout(records({"App", "3", "", "", "", key, "", "", "", "", ""}), ""),
               AllOf(HasSubstr("[no-updater]"), HasSubstr("[no-lzma64]"), HasSubstr("[no-runtime]"),
                     HasSubstr("[missing-entry]")));
@@ -552,7 +561,7 @@ TEST_F(DoctorOf, ArchivesWithoutWhatAStartNeeds) {
   };
   const std::string empty = records({"0", "x", "0"});
   const std::string nothing = records({""});
-  const std::string launch = records({"6", "", "", "", "", "0", "0", "0", "1", "lib/a.jar", "0"});
+  const std::string launch = records({"6", "", "", "", "", "0", "7", "8", "1", "lib/a.jar", "0"});
   writeFile(tail(),
             records({"App", "3", "1", "1", "", "", "", "", "", "", ""}) + tool + empty +
                 nested("GU.p2", nothing) + empty + empty + nested("JRE.p2", nothing) +
@@ -566,6 +575,7 @@ TEST_F(DoctorOf, ArchivesWithoutWhatAStartNeeds) {
       AllOf(HasSubstr("there is no launch file in the archive"),
             HasSubstr("the runtime has no Contents/Home/bin/java"), HasSubstr("[no-rt-jar]"),
             HasSubstr("the class path names \"lib/a.jar\", which is not in the archive"),
+            HasSubstr("a heap of 8 MiB, more than the 7 that it allows"),
             HasSubstr("the launch file names no main class"), HasSubstr("[runtime-executable]")));
 }
 
