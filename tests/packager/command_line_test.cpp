@@ -354,6 +354,8 @@ TEST(Program, SaysThatItWasInterruptedAndNotThatItsToolFailed) {
   Project project;
   writeFile(project / "jdk/bin/jdeps", "#!/bin/sh\nkill -INT $PPID\nexit 130\n");
   fs::permissions(project / "jdk/bin/jdeps", fs::perms(0755));
+  writeFile(project / "jdk/bin/jlink", "#!/bin/sh\nexit 1\n");
+  fs::permissions(project / "jdk/bin/jlink", fs::perms(0755));
   project.writeConfig(project.config("[runtime]\njlink = true\njdk = \"jdk\"\n"));
   const ChildResult result =
       runChild({QUILLORY_PACK, "bundle", "--target", "linux", project / "quillory.toml"});
