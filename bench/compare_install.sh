@@ -18,27 +18,9 @@ cd "$work"
 jdk=$(dirname "$(dirname "$(readlink -f "$(command -v jlink)")")")
 mkdir data
 head -c 100000000 "$jdk/lib/modules" | split -b 100000 -a 3 -d - data/file
-javac -d classes "$here/ShortMain.java"
-jar --create --file short.jar -C classes .
-"$bin/quillory-pack" keygen -q --bits 2048 key.pem >/dev/null
-pack() {  # NAME FILES
-  cat >"$1.toml" <<TOML
-[application]
-name = "$1"
-version = 1
-main-class = "ShortMain"
-jars = ["short.jar"]
-files = [$2]
-identifier = "com.example.$1"
-[runtime]
-modules = ["java.base"]
-[signing]
-key = "key.pem"
-TOML
-  "$bin/quillory-pack" bundle -q "$1.toml" --compression 6 >/dev/null
-}
-pack Large '"data"' &
-pack Small ''
+. "$here/short_app.sh"
+pack Large 6 'files = ["data"]' &
+pack Small 6
 tar -cf - data | xz --format=lzma -6 >data.tar.lzma
 wait $!
 

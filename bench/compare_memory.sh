@@ -12,26 +12,9 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 
-javac -d classes "$here/ShortMain.java"
-jar --create --file short.jar -C classes .
 cp "$here/../examples/hello/nativesplash.png" .
-"$bin/quillory-pack" keygen -q --bits 2048 key.pem >/dev/null
-cat >quillory.toml <<'TOML'
-[application]
-name = "Short"
-version = 1
-main-class = "ShortMain"
-jars = ["short.jar"]
-splash = "nativesplash.png"
-identifier = "com.example.short"
-[jvm]
-force-spawn = true
-[runtime]
-modules = ["java.base"]
-[signing]
-key = "key.pem"
-TOML
-"$bin/quillory-pack" bundle -q --compression 0 >/dev/null
+. "$here/short_app.sh"
+pack Short 0 'splash = "nativesplash.png"' $'[jvm]\nforce-spawn = true'
 . "$here/own_home.sh"
 launcher="$work/dist/Short.app/Contents/MacOS/Short"
 

@@ -16,22 +16,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 
-javac -d classes "$here/ShortMain.java"
-jar --create --file short.jar -C classes .
-"$bin/quillory-pack" keygen -q --bits 2048 key.pem >/dev/null
-cat >quillory.toml <<'TOML'
-[application]
-name = "Short"
-version = 1
-main-class = "ShortMain"
-jars = ["short.jar"]
-identifier = "com.example.short"
-[runtime]
-modules = ["java.base"]
-[signing]
-key = "key.pem"
-TOML
-"$bin/quillory-pack" bundle -q --compression 0 >/dev/null
+. "$here/short_app.sh"
+pack Short 0
 
 . "$here/own_home.sh"
 launcher=$(echo "$work"/dist/Short.app/Contents/MacOS/*)
