@@ -1,9 +1,9 @@
 #include "formats/archive_tools.h"
 
 #include "formats/archive_output.h"
-#include "java/spawner.h"
 #include "support/files.h"
 #include "support/log.h"
+#include "support/spawner.h"
 
 namespace quillory {
 namespace {

@@ -2,7 +2,7 @@
 
 #import "formats/downloader_cocoa.h"
 #include "formats/downloads.h"
-#include "support/autorelease_pool.h"
+#include "platform/autorelease_pool.h"
 
 namespace quillory {
 namespace {

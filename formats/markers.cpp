@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -33,6 +34,11 @@ char* allocFromDigits(std::string_view digits, int length) {
   return marker.release();
 }
 
+std::string fromDigits(std::string_view digits) {
+  const std::vector<unsigned char> bytes = bytesOfHex(std::string(digits));
+  return {bytes.begin(), bytes.end()};
+}
+
 constexpr std::size_t kBlockLength = 1 << 16;
 
 /// Goes on where `matched` bytes of the marker stood before the block. Gives the number of bytes up
@@ -57,6 +63,10 @@ char* allocAndInitMarker() { return allocFromDigits(kTailMarkerDigits, kTailMark
 char* allocAndInitParamsMarker() {
   return allocFromDigits(kParamsMarkerDigits, kParamsMarkerLength);
 }
+
+std::string tailMarker() { return fromDigits(kTailMarkerDigits); }
+
+std::string paramsMarker() { return fromDigits(kParamsMarkerDigits); }
 
 std::uint32_t scanToMarker(std::FILE* stream, const char* marker, int length, const char* name) {
   if (length <= 0) return 0;

@@ -2,6 +2,7 @@
 #pragma once
 #include <cstdint>
 #include <cstdio>
+#include <string>
 
 namespace quillory {
 
@@ -15,6 +16,10 @@ char* allocAndInitMarker();
 
 /// The marker of the parameters file, kParamsMarkerLength bytes, made in the same way.
 char* allocAndInitParamsMarker();
+
+/// The same two for C++.
+std::string tailMarker();
+std::string paramsMarker();
 
 /// The number of bytes read up to and including the marker, leaving the stream just behind it; or
 /// kMarkerNotFound. A mismatching byte is not tried again as a first byte, so a marker that

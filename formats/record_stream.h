@@ -2,6 +2,7 @@
 // knows in advance. docs/formats/record-stream.md has the bytes. Streams are borrowed: nothing
 // here opens, closes or rewinds one.
 #pragma once
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -10,6 +11,10 @@ namespace quillory {
 
 inline constexpr int kDefaultCapacity = 1024;
 inline constexpr int kNumberCapacity = 40;
+
+/// Characters that a value read with `capacity` may have: one fewer than fit, because a value that
+/// fills the reader's block is cut there with a warning, even if nothing is lost.
+constexpr std::size_t longestValue(int capacity) { return static_cast<std::size_t>(capacity) - 2; }
 
 /// The next value, in a zero-filled block of `capacity` bytes; release it with free().
 ///

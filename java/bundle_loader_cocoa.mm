@@ -3,7 +3,7 @@
 #import "cocoa.h"
 
 #include "java/jni_launch.h"
-#include "support/autorelease_pool.h"
+#include "platform/autorelease_pool.h"
 #include "support/log.h"
 
 namespace quillory {

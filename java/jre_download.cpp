@@ -8,15 +8,14 @@
 
 #include "formats/archive.h"
 #include "formats/downloads.h"
+#include "install/version_folders.h"
 #include "java/jre_inspection.h"
-#include "java/spawner.h"
-#include "launcher/install_locations.h"
 #include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
-#include "ui/splash.h"
+#include "support/spawner.h"
 
 namespace quillory {
 namespace {
@@ -25,18 +24,6 @@ namespace {
   logError("%s", message.c_str());
   if (!folder.empty()) removeTree(folder.c_str());
   std::exit(kExitFailure);
-}
-
-void takeSplashDown(const JreRequest& request) {
-  if (!request.isSilent) splash::cleanup();
-}
-
-void showSplash(const JreRequest& request) {
-  if (!request.isSilent) splash::showSplash();
-}
-
-void showIndefiniteProgress(const JreRequest& request) {
-  if (!request.isSilent) splash::setProgress(splash::kProgressIndefinite);
 }
 
 // True when a whole file arrived. What an earlier start left there is never taken for it.
@@ -56,13 +43,13 @@ std::string downloadVersion(const JreRequest& request) {
   const std::string url =
       request.updateUrl + versionFileName(request.jreName) + "?time=" + now.get();
   const std::string path = request.versionFileFolder + '/' + versionFileName(request.jreName);
-  showSplash(request);
+  request.display.show();
   logMessage("[JREDownload] Fetching JRE Version from %s\n", url.c_str());
   if (!download(url, path)) {
-    takeSplashDown(request);
+    request.display.takeDown();
     giveUp("", "[JREDownload] Failed to download JRE version file\n");
   }
-  showIndefiniteProgress(request);
+  request.display.showIndefiniteProgress();
   logMessage("[JREDownload] JRE version downloaded OK [%s]\n", path.c_str());
 
   const OwnedFile file(std::fopen(path.c_str(), "r"));
@@ -75,14 +62,14 @@ std::string downloadVersion(const JreRequest& request) {
 void downloadArchive(const JreRequest& request, const std::string& version,
                      const std::string& folder, const std::string& packed) {
   const std::string url = remoteName(request) + version + "-archive.p2.l2";
-  showSplash(request);
+  request.display.show();
   logMessage("[JREDownload] Downloading JRE\n");
   logMessage("[JREDownload] JRE archive is at %s\n", url.c_str());
   if (!download(url, packed)) {
-    takeSplashDown(request);
+    request.display.takeDown();
     giveUp(folder, "[JREDownload] Failed to download JRE\n");
   }
-  showIndefiniteProgress(request);
+  request.display.showIndefiniteProgress();
   logMessage("[JREDownload] JRE Downloaded OK, will extract\n");
 }
 

@@ -9,13 +9,13 @@
 #include <cstring>
 #include <string>
 
-#include "java/command_output.h"
-#include "java/spawner.h"
+#include "support/command_output.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/process.h"
+#include "support/spawner.h"
 #include "support/strings.h"
 
 namespace quillory {

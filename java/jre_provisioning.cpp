@@ -6,11 +6,11 @@
 
 #include "formats/archive.h"
 #include "formats/downloads.h"
+#include "install/version_folders.h"
 #include "java/jre_bundle.h"
 #include "java/jre_download.h"
 #include "java/jre_inspection.h"
 #include "java/jre_search.h"
-#include "launcher/install_locations.h"
 #include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"

@@ -8,6 +8,13 @@
 
 namespace quillory {
 
+/// What a person is shown while a JRE is fetched; by default nothing.
+struct FetchDisplay {
+  void (*show)() = [] {};                    ///< the splash, in front
+  void (*showIndefiniteProgress)() = [] {};  ///< its bar, without a percentage
+  void (*takeDown)() = [] {};                ///< for good
+};
+
 struct JreRequest {
   std::string masterFolder;
   std::string jreName;
@@ -19,7 +26,7 @@ struct JreRequest {
   std::string caCerts;        ///< override trust store; need not exist
   std::FILE* tail = nullptr;  ///< stands on the JRE's entry, where there is one
   Rsa_key* key = nullptr;     ///< may be null
-  bool isSilent = false;      ///< also for a prepare-only run; then no splash call is made
+  FetchDisplay display;       ///< of a silent or prepare-only run: the default
   bool isAutoTest = false;
   /// For the compatibility class of the installed updater (see launch_flow.h).
   const PropertyBlock* properties = nullptr;

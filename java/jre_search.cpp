@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "java/command_output.h"
+#include "install/version_folders.h"
 #include "java/jre_inspection.h"
 #include "java/launch_flow.h"
-#include "launcher/install_locations.h"
+#include "support/command_output.h"
 #include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"

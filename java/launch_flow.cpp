@@ -8,13 +8,13 @@
 #include <utility>
 #include <vector>
 
+#include "formats/launch_file.h"
 #include "formats/record_stream.h"
+#include "install/version_folders.h"
 #include "java/app_executable.h"
 #include "java/launch_command.h"
-#include "java/launch_file.h"
 #include "java/launch_properties.h"
 #include "java/launch_start.h"
-#include "launcher/install_locations.h"
 #include "support/exit_status.h"
 #include "support/log.h"
 #include "support/owned.h"

@@ -10,13 +10,13 @@
 
 #include "formats/downloads.h"
 #include "formats/record_stream.h"
-#include "launcher/install_locations.h"
+#include "install/version_folders.h"
 #include "support/clock.h"
 #include "support/exit_status.h"
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
-#include "ui/url_request.h"
+#include "support/url_request.h"
 
 namespace quillory {
 namespace {

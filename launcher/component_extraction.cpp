@@ -3,8 +3,8 @@
 #include <cstdlib>
 
 #include "formats/archive.h"
+#include "install/version_folders.h"
 #include "launcher/bundle_paths.h"
-#include "launcher/install_locations.h"
 #include "launcher/splash_override.h"
 #include "support/exit_status.h"
 #include "support/files.h"
@@ -13,12 +13,6 @@
 #include "support/paths.h"
 
 namespace quillory {
-namespace {
-
-constexpr int kUpdaterEntries = 3;
-constexpr int kApplicationEntries = 2;
-
-}  // namespace
 
 ComponentFolders nameComponentFolders(const std::string& masterFolder, const std::string& guVersion,
                                       const std::string& appName, const std::string& appVersion) {
@@ -66,7 +60,8 @@ void extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
 
 UpdaterFiles locateUpdaterFiles(const std::string& guFolder) {
   logMessage("[Extractor] Recreating GU location\n");
-  const UpdaterFiles files = {joinPath(guFolder, kLzmaToolName), joinPath(guFolder, "cacerts"),
+  const UpdaterFiles files = {joinPath(guFolder, kLzmaToolName),
+                              joinPath(guFolder, kTrustStoreName),
                               joinPath(guFolder, kSplashPictureName)};
   logMessage("[Extractor] CACerts override path is %s\n", files.caCerts.c_str());
   logMessage("[Extractor] Native Splash PNG path is %s\n", files.splashPicture.c_str());

@@ -14,11 +14,9 @@
 #include <string>
 
 #include "formats/archive_signature.h"
+#include "formats/tail_format.h"
 
 namespace quillory {
-
-inline constexpr char kLzmaToolName[] = "lzma64";
-inline constexpr char kSplashPictureName[] = "nativesplash.png";
 
 /// The open tail and the key of its archives (may be null).
 struct TailArchives {

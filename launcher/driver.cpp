@@ -5,6 +5,9 @@
 #include <string>
 
 #include "formats/property_block.h"
+#include "install/file_logging.h"
+#include "install/install_locations.h"
+#include "install/version_folders.h"
 #include "java/jre_inspection.h"
 #include "java/jre_provisioning.h"
 #include "java/launch_flow.h"
@@ -12,7 +15,6 @@
 #include "launcher/component_extraction.h"
 #include "launcher/dynamic_params.h"
 #include "launcher/elevated_setup.h"
-#include "launcher/install_locations.h"
 #include "launcher/update_decision.h"
 #include "launcher/wrapper_tail.h"
 #include "support/exit_status.h"
@@ -74,7 +76,7 @@ std::string readTail(Start& start) {
   refuseUnusableNames(start.tail);
 
   addTailProperties(start.tail, start.isSilent, start.properties);
-  start.key = loadSignatureKey(start.tail.signaturePublicKey);
+  start.key = loadSignatureKey(start.tail);
   const std::string sharedDirectory = findSharedDirectory(start);
   logMessage("[Extractor] Shared dir is %s\n", sharedDirectory.c_str());
   start.updateUrl = endUpdateUrl(updateUrl);
@@ -124,6 +126,12 @@ void showSplash(const Start& start, const std::string& picture) {
   splash::setProgress(splash::kProgressIndefinite);
 }
 
+FetchDisplay splashAsDisplay() {
+  return {.show = splash::showSplash,
+          .showIndefiniteProgress = [] { splash::setProgress(splash::kProgressIndefinite); },
+          .takeDown = splash::cleanup};
+}
+
 /// Provides the JRE and returns the path of its unpack200.
 std::string setUpJre(const Start& start, const ComponentFolders& folders,
                      const UpdaterFiles& updater) {
@@ -138,7 +146,7 @@ std::string setUpJre(const Start& start, const ComponentFolders& folders,
   request.caCerts = updater.caCerts;
   request.tail = start.tailStream.get();
   request.key = start.key;
-  request.isSilent = !start.showsUi();
+  if (start.showsUi()) request.display = splashAsDisplay();
   request.isAutoTest = start.params.isAutoTest;
   request.properties = &start.properties;
   request.argCount = start.line.argCount;

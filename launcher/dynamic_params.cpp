@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "formats/markers.h"
+#include "formats/params_format.h"
 #include "formats/record_stream.h"
 #include "formats/text_encodings.h"
 #include "java/launch_flow.h"
@@ -96,9 +97,9 @@ class ParamInterpreter {
 };
 
 std::string chooseParamsFile(const Executable& exe) {
-  const std::string outsideSignature = exe.resource("AppParams.excludefromsigning");
+  const std::string outsideSignature = exe.resource(kParamsFileName);
   if (doesFileExist(outsideSignature.c_str())) return outsideSignature;
-  return exe.resource("params.lproj", "locversion.plist");
+  return exe.resource(kLocalizedParamsFolder, kLocalizedParamsFileName);
 }
 
 }  // namespace
@@ -127,7 +128,7 @@ DynamicParams readDynamicParams(const Executable& exe, bool prepareOnly,
 }
 
 DynamicParams readParamPairs(std::FILE* stream, PropertyBlock& properties) {
-  const int count = readInt(stream, "Params Count");
+  const int count = readInt(stream, kParamsCountRecord);
   logMessage("\n");
   logMessage("%s", kRule);
   logMessage("+++ Processing %d dynamic properties\n", count);
@@ -135,8 +136,8 @@ DynamicParams readParamPairs(std::FILE* stream, PropertyBlock& properties) {
 
   ParamInterpreter interpreter(properties);
   for (int i = 0; i < count && !isAtEnd(stream); ++i) {
-    const std::string name = readText(stream, "Param Name");
-    const std::string value = readText(stream, "Param Value", kParamValueCapacity);
+    const std::string name = readText(stream, kParamNameRecord);
+    const std::string value = readText(stream, kParamValueRecord, kParamValueCapacity);
     interpreter.take(i, name, value);
   }
   logEndSection("Processing dynamic properties\n");

@@ -10,8 +10,6 @@
 
 namespace quillory {
 
-inline constexpr int kParamValueCapacity = 200000;
-
 struct DynamicParams {
   std::optional<std::string> updateUrl;    ///< "update_url", where there is one
   std::optional<std::string> splashImage;  ///< "splash_image", decoded

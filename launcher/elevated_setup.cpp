@@ -4,12 +4,12 @@
 
 #include <cstdlib>
 
-#include "java/spawner.h"
 #include "launcher/parent_process.h"
 #include "launcher/prepare_only.h"
 #include "launcher/splash_override.h"
 #include "support/exit_status.h"
 #include "support/log.h"
+#include "support/spawner.h"
 #include "ui/splash.h"
 
 namespace quillory {

@@ -6,7 +6,7 @@
 #include "formats/downloads_cocoa.h"
 #include "java/bundle_loader.h"
 #include "launcher/run_thread.h"
-#include "support/cocoa_support.h"
+#include "platform/cocoa_support.h"
 #include "support/exit_status.h"
 #include "support/log.h"
 #include "support/standard_streams.h"

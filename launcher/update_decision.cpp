@@ -2,9 +2,9 @@
 
 #include <cstdlib>
 
+#include "install/version_folders.h"
 #include "java/jre_inspection.h"
 #include "launcher/bundle_paths.h"
-#include "launcher/install_locations.h"
 #include "support/log.h"
 #include "support/owned.h"
 

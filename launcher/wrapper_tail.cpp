@@ -8,7 +8,7 @@
 #include "formats/markers.h"
 #include "formats/record_stream.h"
 #include "formats/text_encodings.h"
-#include "launcher/install_locations.h"
+#include "install/version_folders.h"
 #include "support/exit_status.h"
 #include "support/log.h"
 
@@ -45,26 +45,18 @@ OwnedFile openWrapperTail(const Executable& exe) {
     return file;
   }
   logMessage("[Extractor] The executable dir is %s\n", exe.folder.c_str());
-  const std::string path = exe.resource("Tail");
+  const std::string path = exe.resource(kTailFileName);
   logMessage("[Extractor] No tail found. Trying %s\n", path.c_str());
   return openOrExit(path);
 }
 
 TailRecords readTailRecords(std::FILE* stream) {
   TailRecords tail;
-  tail.appName = readText(stream, "App Name");
-  tail.appVersion = readText(stream, "App Version");
-  tail.jreVersion = readText(stream, "JRE Version");
-  tail.guVersion = readText(stream, "GU Version");
-  tail.minSplashMs = readText(stream, "Min Splash MS");
-  if (!isAtEnd(stream))
-    tail.signaturePublicKey = readText(stream, "Signature Public Key", kPublicKeyCapacity);
-  tail.canOverrideSplash = readText(stream, "Can Override Splash");
-  tail.installType = readText(stream, "Install Type");
-  tail.silentParameter = readText(stream, "Silent Parameter");
-  tail.requiredJavaVersion = readText(stream, "Required Java Version");
-  tail.updateUrl = readText(stream, "Update URL", kUpdateUrlCapacity);
-
+  for (const TailRecord& record : kTailRecords) {
+    if (record.text == &TailRecords::signaturePublicKey)
+      tail.hasSignaturePublicKey = !isAtEnd(stream);
+    tail.*record.text = readText(stream, record.name, record.capacity);
+  }
   if (!tail.requiredJavaVersion.empty())
     logMessage("[Extractor] Required Java version %s\n", tail.requiredJavaVersion.c_str());
   return tail;
@@ -103,7 +95,7 @@ void addTailProperties(const TailRecords& tail, bool isSilent, PropertyBlock& pr
   addStaticProperty(properties, "update_url", tail.updateUrl);
   addStaticProperty(properties, "install_type", tail.installType);
   addStaticProperty(properties, "min_splash_ms", tail.minSplashMs);
-  addStaticProperty(properties, "qysig_public_key", tail.signaturePublicKey.value_or(""));
+  addStaticProperty(properties, "qysig_public_key", tail.signaturePublicKey);
   addStaticProperty(properties, "can_override_splash", tail.canOverrideSplash);
   addStaticProperty(properties, "app_name", tail.appName);
   addStaticProperty(properties, "wrapper_app_version", tail.appVersion);
@@ -113,16 +105,17 @@ void addTailProperties(const TailRecords& tail, bool isSilent, PropertyBlock& pr
   if (isSilent) addStaticProperty(properties, "show_no_ui", "true");
 }
 
-Rsa_key* loadSignatureKey(const std::optional<std::string>& hex) {
-  if (!hex.has_value()) {
+Rsa_key* loadSignatureKey(const TailRecords& tail) {
+  if (!tail.hasSignaturePublicKey) {
     logMessage("[Extractor] Public key empty (no public key)\n");
     return nullptr;
   }
-  if (hex->empty()) {
+  const std::string& hex = tail.signaturePublicKey;
+  if (hex.empty()) {
     logMessage("[Extractor] Public key length %d (no public key)\n", 0);
     return nullptr;
   }
-  const std::vector<unsigned char> der = bytesOfHex(*hex);
+  const std::vector<unsigned char> der = bytesOfHex(hex);
   const int length = static_cast<int>(der.size());
   logMessage("[Extractor] Processed public key of length %d\n", length);
   Rsa_key* key = loadDEREncodedPublicKey(der.data(), length);

@@ -8,28 +8,11 @@
 
 #include "formats/archive_signature.h"
 #include "formats/property_block.h"
+#include "formats/tail_format.h"
 #include "launcher/bundle_paths.h"
 #include "support/owned.h"
 
 namespace quillory {
-
-inline constexpr int kPublicKeyCapacity = 8192;
-inline constexpr int kUpdateUrlCapacity = 5000;
-
-/// The eleven records, in the order in which they stand in the tail. One that is missing is "".
-struct TailRecords {
-  std::string appName;
-  std::string appVersion;  ///< empty: no application in the tail
-  std::string jreVersion;  ///< empty: no JRE in the tail
-  std::string guVersion;   ///< empty: no updater in the tail, it only launches
-  std::string minSplashMs;
-  std::optional<std::string> signaturePublicKey;  ///< hexadecimal; none where the tail ends before
-  std::string canOverrideSplash;
-  std::string installType;
-  std::string silentParameter;
-  std::string requiredJavaVersion;
-  std::string updateUrl;  ///< or "D": the dynamic one
-};
 
 /// Opens the tail: the executable behind the marker, else Resources/Tail from its first byte. Ends
 /// the process with status 1 when neither can be opened.
@@ -55,6 +38,6 @@ std::string endUpdateUrl(std::string* url);
 void addTailProperties(const TailRecords& tail, bool isSilent, PropertyBlock& properties);
 
 /// The key that archives are verified with, or null; it stays for the rest of the run.
-Rsa_key* loadSignatureKey(const std::optional<std::string>& hex);
+Rsa_key* loadSignatureKey(const TailRecords& tail);
 
 }  // namespace quillory

@@ -30,10 +30,6 @@ void logEndSection(const char* name);
 /// Makes `file` (may be null) the file sink and takes ownership; closes nothing.
 void setFileToLogTo(std::FILE* file);
 
-/// Creates <masterFolder>/logs/Wrapper-<date>-<time>-<millis>.log and makes it the file sink. When
-/// it cannot be opened the run goes on without a file sink.
-void setupFileLogging(const char* masterFolder);
-
 /// Says so in the log, and closes the log file if there is one; later messages go to the other
 /// sinks. For the start-up thread only.
 void closeLoggedFile();

@@ -1,7 +1,7 @@
 // Starting other programs. The table is the seam for what spawns or runs a shell.
 //
 // Outside of it stand the calls whose tests look at real processes, because what a made-up call
-// could record would prove nothing: java/command_output.cpp, which reads what a command prints
+// could record would prove nothing: support/command_output.cpp, which reads what a command prints
 // from the pipe that the call itself makes (popen) or hands to the child (posix_spawn with file
 // actions), and tools/elevation.cpp and runner/command_runner.cpp, which become another program
 // (execve, execvp) and never return.

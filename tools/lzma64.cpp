@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "lzma/lzma_alone.h"
+#include "support/output_file.h"
 #include "support/owned.h"
 #include "support/standard_streams.h"
-#include "tools/lzma_alone.h"
-#include "tools/output_file.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #import "ui/app_runner_cocoa.h"
 
-#include "support/autorelease_pool.h"
+#include "platform/autorelease_pool.h"
 #include "support/log.h"
 #include "ui/splash.h"
 

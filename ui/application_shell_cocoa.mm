@@ -1,7 +1,7 @@
 #include "ui/application_shell_cocoa.h"
 
+#include "platform/autorelease_pool.h"
 #include "platform/toolkit.h"
-#include "support/autorelease_pool.h"
 #include "support/log.h"
 #include "ui/menu_titles_cocoa.h"
 

@@ -1,6 +1,6 @@
 #import "ui/redrawer_cocoa.h"
 
-#include "support/autorelease_pool.h"
+#include "platform/autorelease_pool.h"
 #include "support/log.h"
 #import "ui/splash_view_cocoa.h"
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/autorelease_pool.h"
 #include "platform/main_thread.h"
 #include "platform/toolkit.h"
-#include "support/autorelease_pool.h"
 #include "support/log.h"
 #include "ui/picture_limits.h"
 #import "ui/redrawer_cocoa.h"

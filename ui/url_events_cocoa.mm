@@ -2,11 +2,11 @@
 
 #include <cstring>
 
+#include "platform/autorelease_pool.h"
 #include "platform/toolkit.h"
-#include "support/autorelease_pool.h"
 #include "support/log.h"
+#include "support/url_request.h"
 #include "ui/application_shell_cocoa.h"
-#include "ui/url_request.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include <memory>
 
+#include "platform/autorelease_pool.h"
 #include "platform/gnustep/desktop_bus.h"
 #include "platform/main_thread.h"
 #include "platform/toolkit.h"
-#include "support/autorelease_pool.h"
 
 using quillory::platform::DesktopBus;
 

@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-#include "support/autorelease_pool.h"
+#include "platform/autorelease_pool.h"
 
 @interface QueuedCall : NSObject {
  @public

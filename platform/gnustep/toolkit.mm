@@ -8,6 +8,7 @@
 #include <string>
 #include <system_error>
 
+#include "platform/autorelease_pool.h"
 #include "platform/gnustep/display.h"
 #include "platform/gnustep/early_texts.h"
 #include "platform/gnustep/info_plist.h"
@@ -15,7 +16,6 @@
 #include "platform/gnustep/scoped_environment.h"
 #include "platform/gnustep/scoped_signals.h"
 #include "platform/gnustep/window_library.h"
-#include "support/autorelease_pool.h"
 #include "support/exit_status.h"
 #include "support/log.h"
 
@@ -88,8 +88,8 @@ void requireUserName() {
   std::exit(kExitFailure);
 }
 
-// A user of no language, such as that of a container, would have ASCII only: Java could not open its
-// own files below a home folder with an "ö". On macOS paths are UTF-8, whatever the language.
+// A user of no language, such as that of a container, would have ASCII only: Java could not open
+// its own files below a home folder with an "ö". On macOS paths are UTF-8, whatever the language.
 void assumeUtf8() {
   for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
     const char* language = std::getenv(name);

@@ -5,8 +5,8 @@
 
 #include <memory>
 
+#include "platform/autorelease_pool.h"
 #include "platform/gnustep/curl_transfer.h"
-#include "support/autorelease_pool.h"
 
 namespace quillory::platform {
 

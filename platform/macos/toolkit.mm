@@ -1,6 +1,6 @@
 #include "platform/toolkit.h"
 
-#include "support/autorelease_pool.h"
+#include "platform/autorelease_pool.h"
 
 namespace quillory::platform {
 

@@ -20,7 +20,7 @@ QUOTED = re.compile(r"`([^`]+)`")
 
 def reported(source):
     names = set()
-    for path in sorted((source / "packager").glob("*.cpp")):
+    for path in sorted((source / "packager").rglob("*.cpp")):
         text = path.read_text()
         for pattern in REPORTS:
             names.update(pattern.findall(text))

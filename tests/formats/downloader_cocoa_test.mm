@@ -9,7 +9,7 @@
 #include <string>
 
 #include "formats/downloads.h"
-#include "support/autorelease_pool.h"
+#include "platform/autorelease_pool.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory {

@@ -93,6 +93,7 @@ class DownloadTest : public ::testing::Test {
     request_.jreName = "JRE";
     request_.updateUrl = "http://localhost/updates/";
     request_.lzmaTool = dir_ / "lzma64";
+    request_.display = splashDisplay();
     // Stands in for the LZMA tool: "compressed" is what has this first line.
     writeScript(request_.lzmaTool,
                 "echo \"$@\" > \"$0.arguments\"\n[ \"$1\" = d ] || exit 2\n"
@@ -206,7 +207,7 @@ TEST_F(DownloadJre, ShowsTheSplashWithAnIndefiniteBar) {
 
 TEST_F(DownloadJre, LeavesTheSplashAloneWhenSilent) {
   splash::setProgress(splash::kProgressHidden);
-  request_.isSilent = true;
+  request_.display = {};
   serveVersion("8");
   serveArchive("8", "LZMA:" + jreArchive());
   downloadJre(request_);
@@ -266,7 +267,7 @@ TEST_F(DownloadJreDeathTest, TakesTheSplashDownWhenTheArchiveDoesNotCome) {
 }
 
 TEST_F(DownloadJreDeathTest, LeavesTheSplashAloneWhenSilentAndNothingComes) {
-  request_.isSilent = true;
+  request_.display = {};
   EXPECT_EXIT(
       {
         logToStandardError();

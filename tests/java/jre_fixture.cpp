@@ -124,6 +124,12 @@ void logSplashToStandardError() {
   splash::splashWindowCalls.closeWindow = [] { std::fputs("splash: close\n", stderr); };
 }
 
+FetchDisplay splashDisplay() {
+  return {.show = splash::showSplash,
+          .showIndefiniteProgress = [] { splash::setProgress(splash::kProgressIndefinite); },
+          .takeDown = splash::cleanup};
+}
+
 SplashWatch::SplashWatch() : window_(splash::splashWindowCalls, recordingWindow()) {
   splashCalls.clear();
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "formats/downloads.h"
+#include "java/jre_provisioning.h"
 #include "tests/harness/scoped_replace.h"
 #include "ui/splash.h"
 
@@ -63,6 +64,9 @@ class FakeServer {
 /// "splash: show" a call), goes to standard error, where the test sees it.
 void logToStandardError();
 void logSplashToStandardError();
+
+/// The splash, as a start that is not silent shows it.
+FetchDisplay splashDisplay();
 
 /// Records the calls that reach the splash window: "show", "animate", "close".
 class SplashWatch {

@@ -5,9 +5,9 @@
 
 #include <filesystem>
 
+#include "support/url_request.h"
 #include "tests/harness/records.h"
 #include "tests/java/launch_fixture.h"
-#include "ui/url_request.h"
 
 namespace quillory {
 namespace {

@@ -12,11 +12,11 @@
 #include "support/clock.h"
 #include "support/exit_status.h"
 #include "support/paths.h"
+#include "support/url_request.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
 #include "tests/harness/temp_dir.h"
-#include "ui/url_request.h"
 
 namespace quillory {
 namespace {

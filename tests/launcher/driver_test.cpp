@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <thread>
 
+#include "install/install_locations.h"
 #include "launcher/elevated_setup.h"
-#include "launcher/install_locations.h"
 #include "support/clock.h"
 #include "support/exit_status.h"
 #include "tests/harness/scoped_replace.h"

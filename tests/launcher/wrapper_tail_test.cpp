@@ -122,7 +122,7 @@ TEST(ReadTailRecords, TakesMissingRecordsForEmpty) {
     const TailRecords tail = readTailRecords(stream.get());
     EXPECT_TRUE("app"s.starts_with(tail.appName));
     EXPECT_TRUE("http://u"s.starts_with(tail.updateUrl));
-    EXPECT_EQ(tail.signaturePublicKey.has_value(), length > 16);
+    EXPECT_EQ(tail.hasSignaturePublicKey, length > 16);
   }
 }
 
@@ -251,17 +251,25 @@ TEST(AddTailProperties, SaysLastThatASilentRunShowsNothing) {
       properties.bytes().ends_with("qystat_java_version\0\x04\0qystat_show_no_ui\0true\0\0"s));
 }
 
+/// A tail with this key record; none: it ends before.
+TailRecords withKey(const std::optional<std::string>& hex) {
+  TailRecords tail;
+  tail.signaturePublicKey = hex.value_or("");
+  tail.hasSignaturePublicKey = hex.has_value();
+  return tail;
+}
+
 TEST(LoadSignatureKey, IsNoneForAnEmptyOrMissingRecord) {
   const CapturedLog log;
-  EXPECT_EQ(loadSignatureKey(std::nullopt), nullptr);
-  EXPECT_EQ(loadSignatureKey(""), nullptr);
+  EXPECT_EQ(loadSignatureKey(withKey(std::nullopt)), nullptr);
+  EXPECT_EQ(loadSignatureKey(withKey("")), nullptr);
   EXPECT_THAT(log.messages(), ElementsAre("[Extractor] Public key empty (no public key)\n",
                                           "[Extractor] Public key length 0 (no public key)\n"));
 }
 
 TEST(LoadSignatureKey, LoadsAPublicKey) {
   const CapturedLog log;
-  Rsa_key* key = loadSignatureKey(kPublicKeyHex);
+  Rsa_key* key = loadSignatureKey(withKey(kPublicKeyHex));
   ASSERT_NE(key, nullptr);
   EXPECT_THAT(log.messages(), ElementsAre("[Extractor] Processed public key of length 226\n",
                                           MatchesRegex("\\[Extractor\\] Public Key: [0-9A-F]+\n")));
@@ -270,9 +278,9 @@ TEST(LoadSignatureKey, LoadsAPublicKey) {
 
 TEST(LoadSignatureKey, IsNoneForAKeyThatCannotBeRead) {
   const CapturedLog log;
-  EXPECT_EQ(loadSignatureKey("3003020101"), nullptr);
-  EXPECT_EQ(loadSignatureKey("not hexadecimal"), nullptr);
-  EXPECT_EQ(loadSignatureKey("a"), nullptr);
+  EXPECT_EQ(loadSignatureKey(withKey("3003020101")), nullptr);
+  EXPECT_EQ(loadSignatureKey(withKey("not hexadecimal")), nullptr);
+  EXPECT_EQ(loadSignatureKey(withKey("a")), nullptr);
   EXPECT_TRUE(
       log.contains("[Extractor] Processed public key of length 5\n"
                    "[Extractor] Public Key: 00000000\n"));
@@ -281,7 +289,7 @@ TEST(LoadSignatureKey, IsNoneForAKeyThatCannotBeRead) {
 TEST(LoadSignatureKey, SurvivesAKeyCutAnywhere) {
   const std::string hex = kPublicKeyHex;
   for (std::size_t length = 0; length < hex.size() - 20; length += 7)
-    EXPECT_EQ(loadSignatureKey(hex.substr(0, length)), nullptr) << length;
+    EXPECT_EQ(loadSignatureKey(withKey(hex.substr(0, length))), nullptr) << length;
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "packager/command_line.h"
+#include "packager/cli/command_line.h"
 #include "tests/harness/child_process.h"
 
 namespace quillory::testing {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "packager/findings.h"
+#include "packager/report/findings.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory::testing {

@@ -10,8 +10,8 @@
 #include <string>
 #include <thread>
 
-#include "support/autorelease_pool.h"
-#include "support/cocoa_support.h"
+#include "platform/autorelease_pool.h"
+#include "platform/cocoa_support.h"
 
 namespace quillory {
 namespace {

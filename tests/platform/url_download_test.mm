@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/autorelease_pool.h"
+#include "platform/autorelease_pool.h"
 #include "tests/harness/http_server.h"
 #include "tests/harness/temp_dir.h"
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "platform/autorelease_pool.h"
 #include "platform/toolkit.h"
-#include "support/autorelease_pool.h"
 #include "tests/harness/captured_log.h"
 #include "tests/ui/x_server.h"
 #import "ui/menu_titles_cocoa.h"

@@ -20,15 +20,15 @@
 #include <sstream>
 #include <string>
 
-#include "support/autorelease_pool.h"
+#include "platform/autorelease_pool.h"
+#include "platform/cocoa_support.h"
 #include "support/clock.h"
-#include "support/cocoa_support.h"
 #include "support/process.h"
+#include "support/url_request.h"
 #import "ui/app_runner_cocoa.h"
 #include "ui/application_shell_cocoa.h"
 #include "ui/splash.h"
 #include "ui/splash_window_cocoa.h"
-#include "ui/url_request.h"
 
 namespace {
 

@@ -1,0 +1,10 @@
+// The log file of a start: one a run, in the master folder.
+#pragma once
+
+namespace quillory {
+
+/// Creates <masterFolder>/logs/Wrapper-<date>-<time>-<millis>.log and makes it the file sink. When
+/// it cannot be opened the run goes on without a file sink.
+void setupFileLogging(const char* masterFolder);
+
+}  // namespace quillory

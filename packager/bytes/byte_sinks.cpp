@@ -1,0 +1,93 @@
+#include "packager/bytes/byte_sinks.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+#include "packager/report/findings.h"
+#include "support/owned.h"
+
+namespace quillory::pack {
+namespace {
+
+constexpr std::size_t kCopyBuffer = 256 * 1024;
+
+OwnedFile openForReading(const std::string& path) {
+  OwnedFile file(std::fopen(path.c_str(), "rb"));
+  if (!file) {
+    throwFileError(path, "cannot be opened", errno);
+  }
+  return file;
+}
+
+}  // namespace
+
+FileSink::FileSink(const std::string& path, unsigned mode) : file_(path, mode) {
+  if (!file_.stream()) {
+    throw PackError(file_.error());
+  }
+}
+
+void FileSink::write(std::string_view bytes) {
+  if (!file_.write(bytes.data(), bytes.size())) {
+    throw PackError(file_.error());
+  }
+}
+
+void FileSink::commit() {
+  if (!file_.commit()) {
+    throw PackError(file_.error());
+  }
+}
+
+LzmaSinkAdapter::LzmaSinkAdapter(int level, ByteSink& next)
+    : coder_(LzmaCoder::encoder(level, [&next](const unsigned char* data, std::size_t size) {
+        next.write({reinterpret_cast<const char*>(data), size});
+        return true;
+      })) {}
+
+void LzmaSinkAdapter::write(std::string_view bytes) {
+  if (!coder_.write(bytes.data(), bytes.size())) {
+    throw PackError("compressing failed: " + coder_.error());
+  }
+}
+
+void LzmaSinkAdapter::finish() {
+  if (!coder_.finish()) {
+    throw PackError("compressing failed: " + coder_.error());
+  }
+}
+
+std::uint64_t copyFileInto(ByteSink& sink, const std::string& path) {
+  const OwnedFile file = openForReading(path);
+  std::vector<char> buffer(kCopyBuffer);
+  std::uint64_t total = 0;
+  while (const std::size_t size = std::fread(buffer.data(), 1, buffer.size(), file.get())) {
+    sink.write({buffer.data(), size});
+    total += size;
+  }
+  if (std::ferror(file.get())) {
+    throwFileError(path, "cannot be read", errno);
+  }
+  return total;
+}
+
+bool isFile(const std::string& path) {
+  std::error_code unknown;
+  return std::filesystem::is_regular_file(path, unknown);
+}
+
+std::string readWholeFile(const std::string& path) {
+  StringSink content;
+  copyFileInto(content, path);
+  return content.bytes();
+}
+
+void writeWholeFile(const std::string& path, std::string_view bytes, unsigned mode) {
+  FileSink file(path, mode);
+  file.write(bytes);
+  file.commit();
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,102 @@
+#include "packager/commands/extract.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+
+#include "formats/archive.h"
+#include "packager/commands/verify.h"
+#include "packager/keys/quiet_stdout.h"
+#include "packager/reading/file_kind.h"
+#include "packager/reading/plain_archive.h"
+#include "support/owned.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+
+void makeEmptyFolder(const std::string& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (error) {
+    throw PackError("cannot be created: " + error.message(), "", {folder, 0});
+  }
+  if (!fs::is_empty(folder)) {
+    throw PackError("is not empty", "name a new folder", {folder, 0});
+  }
+}
+
+// What the launcher would wait for, refuse or do with another tool is refused before it begins.
+void refuseUnextractable(const ArchiveListing& listing, const Findings& findings,
+                         const std::string& archive) {
+  if (hasErrors(findings)) {
+    throw RejectedInput(findings);
+  }
+  for (const ListedEntry& entry : listing.entries) {
+    if (entry.type == kPack200Type) {
+      throw PackError("\"" + entry.path + "\" is packed with pack200, for which there is no tool",
+                      "", {archive, 0});
+    }
+  }
+}
+
+// The launcher's code ends the process where it cannot go on. What has to be done before that.
+std::function<void()> beforeExit;
+
+class BeforeExit {
+ public:
+  explicit BeforeExit(std::function<void()> action) {
+    static const int registered = std::atexit([] {
+      if (beforeExit) {
+        beforeExit();
+      }
+    });
+    if (registered != 0) {
+      throw PackError("the end of the extraction could not be watched");
+    }
+    beforeExit = std::move(action);
+  }
+  ~BeforeExit() { beforeExit = nullptr; }
+  BeforeExit(const BeforeExit&) = delete;
+  BeforeExit& operator=(const BeforeExit&) = delete;
+};
+
+}  // namespace
+
+void extractTo(const std::string& archive, const std::string& folder, const std::string& keyFile,
+               bool showLog, const std::function<void(const PackError&)>& givenUp) {
+  const FileKind kind = fileKindOf(archive);
+  if (kind != FileKind::kArchive && kind != FileKind::kCompressedArchive) {
+    throw PackError("is no archive", "inspect shows what it is", {archive, 0});
+  }
+  const PlainArchive plain(wholeFile(archive), kind == FileKind::kCompressedArchive);
+  Findings findings;
+  refuseUnextractable(plain.list(findings, archive), findings, archive);
+  if (!keyFile.empty()) {
+    const PublicKey key = PublicKey::load(keyFile);
+    const Verdict verdict = verifyArchiveFile(plain, archive, &key, findings);
+    if (verdict.trust != Trust::kVerified) {
+      throw PackError("the archive is not signed with this key: " + verdict.client, "",
+                      {archive, 0});
+    }
+  }
+  makeEmptyFolder(folder);
+  QuietStdout quiet(showLog);
+  const BeforeExit report([&] {
+    quiet.end();
+    plain.remove();
+    givenUp(PackError("cannot be extracted: " + QuietStdout::lastMessage(), "", {archive, 0}));
+  });
+  // Entry by entry, as extractArchive() does it; but that would delete the archive, and everything
+  // extracted from a signed one when there is no key.
+  const OwnedFile stream(std::fopen(plain.path().c_str(), "rb"));
+  long signatureOffset = -1;
+  char* signatureHex = nullptr;
+  while (extractArchiveFileCheckSignature(nullptr, nullptr, folder.c_str(), stream.get(),
+                                          &signatureOffset, &signatureHex, nullptr) == 0) {
+  }
+  const OwnedText owned(signatureHex);
+}
+
+}  // namespace quillory::pack

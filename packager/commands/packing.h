@@ -1,0 +1,29 @@
+// Packs trees of content into signed, compressed archives, several at a time.
+#pragma once
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "packager/content/content_tree.h"
+#include "packager/keys/signing_key.h"
+#include "packager/report/reporter.h"
+
+namespace quillory::pack {
+
+struct PackingJob {
+  const ContentTree* content = nullptr;
+  std::string output;  ///< a ".p2.l2" file
+};
+
+struct PackingOptions {
+  int level = 6;
+  const SigningKey* key = nullptr;  ///< null: without a signature
+  Salt salt = Salt::kRandom;
+};
+
+/// Packs all jobs at the same time. When one fails the others are stopped and nothing of them is
+/// left.
+void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
+             Reporter& reporter);
+
+}  // namespace quillory::pack

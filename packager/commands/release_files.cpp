@@ -1,0 +1,19 @@
+#include "packager/commands/release_files.h"
+
+#include <filesystem>
+
+#include "formats/downloads.h"
+#include "packager/bytes/byte_sinks.h"
+
+namespace quillory::pack {
+
+void addRelease(const std::string& folder, const std::string& name, const std::string& version,
+                const std::string& archive) {
+  std::filesystem::create_directories(folder);
+  FileSink copy(folder + "/Quillory-" + name + '-' + version + "-archive.p2.l2");
+  copyFileInto(copy, archive);
+  copy.commit();
+  writeWholeFile(folder + '/' + versionFileName(name), version + '\n');
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,197 @@
+#include "packager/config/config.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+#include <sstream>
+#include <utility>
+
+#include "formats/downloads.h"
+#include "packager/bytes/byte_sinks.h"
+#include "packager/config/config_lint.h"
+#include "packager/config/config_section.h"
+#include "packager/config/toml_versions.h"
+
+namespace quillory::pack {
+namespace {
+
+constexpr int kMostMebibytes = 1024 * 1024;
+constexpr std::int64_t kLongestSplashMillis = 600'000;
+
+const std::vector<std::string> kSections = {"application", "jvm",     "updater",
+                                            "runtime",     "install", "update",
+                                            "signing",     "bundle",  "parameters"};
+
+void readApplication(ConfigSection section, ApplicationConfig& out) {
+  section.text("name", out.name);
+  section.version("version", out.version);
+  section.text("display-version", out.displayVersion);
+  section.text("main-class", out.mainClass);
+  section.texts("jars", out.jars);
+  section.files("files", out.files);
+  section.texts("arguments", out.arguments);
+  section.text("identifier", out.identifier);
+  section.text("executable", out.executable);
+  section.text("icon", out.icon);
+  section.text("splash", out.splash);
+  section.number("min-splash-ms", out.minSplashMillis, 0, kLongestSplashMillis);
+  section.flag("splash-override", out.splashOverride);
+  section.texts("url-schemes", out.urlSchemes);
+  section.text("category", out.category);
+  section.text("copyright", out.copyright);
+  section.require("name", "name = \"My Application\" in [application]");
+  section.require("version", "version = 1 in [application]; raise it with every release");
+  section.require("main-class", "main-class = \"com.example.Main\" in [application]");
+  section.require("jars", "jars = [\"my.jar\", \"lib/*.jar\"] in [application]");
+  section.rejectUnknown();
+}
+
+void readJvm(ConfigSection section, JvmConfig& out) {
+  section.number("memory-mb", out.maximumHeap, 0, kMostMebibytes);
+  section.number("initial-memory-mb", out.initialHeap, 0, kMostMebibytes);
+  section.flag("force-spawn", out.forceSpawn);
+  section.rejectUnknown();
+}
+
+void readUpdater(ConfigSection section, UpdaterConfig& out) {
+  section.version("version", out.version);
+  section.text("jar", out.jar);
+  section.text("main-class", out.mainClass);
+  section.text("compatibility-class", out.compatibilityClass);
+  section.text("cacerts", out.cacerts);
+  section.rejectUnknown();
+}
+
+void readRuntime(ConfigSection section, RuntimeConfig& out) {
+  section.text("name", out.name);
+  if (section.has("version")) {
+    std::int64_t version = 0;
+    section.version("version", version);
+    out.version = std::to_string(version);
+  } else {
+    section.text("version", out.version);
+  }
+  section.text("folder", out.folder);
+  bool jlink = section.has("modules");
+  section.flag("jlink", jlink);
+  section.texts("modules", out.modules);
+  section.texts("add-modules", out.addModules);
+  section.texts("jlink-options", out.jlinkOptions);
+  section.text("jdk", out.jdk);
+  section.text("jmods", out.jmods);
+  section.rejectUnknown();
+  if (jlink && !out.folder.empty()) {
+    section.error("folder", "runtime-source", "[runtime] names a folder and asks for jlink as well",
+                  "keep one of the two");
+  }
+  out.source = jlink                ? RuntimeSource::kJlink
+               : out.folder.empty() ? RuntimeSource::kNone
+                                    : RuntimeSource::kFolder;
+}
+
+void readInstall(ConfigSection section, InstallConfig& out) {
+  int place = 0;
+  section.choice("for", {"user", "all-users", "temporary"}, place);
+  out.type = place == 0 ? "perm_user" : place == 1 ? "perm_all" : "temporary";
+  section.text("silent-switch", out.silentSwitch);
+  section.number("required-java", out.requiredJava, 0, 9999);
+  section.rejectUnknown();
+}
+
+void readUpdate(ConfigSection section, UpdateConfig& out) {
+  section.text("url", out.url);
+  bool dynamic = false;
+  section.flag("dynamic", dynamic);
+  section.rejectUnknown();
+  out.mode = dynamic           ? UpdateMode::kDynamic
+             : out.url.empty() ? UpdateMode::kOff
+                               : UpdateMode::kStatic;
+  if (out.mode == UpdateMode::kOff) {
+    out.url = kInvalidUpdateURL;
+  }
+}
+
+void readSigning(ConfigSection section, SigningConfig& out) {
+  section.text("key", out.key);
+  int salt = 0;
+  section.choice("salt", {"random", "derived"}, salt);
+  out.salt = salt == 0 ? Salt::kRandom : Salt::kDerived;
+  section.rejectUnknown();
+}
+
+void readBundle(ConfigSection section, BundleConfig& out) {
+  section.text("output", out.output);
+  int tail = 0;
+  section.choice("tail", {"file", "executable"}, tail);
+  out.tail = tail == 0 ? TailPlace::kFile : TailPlace::kExecutable;
+  section.number("compression", out.compression, 0, 9);
+  section.text("launcher", out.launcher);
+  section.text("lzma64", out.lzma64);
+  section.text("elev-mac", out.elevMac);
+  section.rejectUnknown();
+}
+
+// "[error] toml::parse_key: ..." in the library's words; the first line says it.
+std::string parserMessage(const std::string& what) {
+  const std::string first = what.substr(0, what.find('\n'));
+  const std::size_t colon = first.find(": ");
+  return colon == std::string::npos ? first : first.substr(colon + 2);
+}
+
+toml::value parse(const std::string& path) {
+  std::istringstream text(readWholeFile(path));
+  try {
+    return toml::parse(text, path);
+  } catch (const toml::exception& e) {
+    throw RejectedInput({{Severity::kError,
+                          "toml",
+                          parserMessage(e.what()),
+                          {path, lineOfMistake(e)},
+                          "https://toml.io explains the notation"}});
+  }
+}
+
+}  // namespace
+
+Place Config::placeOf(const std::string& key) const {
+  const auto found = places.find(key);
+  return found == places.end() ? Place{file, 0} : found->second;
+}
+
+std::string Config::resolve(const std::string& path) const {
+  const std::filesystem::path given(path);
+  return given.is_absolute() || folder.empty() ? path : folder + '/' + path;
+}
+
+Config loadConfig(const std::string& path, Findings& findings) {
+  Config config;
+  config.file = path;
+  config.folder = std::filesystem::path(path).parent_path().string();
+  const toml::value root = parse(path);
+  Findings found;
+  rejectUnknownSections(root, kSections, path, found);
+  readApplication({root, "application", config, found}, config.application);
+  readJvm({root, "jvm", config, found}, config.jvm);
+  readUpdater({root, "updater", config, found}, config.updater);
+  readRuntime({root, "runtime", config, found}, config.runtime);
+  for (std::string* named : {&config.runtime.jdk, &config.runtime.jmods}) {
+    *named = named->empty() ? "" : config.resolve(*named);
+  }
+  readInstall({root, "install", config, found}, config.install);
+  readUpdate({root, "update", config, found}, config.update);
+  readSigning({root, "signing", config, found}, config.signing);
+  readBundle({root, "bundle", config, found}, config.bundle);
+  ConfigSection(root, "parameters", config, found).pairs(config.parameters);
+  if (!hasErrors(found)) {
+    lintConfig(config, found);
+  }
+  std::stable_sort(found.begin(), found.end(),
+                   [](const Finding& a, const Finding& b) { return a.place.line < b.place.line; });
+  if (hasErrors(found)) {
+    throw RejectedInput(std::move(found));
+  }
+  findings.insert(findings.end(), found.begin(), found.end());
+  return config;
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,121 @@
+// quillory.toml: what to pack and how. Every key is checked; docs/packaging.md describes them.
+#pragma once
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "formats/params_format.h"
+#include "packager/keys/signing_key.h"
+#include "packager/report/findings.h"
+
+namespace quillory::pack {
+
+/// A file or folder beside the jars: `from` on this machine, `to` in the application folder.
+struct ExtraFile {
+  std::string from;
+  std::string to;
+};
+
+struct ApplicationConfig {
+  std::string name;
+  std::int64_t version = 0;
+  std::string displayVersion;  ///< what people read; "" for the number
+  std::string mainClass;
+  std::vector<std::string> jars;  ///< file names with * and ?, in class path order
+  std::vector<ExtraFile> files;
+  std::vector<std::string> arguments;
+  std::string identifier;
+  std::string executable;
+  std::string icon;
+  std::string splash;
+  std::int64_t minSplashMillis = 0;
+  bool splashOverride = false;
+  std::vector<std::string> urlSchemes;
+  std::string category;
+  std::string copyright;
+};
+
+struct JvmConfig {
+  int maximumHeap = 0;
+  int initialHeap = 0;
+  bool forceSpawn = false;
+};
+
+struct UpdaterConfig {
+  std::int64_t version = 1;
+  std::string jar;        ///< "" for the one beside this program
+  std::string mainClass;  ///< "" for the jar's own
+  std::string compatibilityClass;
+  std::string cacerts;
+};
+
+enum class RuntimeSource { kNone, kFolder, kJlink };
+
+struct RuntimeConfig {
+  RuntimeSource source = RuntimeSource::kNone;
+  std::string name = "JRE";
+  std::string version;                  ///< "" for what the runtime's release file says
+  std::string folder;                   ///< kFolder
+  std::vector<std::string> modules;     ///< kJlink; empty for those that jdeps finds
+  std::vector<std::string> addModules;  ///< kJlink: beside those found
+  std::vector<std::string> jlinkOptions;
+  std::string jdk;    ///< resolved; "" for JAVA_HOME, then PATH
+  std::string jmods;  ///< resolved; kJlink: the modules to link; "" for those of the JDK
+};
+
+struct InstallConfig {
+  std::string type = "perm_user";  ///< as the tail has it
+  std::string silentSwitch;
+  std::int64_t requiredJava = 0;  ///< 0 for none
+};
+
+enum class UpdateMode { kOff, kStatic, kDynamic };
+
+struct UpdateConfig {
+  UpdateMode mode = UpdateMode::kOff;
+  std::string url;
+};
+
+struct SigningConfig {
+  std::string key;
+  Salt salt = Salt::kRandom;
+};
+
+enum class TailPlace { kFile, kExecutable };
+
+struct BundleConfig {
+  std::string output = "dist";
+  TailPlace tail = TailPlace::kFile;
+  int compression = 6;
+  std::string launcher;  ///< "" for the one beside this program, also for the next two
+  std::string lzma64;
+  std::string elevMac;
+};
+
+struct Config {
+  std::string file;    ///< as it was named
+  std::string folder;  ///< the folder that relative paths start from
+  ApplicationConfig application;
+  JvmConfig jvm;
+  UpdaterConfig updater;
+  RuntimeConfig runtime;
+  InstallConfig install;
+  UpdateConfig update;
+  SigningConfig signing;
+  BundleConfig bundle;
+  Parameters parameters;
+  std::map<std::string, Place> places;  ///< "application.name" to where it stands
+
+  /// Where a key stands, or the file when it does not.
+  Place placeOf(const std::string& key) const;
+  /// A path of the configuration, from its folder.
+  std::string resolve(const std::string& path) const;
+};
+
+/// Reads and checks a file. Throws RejectedInput with everything that is wrong with it, PackError
+/// when it cannot be read. Warnings go to `findings`.
+Config loadConfig(const std::string& path, Findings& findings);
+
+}  // namespace quillory::pack

@@ -1,0 +1,231 @@
+#include "packager/config/config_lint.h"
+
+#include <algorithm>
+#include <cctype>
+#include <optional>
+
+#include "formats/downloads.h"
+#include "formats/params_format.h"
+#include "formats/record_stream.h"
+#include "formats/tail_format.h"
+#include "packager/config/config_names.h"
+#include "packager/config/parameter_rules.h"
+
+namespace quillory::pack {
+namespace {
+
+constexpr std::size_t kLongestRuntimeVersion = 50;
+
+class Linter {
+ public:
+  Linter(Config& config, Findings& findings) : config_(config), findings_(findings) {}
+
+  void run() {
+    fillIn();
+    lintNames(config_, findings_);
+    texts();
+    memory();
+    runtimeSource();
+    runtimeKeys();
+    output();
+    updateUrl();
+    urlSchemes();
+    runtimeVersion();
+    parameters();
+    signing();
+  }
+
+ private:
+  void add(Severity severity, const char* rule, const std::string& key, const std::string& what,
+           const std::string& advice) {
+    findings_.push_back({severity, rule, what, config_.placeOf(key), advice});
+  }
+  void error(const char* rule, const std::string& key, const std::string& what,
+             const std::string& advice) {
+    add(Severity::kError, rule, key, key + ' ' + what, advice);
+  }
+  void warning(const char* rule, const std::string& key, const std::string& what,
+               const std::string& advice) {
+    add(Severity::kWarning, rule, key, key + ' ' + what, advice);
+  }
+
+  void fillIn() {
+    ApplicationConfig& app = config_.application;
+    if (app.executable.empty()) {
+      app.executable = executableNameFor(app.name);
+    }
+    if (app.displayVersion.empty()) {
+      app.displayVersion = std::to_string(app.version);
+    }
+    if (app.identifier.empty()) {
+      app.identifier = "local." + executableNameFor(app.name);
+      warning("identifier", "application.identifier",
+              "is missing; \"" + app.identifier + "\" is used, which another application may have",
+              "identifier = \"com.example.myapplication\", from a domain that you own");
+    }
+  }
+
+  void limit(const std::string& key, const std::string& value, int capacity = kDefaultCapacity) {
+    if (value.find('\0') != std::string::npos) {
+      error("zero-byte", key, "holds a zero byte, which would end it", "leave it out");
+    } else if (value.size() > longestValue(capacity)) {
+      error("record-limit", key,
+            "has " + std::to_string(value.size()) + " bytes; the launcher reads up to " +
+                std::to_string(longestValue(capacity)) + " and takes the rest for the next record",
+            "shorten it");
+    }
+  }
+
+  void limits(const std::string& key, const std::vector<std::string>& values) {
+    for (const std::string& value : values) {
+      limit(key, value);
+    }
+  }
+
+  void texts() {
+    limit("application.main-class", config_.application.mainClass);
+    limits("application.arguments", config_.application.arguments);
+    limit("updater.main-class", config_.updater.mainClass);
+    limit("updater.compatibility-class", config_.updater.compatibilityClass);
+    limit("install.silent-switch", config_.install.silentSwitch);
+    limit("update.url", config_.update.url, kUpdateUrlCapacity);
+    if (config_.application.mainClass.empty() ||
+        config_.application.mainClass.find('/') != std::string::npos) {
+      error("main-class", "application.main-class", "is not the name of a class",
+            "write it as in a program, with dots: com.example.Main");
+    }
+    if (config_.application.jars.empty()) {
+      error("no-jars", "application.jars", "is empty: there would be nothing to run",
+            "jars = [\"my.jar\"]");
+    }
+  }
+
+  void memory() {
+    const JvmConfig& jvm = config_.jvm;
+    if (jvm.maximumHeap != 0 && jvm.initialHeap > jvm.maximumHeap) {
+      error("memory", "jvm.initial-memory-mb",
+            "is " + std::to_string(jvm.initialHeap) + ", more than the " +
+                std::to_string(jvm.maximumHeap) + " of memory-mb: Java refuses to start so",
+            "make it as large as memory-mb or smaller, or leave it out");
+    }
+  }
+
+  // Without a runtime these say nothing, and the bundle becomes an online installer in silence.
+  void runtimeKeys() {
+    const RuntimeSource source = config_.runtime.source;
+    const auto warnOf = [this](const char* name, const char* advice) {
+      const std::string key = std::string("runtime.") + name;
+      if (config_.places.count(key) != 0) {
+        warning("no-effect", key, "has no effect here", advice);
+      }
+    };
+    if (source != RuntimeSource::kJlink) {
+      for (const char* name : {"modules", "add-modules", "jlink-options", "jdk", "jmods"}) {
+        warnOf(name, "add jlink = true to [runtime], or leave it out");
+      }
+    }
+    if (source == RuntimeSource::kNone) {
+      warnOf("version", "add jlink = true or folder to [runtime]: no runtime is packed");
+    }
+  }
+
+  void output() {
+    if (config_.bundle.output.empty()) {
+      error("name", "bundle.output", "is empty", "output = \"dist\"");
+    }
+  }
+
+  void runtimeSource() {
+    if (config_.runtime.source == RuntimeSource::kNone && config_.update.mode == UpdateMode::kOff) {
+      warning("no-runtime", "runtime",
+              "is missing and updates are off: the application starts only where a Java runtime "
+              "that fits is installed",
+              "[runtime] with jlink = true, or [update] with a URL to download a runtime from");
+    }
+  }
+
+  void updateUrl() {
+    const UpdateConfig& update = config_.update;
+    if (update.mode == UpdateMode::kOff) {
+      return;
+    }
+    if (update.url.empty()) {
+      warning("update-url", "update.url",
+              "is missing, and the URL is dynamic: there are no updates before somebody sets one",
+              "url = \"https://example.com/updates/\", or later: quillory-pack set BUNDLE "
+              "update_url=https://...");
+    } else if (update.url == kDynamicUpdateUrl) {
+      error("update-url", "update.url", "is \"D\", which stands for a dynamic URL",
+            "write dynamic = true");
+    } else if (const std::optional<Flaw> flaw = flawOfUpdateUrl(update.url)) {
+      error("update-url", "update.url", flaw->what, flaw->advice);
+    } else if (update.url.starts_with("http://")) {
+      warning("plain-http", "update.url",
+              "is plain http: anybody on the way can see and hold back what is downloaded",
+              "use https://");
+    }
+  }
+
+  void urlSchemes() {
+    for (const std::string& scheme : config_.application.urlSchemes) {
+      const bool valid = !scheme.empty() && std::isalpha(static_cast<unsigned char>(scheme[0])) &&
+                         std::all_of(scheme.begin(), scheme.end(), [](unsigned char c) {
+                           return std::isalnum(c) || c == '+' || c == '-' || c == '.';
+                         });
+      if (!valid) {
+        error("url-scheme", "application.url-schemes",
+              "has \"" + scheme + "\", which is not the part of a URL before the colon",
+              "use a letter, then letters and digits: url-schemes = [\"myapp\"]");
+      }
+    }
+  }
+
+  void runtimeVersion() {
+    const std::string& version = config_.runtime.version;
+    if (version.size() > kLongestRuntimeVersion) {
+      error("record-limit", "runtime.version", "has more than 50 characters", "shorten it");
+    } else if (!std::all_of(version.begin(), version.end(),
+                            [](unsigned char c) { return std::isdigit(c); })) {
+      error("version", "runtime.version",
+            "is not a whole number: the launcher compares versions as numbers",
+            "version = 17, or leave it out to take the one of the runtime");
+    }
+  }
+
+  void parameters() {
+    for (const auto& [name, value] : config_.parameters) {
+      const std::string key = "parameters." + name;
+      limit(key, name);
+      limit(key, value, kParamValueCapacity);
+      if (name == "update_url" || name == "jre_name") {
+        error("parameter", key, "is written by other keys of this file",
+              name == "jre_name" ? "use runtime.name" : "use dynamic = true and url in [update]");
+      } else if (name == "force_spawn" && config_.places.count("jvm.force-spawn") != 0) {
+        error("parameter", key, "is written by jvm.force-spawn as well", "keep one of the two");
+      } else if (const std::optional<Flaw> flaw = flawOfParameter(name, value)) {
+        error("parameter", key, flaw->what, flaw->advice);
+      }
+    }
+  }
+
+  void signing() { limit("signing.key", config_.signing.key); }
+
+  Config& config_;
+  Findings& findings_;
+};
+
+}  // namespace
+
+std::string executableNameFor(const std::string& applicationName) {
+  std::string name;
+  for (const char c : applicationName) {
+    if (std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_') {
+      name += c;
+    }
+  }
+  return name.empty() || name[0] == '.' ? "launcher" : name;
+}
+
+void lintConfig(Config& config, Findings& findings) { Linter(config, findings).run(); }
+
+}  // namespace quillory::pack

@@ -1,0 +1,63 @@
+// One table of the configuration file, read key by key. What is asked for is what is known: keys
+// that nobody asked for are errors, with the nearest known name.
+#pragma once
+#include <cstdint>
+#include <string>
+#include <toml.hpp>
+#include <vector>
+
+#include "packager/config/config.h"
+
+namespace quillory::pack {
+
+class ConfigSection {
+ public:
+  /// `name` is the table's; a table that is missing counts as empty.
+  ConfigSection(const toml::value& root, std::string name, Config& config, Findings& findings);
+
+  bool exists() const { return table_ != nullptr; }
+  bool has(const std::string& key) const;
+
+  // Each leaves `out` as it is when the key is missing or of the wrong kind.
+  void text(const std::string& key, std::string& out);
+  void flag(const std::string& key, bool& out);
+  void number(const std::string& key, std::int64_t& out, std::int64_t least, std::int64_t most);
+  void number(const std::string& key, int& out, int least, int most);
+  void version(const std::string& key, std::int64_t& out);
+  void texts(const std::string& key, std::vector<std::string>& out);
+  void files(const std::string& key, std::vector<ExtraFile>& out);
+  /// All keys, whatever their names, with text values (numbers and flags become texts).
+  void pairs(Parameters& out);
+  /// One of the names given; the index of the one found is stored.
+  void choice(const std::string& key, const std::vector<std::string>& names, int& out);
+
+  /// Reports `key` as missing when it is.
+  void require(const std::string& key, const std::string& advice);
+  /// Reports the keys that were not asked for. Call it last.
+  void rejectUnknown();
+
+  void error(const std::string& key, const std::string& rule, const std::string& what,
+             const std::string& advice);
+
+ private:
+  const toml::value* find(const std::string& key);
+  /// `example` is a value of the right kind, as it is written.
+  void wrongKind(const std::string& key, const toml::value& value, const std::string& wanted,
+                 const std::string& example);
+  ExtraFile extraFile(const std::string& key, const toml::value& item);
+  Place placeOf(const toml::value& value) const;
+  /// "application.name", as messages and places have it.
+  std::string fullName(const std::string& key) const { return name_ + '.' + key; }
+
+  std::string name_;
+  const toml::value* table_ = nullptr;
+  Config& config_;
+  Findings& findings_;
+  std::vector<std::string> known_;
+};
+
+/// Reports the tables, and the keys outside of tables, that are not among `known`.
+void rejectUnknownSections(const toml::value& root, const std::vector<std::string>& known,
+                           const std::string& file, Findings& findings);
+
+}  // namespace quillory::pack

@@ -1,0 +1,22 @@
+// The programs that travel in every bundle, found in the configuration or where builds and
+// installations of this program have them.
+#pragma once
+#include <string>
+
+#include "packager/config/config.h"
+#include "packager/reading/target.h"
+
+namespace quillory::pack {
+
+struct BundleTools {
+  std::string launcher;
+  std::string lzma64;
+  std::string updaterJar;
+  std::string elevMac;  ///< "" when there is none, which only this system's own programs may lack
+};
+
+/// Throws RejectedInput when a file that the configuration names is not there or not for `target`,
+/// or when the launcher holds a tail already; PackError when the files of `target` are nowhere.
+BundleTools findBundleTools(const Config& config, Target target);
+
+}  // namespace quillory::pack

@@ -1,0 +1,107 @@
+#include "packager/content/info_plist.h"
+
+#include "packager/config/config_lint.h"
+
+namespace quillory::pack {
+namespace {
+
+constexpr char kHead[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+    "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+    "<plist version=\"1.0\">\n"
+    "<dict>\n";
+// Of the launcher, as it is built: on an older system it would not even be loaded.
+constexpr char kMinimumSystem[] = "11.0";
+constexpr char kFoot[] = "</dict>\n</plist>\n";
+
+std::string escaped(const std::string& text) {
+  std::string out;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      default:
+        // XML has no way to write other control characters.
+        if (static_cast<unsigned char>(c) >= 0x20 || c == '\t' || c == '\n') {
+          out += c;
+        }
+    }
+  }
+  return out;
+}
+
+std::string entry(const std::string& key, const std::string& text) {
+  return "\t<key>" + key + "</key>\n\t<string>" + escaped(text) + "</string>\n";
+}
+
+std::string flag(const std::string& key) { return "\t<key>" + key + "</key>\n\t<true/>\n"; }
+
+std::string urlTypes(const ApplicationConfig& application) {
+  if (application.urlSchemes.empty()) {
+    return "";
+  }
+  std::string schemes;
+  for (const std::string& scheme : application.urlSchemes) {
+    schemes += "\t\t\t\t<string>" + escaped(scheme) + "</string>\n";
+  }
+  return "\t<key>CFBundleURLTypes</key>\n\t<array>\n\t\t<dict>\n"
+         "\t\t\t<key>CFBundleURLName</key>\n\t\t\t<string>" +
+         escaped(application.identifier) +
+         "</string>\n\t\t\t<key>CFBundleURLSchemes</key>\n\t\t\t<array>\n" + schemes +
+         "\t\t\t</array>\n\t\t</dict>\n\t</array>\n";
+}
+
+}  // namespace
+
+std::string applicationInfoPlist(const ApplicationConfig& application,
+                                 const std::string& iconFile) {
+  std::string plist = kHead;
+  plist += entry("CFBundleDevelopmentRegion", "en");
+  plist += entry("CFBundleExecutable", application.executable);
+  if (!iconFile.empty()) {
+    plist += entry("CFBundleIconFile", iconFile);
+  }
+  plist += entry("CFBundleIdentifier", application.identifier);
+  plist += entry("CFBundleInfoDictionaryVersion", "6.0");
+  plist += entry("CFBundleName", application.name);
+  plist += entry("CFBundlePackageType", "APPL");
+  plist += entry("CFBundleShortVersionString", application.displayVersion);
+  plist += urlTypes(application);
+  plist += entry("CFBundleVersion", std::to_string(application.version));
+  if (!application.category.empty()) {
+    plist += entry("LSApplicationCategoryType", application.category);
+  }
+  plist += entry("LSMinimumSystemVersion", kMinimumSystem);
+  plist += flag("NSHighResolutionCapable");
+  if (!application.copyright.empty()) {
+    plist += entry("NSHumanReadableCopyright", application.copyright);
+  }
+  plist += entry("NSPrincipalClass", "NSApplication");
+  return plist + kFoot;
+}
+
+std::string runtimeInfoPlist(const std::string& name, const std::string& version,
+                             const std::string& executable) {
+  std::string plist = kHead;
+  plist += entry("CFBundleDevelopmentRegion", "en");
+  if (!executable.empty()) {
+    plist += entry("CFBundleExecutable", executable);
+  }
+  plist += entry("CFBundleIdentifier", "local.runtime." + executableNameFor(name));
+  plist += entry("CFBundleInfoDictionaryVersion", "6.0");
+  plist += entry("CFBundleName", name);
+  plist += entry("CFBundlePackageType", "BNDL");
+  plist += entry("CFBundleShortVersionString", version);
+  plist += entry("CFBundleVersion", version);
+  return plist + kFoot;
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,155 @@
+#include "packager/content/jar_reader.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "packager/report/findings.h"
+#include "support/owned.h"
+
+namespace quillory::pack {
+namespace {
+
+constexpr std::size_t kEndSize = 22;
+constexpr std::size_t kLongestComment = 65535;
+constexpr std::size_t kDirectoryEntrySize = 46;
+constexpr std::size_t kLocalHeaderSize = 30;
+constexpr std::uint32_t kLargestManifest = 1 << 20;
+constexpr std::uint32_t kLargestDirectory = 1 << 28;
+constexpr std::uint32_t kDeflated = 8;
+
+[[noreturn]] void damaged(const std::string& path) {
+  throw PackError("is not a jar, or a damaged one", "build it again", {path, 0});
+}
+
+std::uint32_t at16(std::string_view bytes, std::size_t at) {
+  return static_cast<unsigned char>(bytes[at]) |
+         static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[at + 1])) << 8;
+}
+
+std::uint32_t at32(std::string_view bytes, std::size_t at) {
+  return at16(bytes, at) | at16(bytes, at + 2) << 16;
+}
+
+std::string readAt(std::FILE* file, long offset, std::size_t size, const std::string& path) {
+  std::string bytes(size, '\0');
+  if (std::fseek(file, offset, SEEK_SET) != 0 || std::fread(bytes.data(), 1, size, file) != size) {
+    damaged(path);
+  }
+  return bytes;
+}
+
+OwnedFile open(const std::string& path) {
+  OwnedFile file(std::fopen(path.c_str(), "rb"));
+  if (!file) {
+    throwFileError(path, "cannot be opened", errno);
+  }
+  return file;
+}
+
+// The directory, found from the record at the file's end, which a comment may follow.
+std::string readDirectory(std::FILE* file, const std::string& path) {
+  if (std::fseek(file, 0, SEEK_END) != 0) {
+    damaged(path);
+  }
+  const long size = std::ftell(file);
+  const std::size_t tailSize = std::min<std::size_t>(static_cast<std::size_t>(std::max(size, 0L)),
+                                                     kEndSize + kLongestComment);
+  const std::string tail = readAt(file, size - static_cast<long>(tailSize), tailSize, path);
+  const std::size_t end = tail.rfind("PK\x05\x06");
+  if (end == std::string::npos || end + kEndSize > tail.size()) {
+    damaged(path);
+  }
+  const std::uint32_t length = at32(tail, end + 12);
+  if (length > kLargestDirectory || length > static_cast<std::uint64_t>(size)) {
+    damaged(path);
+  }
+  return readAt(file, static_cast<long>(at32(tail, end + 16)), length, path);
+}
+
+std::string inflateRaw(std::string packed, std::uint32_t size, const std::string& path) {
+  std::string plain(size, '\0');
+  z_stream stream{};
+  if (inflateInit2(&stream, -MAX_WBITS) != Z_OK) {
+    damaged(path);
+  }
+  stream.next_in = reinterpret_cast<Bytef*>(packed.data());
+  stream.avail_in = static_cast<uInt>(packed.size());
+  stream.next_out = reinterpret_cast<Bytef*>(plain.data());
+  stream.avail_out = size;
+  const int result = inflate(&stream, Z_FINISH);
+  inflateEnd(&stream);
+  if (result != Z_STREAM_END || stream.avail_out != 0) {
+    damaged(path);
+  }
+  return plain;
+}
+
+}  // namespace
+
+Jar::Jar(const std::string& path) : path_(path) {
+  const OwnedFile file = open(path);
+  const std::string directory = readDirectory(file.get(), path);
+  std::size_t at = 0;
+  while (at + kDirectoryEntrySize <= directory.size()) {
+    if (directory.compare(at, 4, "PK\x01\x02") != 0) {
+      damaged(path);
+    }
+    Entry entry;
+    entry.method = at16(directory, at + 10);
+    entry.packedSize = at32(directory, at + 20);
+    entry.size = at32(directory, at + 24);
+    entry.offset = at32(directory, at + 42);
+    const std::size_t nameSize = at16(directory, at + 28);
+    const std::size_t extra = at16(directory, at + 30) + at16(directory, at + 32);
+    if (at + kDirectoryEntrySize + nameSize > directory.size()) {
+      damaged(path);
+    }
+    entries_[directory.substr(at + kDirectoryEntrySize, nameSize)] = entry;
+    at += kDirectoryEntrySize + nameSize + extra;
+  }
+}
+
+bool Jar::hasClass(const std::string& name) const {
+  std::string path = name;
+  std::replace(path.begin(), path.end(), '.', '/');
+  return contains(path + ".class");
+}
+
+std::string Jar::content(const std::string& name) const {
+  const Entry& entry = entries_.at(name);
+  if (entry.size > kLargestManifest || entry.packedSize > kLargestManifest) {
+    damaged(path_);
+  }
+  const OwnedFile file = open(path_);
+  const auto offset = static_cast<long>(entry.offset);
+  const std::string header = readAt(file.get(), offset, kLocalHeaderSize, path_);
+  const long start = offset + static_cast<long>(kLocalHeaderSize) +
+                     static_cast<long>(at16(header, 26) + at16(header, 28));
+  std::string packed = readAt(file.get(), start, entry.packedSize, path_);
+  return entry.method == kDeflated ? inflateRaw(std::move(packed), entry.size, path_) : packed;
+}
+
+std::string Jar::manifestValue(const std::string& name) const {
+  if (!contains("META-INF/MANIFEST.MF")) {
+    return "";
+  }
+  std::string manifest = '\n' + content("META-INF/MANIFEST.MF");
+  manifest.erase(std::remove(manifest.begin(), manifest.end(), '\r'), manifest.end());
+  // A line that begins with a blank continues the one before; an empty line ends the section.
+  for (std::size_t at; (at = manifest.find("\n ")) != std::string::npos;) {
+    manifest.erase(at, 2);
+  }
+  manifest = manifest.substr(0, manifest.find("\n\n"));
+  const std::size_t at = manifest.find('\n' + name + ": ");
+  if (at == std::string::npos) {
+    return "";
+  }
+  const std::size_t start = at + name.size() + 3;
+  return manifest.substr(start, manifest.find('\n', start) - start);
+}
+
+}  // namespace quillory::pack

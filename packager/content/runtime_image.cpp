@@ -1,0 +1,222 @@
+#include "packager/content/runtime_image.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+
+#include "packager/bytes/byte_sinks.h"
+#include "packager/content/class_list.h"
+#include "packager/content/info_plist.h"
+#include "packager/content/program_folder.h"
+#include "packager/content/stub_jar.h"
+#include "packager/content/tool_runner.h"
+#include "packager/report/joined.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Where runtimes and whole JDKs of Java 8 have it on macOS.
+constexpr std::array kJvmsOnMacOS = {"/lib/server/libjvm.dylib", "/jre/lib/server/libjvm.dylib"};
+
+// The library that the bundle's executable stands for, in the order of preference.
+constexpr std::array kLauncherLibraries = {"lib/jli/libjli.dylib", "lib/libjli.dylib",
+                                           "lib/jli/libjli.so", "lib/libjli.so"};
+
+std::string trimmed(const std::string& text) {
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  return first == std::string::npos
+             ? ""
+             : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+// "java.base,java.desktop" from the last line: warnings come before it.
+std::string modulesFoundByJdeps(const RuntimeConfig& config, const std::vector<std::string>& jars,
+                                const std::string& workFolder) {
+  std::vector<std::string> command = {findJdkTool("jdeps", config.jdk),
+                                      "--print-module-deps",
+                                      "--ignore-missing-deps",
+                                      "--multi-release",
+                                      "base",
+                                      "--class-path",
+                                      joined(jars, ":")};
+  command.insert(command.end(), jars.begin(), jars.end());
+  std::istringstream output(runTool(command, workFolder));
+  std::string modules;
+  for (std::string line; std::getline(output, line);) {
+    if (!trimmed(line).empty()) {
+      modules = trimmed(line);
+    }
+  }
+  if (modules.empty() || modules.find(' ') != std::string::npos) {
+    throw PackError("jdeps did not find the modules that the jars need: " + modules,
+                    "name them: modules = [\"java.base\", ...] in [runtime]");
+  }
+  return modules;
+}
+
+// What to do about a runtime of another system.
+std::string runtimeAdvice(Target target) {
+  const std::string system = systemOf(target);
+  return "in [runtime]: folder, with a runtime for " + system +
+         ", or jlink with jmods, the folder of that name in a JDK for " + system +
+         "; without [runtime] the first start downloads one";
+}
+
+// The tools in a JDK that the configuration names: others are looked for when they are run.
+void requireTools(const Config& config) {
+  const std::string& jdk = config.runtime.jdk;
+  if (jdk.empty()) {
+    return;
+  }
+  for (const char* tool : {"jlink", "jdeps"}) {
+    const bool isNeeded = tool != std::string("jdeps") || config.runtime.modules.empty();
+    const std::string path = jdk + "/bin/" + tool;
+    if (isNeeded && access(path.c_str(), X_OK) != 0) {
+      throw RejectedInput(
+          {{Severity::kError, "missing-file", "there is no program " + path + ": that is no JDK",
+            config.placeOf("runtime.jdk"),
+            "name the folder of a JDK, which holds bin, or leave out runtime.jdk to "
+            "take that of JAVA_HOME or PATH"}});
+    }
+  }
+}
+
+}  // namespace
+
+void requireModulesFor(Target target, const Config& config) {
+  const std::string& jmods = config.runtime.jmods;
+  if (jmods.empty() && target != nativeTarget()) {
+    throw RejectedInput({{Severity::kError, "platform",
+                          std::string("jlink links the modules of this system, and the bundle is "
+                                      "for ") +
+                              systemOf(target),
+                          config.placeOf("runtime"), runtimeAdvice(target)}});
+  }
+  if (!jmods.empty() && !isFile(jmods + "/java.base.jmod")) {
+    throw RejectedInput({{Severity::kError, "missing-file", jmods + " holds no java.base.jmod",
+                          config.placeOf("runtime.jmods"),
+                          "name the folder jmods of a JDK: Contents/Home/jmods in one for macOS"}});
+  }
+  requireTools(config);
+}
+
+std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
+                        const std::string& workFolder) {
+  std::string modules = config.modules.empty() ? modulesFoundByJdeps(config, jars, workFolder)
+                                               : joined(config.modules, ",");
+  if (!config.addModules.empty()) {
+    modules += ',' + joined(config.addModules, ",");
+  }
+  const std::string folder = workFolder + "/runtime";
+  std::vector<std::string> command = {findJdkTool("jlink", config.jdk),
+                                      "--add-modules",
+                                      modules,
+                                      "--no-header-files",
+                                      "--no-man-pages",
+                                      "--output",
+                                      folder};
+  if (!config.jmods.empty()) {
+    command.insert(command.end(), {"--module-path", config.jmods});
+  }
+  command.insert(command.end(), config.jlinkOptions.begin(), config.jlinkOptions.end());
+  runTool(command, workFolder);
+  addUpdaterClasses(folder);
+  return folder;
+}
+
+std::string findJavaHome(const std::string& folder, const Place& place) {
+  for (const std::string& home : {folder + "/Contents/Home", folder}) {
+    if (isFile(home + "/bin/java")) {
+      return home;
+    }
+  }
+  throw RejectedInput(
+      {{Severity::kError, "no-java", folder + " has no bin/java: it is no Java runtime", place,
+        "name the folder that holds bin and lib, or the bundle around it"}});
+}
+
+Findings lintRuntime(const std::string& javaHome, Target target, const std::string& launcher,
+                     const Place& place) {
+  const std::string java = javaHome + "/bin/java";
+  const ProgramImage image = programImageIn(java);
+  // A script runs everywhere, as far as anybody can tell.
+  const std::string reason = image.system == kScript ? "" : unfitFor(target, image);
+  if (!reason.empty()) {
+    return {{Severity::kError, "platform", java + ' ' + reason, place, runtimeAdvice(target)}};
+  }
+  const bool hasJvm = std::any_of(kJvmsOnMacOS.begin(), kJvmsOnMacOS.end(),
+                                  [&](const char* name) { return isFile(javaHome + name); });
+  if (target == Target::kMacOS && !hasJvm) {
+    return {{Severity::kError, "platform",
+             "there is no " + javaHome + kJvmsOnMacOS[0] + ": it is no runtime for macOS", place,
+             runtimeAdvice(target)}};
+  }
+  return lintArchitectures(programImageIn(launcher), image, place);
+}
+
+std::string versionNumberFor(const std::string& javaVersion) {
+  // "1.8.0_202" counts as "8.0.202".
+  const std::string text = javaVersion.starts_with("1.") ? javaVersion.substr(2) : javaVersion;
+  constexpr std::array<long, 4> kDigits = {1, 100, 1000, 100};
+  long number = 0;
+  std::size_t at = 0;
+  for (const long scale : kDigits) {
+    long part = 0;
+    for (; at < text.size() && std::isdigit(static_cast<unsigned char>(text[at])); ++at) {
+      part = std::min(part * 10 + (text[at] - '0'), 9999L);
+    }
+    number = number * scale + (scale == 1 ? part : std::min(part, scale - 1));
+    if (at < text.size() && (text[at] == '.' || text[at] == '_')) {
+      ++at;
+    }
+  }
+  return number == 0 ? "" : std::to_string(number);
+}
+
+std::string versionNumberOf(const std::string& javaHome) {
+  if (!isFile(javaHome + "/release")) {
+    return "";
+  }
+  const std::string release = '\n' + readWholeFile(javaHome + "/release");
+  const std::string key = "\nJAVA_VERSION=\"";
+  const std::size_t at = release.find(key);
+  if (at == std::string::npos) {
+    return "";
+  }
+  const std::size_t start = at + key.size();
+  return versionNumberFor(release.substr(start, release.find('"', start) - start));
+}
+
+ContentTree runtimeContent(const std::string& javaHome, const RuntimeConfig& config) {
+  ContentTree tree("runtime");
+  tree.addFolder("Contents");
+  tree.addFolderContent(javaHome, "Contents/Home");
+  if (!tree.contains("Contents/Home/lib/rt.jar")) {
+    tree.addBytes(stubRuntimeJar(), "Contents/Home/lib/rt.jar");
+  }
+  tree.addFolder("Contents/MacOS");
+  std::string library;
+  for (const char* candidate : kLauncherLibraries) {
+    if (library.empty() && isFile(javaHome + '/' + candidate)) {
+      library = fs::path(candidate).filename().string();
+      tree.addFile(javaHome + '/' + candidate, "Contents/MacOS/" + library);
+      // The launcher links the bundle's executable to lib/jli/libjli.dylib; newer runtimes have
+      // that library one folder higher.
+      if (library == "libjli.dylib" && !tree.contains("Contents/Home/lib/jli/libjli.dylib")) {
+        tree.addFolder("Contents/Home/lib/jli");
+        tree.addFile(javaHome + '/' + candidate, "Contents/Home/lib/jli/libjli.dylib");
+      }
+    }
+  }
+  tree.addBytes(runtimeInfoPlist(config.name, config.version, library), "Contents/Info.plist");
+  return tree;
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,38 @@
+// The Java runtime that goes into a bundle: made with jlink or taken from a folder, and arranged as
+// the launcher wants it.
+#pragma once
+#include <string>
+#include <vector>
+
+#include "packager/config/config.h"
+#include "packager/content/content_tree.h"
+#include "packager/reading/target.h"
+
+namespace quillory::pack {
+
+/// Throws RejectedInput when jlink has no modules of `target` to link, or is not in the JDK that is
+/// named, before it is run.
+void requireModulesFor(Target target, const Config& config);
+
+/// Makes a runtime in `workFolder` with jlink and returns its folder. `jars` are what jdeps looks
+/// at when no modules are named.
+std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
+                        const std::string& workFolder);
+
+/// The Java home in a folder that is one, or that is a macOS runtime bundle. Throws RejectedInput
+/// when there is no bin/java.
+std::string findJavaHome(const std::string& folder, const Place& place);
+
+/// Why a runtime does not go with the launcher of a bundle for `target`.
+Findings lintRuntime(const std::string& javaHome, Target target, const std::string& launcher,
+                     const Place& place);
+
+/// A whole number that grows with the Java version of a runtime ("17.0.9" gives 170000900), from
+/// its release file; "" when it has none.
+std::string versionNumberOf(const std::string& javaHome);
+std::string versionNumberFor(const std::string& javaVersion);
+
+/// Contents/Home with the runtime and a lib/rt.jar, Contents/MacOS, Contents/Info.plist.
+ContentTree runtimeContent(const std::string& javaHome, const RuntimeConfig& config);
+
+}  // namespace quillory::pack

@@ -1,0 +1,77 @@
+#include "packager/content/tool_runner.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+
+#include "packager/bytes/byte_sinks.h"
+#include "packager/bytes/work_folder.h"
+#include "packager/report/findings.h"
+#include "support/process.h"
+#include "support/strings.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kShownOutput = 2000;
+
+bool isExecutable(const std::string& path) { return access(path.c_str(), X_OK) == 0; }
+
+std::string lastPartOf(const std::string& output) {
+  return output.size() <= kShownOutput ? output : output.substr(output.size() - kShownOutput);
+}
+
+}  // namespace
+
+std::string runTool(const std::vector<std::string>& command, const std::string& scratchFolder) {
+  const std::string output = scratchFolder + "/tool-output";
+  // The shell only redirects: the command travels as arguments and is never parsed by it.
+  std::vector<std::string> arguments = {"sh", "-c", "exec \"$@\" >\"$0\" 2>&1", output};
+  arguments.insert(arguments.end(), command.begin(), command.end());
+  pid_t child = 0;
+  int status = -1;
+  if (processCalls.spawn(&child, "/bin/sh", argumentPointers(arguments).data(), getEnvP()) != 0 ||
+      processCalls.waitFor(child, &status) != child) {
+    throw PackError(command[0] + " cannot be started");
+  }
+  const std::string text = fs::exists(output) ? readWholeFile(output) : "";
+  std::error_code ignored;
+  fs::remove(output, ignored);
+  stopIfInterrupted();  // the tool was, too: its failure is none of its own
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    throw PackError(command[0] + " failed" +
+                    (WIFEXITED(status) ? " with status " + std::to_string(WEXITSTATUS(status))
+                                       : std::string()) +
+                    ":\n" + lastPartOf(text));
+  }
+  return text;
+}
+
+std::string findJdkTool(const std::string& name, const std::string& jdk) {
+  const char* javaHome = std::getenv("JAVA_HOME");
+  const std::string home = !jdk.empty() ? jdk : javaHome ? javaHome : "";
+  if (!home.empty()) {
+    const std::string tool = home + "/bin/" + name;
+    if (isExecutable(tool)) {
+      return tool;
+    }
+    throw PackError("there is no " + name + " in " + home + "/bin",
+                    "set runtime.jdk or JAVA_HOME to the folder of a JDK");
+  }
+  const char* path = std::getenv("PATH");
+  std::istringstream folders(path ? path : "");
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    if (!folder.empty() && isExecutable(folder + '/' + name)) {
+      return folder + '/' + name;
+    }
+  }
+  throw PackError("there is no " + name + " in PATH",
+                  "install a JDK, or name one with runtime.jdk or JAVA_HOME");
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,65 @@
+#include "packager/keys/public_key.h"
+
+#include <utility>
+#include <vector>
+
+#include "formats/archive_signature.h"
+#include "formats/text_encodings.h"
+#include "packager/keys/crypto_setup.h"
+#include "packager/keys/pem.h"
+#include "packager/keys/quiet_stdout.h"
+#include "packager/keys/rsa_holder.h"
+#include "packager/keys/signing_key.h"
+#include "packager/report/findings.h"
+
+namespace quillory::pack {
+namespace {
+
+const unsigned char* bytesOf(const std::string& text) {
+  return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+}  // namespace
+
+std::string fromHex(const std::string& hex) {
+  const std::vector<unsigned char> bytes = bytesOfHex(hex);
+  return {bytes.begin(), bytes.end()};
+}
+
+PublicKey::PublicKey(std::unique_ptr<RsaHolder> key, std::string fingerprint)
+    : key_(std::move(key)), fingerprint_(std::move(fingerprint)) {}
+PublicKey::PublicKey(PublicKey&&) noexcept = default;
+PublicKey& PublicKey::operator=(PublicKey&&) noexcept = default;
+PublicKey::~PublicKey() = default;
+
+PublicKey PublicKey::fromDer(const std::string& der, const std::string& source) {
+  setUpCrypto();
+  auto read = std::make_unique<RsaHolder>();
+  if (der.empty() || rsa_import(bytesOf(der), der.size(), &read->key) != CRYPT_OK) {
+    throw PackError("holds no RSA public key", "", {source, 0});
+  }
+  read->filled = true;
+  return {std::move(read), pack::fingerprint(der)};
+}
+
+PublicKey PublicKey::fromHex(const std::string& hex, const std::string& source) {
+  return fromDer(pack::fromHex(hex), source);
+}
+
+PublicKey PublicKey::load(const std::string& path) {
+  const PemBlock block = readPem(path);
+  if (block.kind == "PUBLIC KEY" || block.kind == "RSA PUBLIC KEY") {
+    return fromDer(block.der, path);
+  }
+  return fromDer(SigningKey::load(path).publicDer(), path);
+}
+
+int PublicKey::modulusBytes() const { return static_cast<int>(ltc_mp.unsigned_size(key_->key.N)); }
+
+bool PublicKey::verifies(const std::string& signature, const Digest& digest) const {
+  const QuietStdout quiet(false);  // the launcher prints a line about malformed signatures
+  return verifySignature(bytesOf(signature), static_cast<int>(signature.size()), digest.data(),
+                         &key_->key);
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,60 @@
+// The RSA key that signs archives: made, kept in a PEM file, and used.
+#pragma once
+#include <memory>
+#include <string>
+
+#include "packager/keys/mixed_digest.h"
+
+namespace quillory::pack {
+
+/// Modulus in bytes below which no signature can hold: 64 of digest, 64 of salt and two more.
+inline constexpr int kSmallestModulus = 130;
+/// Hexadecimal signatures are read into 4096 bytes.
+inline constexpr int kLargestModulus = 2047;
+
+enum class Salt {
+  kRandom,
+  kDerived,  ///< from the private key and the digest: the same input gives the same signature
+};
+
+struct RsaHolder;
+
+class SigningKey {
+ public:
+  SigningKey(SigningKey&&) noexcept;
+  SigningKey& operator=(SigningKey&&) noexcept;
+  ~SigningKey();
+
+  /// Takes seconds for large keys.
+  static SigningKey generate(int bits);
+  /// Reads "RSA PRIVATE KEY" and unencrypted "PRIVATE KEY" files. Throws PackError with the way out
+  /// for everything else.
+  static SigningKey load(const std::string& path);
+
+  /// PKCS #1 in PEM, as every tool for keys reads it.
+  std::string privatePem() const;
+  /// SubjectPublicKeyInfo in DER, which the launcher and Java's key factories read.
+  std::string publicDer() const;
+  std::string publicHex() const;
+  int modulusBytes() const;
+
+  /// RSA-PSS, mask and digest "mixed", 64 bytes of salt.
+  std::string sign(const Digest& digest, Salt salt) const;
+
+ private:
+  explicit SigningKey(std::unique_ptr<RsaHolder> key);
+  std::string exportAs(int kind) const;
+
+  std::unique_ptr<RsaHolder> key_;
+};
+
+/// Whether other people of this machine may read the key file.
+bool isReadableByOthers(const std::string& path);
+
+/// SHA-256 of a public key's DER, in groups of two digits: what people compare by eye.
+std::string fingerprint(const std::string& der);
+
+/// Lower-case hexadecimal text.
+std::string toHex(std::string_view bytes);
+
+}  // namespace quillory::pack

@@ -1,0 +1,43 @@
+// What is in an archive, without extracting it.
+#pragma once
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "packager/reading/record_input.h"
+
+namespace quillory::pack {
+
+struct ListedEntry {
+  std::int64_t type = 0;  ///< 1: folder, 2: pack200 file, else: plain file
+  std::string path;
+  std::int64_t length = 0;
+  std::int64_t contentAt = 0;  ///< where the content begins in the file
+};
+
+inline constexpr std::int64_t kFolderType = 1;
+inline constexpr std::int64_t kPack200Type = 2;
+
+struct ListedSignature {
+  std::int64_t offset = 0;         ///< where the block stands
+  std::int64_t claimedOffset = 0;  ///< where it says that it stands
+  std::string hex;
+};
+
+struct ArchiveListing {
+  std::vector<ListedEntry> entries;
+  std::optional<ListedSignature> signature;
+  std::int64_t end = 0;  ///< the first byte behind the archive
+
+  const ListedEntry* find(const std::string& path) const;
+};
+
+/// The entry at which `input` stands, leaving it behind the content; none at the end of the
+/// archive. Findings tell what the launcher would refuse or wait for.
+std::optional<ListedEntry> readListedEntry(RecordInput& input, Findings& findings,
+                                           const std::string& path);
+
+ArchiveListing listArchive(RecordInput& input, Findings& findings, const std::string& path);
+
+}  // namespace quillory::pack

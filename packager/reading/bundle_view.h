@@ -1,0 +1,30 @@
+// An application bundle as it lies on a disk.
+#pragma once
+#include <optional>
+#include <string>
+
+#include "packager/reading/params_view.h"
+#include "packager/reading/tail_view.h"
+#include "packager/report/findings.h"
+
+namespace quillory::pack {
+
+struct BundleView {
+  std::string folder;      ///< of the bundle, without a slash at the end
+  std::string infoPlist;   ///< its text, or ""
+  std::string executable;  ///< the path of the launcher
+  std::optional<ParamsView> params;
+  std::optional<TailView> tail;
+
+  std::string inside(const std::string& path) const { return folder + "/Contents/" + path; }
+};
+
+bool isBundle(const std::string& path);
+
+/// Reads what the launcher reads, and in its order. What is missing is a finding.
+BundleView readBundle(const std::string& path, Findings& findings);
+
+/// A text of a property list in XML, or "".
+std::string plistText(const std::string& plist, const std::string& key);
+
+}  // namespace quillory::pack

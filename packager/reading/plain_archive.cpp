@@ -1,0 +1,97 @@
+#include "packager/reading/plain_archive.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+#include <vector>
+
+#include "lzma/lzma_alone.h"
+#include "packager/bytes/byte_sinks.h"
+
+namespace quillory::pack {
+namespace {
+
+constexpr std::size_t kBlock = 256 * 1024;
+
+}  // namespace
+
+void readRegion(const FileRegion& region, const std::function<void(std::string_view)>& take) {
+  Findings ignored;
+  RecordInput input(region.path, ignored);
+  input.seek(region.offset);
+  for (std::int64_t left = region.length; left > 0;) {
+    stopIfInterrupted();
+    const std::string block =
+        input.bytes(static_cast<std::size_t>(std::min<std::int64_t>(left, kBlock)));
+    if (block.empty()) {
+      throw PackError("ends too early", "copy or download it again", {region.path, 0});
+    }
+    take(block);
+    left -= static_cast<std::int64_t>(block.size());
+  }
+}
+
+FileRegion wholeFile(const std::string& path) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  if (error) {
+    throw PackError("cannot be opened: " + error.message(), "", {path, 0});
+  }
+  return {path, 0, static_cast<std::int64_t>(size)};
+}
+
+std::string temporaryFolder() {
+  const char* folder = std::getenv("TMPDIR");
+  return folder != nullptr && *folder != '\0' ? folder : "/tmp";
+}
+
+PlainArchive::PlainArchive(const FileRegion& region, bool compressed)
+    : work_(std::make_unique<WorkFolder>(temporaryFolder())), path_(*work_ / "archive.p2") {
+  FileSink file(path_, 0600);
+  if (!compressed) {
+    readRegion(region, [&](std::string_view block) { file.write(block); });
+    file.commit();
+    return;
+  }
+  LzmaCoder decoder = LzmaCoder::decoder([&file](const unsigned char* data, std::size_t size) {
+    file.write({reinterpret_cast<const char*>(data), size});
+    return true;
+  });
+  const auto check = [&](bool good) {
+    if (!good) {
+      throw PackError(decoder.error(), "pack or download it again", {region.path, 0});
+    }
+  };
+  readRegion(region,
+             [&](std::string_view block) { check(decoder.write(block.data(), block.size())); });
+  check(decoder.finish());
+  file.commit();
+}
+
+void PlainArchive::remove() const {
+  std::error_code ignored;
+  std::filesystem::remove_all(work_->path(), ignored);
+}
+
+ArchiveListing PlainArchive::list(Findings& findings, const std::string& name) const {
+  Findings found;
+  RecordInput input(path_, found);
+  ArchiveListing listing = listArchive(input, found, name);
+  for (Finding& finding : found) {
+    finding.place.file = name;
+    findings.push_back(std::move(finding));
+  }
+  return listing;
+}
+
+std::string PlainArchive::contentOf(const ListedEntry& entry, std::size_t count) const {
+  Findings ignored;
+  RecordInput input(path_, ignored);
+  input.seek(entry.contentAt);
+  return input.bytes(
+      std::min(count, static_cast<std::size_t>(std::max<std::int64_t>(0, entry.length))));
+}
+
+}  // namespace quillory::pack

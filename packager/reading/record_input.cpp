@@ -1,0 +1,103 @@
+#include "packager/reading/record_input.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <vector>
+
+namespace quillory::pack {
+namespace {
+
+constexpr std::size_t kSearchBlock = 64 * 1024;
+
+bool isPlainNumber(const std::string& text) {
+  const std::size_t start = text.starts_with('-') ? 1 : 0;
+  return text.size() > start && text.find_first_not_of("0123456789", start) == std::string::npos;
+}
+
+}  // namespace
+
+RecordInput::RecordInput(const std::string& path, Findings& findings)
+    : path_(path), findings_(findings), file_(std::fopen(path.c_str(), "rb")) {
+  if (!file_) {
+    throwFileError(path, "cannot be opened", errno);
+  }
+  if (fseeko(file_.get(), 0, SEEK_END) != 0) {
+    throwFileError(path, "cannot be read", errno);
+  }
+  size_ = ftello(file_.get());
+  seek(0);
+}
+
+void RecordInput::note(Severity severity, const char* rule, const std::string& what) {
+  findings_.push_back({severity, rule, what, {path_, 0}, ""});
+}
+
+std::string RecordInput::text(const std::string& name, int capacity) {
+  const std::int64_t start = position();
+  const std::size_t room = static_cast<std::size_t>(capacity) - 1;
+  std::string value;
+  for (int byte; value.size() < room;) {
+    byte = std::fgetc(file_.get());
+    if (byte == '\0') {
+      return value;
+    }
+    if (byte == EOF) {
+      if (!endReported_) {
+        note(Severity::kError, "cut-short", "the file ends in the record \"" + name + "\"");
+        endReported_ = true;
+      }
+      return value;
+    }
+    value += static_cast<char>(byte);
+  }
+  note(Severity::kError, "record-limit",
+       "the record \"" + name + "\" at " + std::to_string(start) + " has more than the " +
+           std::to_string(longestValue(capacity)) +
+           " bytes that the launcher reads; it takes the rest for the next record");
+  return value;
+}
+
+std::int64_t RecordInput::number(const std::string& name) {
+  const std::int64_t start = position();
+  const std::string value = text(name, kNumberCapacity);
+  if (!isPlainNumber(value) && !endReported_) {
+    note(Severity::kWarning, "number",
+         "the record \"" + name + "\" at " + std::to_string(start) + " is no number: \"" + value +
+             "\"");
+  }
+  return std::strtol(value.c_str(), nullptr, 10);
+}
+
+bool RecordInput::atEnd() { return position() >= size_; }
+
+std::int64_t RecordInput::position() const { return ftello(file_.get()); }
+
+void RecordInput::seek(std::int64_t position) { fseeko(file_.get(), position, SEEK_SET); }
+
+std::string RecordInput::bytes(std::size_t count) {
+  std::string content(count, '\0');
+  content.resize(std::fread(content.data(), 1, count, file_.get()));
+  return content;
+}
+
+bool RecordInput::findMarker(const std::string& marker) {
+  std::string window;
+  const std::int64_t start = position();
+  for (std::int64_t at = start;;) {
+    const std::string block = bytes(kSearchBlock);
+    window += block;
+    const std::size_t found = window.find(marker);
+    if (found != std::string::npos) {
+      seek(at + static_cast<std::int64_t>(found + marker.size()));
+      return true;
+    }
+    if (block.empty()) {
+      return false;
+    }
+    const std::size_t kept = std::min(window.size(), marker.size() - 1);
+    at += static_cast<std::int64_t>(window.size() - kept);
+    window.erase(0, window.size() - kept);
+  }
+}
+
+}  // namespace quillory::pack

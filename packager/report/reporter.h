@@ -1,0 +1,64 @@
+// How a command talks: results on standard output, everything else on standard error.
+#pragma once
+#include <atomic>
+#include <cstdint>
+#include <iosfwd>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "packager/report/findings.h"
+
+namespace quillory::pack {
+
+enum class Verbosity { kQuiet, kNormal, kVerbose };
+
+struct ReporterOptions {
+  Verbosity verbosity = Verbosity::kNormal;
+  bool json = false;
+  bool terminal = false;  ///< standard error is one: a progress bar may be drawn
+};
+
+/// Bytes done, counted by working threads, and shown by the one that waits for them.
+struct Progress {
+  std::uint64_t total = 0;
+  std::atomic<std::uint64_t> done{0};
+};
+
+class Reporter {
+ public:
+  Reporter(std::ostream& out, std::ostream& err, ReporterOptions options)
+      : out_(out), err_(err), options_(options) {}
+
+  /// A result for people: always shown, but not with --json.
+  void result(const std::string& text);
+  /// A result for scripts, in the document of --json.
+  void value(const std::string& name, nlohmann::ordered_json value);
+  /// A line about what is going on; not with --quiet or --json.
+  void line(const std::string& text);
+  /// One more, for those who asked with --verbose.
+  void detail(const std::string& text);
+  /// Errors are always shown, warnings not with --quiet, notes only with --verbose. With --json
+  /// they are kept for the document instead.
+  void finding(const Finding& finding);
+  void findings(const Findings& all);
+
+  /// Draws the bar over itself; call it again and again, then endProgress().
+  void progress(const std::string& what, const Progress& progress);
+  void endProgress();
+
+  /// Ends the command: writes the document of --json.
+  void finish(const std::string& command, int status);
+
+ private:
+  std::ostream& out_;
+  std::ostream& err_;
+  ReporterOptions options_;
+  Findings kept_;
+  nlohmann::ordered_json values_ = nlohmann::ordered_json::object();
+  bool barShown_ = false;
+};
+
+/// "12.3 MB" and the like, for people.
+std::string readableSize(std::uint64_t bytes);
+
+}  // namespace quillory::pack

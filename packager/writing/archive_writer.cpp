@@ -1,0 +1,76 @@
+#include "packager/writing/archive_writer.h"
+
+#include "formats/archive_signature.h"
+#include "packager/report/findings.h"
+#include "packager/writing/record_writer.h"
+
+namespace quillory::pack {
+namespace {
+
+constexpr char kFile[] = "0";
+constexpr char kFolder[] = "1";
+
+}  // namespace
+
+void ArchiveWriter::Tee::write(std::string_view bytes) {
+  digest.update(bytes);
+  count += bytes.size();
+  next_.write(bytes);
+}
+
+void writeFileEntryHeader(ByteSink& sink, const std::string& path, std::uint64_t size) {
+  RecordWriter records(sink);
+  records.text("Archive File Type", kFile);
+  records.text("Archive File Path", path);
+  records.number("Archive File Length", static_cast<std::int64_t>(size));
+}
+
+void ArchiveWriter::folder(const std::string& path) {
+  RecordWriter records(out_);
+  records.text("Archive File Type", kFolder);
+  records.text("Archive File Path", path);
+}
+
+void ArchiveWriter::bytes(const std::string& path, std::string_view content) {
+  writeFileEntryHeader(out_, path, content.size());
+  out_.write(content);
+}
+
+void ArchiveWriter::file(const std::string& path, const std::string& source, std::uint64_t size) {
+  writeFileEntryHeader(out_, path, size);
+  if (copyFileInto(out_, source) != size) {
+    throw PackError("the file changed while it was packed", "pack again when it is at rest",
+                    {source, 0});
+  }
+}
+
+void ArchiveWriter::tree(const ContentTree& content) {
+  for (const auto& [path, entry] : content.entries()) {
+    if (entry.kind == ContentEntry::Kind::kFolder) {
+      folder(path);
+    } else if (entry.size == 0) {
+      continue;
+    } else if (entry.kind == ContentEntry::Kind::kBytes) {
+      bytes(path, entry.bytes);
+    } else {
+      file(path, entry.source, entry.size);
+    }
+  }
+}
+
+void ArchiveWriter::end() { RecordWriter(out_).text("Archive File Type", ""); }
+
+void ArchiveWriter::endSigned(const SigningKey& key, Salt salt) {
+  const std::uint64_t offset = out_.count;
+  const std::string hex = toHex(key.sign(out_.digest.finish(), salt));
+  // Past the digest from here on: a signature does not cover itself.
+  RecordWriter records(sink_);
+  records.text("Archive File Type", kFile);
+  records.text("Archive File Path", kSignatureBlockPath);
+  // Any number but 0, which would make the reader skip the block.
+  records.number("Archive File Length", 1);
+  records.number("Signature Length", static_cast<std::int64_t>(offset));
+  records.text("Signature Hex", hex, kCheckedHexCapacity);
+}
+
+}  // namespace quillory::pack

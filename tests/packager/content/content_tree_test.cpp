@@ -1,0 +1,220 @@
+#include "packager/content/content_tree.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "tests/harness/temp_dir.h"
+#include "tests/packager/project_fixture.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::findingOf;
+using testing::hasRule;
+using testing::rulesOf;
+using testing::TempDir;
+using testing::writeFile;
+
+std::vector<std::string> pathsOf(const ContentTree& tree) {
+  std::vector<std::string> paths;
+  for (const auto& [path, entry] : tree.entries()) {
+    paths.push_back(path);
+  }
+  return paths;
+}
+
+Findings findingsFor(const std::string& path, const std::string& bytes = "x") {
+  ContentTree tree("application");
+  tree.addBytes(bytes, path);
+  return tree.check();
+}
+
+TEST(ContentTree, GathersAFolderSortedWithFoldersBeforeTheirContent) {
+  TempDir dir;
+  writeFile(dir / "src/b/two", "22");
+  writeFile(dir / "src/a", "1");
+  fs::create_directories(dir / "src/empty");
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "lib");
+  EXPECT_EQ(pathsOf(tree),
+            (std::vector<std::string>{"lib", "lib/a", "lib/b", "lib/b/two", "lib/empty"}));
+  EXPECT_EQ(tree.totalBytes(), 3u);
+  EXPECT_TRUE(tree.check().empty());
+}
+
+TEST(ContentTree, StoresLinksAsCopiesAndSaysSoOnce) {
+  TempDir dir;
+  writeFile(dir / "src/file", "content");
+  fs::create_directory(dir / "elsewhere");
+  writeFile(dir / "elsewhere/inside", "x");
+  fs::create_symlink("file", dir / "src/link");
+  fs::create_symlink(dir / "elsewhere", dir / "src/folder");
+  ContentTree tree("runtime");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_EQ(pathsOf(tree), (std::vector<std::string>{"file", "folder", "folder/inside", "link"}));
+  EXPECT_EQ(tree.entries().at("link").size, 7u);
+  EXPECT_EQ(tree.entries().at("folder").kind, ContentEntry::Kind::kFolder);
+  const Findings findings = tree.check();
+  EXPECT_EQ(rulesOf(findings), std::vector<std::string>{"link"});
+  EXPECT_EQ(findings[0].what,
+            "2 symbolic links are stored as copies in the runtime, because archives hold no links");
+}
+
+TEST(ContentTree, RefusesALinkThatLeadsNowhere) {
+  TempDir dir;
+  fs::create_directory(dir / "src");
+  fs::create_symlink("missing", dir / "src/link");
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_EQ(findingOf(tree.check(), "dangling-link").place.file, dir / "src/link");
+}
+
+TEST(ContentTree, RefusesALinkThatLeadsBackToAFolderAboveIt) {
+  TempDir dir;
+  writeFile(dir / "src/a/file", "x");
+  fs::create_symlink("..", dir / "src/a/up");
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_TRUE(hasRule(tree.check(), "link-loop"));
+}
+
+TEST(ContentTree, NamesTheLinkThatLeadsBackAndFollowsNoMoreOfThem) {
+  TempDir dir;
+  fs::create_directory(dir / "src");
+  fs::create_symlink(".", dir / "src/a");
+  fs::create_symlink(".", dir / "src/b");
+  ContentTree itself("application");
+  itself.addFolderContent(dir / "src", "");
+  EXPECT_EQ(rulesOf(itself.check()), (std::vector<std::string>{"link-loop", "link"}));
+  EXPECT_EQ(findingOf(itself.check(), "link-loop").place.file, dir / "src/a");
+  // Folders that all lead to all others, with far more paths than can be walked.
+  for (int from = 0; from < 30; ++from) {
+    const std::string folder = dir / "many/" + std::to_string(from);
+    fs::create_directories(folder);
+    for (int to = 0; to < 30; ++to) {
+      if (to != from) {
+        fs::create_symlink("../" + std::to_string(to), folder + "/to" + std::to_string(to));
+      }
+    }
+  }
+  ContentTree many("application");
+  many.addFile(dir / "many", "many");
+  EXPECT_TRUE(hasRule(many.check(), "link-loop"));
+  EXPECT_TRUE(many.contains("many/29")) << "what is no link is still gathered";
+}
+
+TEST(ContentTree, TakesAFolderTwiceThatIsNotAboveItself) {
+  TempDir dir;
+  writeFile(dir / "src/b/file", "x");
+  fs::create_symlink("b", dir / "src/a");
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_EQ(pathsOf(tree), (std::vector<std::string>{"a", "a/file", "b", "b/file"}));
+  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{"link"});
+}
+
+TEST(ContentTree, KnowsAFileByWhateverName) {
+  TempDir dir;
+  writeFile(dir / "src/sub/file", "x");
+  writeFile(dir / "other", "x");
+  fs::create_hard_link(dir / "src/sub/file", dir / "hard");
+  fs::create_symlink("hard", dir / "soft");
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_EQ(tree.sourceOf(dir / "soft"), dir / "src/sub/file");
+  EXPECT_EQ(tree.sourceOf(dir / "src/../src/sub"), dir / "src/sub");
+  EXPECT_EQ(tree.sourceOf(dir / "src"), dir / "src");
+  EXPECT_EQ(tree.sourceOf(dir / "other"), "");
+  EXPECT_EQ(tree.sourceOf(dir / "missing"), "");
+}
+
+TEST(ContentTree, RefusesWhatIsNeitherFileNorFolder) {
+  TempDir dir;
+  fs::create_directory(dir / "src");
+  ASSERT_EQ(mkfifo((dir / "src/pipe").c_str(), 0600), 0);
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_EQ(findingOf(tree.check(), "not-a-file").place.file, dir / "src/pipe");
+}
+
+TEST(ContentTree, WarnsOfModesThatAreLost) {
+  TempDir dir;
+  writeFile(dir / "tool", "x");
+  fs::permissions(dir / "tool", fs::perms(04755));
+  ContentTree tree("application");
+  tree.addFile(dir / "tool", "tool");
+  EXPECT_EQ(findingOf(tree.check(), "mode").severity, Severity::kWarning);
+}
+
+TEST(ContentTree, RefusesTwoFilesForOnePath) {
+  ContentTree tree("application");
+  tree.addBytes("1", "lib/a.jar");
+  tree.addBytes("2", "lib/a.jar");
+  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{"same-path"});
+  ContentTree folders("application");
+  folders.addFolder("lib");
+  folders.addFolder("lib");
+  EXPECT_TRUE(folders.check().empty());
+}
+
+TEST(ContentTree, NamesTheFileThatIsMissing) {
+  ContentTree tree("application");
+  EXPECT_THROW(tree.addFile("/nonexistent/file", "file"), PackError);
+  EXPECT_THROW(tree.addFolderContent("/nonexistent", ""), PackError);
+}
+
+TEST(CheckPaths, AcceptsOrdinaryOnes) {
+  for (const char* path : {"a", "lib/a.jar", "a b/c\xC3\xA4", "..a", "a..", "x/qyArcSpBlock_y"}) {
+    EXPECT_TRUE(findingsFor(path).empty()) << path;
+  }
+}
+
+TEST(CheckPaths, RefusesThoseThatTheLauncherRefusesOrMisunderstands) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"../up", "path"},
+      {"a/../b", "path"},
+      {"/absolute", "path"},
+      {"a//b", "path"},
+      {"./a", "path"},
+      {"a/", "path"},
+      {"qyArcSpBlock_Mine", "special-prefix"},
+      {std::string(256, 'n'), "name-length"},
+      {"\xff", "file-name"},
+      {"\xed\xa0\x80", "file-name"},      // half of a pair
+      {"\xe0\x80\x80", "file-name"},      // longer than needed
+      {"\xf4\x90\x80\x80", "file-name"},  // beyond the last character
+  };
+  for (const auto& [path, rule] : cases) {
+    EXPECT_TRUE(hasRule(findingsFor(path), rule)) << path;
+  }
+}
+
+TEST(CheckPaths, KeepsToTheLimitOfTheRecord) {
+  std::string path;
+  while (path.size() < 1000) {
+    path += std::string(99, 'd') + '/';
+  }
+  const std::string longest = path + std::string(1022 - path.size(), 'f');
+  EXPECT_TRUE(findingsFor(longest).empty());
+  EXPECT_EQ(rulesOf(findingsFor(longest + 'f')), std::vector<std::string>{"path-length"});
+}
+
+TEST(CheckPaths, WarnsOfEmptyFiles) {
+  const Finding finding = findingOf(findingsFor("lib/empty", ""), "empty-file");
+  EXPECT_EQ(finding.severity, Severity::kWarning);
+  EXPECT_EQ(finding.what,
+            "\"lib/empty\" of the application is empty: the launcher does not create empty files");
+}
+
+TEST(CheckPaths, WarnsOfNamesThatDifferInCaseOnly) {
+  ContentTree tree("application");
+  tree.addBytes("1", "lib/Readme");
+  tree.addBytes("2", "lib/readme");
+  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{"case"});
+}
+
+}  // namespace
+}  // namespace quillory::pack

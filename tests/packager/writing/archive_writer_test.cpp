@@ -1,0 +1,114 @@
+#include "packager/writing/archive_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "packager/report/findings.h"
+#include "tests/harness/child_process.h"
+#include "tests/harness/page_example.h"
+#include "tests/harness/records.h"
+#include "tests/harness/temp_dir.h"
+#include "tests/packager/project_fixture.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ChildResult;
+using testing::pageExample;
+using testing::Project;
+using testing::records;
+using testing::runChild;
+using testing::TempDir;
+using testing::writeFile;
+
+TEST(ArchiveWriter, GivesTheExampleOfThePage) {
+  StringSink bytes;
+  ArchiveWriter archive(bytes);
+  archive.folder("lib");
+  archive.bytes("lib/hello.txt", "hello");
+  archive.end();
+  EXPECT_EQ(bytes.bytes(), pageExample("formats/archive.md", 1));
+}
+
+TEST(ArchiveWriter, CopiesFilesFromTheDisk) {
+  TempDir dir;
+  const std::string content(300000, 'x');
+  writeFile(dir / "big", content);
+  StringSink bytes;
+  ArchiveWriter archive(bytes);
+  archive.file("a/big", dir / "big", content.size());
+  archive.end();
+  EXPECT_EQ(bytes.bytes(), records({"0", "a/big", "300000"}) + content + records({""}));
+}
+
+TEST(ArchiveWriter, NoticesAFileThatChangedMeanwhile) {
+  TempDir dir;
+  writeFile(dir / "file", "longer");
+  StringSink bytes;
+  ArchiveWriter archive(bytes);
+  EXPECT_THROW(archive.file("file", dir / "file", 3), PackError);
+}
+
+TEST(ArchiveWriter, WritesATreeInTheOrderOfItsPathsWithoutEmptyFiles) {
+  ContentTree tree("test");
+  tree.addBytes("2", "b/two");
+  tree.addBytes("", "b/empty");
+  tree.addFolder("b");
+  tree.addBytes("1", "a");
+  tree.addFolder("c");
+  StringSink bytes;
+  ArchiveWriter archive(bytes);
+  archive.tree(tree);
+  archive.end();
+  EXPECT_EQ(bytes.bytes(), records({"0", "a", "1"}) + "1" + records({"1", "b", "0", "b/two", "1"}) +
+                               "2" + records({"1", "c", ""}));
+}
+
+class SignedArchive : public ::testing::Test {
+ protected:
+  std::string sign(Salt salt) {
+    StringSink bytes;
+    ArchiveWriter archive(bytes);
+    archive.bytes("file", "content");
+    archive.endSigned(SigningKey::load(Project::key()), salt);
+    return bytes.bytes();
+  }
+
+  // Checked by a script with other crypto libraries.
+  ChildResult check(const std::string& bytes) {
+    writeFile(dir_ / "archive", bytes);
+    return runChild(
+        {"/usr/bin/python3", QUILLORY_CHECK_SIGNATURE, Project::key(), dir_ / "archive"});
+  }
+
+  const std::string entry_ = records({"0", "file", "7"}) + "content";
+  TempDir dir_;
+};
+
+TEST_F(SignedArchive, EndsWithABlockThatNamesItsPlaceAndHoldsForOthers) {
+  for (const Salt salt : {Salt::kRandom, Salt::kDerived}) {
+    const std::string bytes = sign(salt);
+    const std::string head = entry_ + records({"0", "qyArcSpBlock_DigitalSignature1", "1",
+                                               std::to_string(entry_.size())});
+    ASSERT_EQ(bytes.substr(0, head.size()), head);
+    EXPECT_EQ(bytes.size(), head.size() + 512 + 1) << "256 bytes in hexadecimal, and a terminator";
+    const ChildResult result = check(bytes);
+    EXPECT_EQ(result.out, "good\n") << result.err;
+  }
+}
+
+TEST_F(SignedArchive, IsNotGoodAnyMoreWhenAByteChanges) {
+  std::string bytes = sign(Salt::kRandom);
+  bytes[5] = 'F';
+  EXPECT_EQ(check(bytes).out, "bad\n");
+}
+
+TEST_F(SignedArchive, IsTheSameEveryTimeWithADerivedSaltAndElseNot) {
+  EXPECT_EQ(sign(Salt::kDerived), sign(Salt::kDerived));
+  EXPECT_NE(sign(Salt::kRandom), sign(Salt::kRandom));
+}
+
+}  // namespace
+}  // namespace quillory::pack

@@ -1,0 +1,117 @@
+#include "support/output_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "tests/harness/temp_dir.h"
+
+namespace quillory {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::readFile;
+using testing::TempDir;
+using testing::writeFile;
+
+std::size_t entriesIn(const TempDir& folder) {
+  return static_cast<std::size_t>(
+      std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()));
+}
+
+TEST(OutputFile, AppearsOnlyWithCommit) {
+  TempDir dir;
+  OutputFile file(dir / "out");
+  ASSERT_TRUE(file.write("content", 7));
+  EXPECT_FALSE(fs::exists(dir / "out"));
+  ASSERT_TRUE(file.commit());
+  EXPECT_EQ(readFile(dir / "out"), "content");
+  EXPECT_EQ(entriesIn(dir), 1u);
+}
+
+TEST(OutputFile, LeavesWhatWasThereWithoutCommit) {
+  TempDir dir;
+  writeFile(dir / "out", "old");
+  {
+    OutputFile file(dir / "out");
+    ASSERT_TRUE(file.write("new", 3));
+  }
+  EXPECT_EQ(readFile(dir / "out"), "old");
+  EXPECT_EQ(entriesIn(dir), 1u);
+}
+
+TEST(OutputFile, ReplacesALinkInsteadOfFollowingIt) {
+  TempDir dir;
+  writeFile(dir / "victim", "precious");
+  fs::create_symlink(dir / "victim", dir / "out");
+  OutputFile file(dir / "out");
+  ASSERT_TRUE(file.write("new", 3));
+  ASSERT_TRUE(file.commit());
+  EXPECT_EQ(readFile(dir / "victim"), "precious");
+  EXPECT_FALSE(fs::is_symlink(dir / "out"));
+  EXPECT_EQ(readFile(dir / "out"), "new");
+}
+
+TEST(OutputFile, HasTheModeThatTheUmaskLeaves) {
+  TempDir dir;
+  const mode_t saved = umask(027);
+  OutputFile plain(dir / "plain");
+  plain.commit();
+  OutputFile secret(dir / "secret", 0600);
+  secret.commit();
+  umask(saved);
+  EXPECT_EQ(testing::modeOf(dir / "plain"), 0640u);
+  EXPECT_EQ(testing::modeOf(dir / "secret"), 0600u);
+}
+
+TEST(OutputFile, RefusesToReplaceAFolderOrADevice) {
+  TempDir dir;
+  fs::create_directory(dir / "folder");
+  OutputFile folder(dir / "folder");
+  EXPECT_EQ(folder.stream(), nullptr);
+  EXPECT_EQ(folder.error(), dir / "folder" + ": is not a plain file");
+  OutputFile device("/dev/null");
+  EXPECT_EQ(device.stream(), nullptr);
+  EXPECT_FALSE(device.commit());
+}
+
+TEST(OutputFile, NamesTheFileThatCannotBeCreated) {
+  TempDir dir;
+  OutputFile file(dir / "missing/out");
+  EXPECT_EQ(file.stream(), nullptr);
+  EXPECT_EQ(file.error(), dir / "missing/out" + ": cannot be created: No such file or directory");
+}
+
+TEST(OutputFile, ReportsAFullDisk) {
+  TempDir dir;
+  OutputFile file(dir / "out");
+  // The descriptor is exchanged for one on the device that is always full.
+  ASSERT_NE(freopen("/dev/full", "wb", file.stream()), nullptr);
+  file.write("x", 1);
+  EXPECT_FALSE(file.commit());
+  EXPECT_EQ(file.error(), dir / "out" + ": cannot be written: No space left on device");
+}
+
+TEST(RemoveUnfinishedFilesOnSignals, LeavesNothingBehindAndDiesOfTheSignal) {
+  ::testing::FLAGS_gtest_death_test_style = "threadsafe";
+  TempDir dir;
+  // The child of a threadsafe death test makes a folder of its own, so this one is handed over.
+  setenv("OUTPUT_FILE_FOLDER", dir.str().c_str(), 0);
+  const std::string folder = getenv("OUTPUT_FILE_FOLDER");
+  EXPECT_EXIT(
+      {
+        removeUnfinishedFilesOnSignals();
+        OutputFile file(folder + "/out");
+        file.write("x", 1);
+        std::raise(SIGTERM);
+      },
+      ::testing::KilledBySignal(SIGTERM), "");
+  unsetenv("OUTPUT_FILE_FOLDER");
+  EXPECT_EQ(entriesIn(dir), 0u);
+}
+
+}  // namespace
+}  // namespace quillory

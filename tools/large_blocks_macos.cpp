@@ -1,8 +1,0 @@
-#include "tools/large_blocks.h"
-
-namespace quillory {
-
-// Whether large pages would help here has never been measured.
-const lzma_allocator* largeBlocks() { return nullptr; }
-
-}  // namespace quillory
