@@ -12,6 +12,7 @@
 #include "platform/gnustep/display.h"
 #include "platform/gnustep/early_texts.h"
 #include "platform/gnustep/info_plist.h"
+#include "platform/gnustep/run_loop_turns.h"
 #include "platform/gnustep/scoped_encodings.h"
 #include "platform/gnustep/scoped_environment.h"
 #include "platform/gnustep/scoped_signals.h"
@@ -150,6 +151,7 @@ void runMainLoop() {
     const AutoreleasePool pool;
     [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate distantFuture]];
   }
+  endTurnsBeforeSecondWait();
   // Not by GNUstep's own loop: it starts a notification daemon that outlives the process, and takes
   // 50 ms for its first turn. The splash needs the events only.
   for (;;) handleNextEvent();

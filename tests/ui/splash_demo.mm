@@ -4,6 +4,7 @@
 // are those of the application that it stands for.
 //
 //   init | configure FILE | show | progress N | hide-progress | hide | cleanup | buffer N
+//   reshow          hides and shows it, and waits for an answer of the window server, all at once
 //   size W H        resizes the window
 //   script          the scripted demonstration
 //   url             prints the URL that was requested
@@ -22,6 +23,7 @@
 
 #include "platform/autorelease_pool.h"
 #include "platform/cocoa_support.h"
+#include "platform/main_thread.h"
 #include "support/clock.h"
 #include "support/process.h"
 #include "support/url_request.h"
@@ -51,6 +53,17 @@ void runShell(const std::string& command) {
   std::printf("status %d\n", status);
 }
 
+// With the answer all that the window server had to say before has come, such as the request to
+// draw the window: nothing follows that would wake the main thread.
+void reshow() {
+  quillory::platform::onMainThread([] {
+    const quillory::AutoreleasePool pool;
+    splash::hideSplash();
+    splash::showSplash();
+    [NSClassFromString(@"NSEvent") mouseLocation];
+  });
+}
+
 int numberIn(std::istream& line) {
   int number = 0;
   line >> number;
@@ -67,6 +80,7 @@ void carryOut(const std::string& name, std::istream& line) {
   if (name == "init") splash::init();
   if (name == "configure") splash::configureSplash(restOf(line).c_str());
   if (name == "show") splash::showSplash();
+  if (name == "reshow") reshow();
   if (name == "progress") splash::setProgress(numberIn(line));
   if (name == "hide-progress") splash::hideProgress();
   if (name == "hide") splash::hideSplash();

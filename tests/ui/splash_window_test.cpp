@@ -309,6 +309,17 @@ TEST_F(SplashWindow, CanBeHiddenAndShownAgain) {
   EXPECT_TRUE(shows(5, 5, 0xC02040));
 }
 
+// As on a busy machine: the request to draw it has come before the main thread waits for one.
+TEST_F(SplashWindow, IsDrawnWhenTheRequestCameBeforeTheWaitForOne) {
+  show(redPicture(100, 50));
+  ASSERT_TRUE(shows(5, 5, 0xC02040));
+  for (int round = 0; round < 5; ++round) {
+    SCOPED_TRACE(round);
+    demo_.commands({"wait 20", "reshow"});
+    ASSERT_TRUE(shows(5, 5, 0xC02040));
+  }
+}
+
 TEST_F(SplashWindow, IsGoneWhenCleanupReturns) {
   show(redPicture(100, 50));
   demo_.command("progress -1");
