@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "tests/harness/temp_dir.h"
-#include "tests/packager/project_fixture.h"
+#include "tests/packager/rules_of.h"
 
 namespace quillory::pack {
 namespace {

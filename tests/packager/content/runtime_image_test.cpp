@@ -4,9 +4,8 @@
 
 #include <filesystem>
 
-#include "packager/content/class_list.h"
 #include "packager/content/tool_runner.h"
-#include "tests/packager/project_fixture.h"
+#include "tests/packager/project.h"
 
 namespace quillory::pack {
 namespace {
@@ -127,12 +126,6 @@ TEST(LinkRuntime, AddsTheClassesOfTheUpdaterToTheListForTheArchive) {
   EXPECT_EQ(list.back(), '\n');
 }
 
-TEST(AddUpdaterClasses, LeavesARuntimeWithoutAListAsItIs) {
-  TempDir dir;
-  addUpdaterClasses(dir.str());
-  EXPECT_TRUE(fs::is_empty(dir.path()));
-}
-
 // The modules of another system: those of this one, with programs and a name of the other's.
 TEST(LinkRuntime, LinksTheModulesThatAreNamed) {
   TempDir dir;
@@ -163,48 +156,6 @@ TEST(LinkRuntime, ShowsWhatJlinkSaid) {
   } catch (const PackError& e) {
     EXPECT_NE(std::string(e.what()).find("no.such.module"), std::string::npos) << e.what();
   }
-}
-
-TEST(RunTool, ReturnsWhatWasPrintedOnBothOutputs) {
-  TempDir dir;
-  EXPECT_EQ(runTool({"sh", "-c", "echo out; echo err >&2"}, dir.str()), "out\nerr\n");
-  EXPECT_TRUE(fs::is_empty(dir.path()));
-}
-
-TEST(RunTool, PassesArgumentsThatShellsWouldChange) {
-  TempDir dir;
-  EXPECT_EQ(runTool({"printf", "%s|", "a b", "$HOME", "`id`", "\"", "*", ""}, dir.str()),
-            "a b|$HOME|`id`|\"|*||");
-}
-
-TEST(RunTool, ThrowsWhenTheToolFailsOrIsNotThere) {
-  TempDir dir;
-  EXPECT_THROW(runTool({"false"}, dir.str()), PackError);
-  EXPECT_THROW(runTool({dir / "missing"}, dir.str()), PackError);
-  EXPECT_THROW(runTool({"sh", "-c", "kill -9 $$"}, dir.str()), PackError);
-}
-
-TEST(FindJdkTool, LooksIntoTheFolderThatIsNamedOnly) {
-  TempDir dir;
-  EXPECT_THROW(findJdkTool("jlink", dir.str()), PackError);
-  writeFile(dir / "bin/jlink", "x");
-  fs::permissions(dir / "bin/jlink", fs::perms::owner_all);
-  EXPECT_EQ(findJdkTool("jlink", dir.str()), dir / "bin/jlink");
-}
-
-TEST(FindJdkTool, LooksIntoJavaHomeThenIntoPath) {
-  TempDir dir;
-  writeFile(dir / "bin/some-jdk-tool", "x");
-  fs::permissions(dir / "bin/some-jdk-tool", fs::perms::owner_all);
-  const std::string path = std::getenv("PATH");
-  unsetenv("JAVA_HOME");
-  EXPECT_THROW(findJdkTool("some-jdk-tool", ""), PackError);
-  setenv("PATH", (dir.str() + "/bin:" + path).c_str(), 1);
-  EXPECT_EQ(findJdkTool("some-jdk-tool", ""), dir / "bin/some-jdk-tool");
-  setenv("PATH", path.c_str(), 1);
-  setenv("JAVA_HOME", dir.str().c_str(), 1);
-  EXPECT_EQ(findJdkTool("some-jdk-tool", ""), dir / "bin/some-jdk-tool");
-  unsetenv("JAVA_HOME");
 }
 
 }  // namespace

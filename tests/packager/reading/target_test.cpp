@@ -3,8 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "packager/content/program_folder.h"
-#include "tests/packager/project_fixture.h"
+#include "tests/packager/rules_of.h"
 
 namespace quillory::pack {
 namespace {
@@ -27,11 +26,6 @@ TEST(Target, HasANameThatItIsFoundBy) {
   EXPECT_EQ(targetNameOf(kApple), "macos");
   EXPECT_EQ(targetNameOf(kElf), "linux");
   EXPECT_EQ(targetNameOf({"Windows", {}}), "");
-}
-
-TEST(Target, IsThisSystemUnlessToldOtherwise) {
-  // This very program says what this system is.
-  EXPECT_EQ(nameOf(nativeTarget()), targetNameOf(programImageIn(QUILLORY_PACK)));
 }
 
 TEST(UnfitFor, TakesProgramsOfTheTarget) {

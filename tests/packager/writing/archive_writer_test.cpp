@@ -2,22 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "packager/report/findings.h"
 #include "tests/harness/child_process.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
 #include "tests/harness/temp_dir.h"
-#include "tests/packager/project_fixture.h"
+#include "tests/packager/openssl.h"
 
 namespace quillory::pack {
 namespace {
 
-namespace fs = std::filesystem;
 using testing::ChildResult;
+using testing::madeKey;
 using testing::pageExample;
-using testing::Project;
 using testing::records;
 using testing::runChild;
 using testing::TempDir;
@@ -72,15 +69,14 @@ class SignedArchive : public ::testing::Test {
     StringSink bytes;
     ArchiveWriter archive(bytes);
     archive.bytes("file", "content");
-    archive.endSigned(SigningKey::load(Project::key()), salt);
+    archive.endSigned(SigningKey::load(madeKey()), salt);
     return bytes.bytes();
   }
 
   // Checked by a script with other crypto libraries.
   ChildResult check(const std::string& bytes) {
     writeFile(dir_ / "archive", bytes);
-    return runChild(
-        {"/usr/bin/python3", QUILLORY_CHECK_SIGNATURE, Project::key(), dir_ / "archive"});
+    return runChild({"/usr/bin/python3", QUILLORY_CHECK_SIGNATURE, madeKey(), dir_ / "archive"});
   }
 
   const std::string entry_ = records({"0", "file", "7"}) + "content";

@@ -1,0 +1,82 @@
+#include "packager/content/icns.h"
+
+#include <gtest/gtest.h>
+
+#include "packager/report/findings.h"
+#include "tests/harness/temp_dir.h"
+
+namespace quillory::pack {
+namespace {
+
+using namespace std::string_literals;
+using testing::TempDir;
+using testing::writeFile;
+
+std::string png(char width, char height) {
+  return "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\0\0"s + width + '\0' + "\0\0"s + height + '\0' + "rest";
+}
+
+TEST(IcnsFrom, KeepsAnIcon) {
+  TempDir dir;
+  const std::string icon = "icns\0\0\0\x0cmore"s;
+  writeFile(dir / "a.icns", icon);
+  EXPECT_EQ(icnsFrom(dir / "a.icns"), icon);
+}
+
+TEST(IcnsFrom, PutsAPictureIntoAContainer) {
+  TempDir dir;
+  const std::string picture = png('\2', '\2');  // 512 pixels
+  ASSERT_EQ(picture.size(), 28u);
+  writeFile(dir / "a.png", picture);
+  EXPECT_EQ(icnsFrom(dir / "a.png"),
+            "icns\0\0\0\x2c"s
+            "ic09\0\0\0\x24"s +
+                picture);
+}
+
+TEST(IcnsFrom, RefusesOtherSizes) {
+  TempDir dir;
+  for (const std::string& picture : {png('\2', '\1'), png('\3', '\3'), std::string("\x89PNG")}) {
+    writeFile(dir / "a.png", picture);
+    EXPECT_THROW(icnsFrom(dir / "a.png"), PackError);
+  }
+}
+
+TEST(FlawOfIcon, IsAnIconFileThatIsShorterThanItSays) {
+  const std::string flaw = "is an icns file that is cut short or damaged";
+  EXPECT_EQ(flawOfIcon("icns\0\0\0\x0cmore"s), "");
+  EXPECT_EQ(flawOfIcon("icns\0\0\0\x0cmor"s), flaw);
+  EXPECT_EQ(flawOfIcon("icns\0\0\0\x08more"s), flaw);
+  for (std::size_t length = 4; length < 9; ++length) {
+    EXPECT_EQ(flawOfIcon("icns\0\0\0\x0c"s.substr(0, length)), flaw) << length;
+  }
+  EXPECT_EQ(flawOfIcon("icn"), "is neither an icns nor a PNG picture");
+  EXPECT_EQ(flawOfIcon(""), "is neither an icns nor a PNG picture");
+}
+
+TEST(FlawOfIcon, IsASizeThatIconsDoNotHave) {
+  EXPECT_EQ(flawOfIcon(png('\1', '\1')), "");
+  EXPECT_EQ(flawOfIcon(png('\2', '\1')),
+            "is a picture of 512 by 256 pixels: those of icons are square, of 64, 128, 256, 512 or "
+            "1024");
+}
+
+TEST(FlawOfPicture, IsADamagedHeader) {
+  const std::string whole = png('\3', '\1').substr(0, 24);
+  EXPECT_EQ(flawOfPicture(whole), "");
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    EXPECT_EQ(flawOfPicture(whole.substr(0, length)),
+              length < 8 ? "is no PNG picture" : "is a PNG picture that is cut short or damaged")
+        << length;
+  }
+  for (std::size_t at = 0; at < 16; ++at) {
+    std::string changed = whole;
+    changed[at] = static_cast<char>(changed[at] ^ 1);
+    EXPECT_NE(flawOfPicture(changed), "") << at;
+  }
+  EXPECT_EQ(flawOfPicture(png('\0', '\1')), "is a PNG picture without a single pixel");
+  EXPECT_EQ(flawOfPicture(png('\1', '\0')), "is a PNG picture without a single pixel");
+}
+
+}  // namespace
+}  // namespace quillory::pack

@@ -1,0 +1,80 @@
+#include "packager/content/info_plist.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/harness/child_process.h"
+#include "tests/harness/temp_dir.h"
+
+namespace quillory::pack {
+namespace {
+
+using testing::ChildResult;
+using testing::runChild;
+using testing::TempDir;
+using testing::writeFile;
+
+// What another reader of property lists makes of it, as sorted "key=value" lines.
+std::string readBack(const std::string& plist) {
+  TempDir dir;
+  writeFile(dir / "Info.plist", plist);
+  const ChildResult result =
+      runChild({"/usr/bin/python3", "-c",
+                "import plistlib, sys\n"
+                "for key, value in sorted(plistlib.load(open(sys.argv[1], 'rb')).items()):\n"
+                "  print('%s=%s' % (key, value))",
+                dir / "Info.plist"});
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  return result.out;
+}
+
+ApplicationConfig sample() {
+  ApplicationConfig app;
+  app.name = "Hello & <You>";
+  app.version = 12;
+  app.displayVersion = "1.2";
+  app.identifier = "com.example.hello";
+  app.executable = "Hello";
+  return app;
+}
+
+TEST(ApplicationInfoPlist, IsAPropertyListWithTheKeysThatBundlesNeed) {
+  EXPECT_EQ(readBack(applicationInfoPlist(sample(), "Hello.icns")),
+            "CFBundleDevelopmentRegion=en\n"
+            "CFBundleExecutable=Hello\n"
+            "CFBundleIconFile=Hello.icns\n"
+            "CFBundleIdentifier=com.example.hello\n"
+            "CFBundleInfoDictionaryVersion=6.0\n"
+            "CFBundleName=Hello & <You>\n"
+            "CFBundlePackageType=APPL\n"
+            "CFBundleShortVersionString=1.2\n"
+            "CFBundleVersion=12\n"
+            "LSMinimumSystemVersion=11.0\n"
+            "NSHighResolutionCapable=True\n"
+            "NSPrincipalClass=NSApplication\n");
+}
+
+TEST(ApplicationInfoPlist, HasUrlTypesCategoryAndCopyrightWhereTheyAreGiven) {
+  ApplicationConfig app = sample();
+  app.urlSchemes = {"hello", "hello+more"};
+  app.category = "public.app-category.utilities";
+  app.copyright = "Example";
+  const std::string lines = readBack(applicationInfoPlist(app, ""));
+  EXPECT_NE(lines.find("CFBundleURLTypes=[{'CFBundleURLName': 'com.example.hello', "
+                       "'CFBundleURLSchemes': ['hello', 'hello+more']}]\n"),
+            std::string::npos)
+      << lines;
+  EXPECT_NE(lines.find("LSApplicationCategoryType=public.app-category.utilities\n"),
+            std::string::npos);
+  EXPECT_NE(lines.find("NSHumanReadableCopyright=Example\n"), std::string::npos);
+  EXPECT_EQ(lines.find("CFBundleIconFile"), std::string::npos);
+}
+
+TEST(RuntimeInfoPlist, IsThatOfABundleWithAnExecutable) {
+  const std::string lines = readBack(runtimeInfoPlist("My JRE", "170000900", "libjli.dylib"));
+  EXPECT_NE(lines.find("CFBundleExecutable=libjli.dylib\n"), std::string::npos) << lines;
+  EXPECT_NE(lines.find("CFBundleIdentifier=local.runtime.MyJRE\n"), std::string::npos);
+  EXPECT_NE(lines.find("CFBundlePackageType=BNDL\n"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace quillory::pack

@@ -1,0 +1,80 @@
+#include "packager/reading/archive_listing.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/harness/page_example.h"
+#include "tests/harness/records.h"
+#include "tests/harness/temp_dir.h"
+#include "tests/packager/rules_of.h"
+
+namespace quillory::pack {
+namespace {
+
+using testing::pageExample;
+using testing::records;
+using testing::rulesOf;
+using testing::TempDir;
+using testing::writeFile;
+
+class ListArchive : public ::testing::Test {
+ protected:
+  ArchiveListing list(const std::string& bytes) {
+    findings_.clear();
+    writeFile(dir_ / "file", bytes);
+    RecordInput input(dir_ / "file", findings_);
+    return listArchive(input, findings_, dir_ / "file");
+  }
+
+  TempDir dir_;
+  Findings findings_;
+};
+
+TEST_F(ListArchive, ReadsTheExamplesOfThePage) {
+  const ArchiveListing plain = list(pageExample("formats/archive.md", 1));
+  ASSERT_EQ(plain.entries.size(), 2u);
+  EXPECT_EQ(plain.entries[0].type, kFolderType);
+  EXPECT_EQ(plain.entries[0].path, "lib");
+  EXPECT_EQ(plain.entries[1].path, "lib/hello.txt");
+  EXPECT_EQ(plain.entries[1].length, 5);
+  EXPECT_EQ(plain.entries[1].contentAt, 24);
+  EXPECT_FALSE(plain.signature);
+  EXPECT_TRUE(findings_.empty());
+  const ArchiveListing withSignature = list(pageExample("formats/archive.md", 2));
+  ASSERT_TRUE(withSignature.signature);
+  EXPECT_EQ(withSignature.signature->offset, 29);
+  EXPECT_EQ(withSignature.signature->claimedOffset, 29);
+  EXPECT_EQ(withSignature.signature->hex.substr(0, 8), "0f08151f");
+  EXPECT_TRUE(findings_.empty());
+}
+
+TEST_F(ListArchive, StopsAtTheSignatureAndAtTheEnd) {
+  EXPECT_EQ(list(records({""}) + records({"0", "never", "0"})).entries.size(), 0u);
+  const std::string block = records({"0", "qyArcSpBlock_DigitalSignature1", "1", "0", "aa"});
+  EXPECT_EQ(list(block + records({"0", "never", "0"})).entries.size(), 0u);
+  EXPECT_EQ(list(records({"0", "qyArcSpBlock_DigitalSignature1", "0", ""})).entries.size(), 1u)
+      << "a block of length 0 is an empty file";
+}
+
+TEST_F(ListArchive, NoticesWhatTheLauncherWouldRefuseOrWaitFor) {
+  list(records({"0", "../up", "1"}) + "x" + records({""}));
+  EXPECT_EQ(rulesOf(findings_), std::vector<std::string>{"path"});
+  list(records({"0", "a", "-1", ""}));
+  EXPECT_EQ(rulesOf(findings_), std::vector<std::string>{"length"});
+  list(records({"0", "a", "10"}) + "short");
+  EXPECT_EQ(rulesOf(findings_), std::vector<std::string>{"cut-short"});
+}
+
+TEST_F(ListArchive, SurvivesAnArchiveThatIsCutOrChangedAnywhere) {
+  const std::string whole = pageExample("formats/archive.md", 2);
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    list(whole.substr(0, at));
+    EXPECT_TRUE(at == 29 || hasErrors(findings_) || at == 0 || at == 6 || at == 2)
+        << "cut at " << at;
+    std::string changed = whole;
+    changed[at] = static_cast<char>(changed[at] ^ 0x11);
+    list(changed);
+  }
+}
+
+}  // namespace
+}  // namespace quillory::pack
