@@ -1,5 +1,7 @@
 #include "formats/archive_tools.h"
 
+#include <vector>
+
 #include "formats/archive_output.h"
 #include "support/files.h"
 #include "support/log.h"
@@ -11,12 +13,8 @@ namespace {
 constexpr std::size_t kLzmaSuffixLength = 3;  // ".l2"
 
 // Tools are judged by what they leave behind, not by their status.
-template <typename... Arguments>
-void runTool(const char* tool, Arguments... arguments) {
-  const OwnedSpawner spawner(createSpawner());
-  setSpawnerExe(spawner.get(), tool);
-  (addSpawnerArg(spawner.get(), arguments), ...);
-  runSpawnerAndWait(spawner.get());
+void runIgnoringStatus(const std::vector<const char*>& arguments) {
+  runSpawnerAndWait(spawnerOf(arguments).get());
 }
 
 }  // namespace
@@ -24,7 +22,7 @@ void runTool(const char* tool, Arguments... arguments) {
 bool unpackPack200(const char* tool, const std::string& packed, const std::string& unpacked) {
   // A link must not be written through, and an older file not be taken for what the tool has made.
   removeFileOrLink(unpacked);
-  if (tool != nullptr) runTool(tool, packed.c_str(), unpacked.c_str());
+  if (tool != nullptr) runIgnoringStatus({tool, packed.c_str(), unpacked.c_str()});
   if (!doesFileExist(unpacked.c_str())) {
     logMessage("\t[ExtractArchiveFile] ERROR: unpack200 (%s) does not exist!\n", unpacked.c_str());
     return false;
@@ -38,7 +36,7 @@ std::string decompressLzma(const char* tool, const std::string& compressed) {
   const std::string plain = compressed.substr(0, compressed.size() - kLzmaSuffixLength);
   logMessage("\t[ExtractArchiveFile] Created outpath %s and spawning\n", plain.c_str());
   removeFileOrLink(plain);
-  runTool(tool, "d", compressed.c_str(), plain.c_str());
+  runIgnoringStatus({tool, "d", compressed.c_str(), plain.c_str()});
   removeFileOrLink(compressed);
   logMessage("\t[ExtractArchiveFile] Finished decompressing\n");
   return plain;

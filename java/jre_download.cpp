@@ -75,10 +75,8 @@ void downloadArchive(const JreRequest& request, const std::string& version,
 
 void decompress(const JreRequest& request, const std::string& folder, const std::string& packed,
                 const std::string& archive) {
-  const OwnedSpawner spawner(createSpawner());
-  setSpawnerExe(spawner.get(), request.lzmaTool.c_str());
-  for (const char* const argument : {"d", packed.c_str(), archive.c_str()})
-    addSpawnerArg(spawner.get(), argument);
+  const OwnedSpawner spawner =
+      spawnerOf({request.lzmaTool.c_str(), "d", packed.c_str(), archive.c_str()});
   logMessage("[JREDownload] Decompressing JRE archive\n");
   if (runSpawnerAndWait(spawner.get()) != 0)
     giveUp(folder, "[JREDownload] Failed to decompress JRE archive\n");

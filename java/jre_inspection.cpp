@@ -129,10 +129,7 @@ bool holdsJava(const char* folder) {
 
 void regenerateSharedArchive(const char* jreFolder) {
   const OwnedText java(getJavaExecutable(jreFolder));
-  const OwnedSpawner spawner(createSpawner());
-  setSpawnerExe(spawner.get(), java.get());
-  addSpawnerArg(spawner.get(), "-Xshare:dump");
-  runSpawnerAndWait(spawner.get());
+  runSpawnerAndWait(spawnerOf({java.get(), "-Xshare:dump"}).get());
 }
 
 int overrideCACerts(const char* source, const char* jreHome) {
@@ -152,12 +149,10 @@ int overrideCACerts(const char* source, const char* jreHome) {
 }
 
 void callVerPatchOn(const char* tool, const char* file, const char* name) {
-  const OwnedSpawner spawner(createSpawner());
-  setSpawnerExe(spawner.get(), tool);
-  for (const char* const argument :
-       {file, "4.0.0.0", "/s", "description", name, "/s", "ProductName", name, "/pv", "4.0.0.0",
-        "/s", "LegalCopyright", " ", "/s", "Company", " ", "/s", "FullVersion", "4.0.0.0"})
-    addSpawnerArg(spawner.get(), argument);
+  const OwnedSpawner spawner =
+      spawnerOf({tool, file,  "4.0.0.0",     "/s",     "description",    name, "/s", "ProductName",
+                 name, "/pv", "4.0.0.0",     "/s",     "LegalCopyright", " ",  "/s", "Company",
+                 " ",  "/s",  "FullVersion", "4.0.0.0"});
   logMessage("[VerPath] Returned %d\n", runSpawnerAndWait(spawner.get()));
 }
 

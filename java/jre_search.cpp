@@ -18,7 +18,7 @@
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/process.h"
-#include "support/strings.h"
+#include "support/program.h"
 
 namespace quillory {
 
@@ -107,14 +107,6 @@ bool isCompatible(const JreRequest& request, const SystemJre& jre) {
                                   jre.java.c_str(), request.absoluteExePath.c_str());
 }
 
-void runWithoutShell(const std::vector<std::string>& words) {
-  const std::vector<char*> arguments = argumentPointers(words);
-  pid_t child = 0;
-  if (processCalls.spawn(&child, arguments[0], arguments.data(), getEnvP()) != 0) return;
-  int status = 0;
-  processCalls.waitFor(child, &status);
-}
-
 // Runs a command of /bin with the words and the quoted paths; its result is not examined.
 void runOnPaths(const std::string& command, std::initializer_list<std::string> words,
                 std::initializer_list<std::string> paths) {
@@ -129,7 +121,7 @@ void runOnPaths(const std::string& command, std::initializer_list<std::string> w
   std::vector<std::string> arguments = {"/bin/" + command};
   arguments.insert(arguments.end(), words);
   arguments.insert(arguments.end(), paths);
-  runWithoutShell(arguments);
+  runProgram(arguments);
 }
 
 }  // namespace

@@ -1,33 +1,23 @@
 #include "java/launch_start.h"
 
-#include <sys/wait.h>
-
 #include "java/bundle_loader.h"
 #include "java/jni_launch.h"
 #include "java/jre_bundle.h"
 #include "support/log.h"
 #include "support/process.h"
-#include "support/strings.h"
+#include "support/program.h"
 
 namespace quillory {
 namespace {
 
-constexpr int kNoStatus = -1;
-
-/// Starts the process: 0, or an error number.
-int spawn(const std::vector<std::string>& arguments, pid_t& child) {
+/// Runs the process behind the closed log file.
+ProgramResult run(const LaunchCommand& command, bool waits) {
   closeLoggedFile();
-  const std::vector<char*> pointers = argumentPointers(arguments);
-  const int error = processCalls.spawn(&child, pointers[0], pointers.data(), getEnvP());
-  if (error != 0) logMessage("Launch Error %d.\n", error);
-  return error;
-}
-
-/// Its exit status, or kNoStatus when a signal ended it.
-int waitForExit(pid_t child) {
-  int status = 0;
-  const pid_t ended = processCalls.waitFor(child, &status);
-  return ended == child && WIFEXITED(status) ? WEXITSTATUS(status) : kNoStatus;
+  ProgramOptions options;
+  options.waits = waits;
+  ProgramResult program = runProgram(processArguments(command), options);
+  if (!program.started) logMessage("Launch Error %d.\n", program.error);
+  return program;
 }
 
 int launchInProcess(const std::string& mainClass, const std::string& jreHome,
@@ -60,14 +50,12 @@ std::int64_t startApplication(const std::string& mainClass, const std::string& j
   }
   logMessage("[Extractor] Attempting spawn launch\n");
   logStartSection("Spawn launch\n");
-  pid_t child = 0;
-  return spawn(processArguments(command), child);
+  return run(command, false).error;
 }
 
 std::int64_t runCompatibilityClass(const LaunchCommand& command) {
-  pid_t child = 0;
-  if (spawn(processArguments(command), child) != 0) return kNoStatus;
-  return waitForExit(child);
+  // -1 also for one that a signal ended: only a class that says so is compatible.
+  return run(command, true).status;
 }
 
 }  // namespace quillory

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
+#include <vector>
 
 #include "launcher/parent_process.h"
 #include "launcher/prepare_only.h"
@@ -17,14 +18,9 @@ namespace {
 
 constexpr char kRule[] = "[SUDO] ==============================================\n";
 
-OwnedSpawner spawnerFor(const std::string& program) {
-  OwnedSpawner spawner(createSpawner());
-  setSpawnerExe(spawner.get(), program.c_str());
-  return spawner;
-}
-
-void addOwnArguments(Spawner* spawner, int argc, char** argv) {
-  for (int i = 1; i < argc; ++i) addSpawnerArg(spawner, argv[i]);
+/// What the user gave us, for another program.
+void addOwnArguments(std::vector<const char*>& arguments, int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) arguments.push_back(argv[i]);
 }
 
 void logBanner(const char* line) {
@@ -60,11 +56,10 @@ void runElevated(const std::string& appName, int argc, char** argv, bool isSilen
   logMessage("[SUDO] Elev_mac path is %s\n", path.c_str());
 
   const std::string prompt = "--prompt=" + appName;
-  const OwnedSpawner tool = spawnerFor(path);
-  addSpawnerArg(tool.get(), prompt.c_str());
-  addSpawnerArg(tool.get(), exe.absolutePath.c_str());
-  addOwnArguments(tool.get(), argc, argv);
-  addSpawnerArg(tool.get(), kPrepareOnlyArgument);
+  std::vector<const char*> arguments = {path.c_str(), prompt.c_str(), exe.absolutePath.c_str()};
+  addOwnArguments(arguments, argc, argv);
+  arguments.push_back(kPrepareOnlyArgument);
+  const OwnedSpawner tool = spawnerOf(arguments);
 
   logBanner("[SUDO] ======      Launching elevated setup    ======\n");
   explainStatus(runBehindSplash(tool.get(), isSilent));
@@ -72,8 +67,9 @@ void runElevated(const std::string& appName, int argc, char** argv, bool isSilen
 }
 
 void relaunch(int argc, char** argv, const Executable& exe) {
-  const OwnedSpawner copy = spawnerFor(exe.absolutePath);
-  addOwnArguments(copy.get(), argc, argv);
+  std::vector<const char*> arguments = {exe.absolutePath.c_str()};
+  addOwnArguments(arguments, argc, argv);
+  const OwnedSpawner copy = spawnerOf(arguments);
   logBanner("[SUDO] ======      Relaunching post setup      ======\n");
   runSpawnerAndWait(copy.get());
   logMessage("[SUDO] Relaunch complete\n");

@@ -1,6 +1,5 @@
 #include "support/process.h"
 
-#include <spawn.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 
@@ -9,9 +8,9 @@
 namespace quillory {
 namespace {
 
-int spawnProcess(pid_t* child, const char* path, char* const arguments[],
-                 char* const environment[]) {
-  return posix_spawn(child, path, nullptr, nullptr, arguments, environment);
+int spawnProcess(pid_t* child, const char* path, const posix_spawn_file_actions_t* redirections,
+                 char* const arguments[], char* const environment[]) {
+  return posix_spawn(child, path, redirections, nullptr, arguments, environment);
 }
 
 pid_t waitForProcess(pid_t child, int* status) {

@@ -1,11 +1,11 @@
-// Starting other programs. The table is the seam for what spawns or runs a shell.
+// The system's calls that start processes. The table is the seam for what spawns or runs a shell;
+// support/program.h is how the launcher starts a program.
 //
-// Outside of it stand the calls whose tests look at real processes, because what a made-up call
-// could record would prove nothing: support/command_output.cpp, which reads what a command prints
-// from the pipe that the call itself makes (popen) or hands to the child (posix_spawn with file
-// actions), and tools/elevation.cpp and runner/command_runner.cpp, which become another program
-// (execve, execvp) and never return.
+// Outside of it stand tools/elevation.cpp and runner/command_runner.cpp, which become another
+// program (execve, execvp) and never return: their tests look at real processes, because what a
+// made-up call could record would prove nothing.
 #pragma once
+#include <spawn.h>
 #include <sys/types.h>
 
 #include <string>
@@ -15,8 +15,9 @@
 namespace quillory {
 
 struct ProcessCalls {
-  /// posix_spawn() without file actions and attributes: 0, or an error number.
-  int (*spawn)(pid_t* child, const char* path, char* const arguments[], char* const environment[]);
+  /// posix_spawn() without attributes: 0, or an error number. `redirections` may be null.
+  int (*spawn)(pid_t* child, const char* path, const posix_spawn_file_actions_t* redirections,
+               char* const arguments[], char* const environment[]);
   /// waitpid() without options; a signal to this process does not end the wait.
   pid_t (*waitFor)(pid_t child, int* status);
   /// system().

@@ -1,77 +1,47 @@
 #include "support/spawner.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "support/log.h"
-#include "support/process.h"
-#include "support/strings.h"
+#include "support/program.h"
 
 namespace quillory {
 namespace {
 
-constexpr std::size_t kDirectoryCapacity = 20000;
-
-// The working directory belongs to the whole process, so it is changed for the moment of the spawn
-// only: posix_spawn() itself has no portable way to give the child another one.
-class WorkingDirectoryScope {
- public:
-  explicit WorkingDirectoryScope(const char* directory) {
-    if (directory == nullptr) return;
-    if (getcwd(previous_, sizeof previous_) == nullptr) previous_[0] = '\0';
-    isChanged_ = chdir(directory) == 0;
-    if (!isChanged_) logMessage("[Spawner] WARNING: couldn't change to %s\n", directory);
-  }
-  ~WorkingDirectoryScope() {
-    if (isChanged_ && chdir(previous_) != 0)
-      logMessage("[Spawner] WARNING: couldn't change back to %s\n", previous_);
-  }
-  WorkingDirectoryScope(const WorkingDirectoryScope&) = delete;
-  WorkingDirectoryScope& operator=(const WorkingDirectoryScope&) = delete;
-
- private:
-  char previous_[kDirectoryCapacity] = "";
-  bool isChanged_ = false;
-};
-
-// 0, or -1 with a log line.
-int start(const Spawner* spawner, const char* directory, pid_t* child) {
-  const char* path = spawner->arguments[0] == nullptr ? "" : spawner->arguments[0];
-  int error = 0;
-  {
-    const WorkingDirectoryScope scope(directory);
-    // posix_spawn() takes char* const[] for historical reasons and changes nothing.
-    error =
-        processCalls.spawn(child, path, const_cast<char* const*>(spawner->arguments), getEnvP());
-  }
-  if (error == 0) return 0;
-  logMessage("Launch Error %d.\n", error);
-  return -1;
+// A process that has started, or a log line.
+ProgramResult start(const Spawner* spawner, const char* directory) {
+  const char* const* const end = std::find(spawner->arguments, spawner->arguments + kSpawnerSlots,
+                                           static_cast<const char*>(nullptr));
+  ProgramOptions options;
+  if (directory != nullptr) options.directory = directory;
+  options.waits = false;
+  const ProgramResult program =
+      runProgram(std::vector<std::string>(spawner->arguments, end), options);
+  if (!program.started) logMessage("Launch Error %d.\n", program.error);
+  return program;
 }
 
 int runAndWait(const Spawner* spawner, const char* directory) {
-  pid_t child = 0;
-  if (start(spawner, directory, &child) != 0) return -1;
+  ProgramResult program = start(spawner, directory);
+  if (!program.started) return -1;
   logMessage("Spawn call returned %d.\n", 0);
 
-  int status = 0;
-  const pid_t waited = processCalls.waitFor(child, &status);
-  logMessage("Spawn call done %d %d.\n", static_cast<int>(child), status);
+  waitForProgram(program);
+  logMessage("Spawn call done %d %d.\n", static_cast<int>(program.process), program.waitStatus);
+  if (program.exited) return program.status;
   // Nobody knows how a child ended that cannot be waited for: not a success.
-  if (waited == -1) return -1;
-  if (WIFEXITED(status)) return WEXITSTATUS(status);
+  if (program.signal == 0) return -1;
   // By intent: what a tool left behind tells more than the way in which it was ended.
   logMessage("[Spawner] runSpawnerAndWait returned %d\n", 0);
   return 0;
 }
 
 int runAndContinue(const Spawner* spawner, const char* directory) {
-  pid_t child = 0;
-  return start(spawner, directory, &child);
+  return start(spawner, directory).started ? 0 : -1;
 }
 
 }  // namespace
@@ -99,6 +69,18 @@ void addSpawnerArg(Spawner* spawner, const char* text) {
   }
   *slot = text;
   logMessage("[Spawner] Appended argument %s\n", text);
+}
+
+OwnedSpawner spawnerOf(const std::vector<const char*>& arguments) {
+  OwnedSpawner spawner(createSpawner());
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    if (i == 0) {
+      setSpawnerExe(spawner.get(), arguments[i]);
+    } else {
+      addSpawnerArg(spawner.get(), arguments[i]);
+    }
+  }
+  return spawner;
 }
 
 int runSpawnerAndWait(const Spawner* spawner) { return runAndWait(spawner, nullptr); }

@@ -2,6 +2,7 @@
 #pragma once
 #include <cstddef>
 #include <memory>
+#include <vector>
 
 namespace quillory {
 
@@ -26,8 +27,12 @@ void setSpawnerExe(Spawner* spawner, const char* path);
 /// Appends; a 501st argument is dropped with a warning in the log.
 void addSpawnerArg(Spawner* spawner, const char* text);
 
+/// A new spawner with the executable and its arguments, which it borrows.
+OwnedSpawner spawnerOf(const std::vector<const char*>& arguments);
+
 /// The exit status (0 to 255); -1 when the process could not be started. A child that a signal
-/// killed counts as 0, by intent. `directory` is the child's working directory.
+/// killed counts as 0, by intent; one that cannot be waited for as -1. `directory` is the child's
+/// working directory.
 int runSpawnerAndWait(const Spawner* spawner);
 int runSpawnerAndWait(const Spawner* spawner, const char* directory);
 /// 0 when it started, else -1.

@@ -23,7 +23,7 @@ bool hasTerminal() {
 }
 
 int usePkexec(const std::string& tool, const ElevationRequest& request) {
-  const int status = runTool(pkexecCommand(tool, request));
+  const int status = runToolForStatus(pkexecCommand(tool, request));
   if (status < 0) return kElevationUnavailable;
   const int result = statusFromPkexec(status);
   if (result == kElevationDenied)
@@ -41,7 +41,7 @@ bool isPermittedBySudo(const std::string& tool, const ElevationRequest& request)
 
 int useSudo(const std::string& tool, const ElevationRequest& request) {
   constexpr int kRefused = 1;
-  const int status = runTool(sudoCommand(tool, request));
+  const int status = runToolForStatus(sudoCommand(tool, request));
   if (status < 0) return kElevationUnavailable;
   if (status != kRefused || isPermittedBySudo(tool, request)) return status;
   complain("the administrator's rights were not given");

@@ -17,7 +17,7 @@ std::string findTool(const std::vector<std::string>& folders, const std::string&
 
 /// Runs command[0], which is a path, and waits: its exit status, 128 and the number of the signal
 /// that ended it, or -1 with a message when it could not be started.
-int runTool(const std::vector<std::string>& command);
+int runToolForStatus(const std::vector<std::string>& command);
 
 /// The same with its standard output as a text: it comes in `output`, and not on our own.
 int runToolForOutput(const std::vector<std::string>& command, std::string& output);

@@ -1,6 +1,5 @@
 #include "packager/content/tool_runner.h"
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -10,8 +9,7 @@
 #include "packager/bytes/byte_sinks.h"
 #include "packager/bytes/work_folder.h"
 #include "packager/report/findings.h"
-#include "support/process.h"
-#include "support/strings.h"
+#include "support/program.h"
 
 namespace quillory::pack {
 namespace {
@@ -31,22 +29,19 @@ std::string lastPartOf(const std::string& output) {
 std::string runTool(const std::vector<std::string>& command, const std::string& scratchFolder) {
   const std::string output = scratchFolder + "/tool-output";
   // The shell only redirects: the command travels as arguments and is never parsed by it.
-  std::vector<std::string> arguments = {"sh", "-c", "exec \"$@\" >\"$0\" 2>&1", output};
+  std::vector<std::string> arguments = {"/bin/sh", "-c", "exec \"$@\" >\"$0\" 2>&1", output};
   arguments.insert(arguments.end(), command.begin(), command.end());
-  pid_t child = 0;
-  int status = -1;
-  if (processCalls.spawn(&child, "/bin/sh", argumentPointers(arguments).data(), getEnvP()) != 0 ||
-      processCalls.waitFor(child, &status) != child) {
+  const ProgramResult tool = runProgram(arguments);
+  if (!tool.exited && tool.signal == 0) {
     throw PackError(command[0] + " cannot be started");
   }
   const std::string text = fs::exists(output) ? readWholeFile(output) : "";
   std::error_code ignored;
   fs::remove(output, ignored);
   stopIfInterrupted();  // the tool was, too: its failure is none of its own
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+  if (tool.status != 0) {
     throw PackError(command[0] + " failed" +
-                    (WIFEXITED(status) ? " with status " + std::to_string(WEXITSTATUS(status))
-                                       : std::string()) +
+                    (tool.exited ? " with status " + std::to_string(tool.status) : std::string()) +
                     ":\n" + lastPartOf(text));
   }
   return text;

@@ -36,7 +36,8 @@ fs::path site;
 Rsa_key* key;
 
 // A tool that copies its last but one argument to its last one.
-int copyAsTool(pid_t* child, const char*, char* const arguments[], char* const[]) {
+int copyAsTool(pid_t* child, const char*, const posix_spawn_file_actions_t*,
+               char* const arguments[], char* const[]) {
   int last = 1;
   while (arguments[last + 1] != nullptr) ++last;
   std::error_code ignored;

@@ -16,7 +16,8 @@ namespace {
 std::vector<std::string> lastSpawned;
 int spawnResult;
 
-int writeDownSpawn(pid_t*, const char* path, char* const arguments[], char* const environment[]) {
+int writeDownSpawn(pid_t*, const char* path, const posix_spawn_file_actions_t*,
+                   char* const arguments[], char* const environment[]) {
   lastSpawned.clear();
   for (int i = 0; arguments[i] != nullptr; ++i) lastSpawned.emplace_back(arguments[i]);
   EXPECT_STREQ(path, arguments[0]);

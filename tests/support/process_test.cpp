@@ -22,7 +22,7 @@ int runToItsEnd(const char* script) {
   std::string shell = "/bin/sh", option = "-c", text = script;
   char* arguments[] = {shell.data(), option.data(), text.data(), nullptr};
   pid_t child = -1;
-  EXPECT_EQ(processCalls.spawn(&child, "/bin/sh", arguments, getEnvP()), 0);
+  EXPECT_EQ(processCalls.spawn(&child, "/bin/sh", nullptr, arguments, getEnvP()), 0);
   int status = -1;
   EXPECT_EQ(processCalls.waitFor(child, &status), child);
   return status;
@@ -42,7 +42,7 @@ TEST(Spawn, GivesTheArgumentsAndTheEnvironment) {
                        file.data(),  argument.data(), nullptr};
   char* environment[] = {variable.data(), nullptr};
   pid_t child = -1;
-  ASSERT_EQ(processCalls.spawn(&child, "/bin/sh", arguments, environment), 0);
+  ASSERT_EQ(processCalls.spawn(&child, "/bin/sh", nullptr, arguments, environment), 0);
   int status = -1;
   ASSERT_EQ(processCalls.waitFor(child, &status), child);
   EXPECT_EQ(status, 0);
@@ -53,7 +53,7 @@ TEST(Spawn, ReturnsAnErrorNumberForAMissingProgram) {
   std::string name = "/no/such/program";
   char* arguments[] = {name.data(), nullptr};
   pid_t child = -1;
-  EXPECT_EQ(processCalls.spawn(&child, name.c_str(), arguments, getEnvP()), ENOENT);
+  EXPECT_EQ(processCalls.spawn(&child, name.c_str(), nullptr, arguments, getEnvP()), ENOENT);
 }
 
 TEST(WaitFor, FailsForAProcessThatIsNoChild) {

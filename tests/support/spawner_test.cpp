@@ -46,6 +46,7 @@ class SpawnerTest : public ::testing::Test {
 using CreateSpawner = SpawnerTest;
 using SetSpawnerExe = SpawnerTest;
 using AddSpawnerArg = SpawnerTest;
+using SpawnerOf = SpawnerTest;
 using RunSpawnerAndWait = SpawnerTest;
 using RunSpawnerAndContinue = SpawnerTest;
 
@@ -85,6 +86,20 @@ TEST_F(AddSpawnerArg, AcceptsThe500thAndDropsThe501st) {
   addSpawnerArg(spawner_, "one too many");
   EXPECT_EQ(log_.messages().back(), "[Spawner] WARNING: couldn't append argument one too many\n");
   EXPECT_EQ(spawner_->arguments[500], nullptr) << "a full list is terminated";
+}
+
+TEST_F(SpawnerOf, IsTheExecutableAndItsArgumentsInOrder) {
+  const std::string tool = "/bin/tool";
+  const OwnedSpawner spawner = spawnerOf({tool.c_str(), "one", ""});
+  EXPECT_EQ(spawner->arguments[0], tool.c_str()) << "borrowed";
+  EXPECT_STREQ(spawner->arguments[1], "one");
+  EXPECT_STREQ(spawner->arguments[2], "");
+  EXPECT_EQ(spawner->arguments[3], nullptr);
+  EXPECT_THAT(log_.messages(),
+              ElementsAre("[Spawner] Creating spawner\n", "[Spawner] Creating spawner\n",
+                          "[Spawner] Setting spawner exe to /bin/tool\n",
+                          "[Spawner] Appended argument /bin/tool\n",
+                          "[Spawner] Appended argument one\n", "[Spawner] Appended argument \n"));
 }
 
 TEST_F(RunSpawnerAndWait, RunsAFullList) {
