@@ -38,9 +38,12 @@ for ((round = 0; round < rounds; round++)); do
   echo "$(seconds install Large) $(seconds install Small) $(seconds untar)" \
     "$(seconds "$bin/chmod_commands" untarred/data/*)"
   put_aside "$round"
-done >times
+done >times.txt
 
-median() { awk "{ print $1 }" times | sort -g | awk '{ v[NR] = $1 } END { printf "%.2f", v[int((NR + 1) / 2)] }'; }
+median() {
+  awk "{ print $1 }" times.txt | sort -g |
+    awk '{ v[NR] = $1 } END { printf "%.2f", v[int((NR + 1) / 2)] }'
+}
 echo "install $(median '$1'), of it updater, runtime and the rest $(median '$2')"
 echo "tar --lzma -x $(median '$3'), chmod commands $(median '$4')"
 echo "application / (1.5 x tar + chmod commands):" \

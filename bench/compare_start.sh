@@ -35,11 +35,11 @@ one_round() {
   sed -n 's/.*"median": \([0-9.]*\).*/\1/p' round.json | paste -s -d ' '
 }
 one_round >/dev/null  # Everything is read from the disk once before it counts.
-for ((round = 0; round < rounds; round++)); do one_round; done >times
+for ((round = 0; round < rounds; round++)); do one_round; done >times.txt
 
 # What an awk expression over a round's times comes to: median [quartiles].
 over_rounds() {
-  awk "{ print $1 }" times | sort -g | awk -v form="$2" '
+  awk "{ print $1 }" times.txt | sort -g | awk -v form="$2" '
     { v[NR] = $1 }
     function at(share) { return sprintf(form, v[int((NR - 1) * share + 1.5)]) }
     END { print at(0.5) " [" at(0.25) " to " at(0.75) "]" }'

@@ -47,6 +47,7 @@ apt_get() {
 # The sources are where the binary packages of this release are.
 configure_apt() {
   local release
+  # shellcheck source=/dev/null
   release=$(. /etc/os-release && echo "$VERSION_CODENAME")
   mkdir -p "$work"/{parts,lists/partial,cache/archives/partial,packages}
   [ "$(id -u)" != 0 ] || chown -R _apt "$work"/{lists,cache,packages}
