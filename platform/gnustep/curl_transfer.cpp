@@ -40,7 +40,7 @@ class OutputFile {
     return isOpen();
   }
 
-  bool write(const char* bytes, std::size_t length) {
+  bool write(const char* bytes, std::size_t length) const {
     while (length > 0) {
       const ssize_t written = ::write(descriptor_, bytes, length);
       if (written < 0) return false;
