@@ -1,11 +1,11 @@
 #include "formats/markers.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "formats/marker_search.h"
 #include "formats/text_encodings.h"
 #include "support/log.h"
 #include "support/owned.h"
@@ -41,21 +41,6 @@ std::string fromDigits(std::string_view digits) {
 
 constexpr std::size_t kBlockLength = 1 << 16;
 
-/// Goes on where `matched` bytes of the marker stood before the block. Gives the number of bytes up
-/// to the end of the marker, with `matched` at its length, or all of them.
-std::size_t endOfMarker(std::string_view block, std::string_view marker, std::size_t& matched) {
-  std::size_t at = 0;
-  while (at < block.size() && matched < marker.size()) {
-    // Most of a program is passed over here.
-    if (matched == 0) at = std::min(block.find(marker.front(), at), block.size() - 1);
-    // A plain reset: the mismatching byte is not tried as a first byte. Producers know the rule and
-    // never put the marker's beginning right before it.
-    matched = block[at] == marker[matched] ? matched + 1 : 0;
-    ++at;
-  }
-  return at;
-}
-
 }  // namespace
 
 char* allocAndInitMarker() { return allocFromDigits(kTailMarkerDigits, kTailMarkerLength); }
@@ -71,17 +56,16 @@ std::string paramsMarker() { return fromDigits(kParamsMarkerDigits); }
 std::uint32_t scanToMarker(std::FILE* stream, const char* marker, int length, const char* name) {
   if (length <= 0) return 0;
 
-  const std::string_view wanted(marker, static_cast<std::size_t>(length));
+  MarkerSearch search({marker, static_cast<std::size_t>(length)});
   std::vector<char> block(kBlockLength);
   std::size_t consumed = 0;
-  std::size_t matched = 0;
   while (const std::size_t count = std::fread(block.data(), 1, block.size(), stream)) {
-    const std::size_t end = endOfMarker({block.data(), count}, wanted, matched);
-    if (matched == wanted.size()) {
-      std::fseek(stream, static_cast<long>(end) - static_cast<long>(count), SEEK_CUR);
-      return static_cast<std::uint32_t>(consumed + end);
+    const std::size_t taken = search.take({block.data(), count});
+    consumed += taken;
+    if (search.isFound()) {
+      std::fseek(stream, static_cast<long>(taken) - static_cast<long>(count), SEEK_CUR);
+      return static_cast<std::uint32_t>(consumed);
     }
-    consumed += count;
   }
   logMessage("Could not find marker: %s\n", name);
   return kMarkerNotFound;

@@ -22,8 +22,8 @@ std::string tailMarker();
 std::string paramsMarker();
 
 /// The number of bytes read up to and including the marker, leaving the stream just behind it; or
-/// kMarkerNotFound. A mismatching byte is not tried again as a first byte, so a marker that
-/// begins inside a partial match of itself is missed. A length of 0 reads nothing and returns 0.
+/// kMarkerNotFound, with a log line that has `name`. The search is that of marker_search.h, which
+/// misses a marker right behind a beginning of itself. A length of 0 reads nothing and returns 0.
 std::uint32_t scanToMarker(std::FILE* stream, const char* marker, int length, const char* name);
 
 }  // namespace quillory

@@ -103,7 +103,7 @@ Json describeParams(const ParamsView& params) {
 Json inspectTailFile(const std::string& path, bool inExecutable, Findings& findings) {
   const std::optional<TailView> tail = readTail(path, inExecutable, findings);
   if (!tail) {
-    throw PackError("holds no tail marker", "", {path, 0});
+    throw noMarker(findings, path, "holds no tail marker");
   }
   return describeTail(*tail, findings);
 }
@@ -111,7 +111,7 @@ Json inspectTailFile(const std::string& path, bool inExecutable, Findings& findi
 Json inspectParams(const std::string& path, Findings& findings) {
   const std::optional<ParamsView> params = readParams(path, findings);
   if (!params) {
-    throw PackError("holds no parameters marker", "", {path, 0});
+    throw noMarker(findings, path, "holds no parameters marker");
   }
   return describeParams(*params);
 }

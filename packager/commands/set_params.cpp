@@ -8,6 +8,7 @@
 #include "packager/bytes/byte_sinks.h"
 #include "packager/config/parameter_rules.h"
 #include "packager/reading/bundle_view.h"
+#include "packager/reading/record_input.h"
 #include "packager/writing/params_writer.h"
 
 namespace quillory::pack {
@@ -24,7 +25,10 @@ ParamsView readFrom(const std::string& path) {
     params = readParams(path, found);
   }
   if (!params) {
-    throw PackError("has no parameters file to change", "make the bundle again", {path, 0});
+    const auto unread = std::find_if(found.begin(), found.end(),
+                                     [](const Finding& f) { return f.rule == "no-marker"; });
+    throw noMarker(found, unread == found.end() ? path : unread->place.file,
+                   "has no parameters file to change", "make the bundle again");
   }
   for (const Finding& finding : found) {
     if (finding.place.file == params->file) {

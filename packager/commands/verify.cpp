@@ -125,9 +125,11 @@ VerifyResult verifyPath(const std::string& path, const std::string& keyFile) {
   if (kind == FileKind::kBundle) {
     checkBundleFolder(path, given, result);
   } else if (kind == FileKind::kTail || kind == FileKind::kExecutable) {
-    if (const auto tail = readTail(path, kind == FileKind::kExecutable, result.findings)) {
-      verifyTail(*tail, given, result);
+    const auto tail = readTail(path, kind == FileKind::kExecutable, result.findings);
+    if (!tail) {
+      throw noMarker(result.findings, path, "holds no tail marker");
     }
+    verifyTail(*tail, given, result);
   } else if (kind == FileKind::kArchive || kind == FileKind::kCompressedArchive) {
     verifyArchivePath(path, kind == FileKind::kCompressedArchive, given, result);
   } else {

@@ -46,11 +46,12 @@ void readParamsOf(BundleView& bundle, Findings& findings) {
     }
     bundle.params = readParams(bundle.inside(path), findings);
     if (!bundle.params) {
-      findings.push_back({Severity::kError,
-                          "no-marker",
-                          "the parameters file has no marker: the launcher ends with status 1",
-                          {bundle.inside(path), 0},
-                          "make the bundle again"});
+      findings.push_back(
+          {Severity::kError,
+           "no-marker",
+           "the launcher finds no marker in the parameters file and ends with status 1",
+           {bundle.inside(path), 0},
+           "make the bundle again"});
     }
     return;
   }

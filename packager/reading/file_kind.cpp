@@ -68,7 +68,7 @@ FileKind kindByContent(const std::string& path) {
   for (const auto& [marker, kind] : {std::pair{tailMarker(), FileKind::kExecutable},
                                      std::pair{paramsMarker(), FileKind::kParameters}}) {
     input.seek(0);
-    if (input.findMarker(marker)) {
+    if (input.holdsMarker(marker)) {
       return kind;
     }
   }

@@ -1,8 +1,10 @@
 #include "packager/reading/record_input.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <vector>
+
+#include "formats/marker_search.h"
 
 namespace quillory::pack {
 namespace {
@@ -81,9 +83,24 @@ std::string RecordInput::bytes(std::size_t count) {
 }
 
 bool RecordInput::findMarker(const std::string& marker) {
-  std::string window;
   const std::int64_t start = position();
-  for (std::int64_t at = start;;) {
+  std::int64_t at = start;
+  MarkerSearch search(marker);
+  while (!search.isFound()) {
+    const std::string block = bytes(kSearchBlock);
+    if (block.empty()) {
+      noteUnseen(marker, start);
+      return false;
+    }
+    at += static_cast<std::int64_t>(search.take(block));
+  }
+  seek(at);
+  return true;
+}
+
+bool RecordInput::holdsMarker(const std::string& marker) {
+  std::string window;
+  for (std::int64_t at = position();;) {
     const std::string block = bytes(kSearchBlock);
     window += block;
     const std::size_t found = window.find(marker);
@@ -98,6 +115,31 @@ bool RecordInput::findMarker(const std::string& marker) {
     at += static_cast<std::int64_t>(window.size() - kept);
     window.erase(0, window.size() - kept);
   }
+}
+
+void RecordInput::noteUnseen(const std::string& marker, std::int64_t start) {
+  seek(start);
+  if (!holdsMarker(marker)) {
+    return;
+  }
+  const std::int64_t at = position() - static_cast<std::int64_t>(marker.size());
+  findings_.push_back({Severity::kWarning,
+                       "marker-unseen",
+                       "the marker at byte " + std::to_string(at) +
+                           " stands right behind bytes that begin like it: the launcher's search, "
+                           "which takes no byte twice, does not see it",
+                       {path_, 0},
+                       "put a zero byte before the marker, or make the file again"});
+}
+
+PackError noMarker(const Findings& findings, const std::string& path, const std::string& what,
+                   const std::string& advice) {
+  for (const Finding& finding : findings) {
+    if (finding.rule == "marker-unseen" && finding.place.file == path) {
+      return PackError(finding.what, finding.advice, finding.place);
+    }
+  }
+  return PackError(what, advice, {path, 0});
 }
 
 }  // namespace quillory::pack

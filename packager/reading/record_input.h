@@ -29,11 +29,16 @@ class RecordInput {
   std::int64_t size() const { return size_; }
   /// Up to `count` bytes from here.
   std::string bytes(std::size_t count);
-  /// Goes behind the marker; false when it is not there.
+  /// Goes behind the marker that the launcher finds in what follows; false, somewhere in the file,
+  /// when it finds none. A warning tells of one that is there and that it does not see.
   bool findMarker(const std::string& marker);
+  /// Whether the bytes of the marker are in what follows, seen by the launcher or not. Leaves the
+  /// position just behind them, or at the end.
+  bool holdsMarker(const std::string& marker);
 
  private:
   void note(Severity severity, const char* rule, const std::string& what);
+  void noteUnseen(const std::string& marker, std::int64_t start);
 
   std::string path_;
   Findings& findings_;
@@ -41,5 +46,10 @@ class RecordInput {
   std::int64_t size_ = 0;
   bool endReported_ = false;
 };
+
+/// For a file in which the launcher finds no marker: says why, where a finding of `findings` knows
+/// it, else `what`.
+PackError noMarker(const Findings& findings, const std::string& path, const std::string& what,
+                   const std::string& advice = "");
 
 }  // namespace quillory::pack

@@ -1,10 +1,10 @@
 #include "packager/writing/tail_writer.h"
 
-#include <algorithm>
 #include <filesystem>
 
+#include "formats/marker_search.h"
 #include "formats/markers.h"
-#include "packager/reading/record_input.h"
+#include "packager/reading/plain_archive.h"
 #include "packager/report/findings.h"
 #include "packager/writing/archive_writer.h"
 #include "packager/writing/record_writer.h"
@@ -31,17 +31,9 @@ void writeTailEntry(ByteSink& sink, const TailEntry& entry) {
 }
 
 std::string guardBeforeMarker(const std::string& executable) {
-  const std::string marker = tailMarker();
-  Findings ignored;
-  RecordInput input(executable, ignored);
-  input.seek(std::max<std::int64_t>(0, input.size() - (kTailMarkerLength - 1)));
-  const std::string end = input.bytes(kTailMarkerLength);
-  for (std::size_t length = 1; length <= end.size(); ++length) {
-    if (marker.starts_with(std::string_view(end).substr(end.size() - length))) {
-      return "\xFF";  // which the marker does not hold
-    }
-  }
-  return "";
+  MarkerSearch search(tailMarker());
+  readRegion(wholeFile(executable), [&search](std::string_view block) { search.take(block); });
+  return search.isInsideMatch() ? "\xFF" : "";  // which the marker does not hold
 }
 
 }  // namespace quillory::pack
