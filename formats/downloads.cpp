@@ -4,8 +4,8 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
+#include "formats/update_url.h"
 #include "support/clock.h"
 #include "support/log.h"
 #include "support/owned.h"
@@ -31,10 +31,6 @@ int downloadFile(const char* url, const char* destPath) {
   }
   downloadCalls.downloadFile(url, destPath);
   return 1;
-}
-
-bool isInvalidUpdateURL(const char* url) {
-  return url != nullptr && std::strncmp(url, kInvalidUpdateURL, sizeof kInvalidUpdateURL - 1) == 0;
 }
 
 char* allocTimeMillisString() {

@@ -17,17 +17,9 @@ extern DownloadCalls downloadCalls;
 
 /// Downloads to `destPath` and waits for the end: as long as bytes come, and 60 seconds after the
 /// last one. Always 1: the caller judges success by the file, which exists afterwards only when the
-/// transfer was complete. Below kInvalidUpdateURL there is nothing: that fails at once.
+/// transfer was complete. Below kInvalidUpdateURL (update_url.h) there is nothing: that fails at
+/// once.
 int downloadFile(const char* url, const char* destPath);
-
-/// The update URL that packagers write to switch updating off.
-inline constexpr char kInvalidUpdateURL[] = "http://no.invalid/";
-
-/// The update URL of a tail that leaves it to the parameters.
-inline constexpr char kDynamicUpdateUrl[] = "D";
-
-/// Whether `url` begins with the 18 characters of kInvalidUpdateURL; false for null.
-bool isInvalidUpdateURL(const char* url);
 
 /// The current time in milliseconds as decimal text, in a new block of 101 bytes; free() it.
 char* allocTimeMillisString();

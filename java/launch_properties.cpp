@@ -8,8 +8,8 @@
 #include <cstring>
 #include <utility>
 
-#include "formats/downloads.h"
 #include "formats/record_stream.h"
+#include "formats/update_url.h"
 #include "install/version_folders.h"
 #include "support/clock.h"
 #include "support/exit_status.h"

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "formats/property_block.h"
+#include "formats/update_url.h"
 #include "install/file_logging.h"
 #include "install/install_locations.h"
 #include "install/version_folders.h"
@@ -43,7 +44,7 @@ struct Start {
   OwnedFile tailStream;
   TailRecords tail;
   bool isSilent = false;
-  std::string updateUrl;  ///< in force, with its final '/'; may be ""
+  UpdateUrl updateUrl;
   Rsa_key* key = nullptr;
   std::string masterFolder;
   std::string jreName;
@@ -52,7 +53,7 @@ struct Start {
   SplashOverride splashOverride() const { return {tail.canOverrideSplash, params.splashImage}; }
   bool showsUi() const { return !isSilent && !line.prepareOnly; }
   const char* dynamicUpdateUrl() const {
-    return params.updateUrl.has_value() ? params.updateUrl->c_str() : nullptr;
+    return updateUrl.toldOfParams().has_value() ? updateUrl.toldOfParams()->c_str() : nullptr;
   }
 };
 
@@ -68,7 +69,8 @@ std::string findSharedDirectory(const Start& start) {
 std::string readTail(Start& start) {
   start.tailStream = openWrapperTail(start.exe);
   start.tail = readTailRecords(start.tailStream.get());
-  std::string* updateUrl = chooseUpdateUrl(start.tail, start.params.updateUrl);
+  start.updateUrl = UpdateUrl(start.tail.updateUrl, start.params.updateUrl);
+  logUpdateUrlChoice(start.updateUrl);
   start.isSilent = start.params.isSilent || isSilent(start.tail.silentParameter.c_str(),
                                                      start.line.argCount, start.line.args);
   logMessage("[Extractor] Is silent install is %d\n", start.isSilent ? 1 : 0);
@@ -79,7 +81,7 @@ std::string readTail(Start& start) {
   start.key = loadSignatureKey(start.tail);
   const std::string sharedDirectory = findSharedDirectory(start);
   logMessage("[Extractor] Shared dir is %s\n", sharedDirectory.c_str());
-  start.updateUrl = endUpdateUrl(updateUrl);
+  logUpdateUrlInForce(start.updateUrl);
   return sharedDirectory;
 }
 
@@ -140,7 +142,7 @@ std::string setUpJre(const Start& start, const ComponentFolders& folders,
   request.jreName = start.jreName;
   request.embeddedVersion = start.tail.jreVersion;
   request.requiredJavaVersion = start.tail.requiredJavaVersion;
-  request.updateUrl = start.updateUrl;
+  request.updateUrl = start.updateUrl.inForce();
   request.versionFileFolder = folders.gu;
   request.lzmaTool = updater.lzmaTool;
   request.caCerts = updater.caCerts;
@@ -151,7 +153,7 @@ std::string setUpJre(const Start& start, const ComponentFolders& folders,
   request.properties = &start.properties;
   request.argCount = start.line.argCount;
   request.args = start.line.args;
-  request.tailUpdateUrl = start.tail.updateUrl;
+  request.tailUpdateUrl = start.updateUrl.toldOfTail();
   request.dynamicUpdateUrl = start.dynamicUpdateUrl();
   request.absoluteExePath = start.exe.absolutePath;
 
@@ -209,7 +211,7 @@ std::string installOrUpdate(Start& start) {
   start.tailStream.reset();
   if (start.line.prepareOnly) std::exit(kExitSuccess);
   launchFromLaunchFile(start.masterFolder.c_str(), start.properties, start.line.argCount,
-                       start.line.args, guFolderName.c_str(), start.tail.updateUrl.c_str(),
+                       start.line.args, guFolderName.c_str(), start.updateUrl.toldOfTail().c_str(),
                        start.dynamicUpdateUrl(), start.jreName.c_str(), kLaunchApplication, nullptr,
                        false, nullptr, start.exe.absolutePath.c_str(), false, nullptr);
   std::exit(kExitSuccess);

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <vector>
 
-#include "formats/downloads.h"
 #include "formats/markers.h"
 #include "formats/record_stream.h"
 #include "formats/text_encodings.h"
@@ -73,21 +72,14 @@ void refuseUnusableJreName(const std::string& jreName, const std::string& jreVer
   refuseUnless(isUsableInFolderName(jreName, jreVersion), "The JRE name", jreName, jreVersion);
 }
 
-std::string* chooseUpdateUrl(TailRecords& tail, std::optional<std::string>& dynamicUrl) {
-  if (tail.updateUrl != kDynamicUpdateUrl) {
-    logMessage("[Extractor] Will use Static Update URL: %s\n", tail.updateUrl.c_str());
-    return &tail.updateUrl;
-  }
-  logMessage("[Extractor] Will use Dynamic Update URL: %s\n", dynamicUrl.value_or("").c_str());
-  return dynamicUrl.has_value() ? &*dynamicUrl : nullptr;
+void logUpdateUrlChoice(const UpdateUrl& url) {
+  const char* const kind = url.isDynamic() ? "Dynamic" : "Static";
+  logMessage("[Extractor] Will use %s Update URL: %s\n", kind, url.asItCame().c_str());
 }
 
-std::string endUpdateUrl(std::string* url) {
-  logMessage("[Extractor] Update URL is currently '%s'\n", url != nullptr ? url->c_str() : "");
-  if (url != nullptr && !url->empty() && url->back() != '/') url->push_back('/');
-  const std::string ended = url != nullptr ? *url : "";
-  logMessage("[Extractor] Update URL is now '%s'\n", ended.c_str());
-  return ended;
+void logUpdateUrlInForce(const UpdateUrl& url) {
+  logMessage("[Extractor] Update URL is currently '%s'\n", url.asItCame().c_str());
+  logMessage("[Extractor] Update URL is now '%s'\n", url.inForce().c_str());
 }
 
 void addTailProperties(const TailRecords& tail, bool isSilent, PropertyBlock& properties) {

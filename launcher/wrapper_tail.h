@@ -3,12 +3,12 @@
 // file Resources/Tail of the bundle. docs/formats/wrapper-tail.md has the bytes.
 #pragma once
 #include <cstdio>
-#include <optional>
 #include <string>
 
 #include "formats/archive_signature.h"
 #include "formats/property_block.h"
 #include "formats/tail_format.h"
+#include "formats/update_url.h"
 #include "launcher/bundle_paths.h"
 #include "support/owned.h"
 
@@ -27,12 +27,9 @@ void refuseUnusableNames(const TailRecords& tail);
 /// The same for the JRE name, which does not come from the tail.
 void refuseUnusableJreName(const std::string& jreName, const std::string& jreVersion);
 
-/// The update URL in force: the tail's own text, or for "D" that of `dynamicUrl`; null where the
-/// tail says "D" and there is none.
-std::string* chooseUpdateUrl(TailRecords& tail, std::optional<std::string>& dynamicUrl);
-
-/// Gives the URL its final '/', in place, and returns it; "" for null.
-std::string endUpdateUrl(std::string* url);
+/// Log where the update URL comes from, and its final form.
+void logUpdateUrlChoice(const UpdateUrl& url);
+void logUpdateUrlInForce(const UpdateUrl& url);
 
 /// Adds what the Java application is told of the tail, in the order that it expects.
 void addTailProperties(const TailRecords& tail, bool isSilent, PropertyBlock& properties);

@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <utility>
 
-#include "formats/downloads.h"
 #include "formats/markers.h"
 #include "formats/tail_format.h"
+#include "formats/update_url.h"
 #include "install/version_folders.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/bytes/work_folder.h"

@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <utility>
 
-#include "formats/downloads.h"
 #include "formats/tail_format.h"
+#include "formats/update_url.h"
 #include "install/version_folders.h"
 #include "packager/commands/verify.h"
 #include "packager/config/name_rules.h"
@@ -144,13 +144,11 @@ class Doctor {
   }
 
   void checkUpdates(const TailView& tail) {
-    std::string url = tail.record("Update URL");
     const std::string* dynamic = bundle_.params ? bundle_.params->find("update_url") : nullptr;
-    const bool isDynamic = url == kDynamicUpdateUrl;
-    if (isDynamic) {
-      url = dynamic == nullptr ? "" : *dynamic;
-    }
-    if (isDynamic && url.empty()) {
+    const UpdateUrl update(tail.record("Update URL"),
+                           dynamic == nullptr ? std::nullopt : std::optional(*dynamic));
+    const std::string& url = update.inForce();
+    if (update.isDynamic() && url.empty()) {
       add(Severity::kWarning, "update-url",
           "the update URL is dynamic, and there is no parameter update_url", bundle_.folder,
           "quillory-pack set \"" + bundle_.folder + "\" update_url=https://...");

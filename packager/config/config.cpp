@@ -6,7 +6,7 @@
 #include <sstream>
 #include <utility>
 
-#include "formats/downloads.h"
+#include "formats/update_url.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/config/config_lint.h"
 #include "packager/config/config_section.h"

@@ -4,10 +4,10 @@
 #include <cctype>
 #include <optional>
 
-#include "formats/downloads.h"
 #include "formats/params_format.h"
 #include "formats/record_stream.h"
 #include "formats/tail_format.h"
+#include "formats/update_url.h"
 #include "packager/config/config_names.h"
 #include "packager/config/parameter_rules.h"
 

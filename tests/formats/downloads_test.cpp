@@ -55,23 +55,6 @@ class FixedClock {
   ScopedReplace<decltype(timeCalls.nowMillis)> clock_;
 };
 
-TEST(IsInvalidUpdateURL, IsTrueForWhateverBeginsWithTheSentinel) {
-  EXPECT_TRUE(isInvalidUpdateURL("http://no.invalid/"));
-  EXPECT_TRUE(isInvalidUpdateURL("http://no.invalid/updates/mac/"));
-}
-
-TEST(IsInvalidUpdateURL, ComparesAllOfTheEighteenCharacters) {
-  static_assert(sizeof kInvalidUpdateURL - 1 == 18);
-  EXPECT_FALSE(isInvalidUpdateURL("http://no.invalid"));
-  EXPECT_FALSE(isInvalidUpdateURL("http://no.invalid."));
-  EXPECT_FALSE(isInvalidUpdateURL("https://no.invalid/"));
-  EXPECT_FALSE(isInvalidUpdateURL("HTTP://no.invalid/"));
-  EXPECT_FALSE(isInvalidUpdateURL(" http://no.invalid/"));
-  EXPECT_FALSE(isInvalidUpdateURL(""));
-}
-
-TEST(IsInvalidUpdateURL, IsFalseForNull) { EXPECT_FALSE(isInvalidUpdateURL(nullptr)); }
-
 TEST(AllocTimeMillisString, IsTheClockAsDecimalTextInAZeroFilledBlock) {
   const FixedClock clock;
   const OwnedText text(allocTimeMillisString());

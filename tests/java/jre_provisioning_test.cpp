@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/update_url.h"
 #include "java/jre_search.h"
 #include "support/clock.h"
 #include "tests/harness/captured_log.h"

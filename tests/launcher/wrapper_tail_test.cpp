@@ -169,59 +169,33 @@ TEST(RefuseUnusableNames, EndsTheProcessForANameThatLeadsElsewhere) {
       "[Extractor] The JRE name 'jre/..' with version '8' cannot be part of a folder name\n"));
 }
 
-class ChooseUpdateUrl : public ::testing::Test {
- protected:
-  /// The effective URL, from choice to final slash.
-  std::string choose() { return endUpdateUrl(chooseUpdateUrl(tail_, dynamicUrl_)); }
+/// What a start logs of its URL, from choice to final slash.
+std::vector<std::string> logged(const UpdateUrl& url) {
+  const CapturedLog log;
+  logUpdateUrlChoice(url);
+  logUpdateUrlInForce(url);
+  return log.messages();
+}
 
-  TailRecords tail_;
-  std::optional<std::string> dynamicUrl_;
-  CapturedLog log_;
-};
-
-TEST_F(ChooseUpdateUrl, GivesAStaticUrlItsSlashInPlace) {
-  tail_.updateUrl = "http://host/x";
-  dynamicUrl_ = "http://other";
-  EXPECT_EQ(choose(), "http://host/x/");
-  EXPECT_EQ(tail_.updateUrl, "http://host/x/");
-  EXPECT_EQ(dynamicUrl_, "http://other");
-  EXPECT_THAT(log_.messages(),
+TEST(LogUpdateUrl, ShowsAStaticUrlBeforeAndWithItsSlash) {
+  EXPECT_THAT(logged({"http://host/x", "http://other"}),
               ElementsAre("[Extractor] Will use Static Update URL: http://host/x\n",
                           "[Extractor] Update URL is currently 'http://host/x'\n",
                           "[Extractor] Update URL is now 'http://host/x/'\n"));
 }
 
-TEST_F(ChooseUpdateUrl, LeavesAUrlWithSlashAndAnEmptyOne) {
-  tail_.updateUrl = "http://host/";
-  EXPECT_EQ(choose(), "http://host/");
-  tail_.updateUrl = "";
-  EXPECT_EQ(choose(), "");
+TEST(LogUpdateUrl, ShowsADynamicUrl) {
+  EXPECT_THAT(logged({"D", "http://dyn"}),
+              ElementsAre("[Extractor] Will use Dynamic Update URL: http://dyn\n",
+                          "[Extractor] Update URL is currently 'http://dyn'\n",
+                          "[Extractor] Update URL is now 'http://dyn/'\n"));
 }
 
-TEST_F(ChooseUpdateUrl, TakesTheDynamicUrlForDAndChangesItInPlace) {
-  tail_.updateUrl = "D";
-  dynamicUrl_ = "http://dyn";
-  EXPECT_EQ(choose(), "http://dyn/");
-  EXPECT_EQ(dynamicUrl_, "http://dyn/");
-  EXPECT_EQ(tail_.updateUrl, "D");
-  EXPECT_EQ(log_.messages().front(), "[Extractor] Will use Dynamic Update URL: http://dyn\n");
-}
-
-TEST_F(ChooseUpdateUrl, IsEmptyForDWithoutAParameter) {
-  tail_.updateUrl = "D";
-  EXPECT_EQ(choose(), "");
-  EXPECT_FALSE(dynamicUrl_.has_value());
-  EXPECT_THAT(log_.messages(), ElementsAre("[Extractor] Will use Dynamic Update URL: \n",
-                                           "[Extractor] Update URL is currently ''\n",
-                                           "[Extractor] Update URL is now ''\n"));
-}
-
-TEST_F(ChooseUpdateUrl, TakesOnlyASingleDForDynamic) {
-  tail_.updateUrl = "D/";
-  dynamicUrl_ = "http://dyn";
-  EXPECT_EQ(choose(), "D/");
-  tail_.updateUrl = "d";
-  EXPECT_EQ(choose(), "d/");
+TEST(LogUpdateUrl, ShowsNoneForDWithoutAParameter) {
+  EXPECT_THAT(logged({"D", std::nullopt}),
+              ElementsAre("[Extractor] Will use Dynamic Update URL: \n",
+                          "[Extractor] Update URL is currently ''\n",
+                          "[Extractor] Update URL is now ''\n"));
 }
 
 TEST(AddTailProperties, AddsThemInTheOrderThatJavaExpects) {
