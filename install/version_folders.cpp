@@ -18,22 +18,35 @@ namespace {
 constexpr std::size_t kLongestFileName = 255;
 
 /// Every name in the folder; none when it cannot be opened.
-std::vector<std::string> namesIn(const char* folder) {
-  return listFolder(folder).value_or(std::vector<std::string>());
+std::vector<std::string> namesIn(const std::string& folder) {
+  return listFolder(folder.c_str()).value_or(std::vector<std::string>());
 }
 
-/// The text between the `n`-th '-' (counting from 1) and the next one; false without that one.
-bool fieldBehindDash(const char* folderName, int n, std::string& field) {
-  const int begin = indexOf(folderName, '-', n);
-  const int end = indexOf(folderName, '-', n + 1);
-  if (begin < 0 || end < 0) return false;
-  field.assign(folderName + begin + 1, folderName + end);
-  return true;
+/// The text between the `n`-th '-' (counting from 1) and the next one; nothing without that one.
+std::optional<std::string> fieldBehindDash(std::string_view folderName, int n) {
+  for (int i = 0; i < n; ++i) {
+    const std::size_t dash = folderName.find('-');
+    if (dash == folderName.npos) return std::nullopt;
+    folderName.remove_prefix(dash + 1);
+  }
+  const std::size_t end = folderName.find('-');
+  if (end == folderName.npos) return std::nullopt;
+  return std::string(folderName.substr(0, end));
 }
 
 bool isInsideOneFolder(std::string_view text) {
   constexpr std::string_view kNever("/\0", 2);
   return text != ".." && text.find_first_of(kNever) == text.npos;
+}
+
+std::string versionFolderName(const std::string& name, const std::string& version) {
+  return "Quillory-" + name + "-" + version + "-complete";
+}
+
+std::string temporaryFolderName(const std::string& master) {
+  const std::uint64_t seconds = getCurrentTimeMillis() / 1000;
+  return "QuilloryTemp-" + std::to_string(seconds) + "-" +
+         std::to_string(countFolderEntries(master)) + "-app";
 }
 
 }  // namespace
@@ -44,47 +57,68 @@ bool isUsableInFolderName(std::string_view name, std::string_view version) {
          kAround.size() + name.size() + version.size() <= kLongestFileName;
 }
 
-char* makeAppFolder(char* dst, const char* master, const char* name, const char* version) {
-  const std::string folder = std::string("Quillory-") + name + "-" + version + "-complete";
-  return setPath(dst, master, folder.c_str());
+std::string versionFolder(const std::string& master, const std::string& name,
+                          const std::string& version) {
+  return joinPath(master, versionFolderName(name, version));
 }
 
-char* makeAppTempFolder(char* dst, const char* master) {
-  const std::uint64_t seconds = getCurrentTimeMillis() / 1000;
-  const std::string folder = "QuilloryTemp-" + std::to_string(seconds) + "-" +
-                             std::to_string(countFolderEntries(master)) + "-app";
-  return setPath(dst, master, folder.c_str());
+std::string temporaryFolder(const std::string& master) {
+  return joinPath(master, temporaryFolderName(master));
 }
 
-int checkAppFolderName(const char* folderName, const char* name) {
-  std::string field;
-  return fieldBehindDash(folderName, 1, field) ? std::strcmp(field.c_str(), name) : -1;
+std::optional<std::string> componentOfFolder(std::string_view folderName) {
+  return fieldBehindDash(folderName, 1);
 }
 
-long pickVersionFromAppFolderName(const char* folderName) {
-  std::string field;
-  return fieldBehindDash(folderName, 2, field) ? std::strtol(field.c_str(), nullptr, 10) : -1;
+std::optional<long> versionOfFolder(std::string_view folderName) {
+  const std::optional<std::string> digits = fieldBehindDash(folderName, 2);
+  if (!digits) return std::nullopt;
+  return std::strtol(digits->c_str(), nullptr, 10);
 }
 
-char* pickAndAllocLatestFromMaster(const char* master, const char* name) {
+std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name) {
   std::vector<std::string> entries = namesIn(master);
   std::sort(entries.begin(), entries.end());
 
-  const std::string* latest = nullptr;
+  std::optional<std::string> latest;
   long latestVersion = -1;
   for (const std::string& entry : entries) {
-    if (entry.size() < 3 || checkAppFolderName(entry.c_str(), name) != 0) continue;
-    const long version = pickVersionFromAppFolderName(entry.c_str());
-    logMessage("[PickFolder] Folder %s matches %s with version %ld\n", entry.c_str(), name,
+    if (entry.size() < 3 || componentOfFolder(entry) != name) continue;
+    const long version = versionOfFolder(entry).value_or(-1);
+    logMessage("[PickFolder] Folder %s matches %s with version %ld\n", entry.c_str(), name.c_str(),
                version);
     if (version <= latestVersion) continue;
-    latest = &entry;
+    latest = entry;
     latestVersion = version;
     logMessage("[PickFolder] Set latest to %ld %s\n", latestVersion, latest->c_str());
   }
-  return latest != nullptr ? allocCopy(latest->c_str()) : nullptr;
+  return latest;
 }
 
-long countFolderEntries(const char* folder) { return static_cast<long>(namesIn(folder).size()); }
+long countFolderEntries(const std::string& folder) {
+  return static_cast<long>(namesIn(folder).size());
+}
+
+char* makeAppFolder(char* dst, const char* master, const char* name, const char* version) {
+  return setPath(dst, master, versionFolderName(name, version).c_str());
+}
+
+char* makeAppTempFolder(char* dst, const char* master) {
+  return setPath(dst, master, temporaryFolderName(master).c_str());
+}
+
+int checkAppFolderName(const char* folderName, const char* name) {
+  const std::optional<std::string> component = componentOfFolder(folderName);
+  return component ? std::strcmp(component->c_str(), name) : -1;
+}
+
+long pickVersionFromAppFolderName(const char* folderName) {
+  return versionOfFolder(folderName).value_or(-1);
+}
+
+char* pickAndAllocLatestFromMaster(const char* master, const char* name) {
+  const std::optional<std::string> latest = newestVersionFolder(master, name);
+  return latest ? allocCopy(latest->c_str()) : nullptr;
+}
 
 }  // namespace quillory

@@ -5,6 +5,7 @@
 //   Quillory-<JRE name>-<version>-complete.plugin            a JRE's bundle beside its folder
 //   QuilloryTemp-<seconds>-<count>-app                       while a component is extracted
 #pragma once
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,24 +19,38 @@ inline constexpr char kUpdaterName[] = "Quillory";
 /// ("Quillory-<name>-<version>-complete.plugin").
 bool isUsableInFolderName(std::string_view name, std::string_view version);
 
-/// Both write to `dst` (kPathCapacity bytes) and return it; they create nothing.
-char* makeAppFolder(char* dst, const char* master, const char* name, const char* version);
-/// The name counts seconds and the entries of `master`: two calls in one second, with nothing made
-/// in between, give the same name.
-char* makeAppTempFolder(char* dst, const char* master);
+/// The path of a version folder in `master`; nothing is created.
+std::string versionFolder(const std::string& master, const std::string& name,
+                          const std::string& version);
+/// The path of a new temporary folder in `master`; nothing is created. Its name counts seconds and
+/// the entries of `master`: two calls in one second, with nothing made in between, give the same.
+std::string temporaryFolder(const std::string& master);
 
-/// 0 when the text between the first and the second '-' is `name`, so never for a name with a '-';
-/// else how the two compare, or -1 with fewer than two '-'.
-int checkAppFolderName(const char* folderName, const char* name);
-/// The number between the second and the third '-', 0 when it is none; -1 without a third '-'.
-long pickVersionFromAppFolderName(const char* folderName);
+/// The component that a version folder is of: the text between the first and the second '-', so
+/// never a name with a '-'; nothing with fewer than two '-'.
+std::optional<std::string> componentOfFolder(std::string_view folderName);
+/// The number between the second and the third '-', 0 when it is none; nothing without a third '-'.
+std::optional<long> versionOfFolder(std::string_view folderName);
 
-/// The name of the folder of `name` with the highest version, in a new block (free() it), or null.
-/// Folders are looked at in byte order of their names, whatever the file system; of equal versions
-/// the first stays, so a JRE's plain folder comes before its bundle.
-char* pickAndAllocLatestFromMaster(const char* master, const char* name);
+/// The name of the folder of `name` with the highest version, or nothing. Folders are looked at in
+/// byte order of their names, whatever the file system; of equal versions the first stays, so a
+/// JRE's plain folder comes before its bundle.
+std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name);
 
 /// Number of entries in a folder's listing, "." and ".." included; 0 when it cannot be opened.
-long countFolderEntries(const char* folder);
+long countFolderEntries(const std::string& folder);
+
+// The same for callers that have C strings. makeAppFolder() and makeAppTempFolder() write to `dst`
+// (kPathCapacity bytes) and return it; a path that does not fit ends the process, as setPath()
+// says.
+
+char* makeAppFolder(char* dst, const char* master, const char* name, const char* version);
+char* makeAppTempFolder(char* dst, const char* master);
+/// 0 when the folder is one of `name`; else how the two compare, or -1 with fewer than two '-'.
+int checkAppFolderName(const char* folderName, const char* name);
+/// versionOfFolder(), or -1.
+long pickVersionFromAppFolderName(const char* folderName);
+/// newestVersionFolder() in a new block (free() it), or null.
+char* pickAndAllocLatestFromMaster(const char* master, const char* name);
 
 }  // namespace quillory

@@ -4,27 +4,18 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 
 #include "formats/archive.h"
 #include "formats/downloads.h"
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
-#include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/owned.h"
-#include "support/paths.h"
 #include "support/spawner.h"
 
 namespace quillory {
 namespace {
-
-[[noreturn]] void giveUp(const std::string& folder, const std::string& message) {
-  logError("%s", message.c_str());
-  if (!folder.empty()) removeTree(folder.c_str());
-  std::exit(kExitFailure);
-}
 
 // True when a whole file arrived. What an earlier start left there is never taken for it.
 bool download(const std::string& url, const std::string& destination) {
@@ -34,22 +25,35 @@ bool download(const std::string& url, const std::string& destination) {
   return stat(destination.c_str(), &info) == 0;
 }
 
-std::string remoteName(const JreRequest& request) {
-  return request.updateUrl + "Quillory-" + request.jreName + '-';
+// What is fetched, from where, and what a person is shown meanwhile.
+struct Fetch {
+  const JrePlace& place;
+  const JreServer& server;
+  const ArchiveTools& tools;
+  const FetchDisplay& display;
+};
+
+// Downloads with the splash in front; where nothing comes, it is taken down for good.
+bool downloadInFront(const Fetch& fetch, const std::string& url, const std::string& path,
+                     const char* failure) {
+  if (download(url, path)) {
+    fetch.display.showIndefiniteProgress();
+    return true;
+  }
+  fetch.display.takeDown();
+  logError("%s", failure);
+  return false;
 }
 
-std::string downloadVersion(const JreRequest& request) {
+std::optional<std::string> downloadVersion(const Fetch& fetch) {
   const OwnedText now(allocTimeMillisString());
-  const std::string url =
-      request.updateUrl + versionFileName(request.jreName) + "?time=" + now.get();
-  const std::string path = request.versionFileFolder + '/' + versionFileName(request.jreName);
-  request.display.show();
+  const std::string name = versionFileName(fetch.place.name.text());
+  const std::string url = fetch.server.url + name + "?time=" + now.get();
+  const std::string path = fetch.server.versionFileFolder + '/' + name;
+  fetch.display.show();
   logMessage("[JREDownload] Fetching JRE Version from %s\n", url.c_str());
-  if (!download(url, path)) {
-    request.display.takeDown();
-    giveUp("", "[JREDownload] Failed to download JRE version file\n");
-  }
-  request.display.showIndefiniteProgress();
+  if (!downloadInFront(fetch, url, path, "[JREDownload] Failed to download JRE version file\n"))
+    return std::nullopt;
   logMessage("[JREDownload] JRE version downloaded OK [%s]\n", path.c_str());
 
   const OwnedFile file(std::fopen(path.c_str(), "r"));
@@ -59,38 +63,65 @@ std::string downloadVersion(const JreRequest& request) {
   return readJreVersion(file.get());
 }
 
-void downloadArchive(const JreRequest& request, const std::string& version,
-                     const std::string& folder, const std::string& packed) {
-  const std::string url = remoteName(request) + version + "-archive.p2.l2";
-  request.display.show();
+bool downloadArchive(const Fetch& fetch, const std::string& version, const std::string& packed) {
+  const std::string url =
+      fetch.server.url + "Quillory-" + fetch.place.name.text() + '-' + version + "-archive.p2.l2";
+  fetch.display.show();
   logMessage("[JREDownload] Downloading JRE\n");
   logMessage("[JREDownload] JRE archive is at %s\n", url.c_str());
-  if (!download(url, packed)) {
-    request.display.takeDown();
-    giveUp(folder, "[JREDownload] Failed to download JRE\n");
-  }
-  request.display.showIndefiniteProgress();
+  if (!downloadInFront(fetch, url, packed, "[JREDownload] Failed to download JRE\n")) return false;
   logMessage("[JREDownload] JRE Downloaded OK, will extract\n");
+  return true;
 }
 
-void decompress(const JreRequest& request, const std::string& folder, const std::string& packed,
-                const std::string& archive) {
+bool decompress(const ArchiveTools& tools, const std::string& packed, const std::string& archive) {
   const OwnedSpawner spawner =
-      spawnerOf({request.lzmaTool.c_str(), "d", packed.c_str(), archive.c_str()});
+      spawnerOf({tools.lzmaTool.c_str(), "d", packed.c_str(), archive.c_str()});
   logMessage("[JREDownload] Decompressing JRE archive\n");
-  if (runSpawnerAndWait(spawner.get()) != 0)
-    giveUp(folder, "[JREDownload] Failed to decompress JRE archive\n");
+  if (runSpawnerAndWait(spawner.get()) == 0) return true;
+  logError("[JREDownload] Failed to decompress JRE archive\n");
+  return false;
 }
 
-void extract(const JreRequest& request, const std::string& folder, const std::string& archive) {
+void extract(const ArchiveTools& tools, const std::string& folder, const std::string& archive) {
   const OwnedText unpack200(getUnpack200Executable(folder.c_str()));
   logMessage("[JREDownload] Extracting JRE archive to %s\n", folder.c_str());
-  extractArchive(unpack200.get(), archive.c_str(), folder.c_str(), request.key);
+  extractArchive(unpack200.get(), archive.c_str(), folder.c_str(), tools.key);
+}
+
+// Whether what was extracted is a JRE with a version.
+bool isComplete(const std::string& version, const std::string& folder) {
+  // Found out only now, by intent: a server may have an archive without a version.
+  if (version.empty()) {
+    logError("[JREDownload] Failed to detect or download a JRE (no jre version)\n");
+    return false;
+  }
+  // A failed signature leaves an empty folder, which must not be installed as a JRE.
+  if (!holdsJava(folder.c_str())) {
+    logError("[JREDownload] The downloaded archive holds no usable JRE\n");
+    return false;
+  }
+  return true;
+}
+
+// Fills `folder` with the JRE. False when a step fails.
+bool fetchInto(const Fetch& fetch, const std::string& version, const std::string& folder) {
+  const std::string archive = folder + "/JREArchive.p2";
+  const std::string packed = archive + ".l2";
+  if (!downloadArchive(fetch, version, packed)) return false;
+  if (!decompress(fetch.tools, packed, archive)) return false;
+  extract(fetch.tools, folder, archive);
+  unlink(packed.c_str());
+  logMessage("[JREDownload] Done extracting JRE archive\n");
+  logMessage("[JREDownload] Regenerating jsa...\n");
+  regenerateSharedArchive(folder.c_str());
+  logMessage("[JREDownload] Downloaded JRE is now ready.\n");
+  return isComplete(version, folder);
 }
 
 }  // namespace
 
-std::string readJreVersion(std::FILE* file) {
+std::optional<std::string> readJreVersion(std::FILE* file) {
   std::string version;
   logMessage("[JREDownload] Extracting version: ");
   for (int c = file == nullptr ? EOF : std::fgetc(file); c != EOF; c = std::fgetc(file)) {
@@ -100,7 +131,7 @@ std::string readJreVersion(std::FILE* file) {
     }
     if (version.size() == kMaxVersionLength) {
       logMessage("\n[JREDownload] Version invalid (too long)\n");
-      std::exit(kExitFailure);
+      return std::nullopt;
     }
     logMessage("%c", c);
     version += static_cast<char>(c);
@@ -110,35 +141,22 @@ std::string readJreVersion(std::FILE* file) {
   return version;
 }
 
-DownloadedJre downloadJre(const JreRequest& request) {
+std::optional<FetchedJre> downloadJre(const JrePlace& place, const JreServer& server,
+                                      const ArchiveTools& tools, const FetchDisplay& display) {
+  const Fetch fetch = {place, server, tools, display};
   logMessage("[JREDownload] Failed to pick up any existing system JRE, will download\n");
-  const std::string version = downloadVersion(request);
+  const std::optional<std::string> version = downloadVersion(fetch);
+  if (!version) return std::nullopt;
   // The version comes from the network, and becomes part of a path.
-  if (!isUsableInFolderName(request.jreName, version))
-    giveUp("", std::string("[JREDownload] JRE version '") + version.c_str() +
-                   "' cannot be part of a folder name\n");
-
-  char buffer[kPathCapacity];
-  const std::string folder = makeAppTempFolder(buffer, request.masterFolder.c_str());
+  if (!isUsableInFolderName(place.name.text(), *version)) {
+    logError("[JREDownload] JRE version '%s' cannot be part of a folder name\n", version->c_str());
+    return std::nullopt;
+  }
+  const std::string folder = temporaryFolder(place.masterFolder);
   makeDir(folder.c_str());
-  const std::string archive = folder + "/JREArchive.p2";
-  const std::string packed = archive + ".l2";
-  downloadArchive(request, version, folder, packed);
-  decompress(request, folder, packed, archive);
-  extract(request, folder, archive);
-  unlink(packed.c_str());
-  logMessage("[JREDownload] Done extracting JRE archive\n");
-  logMessage("[JREDownload] Regenerating jsa...\n");
-  regenerateSharedArchive(folder.c_str());
-  logMessage("[JREDownload] Downloaded JRE is now ready.\n");
-
-  // Found out only now, by intent: a server may have an archive without a version.
-  if (version.empty())
-    giveUp(folder, "[JREDownload] Failed to detect or download a JRE (no jre version)\n");
-  // A failed signature leaves an empty folder, which must not be installed as a JRE.
-  if (!holdsJava(folder.c_str()))
-    giveUp(folder, "[JREDownload] The downloaded archive holds no usable JRE\n");
-  return {version, folder};
+  if (fetchInto(fetch, *version, folder)) return FetchedJre{*version, folder};
+  removeTree(folder.c_str());
+  return std::nullopt;
 }
 
 }  // namespace quillory

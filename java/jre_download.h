@@ -2,26 +2,28 @@
 // file.
 #pragma once
 #include <cstdio>
+#include <optional>
 #include <string>
 
-#include "java/jre_provisioning.h"
+#include "java/jre_request.h"
 
 namespace quillory {
 
 inline constexpr int kMaxVersionLength = 50;
 
-struct DownloadedJre {
+struct FetchedJre {
   std::string version;
   std::string folder;  ///< the temporary folder that holds it
 };
 
 /// The version in a version file: its characters up to the first line end or space, each shown in
-/// the log; "" for a null stream. Ends the process with status 1 when there are more than
+/// the log; "" for a null stream. Nothing, with a line in the log, when there are more than
 /// kMaxVersionLength.
-std::string readJreVersion(std::FILE* file);
+std::optional<std::string> readJreVersion(std::FILE* file);
 
-/// Downloads the newest JRE and unpacks it into a temporary folder. Ends the process with status 1
-/// when one of the steps fails; nothing then stays but the version file and the log.
-DownloadedJre downloadJre(const JreRequest& request);
+/// Downloads the newest JRE and unpacks it into a temporary folder. Nothing when one of the steps
+/// fails: an error is in the log, and of the download only the version file stays.
+std::optional<FetchedJre> downloadJre(const JrePlace& place, const JreServer& server,
+                                      const ArchiveTools& tools, const FetchDisplay& display);
 
 }  // namespace quillory

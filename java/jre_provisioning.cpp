@@ -11,11 +11,9 @@
 #include "java/jre_download.h"
 #include "java/jre_inspection.h"
 #include "java/jre_search.h"
-#include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/owned.h"
-#include "support/paths.h"
 
 namespace quillory {
 namespace {
@@ -24,17 +22,8 @@ constexpr char kOfflineSection[] = "Extracting Offline JRE";
 constexpr char kOnlineSection[] = "Setting up online JRE";
 constexpr mode_t kOpenToAll = 0777;
 
-std::string finalFolder(const JreRequest& request, const std::string& version) {
-  char folder[kPathCapacity];
-  return makeAppFolder(folder, request.masterFolder.c_str(), request.jreName.c_str(),
-                       version.c_str());
-}
-
-void requireFolderNames(const JreRequest& request) {
-  if (isUsableInFolderName(request.jreName, request.embeddedVersion)) return;
-  logError("[Extractor] JRE name '%s' or version '%s' cannot be part of a folder name\n",
-           request.jreName.c_str(), request.embeddedVersion.c_str());
-  std::exit(kExitFailure);
+std::string finalFolder(const JrePlace& place, const std::string& version) {
+  return versionFolder(place.masterFolder, place.name.text(), version);
 }
 
 // What every JRE gets, however it came, and also one that was there before.
@@ -80,21 +69,21 @@ void extractFromTail(const JreRequest& request, const std::string& folder) {
   logMessage("[Extractor] Extracting JRE archive...\n");
   long signatureOffset = -1;
   char* signatureHex = nullptr;
-  extractArchiveFileCheckSignature(request.lzmaTool.c_str(), unpack200.get(), folder.c_str(),
-                                   request.tail, &signatureOffset, &signatureHex, request.key);
+  extractArchiveFileCheckSignature(request.tools.lzmaTool.c_str(), unpack200.get(), folder.c_str(),
+                                   request.embedded.tail, &signatureOffset, &signatureHex,
+                                   request.tools.key);
   std::free(signatureHex);
-  logMessage("[Extractor] Extracted JRE %s\n", request.jreName.c_str());
+  logMessage("[Extractor] Extracted JRE %s\n", request.place.name.text().c_str());
 }
 
 std::string provideOffline(const JreRequest& request) {
   logStartSection(kOfflineSection);
   logMessage("[Extractor] We want to query the JRE version to enable proxy detection.\n");
-  downloadVersionFile(request.versionFileFolder.c_str(), request.updateUrl.c_str(),
-                      request.jreName.c_str());
-  char buffer[kPathCapacity];
-  const std::string temporary = makeAppTempFolder(buffer, request.masterFolder.c_str());
+  downloadVersionFile(request.server.versionFileFolder.c_str(), request.server.url.c_str(),
+                      request.place.name.text().c_str());
+  const std::string temporary = temporaryFolder(request.place.masterFolder);
   makeDir(temporary.c_str());
-  const std::string folder = finalFolder(request, request.embeddedVersion);
+  const std::string folder = finalFolder(request.place, request.embedded.version);
   logMessage("[Extractor] Offline installer - no need to download JRE, will extract\n");
   extractFromTail(request, temporary);
   logMessage("[Extractor] Regenerating jsa...\n");
@@ -103,13 +92,14 @@ std::string provideOffline(const JreRequest& request) {
   return installJre(request, temporary, folder);
 }
 
-// The path of an installed JRE that a start would accept, or "".
-std::string findHealthyJre(const JreRequest& request) {
-  const OwnedText newest(
-      pickAndAllocLatestFromMaster(request.masterFolder.c_str(), request.jreName.c_str()));
-  if (newest == nullptr) return "";
-  std::string folder = request.masterFolder + '/' + newest.get();
-  return isHealthyJre(folder.c_str()) ? folder : "";
+// The path of an installed JRE that a start would accept.
+std::optional<std::string> findHealthyJre(const JrePlace& place) {
+  const std::optional<std::string> newest =
+      newestVersionFolder(place.masterFolder, place.name.text());
+  if (!newest) return std::nullopt;
+  std::string folder = place.masterFolder + '/' + *newest;
+  if (!isHealthyJre(folder.c_str())) return std::nullopt;
+  return folder;
 }
 
 std::string useInstalled(const JreRequest& request, const std::string& folder) {
@@ -120,26 +110,33 @@ std::string useInstalled(const JreRequest& request, const std::string& folder) {
   return completeJre(request, folder + kBundleSuffix, folder);
 }
 
-std::string provideOnline(const JreRequest& request) {
+// A copy of one of the system, or else a downloaded one, in a temporary folder.
+std::optional<FetchedJre> fetchJre(const JreRequest& request) {
+  const SystemJreSearch search = copySystemJre(request.place.masterFolder, request.system);
+  if (search.isCutShort) return std::nullopt;
+  if (search.copy) return FetchedJre{kSystemJreVersion, *search.copy};
+  return downloadJre(request.place, request.server, request.tools, request.display);
+}
+
+std::optional<std::string> provideOnline(const JreRequest& request) {
   logStartSection(kOnlineSection);
   logMessage(
       "[Extractor] Online installer - no stored JRE, will check for compatible system JRE\n");
-  DownloadedJre jre = {kSystemJreVersion, copySystemJre(request)};
-  if (jre.folder.empty()) jre = downloadJre(request);
-  logMessage("[JREDownload] Finalising setup of new JRE %s\n", jre.version.c_str());
-  const std::string folder = finalFolder(request, jre.version);
+  const std::optional<FetchedJre> jre = fetchJre(request);
+  if (!jre) return std::nullopt;
+  logMessage("[JREDownload] Finalising setup of new JRE %s\n", jre->version.c_str());
+  const std::string folder = finalFolder(request.place, jre->version);
   logEndSection(kOnlineSection);
-  return installJre(request, jre.folder, folder);
+  return installJre(request, jre->folder, folder);
 }
 
 }  // namespace
 
-std::string provisionJre(const JreRequest& request) {
+std::optional<std::string> provisionJre(const JreRequest& request) {
   logMessage("[Extractor] Setting up a JRE\n");
-  requireFolderNames(request);
-  if (!request.embeddedVersion.empty()) return provideOffline(request);
-  const std::string healthy = findHealthyJre(request);
-  if (!healthy.empty()) return useInstalled(request, healthy);
+  if (!request.embedded.version.empty()) return provideOffline(request);
+  if (const std::optional<std::string> healthy = findHealthyJre(request.place))
+    return useInstalled(request, *healthy);
   return provideOnline(request);
 }
 

@@ -1,7 +1,6 @@
 #include "java/jre_search.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <initializer_list>
 #include <optional>
@@ -10,20 +9,14 @@
 
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
-#include "java/launch_flow.h"
 #include "support/command_output.h"
-#include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/owned.h"
-#include "support/paths.h"
 #include "support/process.h"
 #include "support/program.h"
 
 namespace quillory {
-
-SystemJrePlaces systemJrePlaces = {"/Library/Internet Plug-Ins/JavaAppletPlugin.plugin",
-                                   "/opt/JRE_QYAutoTest/Contents/Home/bin/java"};
 
 namespace {
 
@@ -50,10 +43,11 @@ bool isAcceptable(const SystemJre& jre, const std::string& requiredVersion) {
 }
 
 // The `java` to begin with, "" when the path has none; nothing when that could not be found out.
-std::optional<std::string> findJava(bool isAutoTest) {
-  if (isAutoTest) {
-    logMessage("AutoTesting - will fake possible jave exe to '%s'\n", systemJrePlaces.autoTestJava);
-    return systemJrePlaces.autoTestJava;
+std::optional<std::string> findJava(const SystemJreQuestion& question) {
+  if (question.isAutoTest) {
+    const std::string& java = question.places.autoTestJava;
+    logMessage("AutoTesting - will fake possible jave exe to '%s'\n", java.c_str());
+    return java;
   }
   const OwnedText answer(runCommandGetOutput("sh -c \"which java\""));
   if (answer == nullptr) return std::nullopt;
@@ -71,8 +65,8 @@ std::string followLinks(std::string path) {
   return path;
 }
 
-std::optional<SystemJre> findAcceptableJre(const JreRequest& request) {
-  const std::optional<std::string> java = findJava(request.isAutoTest);
+std::optional<SystemJre> findAcceptableJre(const SystemJreQuestion& question) {
+  const std::optional<std::string> java = findJava(question);
   if (!java) return std::nullopt;
   logMessage("[JRESearch] 'which java' returned '%s'\n", java->c_str());
 
@@ -80,31 +74,17 @@ std::optional<SystemJre> findAcceptableJre(const JreRequest& request) {
   const std::string folder = jreFolderOfJava(*java);
   // Without a folder no path is built: "/bin/java" would be a JRE that nobody named.
   if (!folder.empty()) jre = jreWithToolsIn(folder, "/bin");
-  if (folder.empty() || !isAcceptable(jre, request.requiredJavaVersion)) {
+  if (folder.empty() || !isAcceptable(jre, question.requiredJavaVersion)) {
     logMessage("[JRESearch] A JRE does not seem to exist here.\n");
-    jre = jreWithToolsIn(systemJrePlaces.appletPlugin, "/Contents/Home/bin");
+    jre = jreWithToolsIn(question.places.appletPlugin, "/Contents/Home/bin");
   }
   // Whichever it is now is examined, the version check included, also when it just was.
-  if (!isAcceptable(jre, request.requiredJavaVersion)) {
+  if (!isAcceptable(jre, question.requiredJavaVersion)) {
     logMessage("[JRESearch] JRE does not exist or does not have unpack200\n");
     return std::nullopt;
   }
   logMessage("[JRESearch] JRE unpack200 exists %s\n", jre.unpack200.c_str());
   return jre;
-}
-
-// Asks the compatibility class of the newest updater.
-bool isCompatible(const JreRequest& request, const SystemJre& jre) {
-  const OwnedText updater(pickAndAllocLatestFromMaster(request.masterFolder.c_str(), kUpdaterName));
-  if (updater == nullptr) {
-    logMessage(
-        "[JRESearch] ****************************** No latest App version even after download!\n");
-    std::exit(kExitFailure);
-  }
-  return checkAppJreCompatibility(request.masterFolder.c_str(), *request.properties,
-                                  request.argCount, request.args, updater.get(),
-                                  request.tailUpdateUrl.c_str(), request.dynamicUpdateUrl,
-                                  jre.java.c_str(), request.absoluteExePath.c_str());
 }
 
 // Runs a command of /bin with the words and the quoted paths; its result is not examined.
@@ -144,20 +124,25 @@ std::string jreFolderOfJava(const std::string& java) {
   return folder;
 }
 
-std::string copySystemJre(const JreRequest& request) {
-  const std::optional<SystemJre> jre = findAcceptableJre(request);
-  if (!jre) return "";
-  if (!isCompatible(request, *jre)) {
+SystemJreSearch copySystemJre(const std::string& masterFolder, const SystemJreQuestion& question) {
+  const std::optional<SystemJre> jre = findAcceptableJre(question);
+  if (!jre) return {};
+  const std::optional<std::string> updater = newestVersionFolder(masterFolder, kUpdaterName);
+  if (!updater) {
+    logMessage(
+        "[JRESearch] ****************************** No latest App version even after download!\n");
+    return {.copy = std::nullopt, .isCutShort = true};
+  }
+  if (!question.isCompatible(*updater, jre->java)) {
     logMessage("[JRESearch] JRE failed compatibility test\n");
-    return "";
+    return {};
   }
   logMessage("[JRESearch] JRE is valid, copying...\n");
   // Named, not created: cp would copy into a folder that is there.
-  char copy[kPathCapacity];
-  makeAppTempFolder(copy, request.masterFolder.c_str());
+  const std::string copy = temporaryFolder(masterFolder);
   runOnPaths("cp", {"-LRf"}, {jre->folder, copy});
-  runOnPaths("chmod", {"-R", "755"}, {std::string(copy) + "/bin"});
-  return copy;
+  runOnPaths("chmod", {"-R", "755"}, {copy + "/bin"});
+  return {.copy = copy};
 }
 
 }  // namespace quillory

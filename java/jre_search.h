@@ -1,17 +1,11 @@
 // A JRE that the system already has, copied when the application can use it.
 #pragma once
+#include <optional>
 #include <string>
 
-#include "java/jre_provisioning.h"
+#include "java/jre_request.h"
 
 namespace quillory {
-
-/// Where system JREs are looked for, beside the search path. Assigned to by tests only.
-struct SystemJrePlaces {
-  const char* appletPlugin;  ///< the bundle of the Java applet plug-in
-  const char* autoTestJava;  ///< the `java` of an automatic test, instead of the one in the path
-};
-extern SystemJrePlaces systemJrePlaces;
 
 /// What a copied JRE has for a version: any real one is newer.
 inline constexpr char kSystemJreVersion[] = "00000000000";
@@ -20,9 +14,15 @@ inline constexpr char kSystemJreVersion[] = "00000000000";
 /// all links are followed; "" for a path that names no folder.
 std::string jreFolderOfJava(const std::string& java);
 
-/// Copies a system JRE with java, unpack200, the required version and the consent of the updater's
-/// compatibility class to a new temporary folder, whose path is returned; "" when there is none.
-/// Ends the process with status 1 when no updater is installed that could be asked.
-std::string copySystemJre(const JreRequest& request);
+/// What came of a search.
+struct SystemJreSearch {
+  std::optional<std::string> copy;  ///< the temporary folder that holds the JRE, if there is one
+  /// No updater is installed that could be asked, which is logged: the start cannot go on.
+  bool isCutShort = false;
+};
+
+/// Copies a system JRE with java, unpack200, the required version and the consent of the newest
+/// updater's compatibility class to a new temporary folder of the master folder.
+SystemJreSearch copySystemJre(const std::string& masterFolder, const SystemJreQuestion& question);
 
 }  // namespace quillory

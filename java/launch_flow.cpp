@@ -26,16 +26,6 @@ namespace {
 /// The result of a launch class that there is not.
 constexpr int kNothingLaunched = -1;
 
-/// The parameters of a launch, as text.
-struct LaunchRequest {
-  std::string masterFolder;
-  const PropertyBlock& properties;
-  std::vector<std::string> userArguments;
-  std::string appFolderName;
-  LaunchFacts facts;
-  int launchClass;
-};
-
 /// The runtime that a launch uses.
 struct LaunchRuntime {
   std::string folder;  ///< path of the private JRE; only for launch class 0
@@ -43,40 +33,48 @@ struct LaunchRuntime {
   std::string rememberedOptionsPath;  ///< empty for a system JRE
 };
 
-std::string textOrEmpty(const char* text) { return text == nullptr ? "" : text; }
+/// Which Java the launch is told to use, as the log and the properties show it.
+const std::string& givenJava(const LaunchRequest& request) {
+  return request.launchClass == kLaunchCompatibilityCheck ? request.javaToCheck : request.jreName;
+}
 
+std::string appFolderOf(const LaunchRequest& request) {
+  return joinPath(request.masterFolder, request.appFolderName);
+}
+
+/// Null, with an error in the log, when there is no file.
 OwnedFile openLaunchFile(const std::string& path) {
   OwnedFile file(std::fopen(path.c_str(), "rb"));
   struct stat status;
   // A folder opens for reading too, and would read as an empty launch file.
   const bool isUsable = file && fstat(fileno(file.get()), &status) == 0 && !S_ISDIR(status.st_mode);
-  if (!isUsable) {
-    logError("Unable to open launch file %s\n", path.c_str());
-    std::exit(kExitFailure);
-  }
-  return file;
+  if (isUsable) return file;
+  logError("Unable to open launch file %s\n", path.c_str());
+  return nullptr;
 }
 
-LaunchRuntime chooseRuntime(const LaunchRequest& request, const std::string& appName) {
+/// Nothing, with an error in the log, when the application has no private JRE to run on.
+std::optional<LaunchRuntime> chooseRuntime(const LaunchRequest& request,
+                                           const std::string& appName) {
   LaunchRuntime runtime;
-  // Looked for in both launch classes, so that the log tells which private JRE there was.
-  const OwnedText privateJre(
-      pickAndAllocLatestFromMaster(request.masterFolder.c_str(), request.facts.jre.c_str()));
+  // Looked for whatever is launched, so that the log tells which private JRE there was.
+  const std::optional<std::string> privateJre =
+      newestVersionFolder(request.masterFolder, givenJava(request));
   if (request.launchClass == kLaunchCompatibilityCheck) {
-    runtime.executable = request.facts.jre;
-    logMessage("[Extractor] Checking for existing system JRE %s\n", request.facts.jre.c_str());
+    runtime.executable = request.javaToCheck;
+    logMessage("[Extractor] Checking for existing system JRE %s\n", request.javaToCheck.c_str());
     return runtime;
   }
   if (request.launchClass != kLaunchApplication) return runtime;
   if (!privateJre) {
     logError("No private JRE available!\n");
-    std::exit(kExitFailure);
+    return std::nullopt;
   }
-  logMessage("[Extractor] Using private JRE %s\n", privateJre.get());
-  runtime.folder = joinPath(request.masterFolder, privateJre.get());
+  logMessage("[Extractor] Using private JRE %s\n", privateJre->c_str());
+  runtime.folder = joinPath(request.masterFolder, *privateJre);
   runtime.executable = provideAppExecutable(runtime.folder + "/bin", appName);
-  runtime.rememberedOptionsPath = joinPath(request.masterFolder, "QYApps") +
-                                  "/JRE-LastSuccessfulOptions-" + pathToFile(privateJre.get());
+  runtime.rememberedOptionsPath =
+      joinPath(request.masterFolder, "QYApps") + "/JRE-LastSuccessfulOptions-" + *privateJre;
   logMessage("[Extractor] JRE LSO file is %s\n", runtime.rememberedOptionsPath.c_str());
   return runtime;
 }
@@ -87,15 +85,24 @@ void readClassPath(std::FILE* launchFile, const std::string& appFolder, LaunchCo
   setClassPath(appFolder, readLaunchEntries(launchFile, count, "Classpath Entry"), command);
 }
 
-/// Writes the properties of this launch; their file becomes the first application argument.
-void passProperties(const LaunchRequest& request, const LaunchRuntime& runtime,
+/// Writes the properties of this launch; their file becomes the first application argument. False
+/// when they could not be written.
+bool passProperties(const LaunchRequest& request, const LaunchRuntime& runtime,
                     LaunchCommand& command) {
   logMessage("[Extractor] Creating launch properties\n");
   PropertyBlock block = request.properties;
-  addLaunchTimeProperties(request.facts, block);
+  const std::string appFolder = appFolderOf(request);
+  addLaunchTimeProperties({.updateUrl = request.updateUrl,
+                           .dynamicUpdateUrl = request.dynamicUpdateUrl,
+                           .appFolder = appFolder,
+                           .jreNameProperty = givenJava(request),
+                           .launchedFromDynprops = request.launchedFromDynprops},
+                          block);
   for (std::string& option : readRememberedOptions(runtime.rememberedOptionsPath, block))
     command.jvmOptions.push_back(std::move(option));
-  command.applicationArguments.push_back(writeLaunchProperties(block, request.facts.appFolder));
+  const std::optional<std::string> file = writeLaunchProperties(block, appFolder);
+  if (file) command.applicationArguments.push_back(*file);
+  return file.has_value();
 }
 
 void passExtraArguments(std::FILE* launchFile, LaunchCommand& command) {
@@ -130,20 +137,35 @@ std::optional<std::string> classToRun(int launchClass, const LaunchHeader& heade
   return std::nullopt;
 }
 
-std::int64_t launch(const LaunchRequest& request) {
+std::string textOrEmpty(const char* text) { return text == nullptr ? "" : text; }
+
+/// For the functions below that have no way to say that nothing could be launched.
+std::int64_t statusOrExit(const LaunchResult& result) {
+  if (!result.status) std::exit(result.exitStatus);
+  return *result.status;
+}
+
+}  // namespace
+
+bool forceSpawn = false;
+
+LaunchResult launch(const LaunchRequest& request) {
   logStartSection("Launching");
   logMessage("[Extractor] Launching '%s' from master folder '%s' of class %d using JRE '%s'\n",
              request.appFolderName.c_str(), request.masterFolder.c_str(), request.launchClass,
-             request.facts.jre.c_str());
-  OwnedFile launchFile = openLaunchFile(joinPath(request.facts.appFolder, kLaunchFileName));
+             givenJava(request).c_str());
+  OwnedFile launchFile = openLaunchFile(joinPath(appFolderOf(request), kLaunchFileName));
+  if (!launchFile) return {.status = std::nullopt, .exitStatus = kExitFailure};
   const LaunchHeader header = readLaunchHeader(launchFile.get());
-  const LaunchRuntime runtime = chooseRuntime(request, header.appName);
+  const std::optional<LaunchRuntime> runtime = chooseRuntime(request, header.appName);
+  if (!runtime) return {.status = std::nullopt, .exitStatus = kExitFailure};
 
   LaunchCommand command;
-  command.executable = runtime.executable;
+  command.executable = runtime->executable;
   addMemoryOptions(header.jvmMemory, header.jvmStack, command);
-  readClassPath(launchFile.get(), request.facts.appFolder, command);
-  passProperties(request, runtime, command);
+  readClassPath(launchFile.get(), appFolderOf(request), command);
+  if (!passProperties(request, *runtime, command))
+    return {.status = std::nullopt, .exitStatus = kExitNoProperties};
   passExtraArguments(launchFile.get(), command);
   const LaunchTrailer trailer = readLaunchTrailer(launchFile.get(), header.version);
   command.classToRun = classToRun(request.launchClass, header, trailer);
@@ -152,32 +174,30 @@ std::int64_t launch(const LaunchRequest& request) {
   launchFile.reset();
 
   if (request.launchClass == kLaunchApplication)
-    return startApplication(header.mainClass, runtime.folder, forceSpawn, command);
-  if (request.launchClass == kLaunchCompatibilityCheck) return runCompatibilityClass(command);
-  return kNothingLaunched;
+    return {.status = startApplication(header.mainClass, runtime->folder, forceSpawn, command)};
+  if (request.launchClass == kLaunchCompatibilityCheck)
+    return {.status = runCompatibilityClass(command)};
+  return {.status = kNothingLaunched};
 }
 
-}  // namespace
-
-bool forceSpawn = false;
+bool isCompatible(const LaunchResult& result) { return result.status == kExitJreCompatible; }
 
 std::int64_t launchFromLaunchFile(const char* masterFolder, const PropertyBlock& properties,
                                   int argCount, char** args, const char* appFolderName,
                                   const char* updateUrl, const char* dynamicUpdateUrl,
                                   const char* jre, int launchClass, const char*, bool, const char*,
                                   const char* launchedFromDynprops, bool, const char*) {
-  const std::string master = textOrEmpty(masterFolder);
-  const std::string appName = textOrEmpty(appFolderName);
-  return launch({.masterFolder = master,
-                 .properties = properties,
-                 .userArguments = {args, args + (argCount > 0 ? argCount : 0)},
-                 .appFolderName = appName,
-                 .facts = {.updateUrl = textOrEmpty(updateUrl),
-                           .dynamicUpdateUrl = dynamicUpdateUrl,
-                           .appFolder = joinPath(master, appName),
-                           .jre = textOrEmpty(jre),
-                           .launchedFromDynprops = textOrEmpty(launchedFromDynprops)},
-                 .launchClass = launchClass});
+  LaunchRequest request = {.masterFolder = textOrEmpty(masterFolder),
+                           .appFolderName = textOrEmpty(appFolderName),
+                           .properties = properties,
+                           .userArguments = {args, args + (argCount > 0 ? argCount : 0)},
+                           .updateUrl = textOrEmpty(updateUrl),
+                           .launchedFromDynprops = textOrEmpty(launchedFromDynprops),
+                           .launchClass = launchClass};
+  if (dynamicUpdateUrl != nullptr) request.dynamicUpdateUrl = dynamicUpdateUrl;
+  (launchClass == kLaunchCompatibilityCheck ? request.javaToCheck : request.jreName) =
+      textOrEmpty(jre);
+  return statusOrExit(launch(request));
 }
 
 std::int64_t launchApp(const char* masterFolder, const PropertyBlock& properties, int argCount,

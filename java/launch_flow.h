@@ -1,8 +1,12 @@
 // From a launch file to a running Java application.
 #pragma once
 #include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "formats/property_block.h"
+#include "support/exit_status.h"
 
 namespace quillory {
 
@@ -13,14 +17,43 @@ extern bool forceSpawn;
 inline constexpr int kLaunchApplication = 0;
 inline constexpr int kLaunchCompatibilityCheck = 1;
 
-/// Reads the launch file of `appFolderName` inside `masterFolder`, writes the launch properties and
-/// starts the application: inside this process, or else as a process of its own (launch class 0);
-/// or runs its JRE-compatibility class under the `java` at `jre` and returns its exit status, -1
-/// for a signal or a failed start (launch class 1). Any other class returns -1.
-///
-/// For launch class 0 `jre` is the name under which JRE folders are found, and the result is that
-/// of the start. Ends the process with status 1 without a launch file or a private JRE, with
-/// kExitNoProperties without launch properties. The parameters without a name are not used.
+/// What is launched: the application, or the class of it that judges a JRE.
+struct LaunchRequest {
+  std::string masterFolder;
+  std::string appFolderName;        ///< the version folder in it that has the launch file
+  const PropertyBlock& properties;  ///< borrowed, and left as it is
+  std::vector<std::string> userArguments = {};
+  std::string updateUrl = {};  ///< as the tail has it
+  std::optional<std::string> dynamicUpdateUrl = {};
+  std::string launchedFromDynprops = {};  ///< the property of that name
+  int launchClass = kLaunchApplication;   ///< any other than the two launches nothing
+  std::string jreName = {};      ///< of the application: the private JRE's folders are found by it
+  std::string javaToCheck = {};  ///< of a compatibility check: the path of a `java`
+};
+
+/// What came of it.
+struct LaunchResult {
+  /// Of the application: 0 when it has run or was started, else an error number. Of the
+  /// compatibility class: its exit status, or -1 for a signal or a failed start. Of any other
+  /// launch class: -1.
+  std::optional<std::int64_t> status = {};
+  /// Without a status: that of the launcher, which cannot go on. An error is in the log.
+  int exitStatus = kExitSuccess;
+};
+
+/// Reads the launch file, writes the launch properties, and starts the application, inside this
+/// process or else as one of its own; or runs its compatibility class under the given `java` and
+/// waits for it. No status without a launch file or a private JRE (kExitFailure), or without
+/// launch properties (kExitNoProperties).
+LaunchResult launch(const LaunchRequest& request);
+
+/// Whether the compatibility class said kExitJreCompatible.
+bool isCompatible(const LaunchResult& result);
+
+// The same for callers that have C strings. They end the process where there is no status.
+
+/// `jre` is the name of the private JRE for launch class 0, and the path of a `java` for launch
+/// class 1. The parameters without a name are not used.
 std::int64_t launchFromLaunchFile(const char* masterFolder, const PropertyBlock& properties,
                                   int argCount, char** args, const char* appFolderName,
                                   const char* updateUrl, const char* dynamicUpdateUrl,
@@ -33,7 +66,7 @@ std::int64_t launchApp(const char* masterFolder, const PropertyBlock& properties
                        const char* dynamicUpdateUrl, const char* jre, const char*, bool,
                        const char*, const char* launchedFromDynprops, bool, const char*);
 
-/// Launch class 1: whether the compatibility class says kExitJreCompatible.
+/// Launch class 1: whether `javaPath` is compatible.
 bool checkAppJreCompatibility(const char* masterFolder, const PropertyBlock& properties,
                               int argCount, char** args, const char* appFolderName,
                               const char* updateUrl, const char* dynamicUpdateUrl,

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -12,7 +11,6 @@
 #include "formats/update_url.h"
 #include "install/version_folders.h"
 #include "support/clock.h"
-#include "support/exit_status.h"
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
@@ -26,7 +24,7 @@ constexpr std::uint64_t kRetryPauseMicros = 500'000'000;
 constexpr int kLoggedValueLength = 99;
 constexpr char kPropertiesFilePrefix[] = "QYLaunchProperties-";
 
-/// Not doesFileExist(): that asks whether the file can be opened, and here it cannot.
+/// Whether there is a file, also one that cannot be opened (which doesFileExist() would deny).
 bool isThere(const std::string& path) {
   struct stat status;
   return stat(path.c_str(), &status) == 0;
@@ -58,13 +56,12 @@ void logLaunchProperty(const char* key, const std::string& value) {
 std::string launchPropertiesPath(const std::string& folder) {
   std::array<char, 64> stamp;
   std::snprintf(stamp.data(), stamp.size(), "%lu-%ld",
-                static_cast<unsigned long>(getCurrentTimeMillis()),
-                countFolderEntries(folder.c_str()));
+                static_cast<unsigned long>(getCurrentTimeMillis()), countFolderEntries(folder));
   const char* separator = folder.ends_with('/') ? "" : "/";
   return folder + separator + kPropertiesFilePrefix + stamp.data();
 }
 
-/// Opens a new file and says in `path` which.
+/// Opens a new file in `folder`, and puts its path, under which the last attempt was, into `path`.
 OwnedFile openNewPropertiesFile(const PropertyBlock& block, const std::string& folder,
                                 std::string& path) {
   path = launchPropertiesPath(folder);
@@ -87,24 +84,25 @@ bool writeAndClose(OwnedFile file, const char* bytes, std::size_t length) {
   return std::fclose(file.release()) == 0 && isWritten && isFlushed;
 }
 
-[[noreturn]] void endWithoutProperties() {
+std::nullopt_t noProperties() {
   logError("Unable to write Launch Properties file! Cannot run!\n");
-  std::exit(kExitNoProperties);
+  return std::nullopt;
 }
 
 }  // namespace
 
 void addLaunchTimeProperties(const LaunchFacts& facts, PropertyBlock& block) {
   addStaticProperty(block, "update_url", facts.updateUrl);
-  if (facts.dynamicUpdateUrl != nullptr && facts.updateUrl == kDynamicUpdateUrl)
-    addDynamicProperty(block, "update_url", facts.dynamicUpdateUrl);
+  if (facts.dynamicUpdateUrl.has_value() && facts.updateUrl == kDynamicUpdateUrl)
+    addDynamicProperty(block, "update_url", *facts.dynamicUpdateUrl);
   addStaticProperty(block, "app_dir", facts.appFolder);
-  addStaticProperty(block, "jre_name", facts.jre);
+  addStaticProperty(block, "jre_name", facts.jreNameProperty);
   addStaticProperty(block, "launched_from_dynprops", facts.launchedFromDynprops);
 
   const char* requested = getRequestedURL();
   if (requested == nullptr) return;
-  const std::string url = requested;  // A copy: the next request may replace what it points to.
+  // A copy: another request may come at any time, and replaces the text behind the pointer.
+  const std::string url = requested;
   logMessage("[Extractor] Setting URL request dynamic property to '%s'\n", url.c_str());
   addDynamicProperty(block, "url_req", url);
 }
@@ -145,15 +143,16 @@ char* makeLaunchPropertiesFile(char* dst, const char* folder) {
   return setPath(dst, path.c_str());
 }
 
-std::string writeLaunchProperties(const PropertyBlock& block, const std::string& folder) {
+std::optional<std::string> writeLaunchProperties(const PropertyBlock& block,
+                                                 const std::string& folder) {
   logMessage("[Extractor] Writing launch properties file\n");
   std::string path;
   OwnedFile file = openNewPropertiesFile(block, folder, path);
-  if (!file) endWithoutProperties();
+  if (!file) return noProperties();
   logMessage("[Extractor] Writing to file\n");
   if (!writeAndClose(std::move(file), block.bytes().data(), propsLen(block))) {
     std::remove(path.c_str());  // Half of the properties would be worse than none.
-    endWithoutProperties();
+    return noProperties();
   }
   logMessage("[Extractor] Finished writing launch properties file\n");
   return path;

@@ -1,6 +1,7 @@
 // The launch-properties file, and the JVM options remembered from the last successful start.
 // docs/formats/launch-properties.md and docs/formats/remembered-options.md have the bytes.
 #pragma once
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,9 +12,11 @@ namespace quillory {
 /// What is known about a launch only when it happens.
 struct LaunchFacts {
   std::string updateUrl;
-  const char* dynamicUpdateUrl = nullptr;  ///< null when no parameter gave one
+  std::optional<std::string> dynamicUpdateUrl = {};  ///< if a parameter gave one
   std::string appFolder;
-  std::string jre;  ///< as given to the launch: a name, or the path of a `java`
+  /// What the property "jre_name" says: the name of the private JRE; in a compatibility check, by
+  /// intent, the path of the `java` that is checked.
+  std::string jreNameProperty;
   std::string launchedFromDynprops;
 };
 
@@ -34,8 +37,9 @@ char* makeLaunchPropertiesFile(char* dst, const char* folder);
 /// Writes `block` to a new file in `folder` and returns its path.
 ///
 /// A file that cannot be opened is tried again five times under new names, with 500 seconds after
-/// each failure. When that was in vain, or the content cannot be written, the process ends with
-/// kExitNoProperties.
-std::string writeLaunchProperties(const PropertyBlock& block, const std::string& folder);
+/// each failure. Nothing, with an error in the log, when that was in vain or the content cannot be
+/// written.
+std::optional<std::string> writeLaunchProperties(const PropertyBlock& block,
+                                                 const std::string& folder);
 
 }  // namespace quillory

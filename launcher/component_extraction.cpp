@@ -16,13 +16,10 @@ namespace quillory {
 
 ComponentFolders nameComponentFolders(const std::string& masterFolder, const std::string& guVersion,
                                       const std::string& appName, const std::string& appVersion) {
-  const char* const master = masterFolder.c_str();
-  char path[kPathCapacity];
-  ComponentFolders folders;
-  folders.gu = makeAppFolder(path, master, kUpdaterName, guVersion.c_str());
-  folders.guTemp = makeAppTempFolder(path, master);
-  folders.app = makeAppFolder(path, master, appName.c_str(), appVersion.c_str());
-  folders.appTemp = makeAppTempFolder(path, master);
+  const ComponentFolders folders = {.gu = versionFolder(masterFolder, kUpdaterName, guVersion),
+                                    .guTemp = temporaryFolder(masterFolder),
+                                    .app = versionFolder(masterFolder, appName, appVersion),
+                                    .appTemp = temporaryFolder(masterFolder)};
   logMessage("[Extractor] GU folder is %s\n", folders.gu.c_str());
   logMessage("[Extractor] GU temp is %s\n", folders.guTemp.c_str());
   return folders;

@@ -2,12 +2,14 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 
 #include "formats/property_block.h"
 #include "formats/update_url.h"
 #include "install/file_logging.h"
 #include "install/install_locations.h"
+#include "install/jre_name.h"
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
 #include "java/jre_provisioning.h"
@@ -47,14 +49,11 @@ struct Start {
   UpdateUrl updateUrl;
   Rsa_key* key = nullptr;
   std::string masterFolder;
-  std::string jreName;
+  JreName jreName;
 
   TailArchives archives() const { return {tailStream.get(), key}; }
   SplashOverride splashOverride() const { return {tail.canOverrideSplash, params.splashImage}; }
   bool showsUi() const { return !isSilent && !line.prepareOnly; }
-  const char* dynamicUpdateUrl() const {
-    return updateUrl.toldOfParams().has_value() ? updateUrl.toldOfParams()->c_str() : nullptr;
-  }
 };
 
 std::string findSharedDirectory(const Start& start) {
@@ -91,8 +90,10 @@ void enterMasterFolder(Start& start, const std::string& sharedDirectory) {
   logMessage("[Extractor] Master folder is %s\n", start.masterFolder.c_str());
   setupFileLogging(start.masterFolder.c_str());
 
-  start.jreName = overrideJreName(start.masterFolder, start.params.jreName);
-  refuseUnusableJreName(start.jreName, start.tail.jreVersion);
+  const std::optional<JreName> jreName = JreName::make(
+      overrideJreName(start.masterFolder, start.params.jreName), start.tail.jreVersion);
+  if (!jreName) std::exit(kExitFailure);
+  start.jreName = *jreName;
   makeDir(joinPath(start.masterFolder, "QYAppsSharedConfig").c_str());
 }
 
@@ -134,31 +135,46 @@ FetchDisplay splashAsDisplay() {
           .takeDown = splash::cleanup};
 }
 
+LaunchRequest launchOf(const Start& start, const std::string& updaterFolder) {
+  return {.masterFolder = start.masterFolder,
+          .appFolderName = updaterFolder,
+          .properties = start.properties,
+          .userArguments = {start.line.args, start.line.args + start.line.argCount},
+          .updateUrl = start.updateUrl.toldOfTail(),
+          .dynamicUpdateUrl = start.updateUrl.toldOfParams(),
+          .launchedFromDynprops = start.exe.absolutePath};
+}
+
+/// Asks the compatibility class of an installed updater about a `java` of the system.
+bool isCompatibleWith(const Start& start, const std::string& updaterFolder,
+                      const std::string& java) {
+  LaunchRequest check = launchOf(start, updaterFolder);
+  check.launchClass = kLaunchCompatibilityCheck;
+  check.javaToCheck = java;
+  const LaunchResult result = launch(check);
+  if (!result.status) std::exit(result.exitStatus);
+  return isCompatible(result);
+}
+
 /// Provides the JRE and returns the path of its unpack200.
 std::string setUpJre(const Start& start, const ComponentFolders& folders,
                      const UpdaterFiles& updater) {
-  JreRequest request;
-  request.masterFolder = start.masterFolder;
-  request.jreName = start.jreName;
-  request.embeddedVersion = start.tail.jreVersion;
-  request.requiredJavaVersion = start.tail.requiredJavaVersion;
-  request.updateUrl = start.updateUrl.inForce();
-  request.versionFileFolder = folders.gu;
-  request.lzmaTool = updater.lzmaTool;
-  request.caCerts = updater.caCerts;
-  request.tail = start.tailStream.get();
-  request.key = start.key;
-  if (start.showsUi()) request.display = splashAsDisplay();
-  request.isAutoTest = start.params.isAutoTest;
-  request.properties = &start.properties;
-  request.argCount = start.line.argCount;
-  request.args = start.line.args;
-  request.tailUpdateUrl = start.updateUrl.toldOfTail();
-  request.dynamicUpdateUrl = start.dynamicUpdateUrl();
-  request.absoluteExePath = start.exe.absolutePath;
-
-  const std::string bundle = provisionJre(request);
-  const OwnedText unpack200(getUnpack200Executable(bundle.c_str()));
+  const std::optional<std::string> bundle = provisionJre(
+      {.place = {start.masterFolder, start.jreName},
+       .embedded = {start.tail.jreVersion, start.tailStream.get()},
+       .system = {.requiredJavaVersion = start.tail.requiredJavaVersion,
+                  .isCompatible =
+                      [&start](const std::string& updaterFolder, const std::string& java) {
+                        return isCompatibleWith(start, updaterFolder, java);
+                      },
+                  .isAutoTest = start.params.isAutoTest,
+                  .places = {}},
+       .server = {start.updateUrl.inForce(), folders.gu},
+       .tools = {updater.lzmaTool, start.key},
+       .display = start.showsUi() ? splashAsDisplay() : FetchDisplay{},
+       .caCerts = updater.caCerts});
+  if (!bundle) std::exit(kExitFailure);
+  const OwnedText unpack200(getUnpack200Executable(bundle->c_str()));
   logMessage("[Extractor] UP200 path is %s\n", unpack200.get());
   return unpack200.get();
 }
@@ -185,22 +201,22 @@ std::string extractEverything(Start& start, const std::string& installedGu) {
     extractApplication(start.archives(), folders, updater.lzmaTool.c_str(), unpack200.c_str());
   }
 
-  const OwnedText gu(pickAndAllocLatestFromMaster(start.masterFolder.c_str(), kUpdaterName));
-  if (gu == nullptr) {
+  const std::optional<std::string> gu = newestVersionFolder(start.masterFolder, kUpdaterName);
+  if (!gu) {
     logError("No latest App version even after download!\n");
     std::exit(kExitFailure);
   }
   splash::cleanup();
-  logMessage("[Extractor] Will now run latest GU %s\n", gu.get());
-  return gu.get();
+  logMessage("[Extractor] Will now run latest GU %s\n", gu->c_str());
+  return *gu;
 }
 
 /// The folder name of the updater to run: the installed one, or that of the tail.
 std::string installOrUpdate(Start& start) {
   logWhatTailCarries(start.tail);
   const UpdateDecision decision =
-      decideUpdate({start.masterFolder, start.tail.appName, start.jreName, start.tail.guVersion,
-                    start.tail.appVersion});
+      decideUpdate({start.masterFolder, start.tail.appName, start.jreName.text(),
+                    start.tail.guVersion, start.tail.appVersion});
   if (decision.extract) return extractEverything(start, decision.installedGu);
   logMessage("[Extractor] Running without extraction now\n");
   splash::cleanup();
@@ -210,11 +226,9 @@ std::string installOrUpdate(Start& start) {
 [[noreturn]] void handOff(Start& start, const std::string& guFolderName) {
   start.tailStream.reset();
   if (start.line.prepareOnly) std::exit(kExitSuccess);
-  launchFromLaunchFile(start.masterFolder.c_str(), start.properties, start.line.argCount,
-                       start.line.args, guFolderName.c_str(), start.updateUrl.toldOfTail().c_str(),
-                       start.dynamicUpdateUrl(), start.jreName.c_str(), kLaunchApplication, nullptr,
-                       false, nullptr, start.exe.absolutePath.c_str(), false, nullptr);
-  std::exit(kExitSuccess);
+  LaunchRequest request = launchOf(start, guFolderName);
+  request.jreName = start.jreName.text();
+  std::exit(launch(request).exitStatus);
 }
 
 }  // namespace

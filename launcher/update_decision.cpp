@@ -1,33 +1,27 @@
 #include "launcher/update_decision.h"
 
 #include <cstdlib>
+#include <optional>
 
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
 #include "launcher/bundle_paths.h"
 #include "support/log.h"
-#include "support/owned.h"
 
 namespace quillory {
 namespace {
 
-/// The folder name of the newest version of a component, or "".
-std::string newestFolder(const std::string& masterFolder, const std::string& name) {
-  const OwnedText folder(pickAndAllocLatestFromMaster(masterFolder.c_str(), name.c_str()));
-  return folder != nullptr ? folder.get() : "";
-}
-
 /// Versions are compared as numbers only, never as text.
 bool isNewer(const std::string& ourVersion, const std::string& installedFolder) {
   return std::strtol(ourVersion.c_str(), nullptr, 10) >
-         pickVersionFromAppFolderName(installedFolder.c_str());
+         versionOfFolder(installedFolder).value_or(-1);
 }
 
-bool hasUsableJre(const std::string& masterFolder, const std::string& jre) {
-  if (jre.empty()) return false;
-  if (isHealthyJre(joinPath(masterFolder, jre).c_str())) return true;
+bool hasUsableJre(const std::string& masterFolder, const std::optional<std::string>& folder) {
+  if (!folder) return false;
+  if (isHealthyJre(joinPath(masterFolder, *folder).c_str())) return true;
   logMessage("[Extractor] The existing JRE %s is broken. Instructing the wrapper to update.\n",
-             jre.c_str());
+             folder->c_str());
   return false;
 }
 
@@ -40,12 +34,13 @@ void logJreExists() { logMessage("[Extractor] Note: Latest JRE version does exis
 
 /// Whether the application in the tail is to be installed, where the updater is current.
 bool isAppOutdated(const UpdateQuestion& question) {
-  const std::string app = newestFolder(question.masterFolder, question.appName);
-  if (app.empty()) {
+  const std::optional<std::string> app =
+      newestVersionFolder(question.masterFolder, question.appName);
+  if (!app) {
     logMessage("[Extractor] No app version found and we are offline so will extract\n");
     return true;
   }
-  if (isNewer(question.appVersion, app)) {
+  if (isNewer(question.appVersion, *app)) {
     logMessage(
         "[Extractor] Our App version is newer than existing latest version so will extract and "
         "run\n");
@@ -72,9 +67,10 @@ bool isOutdated(const UpdateQuestion& question, const std::string& gu) {
 
 UpdateDecision decideUpdate(const UpdateQuestion& question) {
   logMessage("[Extractor] Checking for a latest valid GU\n");
-  const std::string gu = newestFolder(question.masterFolder, kUpdaterName);
-  const std::string jre = newestFolder(question.masterFolder, question.jreName);
-  if (!hasUsableJre(question.masterFolder, jre)) {
+  const std::string gu = newestVersionFolder(question.masterFolder, kUpdaterName).value_or("");
+  const std::optional<std::string> jreFolder =
+      newestVersionFolder(question.masterFolder, question.jreName);
+  if (!hasUsableJre(question.masterFolder, jreFolder)) {
     logNoGuOrJre();
     logMessage("[Extractor] Note: No latest JRE version exists\n");
     return {true, gu};
@@ -85,7 +81,7 @@ UpdateDecision decideUpdate(const UpdateQuestion& question) {
     return {true, gu};
   }
   logMessage("[Extractor] Latest GU version exists: %s\n", gu.c_str());
-  logMessage("[Extractor] Existing JRE exists: %s\n", jre.c_str());
+  logMessage("[Extractor] Existing JRE exists: %s\n", jreFolder->c_str());
   const bool extract = isOutdated(question, gu);
   if (extract) logJreExists();
   return {extract, gu};

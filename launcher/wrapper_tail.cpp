@@ -68,10 +68,6 @@ void refuseUnusableNames(const TailRecords& tail) {
                tail.guVersion);
 }
 
-void refuseUnusableJreName(const std::string& jreName, const std::string& jreVersion) {
-  refuseUnless(isUsableInFolderName(jreName, jreVersion), "The JRE name", jreName, jreVersion);
-}
-
 void logUpdateUrlChoice(const UpdateUrl& url) {
   const char* const kind = url.isDynamic() ? "Dynamic" : "Static";
   logMessage("[Extractor] Will use %s Update URL: %s\n", kind, url.asItCame().c_str());

@@ -24,8 +24,6 @@ TailRecords readTailRecords(std::FILE* stream);
 /// Ends the process with status 1, saying which, when a name or version of the tail cannot be part
 /// of a folder name: it would lead out of the shared directory.
 void refuseUnusableNames(const TailRecords& tail);
-/// The same for the JRE name, which does not come from the tail.
-void refuseUnusableJreName(const std::string& jreName, const std::string& jreVersion);
 
 /// Log where the update URL comes from, and its final form.
 void logUpdateUrlChoice(const UpdateUrl& url);

@@ -173,12 +173,58 @@ TEST(PickAndAllocLatestFromMaster, IsNullWithoutAMasterFolder) {
   EXPECT_EQ(latest("/nonexistent/master", "App"), "(none)");
 }
 
+TEST(VersionFolder, IsNamedAfterComponentAndVersion) {
+  EXPECT_EQ(versionFolder("/m", "Quillory", "7"), "/m/Quillory-Quillory-7-complete");
+  EXPECT_EQ(versionFolder("/m/", "jre", "1.8.0_202"), "/m/Quillory-jre-1.8.0_202-complete");
+}
+
+TEST(VersionFolder, TakesAMasterFolderOfAnyLength) {
+  const std::string master(kPathCapacity, 'm');
+  EXPECT_EQ(versionFolder(master, "App", "1"), master + "/Quillory-App-1-complete");
+}
+
+TEST(TemporaryFolder, CountsSecondsAndEntries) {
+  const TempDir master;
+  writeFile(master / "one", "");
+  const ScopedReplace clock(
+      timeCalls.nowMillis, +[] { return std::uint64_t{1234567}; });
+  EXPECT_EQ(temporaryFolder(master.str()), master / "QuilloryTemp-1234-3-app");
+  EXPECT_FALSE(fs::exists(master / "QuilloryTemp-1234-3-app"));
+}
+
+TEST(ComponentOfFolder, IsTheTextBetweenTheFirstTwoDashes) {
+  EXPECT_EQ(componentOfFolder("Quillory-App-12-complete"), "App");
+  EXPECT_EQ(componentOfFolder("anything-App-"), "App");
+  EXPECT_EQ(componentOfFolder("Quillory--1-complete"), "");
+  EXPECT_EQ(componentOfFolder("Quillory-App"), std::nullopt);
+  EXPECT_EQ(componentOfFolder("logs"), std::nullopt);
+  EXPECT_EQ(componentOfFolder(""), std::nullopt);
+}
+
+TEST(VersionOfFolder, IsNothingWithoutAThirdDash) {
+  EXPECT_EQ(versionOfFolder("Quillory-App-12-complete"), 12);
+  EXPECT_EQ(versionOfFolder("Quillory-App-abc-complete"), 0);
+  EXPECT_EQ(versionOfFolder("Quillory-App--1-complete"), 0) << "no number is below 0";
+  EXPECT_EQ(versionOfFolder("Quillory-App-12"), std::nullopt);
+  EXPECT_EQ(versionOfFolder(""), std::nullopt);
+}
+
+TEST(NewestVersionFolder, IsTheOneWithTheHighestNumberOrNothing) {
+  const TempDir master;
+  EXPECT_EQ(newestVersionFolder(master.str(), "App"), std::nullopt);
+  fs::create_directory(master / "Quillory-App-12-complete");
+  fs::create_directory(master / "Quillory-App-9-complete");
+  fs::create_directory(master / "Quillory-Application-13-complete");
+  EXPECT_EQ(newestVersionFolder(master.str(), "App"), "Quillory-App-12-complete");
+  EXPECT_EQ(newestVersionFolder(master / "missing", "App"), std::nullopt);
+}
+
 TEST(CountFolderEntries, CountsTheDotsToo) {
   const TempDir folder;
-  EXPECT_EQ(countFolderEntries(folder.str().c_str()), 2);
+  EXPECT_EQ(countFolderEntries(folder.str()), 2);
   writeFile(folder / "a", "");
-  EXPECT_EQ(countFolderEntries(folder.str().c_str()), 3);
-  EXPECT_EQ(countFolderEntries((folder / "missing").c_str()), 0);
+  EXPECT_EQ(countFolderEntries(folder.str()), 3);
+  EXPECT_EQ(countFolderEntries(folder / "missing"), 0);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/clock.h"
+#include "support/log.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
@@ -22,8 +23,8 @@ namespace quillory {
 namespace {
 
 using namespace quillory::testing;
+using ::testing::ContainsRegex;
 using ::testing::ElementsAre;
-using ::testing::ExitedWithCode;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 namespace fs = std::filesystem;
@@ -74,78 +75,75 @@ TEST(ReadJreVersion, AcceptsFiftyCharacters) {
   }
 }
 
-TEST(ReadJreVersionDeathTest, EndsTheProcessAtTheFiftyFirst) {
+TEST(ReadJreVersion, RefusesTheFiftyFirst) {
+  CapturedLog log;
   StreamOf file(std::string(51, '7'));
-  EXPECT_EXIT(
-      {
-        logToStandardError();
-        readJreVersion(file.get());
-      },
-      ExitedWithCode(1), "\n\\[JREDownload\\] Version invalid \\(too long\\)\n");
+  EXPECT_EQ(readJreVersion(file.get()), std::nullopt);
+  EXPECT_EQ(log.messages().back(), "\n[JREDownload] Version invalid (too long)\n");
 }
 
 class DownloadTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    request_.masterFolder = dir_ / "master";
-    request_.versionFileFolder = dir_ / "master/Quillory-Quillory-7-complete";
-    fs::create_directories(request_.versionFileFolder);
-    request_.jreName = "JRE";
-    request_.updateUrl = "http://localhost/updates/";
-    request_.lzmaTool = dir_ / "lzma64";
-    request_.display = splashDisplay();
+    fs::create_directories(server_.versionFileFolder);
     // Stands in for the LZMA tool: "compressed" is what has this first line.
-    writeScript(request_.lzmaTool,
+    writeScript(tools_.lzmaTool,
                 "echo \"$@\" > \"$0.arguments\"\n[ \"$1\" = d ] || exit 2\n"
                 "[ \"$(head -c 5 \"$2\")\" = LZMA: ] || exit 1\ntail -c +6 \"$2\" > \"$3\"");
   }
 
   void serveVersion(const std::string& content) {
-    server_.files()["http://localhost/updates/Quillory-JRE-version.txt"] = content;
+    net_.files()["http://localhost/updates/Quillory-JRE-version.txt"] = content;
   }
   void serveArchive(const std::string& version, const std::string& content) {
-    server_.files()["http://localhost/updates/Quillory-JRE-" + version + "-archive.p2.l2"] =
-        content;
+    net_.files()["http://localhost/updates/Quillory-JRE-" + version + "-archive.p2.l2"] = content;
   }
   std::string versionFile() const {
-    return request_.versionFileFolder + "/Quillory-JRE-version.txt";
+    return server_.versionFileFolder + "/Quillory-JRE-version.txt";
   }
 
   // Everything in the master folder but the updater's.
   std::vector<std::string> leftBehind() const {
     std::vector<std::string> entries;
-    for (const fs::directory_entry& entry : fs::directory_iterator(request_.masterFolder))
-      if (entry.path() != request_.versionFileFolder) entries.push_back(entry.path().string());
+    for (const fs::directory_entry& entry : fs::directory_iterator(place_.masterFolder))
+      if (entry.path() != server_.versionFileFolder) entries.push_back(entry.path().string());
     return entries;
   }
 
-  // The death tests fork, so that what the child leaves in the folder can be looked at.
+  std::optional<FetchedJre> tryToDownload() {
+    return downloadJre(place_, server_, tools_, display_);
+  }
+  /// What is downloaded; nothing is not expected.
+  FetchedJre download() {
+    const std::optional<FetchedJre> jre = tryToDownload();
+    EXPECT_TRUE(jre.has_value());
+    return jre.value_or(FetchedJre{});
+  }
+  /// Nothing comes, the log says `message`, and nothing stays.
   void expectFailure(const std::string& message) {
-    EXPECT_EXIT(
-        {
-          logToStandardError();
-          logSplashToStandardError();
-          downloadJre(request_);
-        },
-        ExitedWithCode(1), message);
+    CapturedLog log;
+    EXPECT_EQ(tryToDownload(), std::nullopt);
+    EXPECT_THAT(log.text(), ContainsRegex(message));
     EXPECT_THAT(leftBehind(), IsEmpty());
   }
 
   TempDir dir_;
-  FakeServer server_;
+  FakeServer net_;
   SplashWatch splash_;
-  JreRequest request_;
+  JrePlace place_ = {dir_ / "master", *JreName::make("JRE", "")};
+  JreServer server_ = {"http://localhost/updates/", dir_ / "master/Quillory-Quillory-7-complete"};
+  ArchiveTools tools_ = {.lzmaTool = dir_ / "lzma64"};
+  FetchDisplay display_ = splashDisplay();
 };
 
 using DownloadJre = DownloadTest;
-using DownloadJreDeathTest = DownloadTest;
 
 TEST_F(DownloadJre, UnpacksTheArchiveOfTheVersionFile) {
   serveVersion("1.8.0_202\n");
   serveArchive("1.8.0_202", "LZMA:" + jreArchive());
-  const DownloadedJre jre = downloadJre(request_);
+  const FetchedJre jre = download();
   EXPECT_EQ(jre.version, "1.8.0_202");
-  EXPECT_THAT(jre.folder, StartsWith(request_.masterFolder + "/QuilloryTemp-"));
+  EXPECT_THAT(jre.folder, StartsWith(place_.masterFolder + "/QuilloryTemp-"));
   EXPECT_THAT(
       listTree(jre.folder),
       ElementsAre("Contents/", "Contents/Home/", "Contents/Home/bin/", "Contents/Home/bin/java",
@@ -163,8 +161,8 @@ TEST_F(DownloadJre, AsksForTheVersionAndTheArchive) {
       timeCalls.nowMillis, +[]() -> std::uint64_t { return 1234567890123; });
   serveVersion("8");
   serveArchive("8", "LZMA:" + jreArchive());
-  downloadJre(request_);
-  EXPECT_THAT(server_.requests(),
+  download();
+  EXPECT_THAT(net_.requests(),
               ElementsAre("http://localhost/updates/Quillory-JRE-version.txt?time=1234567890123",
                           "http://localhost/updates/Quillory-JRE-8-archive.p2.l2"));
   EXPECT_EQ(readFile(versionFile()), "8") << "stored in the updater's folder";
@@ -174,7 +172,7 @@ TEST_F(DownloadJre, LogsItsWay) {
   serveVersion("8");
   serveArchive("8", "LZMA:" + jreArchive());
   CapturedLog log;
-  const DownloadedJre jre = downloadJre(request_);
+  const FetchedJre jre = download();
   const std::string text = log.text();
   std::size_t at = 0;
   for (const std::string& part :
@@ -201,16 +199,16 @@ TEST_F(DownloadJre, ShowsTheSplashWithAnIndefiniteBar) {
   splash::setProgress(splash::kProgressHidden);
   serveVersion("8");
   serveArchive("8", "LZMA:" + jreArchive());
-  downloadJre(request_);
+  download();
   EXPECT_THAT(splash_.calls(), ElementsAre("show", "animate", "show"));
 }
 
 TEST_F(DownloadJre, LeavesTheSplashAloneWhenSilent) {
   splash::setProgress(splash::kProgressHidden);
-  request_.display = {};
+  display_ = {};
   serveVersion("8");
   serveArchive("8", "LZMA:" + jreArchive());
-  downloadJre(request_);
+  download();
   EXPECT_THAT(splash_.calls(), IsEmpty());
   EXPECT_EQ(splash::progress(), splash::kProgressHidden);
 }
@@ -219,30 +217,31 @@ TEST_F(DownloadJre, AcceptsAVersionOfFiftyCharacters) {
   const std::string fifty(50, '1');
   serveVersion(fifty + "\n");
   serveArchive(fifty, "LZMA:" + jreArchive());
-  EXPECT_EQ(downloadJre(request_).version, fifty);
+  EXPECT_EQ(download().version, fifty);
 }
 
-TEST_F(DownloadJreDeathTest, EndsWithoutAVersionFile) {
+TEST_F(DownloadJre, EndsWithoutAVersionFile) {
   expectFailure("\\[JREDownload\\] Failed to download JRE version file\n");
 }
 
-TEST_F(DownloadJreDeathTest, TakesTheSplashDownWhenTheVersionDoesNotCome) {
+TEST_F(DownloadJre, TakesTheSplashDownWhenTheVersionDoesNotCome) {
+  const SplashInTheLog splash;
   expectFailure("splash: show\n(.|\n)*splash: close\n(.|\n)*Failed to download JRE version file\n");
 }
 
-TEST_F(DownloadJreDeathTest, NeverTakesAnOldVersionFileForANewOne) {
+TEST_F(DownloadJre, NeverTakesAnOldVersionFileForANewOne) {
   writeFile(versionFile(), "8");
   serveArchive("8", "LZMA:" + jreArchive());
   expectFailure("Failed to download JRE version file\n");
   EXPECT_FALSE(fs::exists(versionFile()));
 }
 
-TEST_F(DownloadJreDeathTest, EndsAtAVersionOfFiftyOneCharacters) {
+TEST_F(DownloadJre, EndsAtAVersionOfFiftyOneCharacters) {
   serveVersion(std::string(51, '1'));
   expectFailure("\\[JREDownload\\] Version invalid \\(too long\\)\n");
 }
 
-TEST_F(DownloadJreDeathTest, RefusesAVersionThatLeavesTheFolder) {
+TEST_F(DownloadJre, RefusesAVersionThatLeavesTheFolder) {
   for (const std::string& version : {std::string("../../etc"), std::string("8/x"), std::string("/"),
                                      std::string(".."), std::string("8\0x", 3)}) {
     serveVersion(version);
@@ -250,36 +249,30 @@ TEST_F(DownloadJreDeathTest, RefusesAVersionThatLeavesTheFolder) {
   }
 }
 
-TEST_F(DownloadJreDeathTest, TakesAPageForAVersionThatNoArchiveHas) {
+TEST_F(DownloadJre, TakesAPageForAVersionThatNoArchiveHas) {
   serveVersion("<!DOCTYPE html>\n<html><body>It works!</body></html>\n");
   expectFailure("JRE Version is <!DOCTYPE\n(.|\n)*\\[JREDownload\\] Failed to download JRE\n");
 }
 
-TEST_F(DownloadJreDeathTest, EndsWithoutAnArchive) {
+TEST_F(DownloadJre, EndsWithoutAnArchive) {
   serveVersion("8");
   expectFailure("\\[JREDownload\\] Failed to download JRE\n");
 }
 
-TEST_F(DownloadJreDeathTest, TakesTheSplashDownWhenTheArchiveDoesNotCome) {
+TEST_F(DownloadJre, TakesTheSplashDownWhenTheArchiveDoesNotCome) {
+  const SplashInTheLog splash;
   serveVersion("8");
   expectFailure(
       "splash: show\n(.|\n)*splash: show\n(.|\n)*splash: close\n(.|\n)*Failed to download JRE\n");
 }
 
-TEST_F(DownloadJreDeathTest, LeavesTheSplashAloneWhenSilentAndNothingComes) {
-  request_.display = {};
-  EXPECT_EXIT(
-      {
-        logToStandardError();
-        logSplashToStandardError();
-        downloadJre(request_);
-      },
-      ExitedWithCode(1),
-      ::testing::AllOf(::testing::HasSubstr("Failed to download JRE version file"),
-                       ::testing::Not(::testing::HasSubstr("splash: "))));
+TEST_F(DownloadJre, LeavesTheSplashAloneWhenSilentAndNothingComes) {
+  display_ = {};
+  expectFailure("\\[JREDownload\\] Failed to download JRE version file\n");
+  EXPECT_THAT(splash_.calls(), IsEmpty());
 }
 
-TEST_F(DownloadJreDeathTest, EndsWhenTheArchiveCannotBeDecompressed) {
+TEST_F(DownloadJre, EndsWhenTheArchiveCannotBeDecompressed) {
   serveVersion("8");
   for (const char* const content : {"", "garbage", "<html></html>"}) {
     serveArchive("8", content);
@@ -287,26 +280,28 @@ TEST_F(DownloadJreDeathTest, EndsWhenTheArchiveCannotBeDecompressed) {
   }
 }
 
-TEST_F(DownloadJreDeathTest, EndsWithoutADecompressionTool) {
+TEST_F(DownloadJre, EndsWithoutADecompressionTool) {
   serveVersion("8");
   serveArchive("8", "LZMA:" + jreArchive());
-  request_.lzmaTool = dir_ / "no such tool";
+  tools_.lzmaTool = dir_ / "no such tool";
   expectFailure("\\[JREDownload\\] Failed to decompress JRE archive\n");
 }
 
-TEST_F(DownloadJreDeathTest, EndsWhenAKilledToolLeftNothing) {
+TEST_F(DownloadJre, EndsWhenAKilledToolLeftNothing) {
   serveVersion("8");
   serveArchive("8", "LZMA:" + jreArchive());
-  writeScript(request_.lzmaTool, "kill -9 $$");
+  writeScript(tools_.lzmaTool, "kill -9 $$");
   EXPECT_EXIT(
       {
-        logToStandardError();
-        downloadJre(request_);
+        const ScopedReplace toStderr(
+            logCalls.systemLog, +[](const char* text) { std::fputs(text, stderr); });
+        tryToDownload();
       },
-      ExitedWithCode(1), "\\[ExtractArchive\\] Failed to extract archive - couldn't open file ");
+      ::testing::ExitedWithCode(1),
+      "\\[ExtractArchive\\] Failed to extract archive - couldn't open file ");
 }
 
-TEST_F(DownloadJreDeathTest, EndsWithoutAVersionEvenWhenAnArchiveCame) {
+TEST_F(DownloadJre, EndsWithoutAVersionEvenWhenAnArchiveCame) {
   serveVersion("");
   serveArchive("", "LZMA:" + jreArchive());
   expectFailure(
@@ -314,7 +309,7 @@ TEST_F(DownloadJreDeathTest, EndsWithoutAVersionEvenWhenAnArchiveCame) {
       "\\[JREDownload\\] Failed to detect or download a JRE \\(no jre version\\)\n");
 }
 
-TEST_F(DownloadJreDeathTest, TreatsAVersionFileThatCannotBeOpenedAsEmpty) {
+TEST_F(DownloadJre, TreatsAVersionFileThatCannotBeOpenedAsEmpty) {
   serveArchive("", "LZMA:" + jreArchive());
   // A socket: it is there, and cannot be opened.
   const ScopedReplace transport(
@@ -336,7 +331,7 @@ TEST_F(DownloadJreDeathTest, TreatsAVersionFileThatCannotBeOpenedAsEmpty) {
       "\\(no jre version\\)\n");
 }
 
-TEST_F(DownloadJreDeathTest, EndsWhenTheSignatureDoesNotHold) {
+TEST_F(DownloadJre, EndsWhenTheSignatureDoesNotHold) {
   serveVersion("8");
   const std::string unsignedArchive = jreArchive();
   const std::string entries = unsignedArchive.substr(0, unsignedArchive.size() - 1);
@@ -344,18 +339,18 @@ TEST_F(DownloadJreDeathTest, EndsWhenTheSignatureDoesNotHold) {
   expectFailure("\\[JREDownload\\] The downloaded archive holds no usable JRE\n");
 }
 
-TEST_F(DownloadJreDeathTest, EndsWhenTheArchiveHoldsNoJava) {
+TEST_F(DownloadJre, EndsWhenTheArchiveHoldsNoJava) {
   serveVersion("8");
   serveArchive("8", "LZMA:" + fileEntry("Contents/readme", "hello") + records({""}));
   expectFailure("\\[JREDownload\\] The downloaded archive holds no usable JRE\n");
 }
 
-TEST_F(DownloadJreDeathTest, SucceedsAtALaterStart) {
+TEST_F(DownloadJre, SucceedsAtALaterStart) {
   serveVersion("8");
   serveArchive("8", "garbage");
   expectFailure("Failed to decompress JRE archive\n");
   serveArchive("8", "LZMA:" + jreArchive());
-  EXPECT_EQ(downloadJre(request_).version, "8");
+  EXPECT_EQ(download().version, "8");
 }
 
 }  // namespace

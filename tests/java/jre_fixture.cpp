@@ -1,10 +1,10 @@
 #include "tests/java/jre_fixture.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 
+#include "java/launch_flow.h"
 #include "support/log.h"
 #include "tests/harness/records.h"
 #include "tests/harness/temp_dir.h"
@@ -36,6 +36,13 @@ splash::WindowCalls recordingWindow() {
     splashCalls.emplace_back("animate");
     return nullptr;
   };
+  return calls;
+}
+
+splash::WindowCalls loggingWindow() {
+  splash::WindowCalls calls = splash::splashWindowCalls;
+  calls.showWindow = [] { logMessage("splash: show\n"); };
+  calls.closeWindow = [] { logMessage("splash: close\n"); };
   return calls;
 }
 
@@ -115,19 +122,22 @@ const std::vector<std::string>& FakeServer::requests() const { return asked; }
 
 std::string FakeServer::lastDestination() const { return destination; }
 
-void logToStandardError() {
-  logCalls.systemLog = [](const char* message) { std::fputs(message, stderr); };
-}
-
-void logSplashToStandardError() {
-  splash::splashWindowCalls.showWindow = [] { std::fputs("splash: show\n", stderr); };
-  splash::splashWindowCalls.closeWindow = [] { std::fputs("splash: close\n", stderr); };
-}
-
 FetchDisplay splashDisplay() {
   return {.show = splash::showSplash,
           .showIndefiniteProgress = [] { splash::setProgress(splash::kProgressIndefinite); },
           .takeDown = splash::cleanup};
+}
+
+std::function<bool(const std::string& updaterFolder, const std::string& java)> compatibilityClassOf(
+    const std::string& masterFolder) {
+  return [masterFolder](const std::string& updaterFolder, const std::string& java) {
+    const PropertyBlock properties;
+    return isCompatible(launch({.masterFolder = masterFolder,
+                                .appFolderName = updaterFolder,
+                                .properties = properties,
+                                .launchClass = kLaunchCompatibilityCheck,
+                                .javaToCheck = java}));
+  };
 }
 
 SplashWatch::SplashWatch() : window_(splash::splashWindowCalls, recordingWindow()) {
@@ -137,5 +147,7 @@ SplashWatch::SplashWatch() : window_(splash::splashWindowCalls, recordingWindow(
 SplashWatch::~SplashWatch() { splashCalls.clear(); }
 
 const std::vector<std::string>& SplashWatch::calls() const { return splashCalls; }
+
+SplashInTheLog::SplashInTheLog() : window_(splash::splashWindowCalls, loggingWindow()) {}
 
 }  // namespace quillory::testing

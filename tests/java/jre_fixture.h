@@ -1,12 +1,13 @@
 // What tests of the JRE steps share: runtimes made of scripts, a server made of a map, and the
 // calls that reach the splash window.
 #pragma once
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "formats/downloads.h"
-#include "java/jre_provisioning.h"
+#include "java/jre_request.h"
 #include "tests/harness/scoped_replace.h"
 #include "ui/splash.h"
 
@@ -60,13 +61,12 @@ class FakeServer {
   ScopedReplace<decltype(downloadCalls.downloadFile)> transport_;
 };
 
-/// For the child of a death test: what is logged, or what reaches the splash window (a line
-/// "splash: show" a call), goes to standard error, where the test sees it.
-void logToStandardError();
-void logSplashToStandardError();
-
 /// The splash, as a start that is not silent shows it.
 FetchDisplay splashDisplay();
+
+/// Asks the compatibility class of an updater in `masterFolder`, as a start does.
+std::function<bool(const std::string& updaterFolder, const std::string& java)> compatibilityClassOf(
+    const std::string& masterFolder);
 
 /// Records the calls that reach the splash window: "show", "animate", "close".
 class SplashWatch {
@@ -74,6 +74,16 @@ class SplashWatch {
   SplashWatch();
   ~SplashWatch();
   const std::vector<std::string>& calls() const;
+
+ private:
+  ScopedReplace<splash::WindowCalls> window_;
+};
+
+/// Puts them into the log instead, as lines "splash: show" and "splash: close", in their order with
+/// what is logged.
+class SplashInTheLog {
+ public:
+  SplashInTheLog();
 
  private:
   ScopedReplace<splash::WindowCalls> window_;

@@ -8,7 +8,6 @@
 
 #include "tests/harness/captured_log.h"
 #include "tests/harness/records.h"
-#include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/java/jre_fixture.h"
 
@@ -16,6 +15,7 @@ namespace quillory {
 namespace {
 
 using namespace quillory::testing;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -30,11 +30,9 @@ class SearchTest : public ::testing::Test {
     for (const char* const tool : {"sh", "which", "cp", "chmod", "dirname"})
       fs::create_symlink(fs::canonical("/usr/bin/" + std::string(tool)), tools_ + '/' + tool);
     installUpdater();
-    request_.masterFolder = master_;
-    request_.requiredJavaVersion = "8";
-    request_.properties = &properties_;
-    request_.tailUpdateUrl = "http://example.invalid/";
-    request_.absoluteExePath = "/Applications/App.app/Contents/MacOS/App";
+    question_.requiredJavaVersion = "8";
+    question_.isCompatible = compatibilityClassOf(master_);
+    question_.places = {applet_, autoTestJava_};
   }
 
   void installUpdater() {
@@ -46,11 +44,15 @@ class SearchTest : public ::testing::Test {
   // The answer of `which java` is a link in the path that leads to `java`.
   void putInPath(const std::string& java) { fs::create_symlink(java, tools_ + "/java"); }
 
-  std::string search() {
+  SystemJreSearch searchWhole() {
     const ScopedEnvironment path("PATH", tools_);
-    const ScopedReplace places(systemJrePlaces,
-                               SystemJrePlaces{applet_.c_str(), autoTestJava_.c_str()});
-    return copySystemJre(request_);
+    return copySystemJre(master_, question_);
+  }
+  /// The folder of the copy, or "".
+  std::string search() {
+    const SystemJreSearch search = searchWhole();
+    EXPECT_FALSE(search.isCutShort);
+    return search.copy.value_or("");
   }
 
   TempDir dir_;
@@ -59,13 +61,11 @@ class SearchTest : public ::testing::Test {
   std::string system_ = dir_ / "system/jre8";
   std::string applet_ = dir_ / "Applet.plugin";
   std::string autoTestJava_ = dir_ / "auto/Contents/Home/bin/java";
-  PropertyBlock properties_;
-  JreRequest request_;
+  SystemJreQuestion question_;
   CapturedLog log_;
 };
 
 using CopySystemJre = SearchTest;
-using CopySystemJreDeathTest = SearchTest;
 
 TEST_F(CopySystemJre, CopiesTheJreOfTheJavaInThePath) {
   writeJavaHome(system_);
@@ -139,18 +139,28 @@ TEST_F(CopySystemJre, RefusesWhenTheCompatibilityClassIsKilled) {
   EXPECT_EQ(search(), "");
 }
 
-TEST_F(CopySystemJreDeathTest, EndsWithoutAnUpdaterToAsk) {
+TEST_F(CopySystemJre, AsksAboutTheJavaThatItFound) {
+  writeJavaHome(system_);
+  putInPath(system_ + "/bin/java");
+  std::vector<std::string> asked;
+  question_.isCompatible = [&](const std::string& updater, const std::string& java) {
+    asked = {updater, java};
+    return false;
+  };
+  EXPECT_EQ(search(), "");
+  EXPECT_THAT(asked, ElementsAre("Quillory-Quillory-7-complete", system_ + "/bin/java"));
+}
+
+TEST_F(CopySystemJre, IsCutShortWithoutAnUpdaterToAsk) {
   writeJavaHome(system_);
   putInPath(system_ + "/bin/java");
   fs::remove_all(master_);
   fs::create_directories(master_);
-  EXPECT_EXIT(
-      {
-        logToStandardError();
-        search();
-      },
-      ::testing::ExitedWithCode(1),
-      "\\[JRESearch\\] \\*{30} No latest App version even after download!");
+  const SystemJreSearch search = searchWhole();
+  EXPECT_TRUE(search.isCutShort);
+  EXPECT_EQ(search.copy, std::nullopt);
+  EXPECT_EQ(log_.messages().back(), "[JRESearch] " + std::string(30, '*') +
+                                        " No latest App version even after download!\n");
 }
 
 TEST_F(CopySystemJre, TakesTheAppletPluginWhenThePathHasNoJava) {
@@ -199,7 +209,7 @@ TEST_F(CopySystemJre, TakesTheAutoTestJavaInsteadOfThePath) {
   putInPath(system_ + "/bin/java");
   writeJavaHome(dir_ / "auto/Contents/Home");
   writeFile(dir_ / "auto/Contents/Home/mark", "auto test");
-  request_.isAutoTest = true;
+  question_.isAutoTest = true;
   const std::string copy = search();
   EXPECT_TRUE(log_.contains("AutoTesting - will fake possible jave exe to '" + autoTestJava_ +
                             "'\n[JRESearch] 'which java' returned '" + autoTestJava_ + "'\n"));

@@ -274,6 +274,95 @@ TEST_F(LaunchFromLaunchFile, EndsTheProcessWithoutAPrivateJre) {
       ::testing::ExitedWithCode(1), "\\*{43}\nNo private JRE available!\n\\*{43}\n");
 }
 
+TEST_F(LaunchFromLaunchFile, EndsTheProcessWithoutLaunchProperties) {
+  ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const ScopedReplace noWait(
+      timeCalls.sleepMicros, +[](std::uint64_t) {});
+  // A folder has the name of the file, and the time stands still.
+  fs::create_directory(app_ + "/QYLaunchProperties-1700000000123-4");
+  EXPECT_EXIT(launch(kLaunchApplication), ::testing::ExitedWithCode(99), "");
+}
+
+/// The launches of the driver, which end no process.
+class Launch : public LaunchFromLaunchFile {
+ protected:
+  LaunchRequest request(int launchClass = kLaunchApplication) const {
+    LaunchRequest request = {.masterFolder = master_,
+                             .appFolderName = "Quillory-Demo-3-complete",
+                             .properties = block_,
+                             .userArguments = {"user"},
+                             .updateUrl = "D",
+                             .dynamicUpdateUrl = "http://dynamic/",
+                             .launchedFromDynprops = "/bin/launcher",
+                             .launchClass = launchClass};
+    request.jreName = "JRE";
+    request.javaToCheck = java_;
+    return request;
+  }
+  /// The exit status of a launcher that could launch nothing.
+  int exitStatusOf(const LaunchRequest& request) const {
+    const LaunchResult result = quillory::launch(request);
+    EXPECT_EQ(result.status, std::nullopt);
+    return result.exitStatus;
+  }
+
+  std::string java_ = dir_ / "system java";
+};
+
+TEST_F(Launch, StartsTheApplicationOnThePrivateJre) {
+  recordSpawn();
+  const LaunchResult result = quillory::launch(request());
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_THAT(spawned(), ElementsAre(executable_, "-cp", classPath(), "com.example.Main",
+                                     properties_, "extra", "user"));
+  EXPECT_EQ(readFile(properties_) + '\0',
+            records({"qystat_app_name", "Demo", "qystat_update_url", "D", "qydyna_update_url",
+                     "http://dynamic/", "qystat_app_dir", app_, "qystat_jre_name", "JRE",
+                     "qystat_launched_from_dynprops", "/bin/launcher"}));
+}
+
+TEST_F(Launch, RunsTheCompatibilityClassUnderTheJavaToCheck) {
+  for (const int status : {0, 72, 255}) {
+    SCOPED_TRACE(status);
+    writeJava(java_, "exit " + std::to_string(status));
+    const LaunchResult result = quillory::launch(request(kLaunchCompatibilityCheck));
+    EXPECT_EQ(result.status, status);
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(isCompatible(result), status == 72);
+  }
+  EXPECT_THAT(readFile(properties_), HasSubstr("qystat_jre_name\0"s + java_))
+      << "by intent what is checked, not the name of the private JRE";
+}
+
+TEST_F(Launch, LaunchesNothingOfAnotherClass) {
+  recordSpawn();
+  const LaunchResult result = quillory::launch(request(2));
+  EXPECT_EQ(result.status, -1);
+  EXPECT_FALSE(isCompatible(result));
+  EXPECT_THAT(spawned(), IsEmpty());
+}
+
+TEST_F(Launch, SaysWithWhichStatusTheLauncherEnds) {
+  recordSpawn();
+  LaunchRequest withoutJre = request();
+  withoutJre.jreName = "Other";
+  EXPECT_EQ(exitStatusOf(withoutJre), 1);
+  EXPECT_THAT(log_.messages(), Contains("No private JRE available!\n"));
+
+  const ScopedReplace noWait(
+      timeCalls.sleepMicros, +[](std::uint64_t) {});
+  fs::create_directory(app_ + "/QYLaunchProperties-1700000000123-4");
+  EXPECT_EQ(exitStatusOf(request()), 99);
+  EXPECT_THAT(log_.messages(), Contains("Unable to write Launch Properties file! Cannot run!\n"));
+
+  fs::remove(app_ + "/QuilloryLaunch");
+  EXPECT_EQ(exitStatusOf(request()), 1);
+  EXPECT_EQ(exitStatusOf(request(kLaunchCompatibilityCheck)), 1);
+  EXPECT_FALSE(isCompatible(quillory::launch(request(kLaunchCompatibilityCheck))));
+  EXPECT_THAT(spawned(), IsEmpty());
+}
+
 TEST_F(LaunchApp, IsALaunchOfTheApplication) {
   recordSpawn();
   char argument[] = "user";

@@ -150,8 +150,6 @@ TEST(RefuseUnusableNames, LetsOrdinaryNamesPass) {
   tail.guVersion = "7";
   const CapturedLog log;
   refuseUnusableNames(tail);
-  refuseUnusableJreName("jre", "17");
-  refuseUnusableJreName("", "");
   EXPECT_EQ(log.text(), "");
 }
 
@@ -162,11 +160,6 @@ TEST(RefuseUnusableNames, EndsTheProcessForANameThatLeadsElsewhere) {
   updater.guVersion = "/7";
   for (const TailRecords& tail : {name, version, updater})
     EXPECT_EQ(inChild([&] { refuseUnusableNames(tail); }).status, kExitFailure);
-
-  const Ended ended = inChild([] { refuseUnusableJreName("jre/..", "8"); });
-  EXPECT_EQ(ended.status, kExitFailure);
-  EXPECT_TRUE(ended.logs(
-      "[Extractor] The JRE name 'jre/..' with version '8' cannot be part of a folder name\n"));
 }
 
 /// What a start logs of its URL, from choice to final slash.
