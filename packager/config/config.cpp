@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <filesystem>
 #include <limits>
-#include <sstream>
 #include <utility>
 
 #include "formats/update_url.h"
-#include "packager/bytes/byte_sinks.h"
 #include "packager/config/config_lint.h"
 #include "packager/config/config_section.h"
-#include "packager/config/toml_versions.h"
+#include "packager/config/toml_file.h"
 
 namespace quillory::pack {
 namespace {
@@ -131,26 +129,6 @@ void readBundle(ConfigSection section, BundleConfig& out) {
   section.rejectUnknown();
 }
 
-// "[error] toml::parse_key: ..." in the library's words; the first line says it.
-std::string parserMessage(const std::string& what) {
-  const std::string first = what.substr(0, what.find('\n'));
-  const std::size_t colon = first.find(": ");
-  return colon == std::string::npos ? first : first.substr(colon + 2);
-}
-
-toml::value parse(const std::string& path) {
-  std::istringstream text(readWholeFile(path));
-  try {
-    return toml::parse(text, path);
-  } catch (const toml::exception& e) {
-    throw RejectedInput({{Severity::kError,
-                          "toml",
-                          parserMessage(e.what()),
-                          {path, lineOfMistake(e)},
-                          "https://toml.io explains the notation"}});
-  }
-}
-
 }  // namespace
 
 Place Config::placeOf(const std::string& key) const {
@@ -167,7 +145,7 @@ Config loadConfig(const std::string& path, Findings& findings) {
   Config config;
   config.file = path;
   config.folder = std::filesystem::path(path).parent_path().string();
-  const toml::value root = parse(path);
+  const TomlValue::Table root = readTomlFile(path);
   Findings found;
   rejectUnknownSections(root, kSections, path, found);
   readApplication({root, "application", config, found}, config.application);

@@ -4,7 +4,6 @@
 #include <limits>
 #include <utility>
 
-#include "packager/config/toml_versions.h"
 #include "packager/report/nearest_name.h"
 
 namespace quillory::pack {
@@ -17,28 +16,6 @@ constexpr std::int64_t kLargestVersion = 1'000'000'000'000'000'000;
 bool isSaturated(std::int64_t number) {
   return number == std::numeric_limits<std::int64_t>::max() ||
          number == std::numeric_limits<std::int64_t>::min();
-}
-
-// With the line on which it begins. Tables come in no order, so findings are sorted by it later.
-unsigned lineOf(const toml::value& value) { return lineAt(value.location()); }
-
-std::string kindOf(const toml::value& value) {
-  switch (value.type()) {
-    case toml::value_t::boolean:
-      return "true or false";
-    case toml::value_t::integer:
-      return "a whole number";
-    case toml::value_t::floating:
-      return "a number with a fraction";
-    case toml::value_t::string:
-      return "a text";
-    case toml::value_t::array:
-      return "a list";
-    case toml::value_t::table:
-      return "a table";
-    default:
-      return "a date or time";
-  }
 }
 
 std::string didYouMean(const std::string& name, const std::vector<std::string>& known) {
@@ -55,43 +32,39 @@ std::string didYouMean(const std::string& name, const std::vector<std::string>& 
 
 }  // namespace
 
-ConfigSection::ConfigSection(const toml::value& root, std::string name, Config& config,
+ConfigSection::ConfigSection(const TomlValue::Table& root, std::string name, Config& config,
                              Findings& findings)
     : name_(std::move(name)), config_(config), findings_(findings) {
-  const auto& tables = root.as_table();
-  const auto found = tables.find(name_);
-  if (found == tables.end()) {
+  const TomlValue* found = find(root, name_);
+  if (found == nullptr) {
     return;
   }
-  if (!found->second.is_table()) {
+  table_ = found->as<TomlValue::Table>();
+  if (table_ == nullptr) {
     findings_.push_back({Severity::kError, "wrong-kind",
-                         "\"" + name_ + "\" is " + kindOf(found->second) + ", not a table",
-                         placeOf(found->second), "write [" + name_ + "] on a line of its own"});
+                         "\"" + name_ + "\" is " + kindOf(*found) + ", not a table",
+                         placeOf(*found), "write [" + name_ + "] on a line of its own"});
     return;
   }
-  table_ = &found->second;
-  config_.places[name_] = placeOf(*table_);
+  config_.places[name_] = placeOf(*found);
 }
 
-Place ConfigSection::placeOf(const toml::value& value) const {
-  return {config_.file, lineOf(value)};
-}
+Place ConfigSection::placeOf(const TomlValue& value) const { return {config_.file, value.line}; }
 
 bool ConfigSection::has(const std::string& key) const {
-  return table_ != nullptr && table_->as_table().count(key) != 0;
+  return table_ != nullptr && find(*table_, key) != nullptr;
 }
 
-const toml::value* ConfigSection::find(const std::string& key) {
+const TomlValue* ConfigSection::ask(const std::string& key) {
   known_.push_back(key);
-  if (!has(key)) {
-    return nullptr;
+  const TomlValue* value = table_ == nullptr ? nullptr : find(*table_, key);
+  if (value != nullptr) {
+    config_.places[fullName(key)] = placeOf(*value);
   }
-  const toml::value& value = table_->as_table().at(key);
-  config_.places[fullName(key)] = placeOf(value);
-  return &value;
+  return value;
 }
 
-void ConfigSection::wrongKind(const std::string& key, const toml::value& value,
+void ConfigSection::wrongKind(const std::string& key, const TomlValue& value,
                               const std::string& wanted, const std::string& example) {
   findings_.push_back({Severity::kError, "wrong-kind",
                        fullName(key) + " is " + kindOf(value) + ", not " + wanted, placeOf(value),
@@ -104,9 +77,9 @@ void ConfigSection::error(const std::string& key, const std::string& rule, const
 }
 
 void ConfigSection::text(const std::string& key, std::string& out) {
-  if (const toml::value* value = find(key)) {
-    if (value->is_string()) {
-      out = plainText(value->as_string());
+  if (const TomlValue* value = ask(key)) {
+    if (const auto* text = value->as<std::string>()) {
+      out = *text;
     } else {
       wrongKind(key, *value, "a text in quotes", "\"...\"");
     }
@@ -114,9 +87,9 @@ void ConfigSection::text(const std::string& key, std::string& out) {
 }
 
 void ConfigSection::flag(const std::string& key, bool& out) {
-  if (const toml::value* value = find(key)) {
-    if (value->is_boolean()) {
-      out = value->as_boolean();
+  if (const TomlValue* value = ask(key)) {
+    if (const auto* flag = value->as<bool>()) {
+      out = *flag;
     } else {
       wrongKind(key, *value, "true or false", "true");
     }
@@ -125,19 +98,20 @@ void ConfigSection::flag(const std::string& key, bool& out) {
 
 void ConfigSection::number(const std::string& key, std::int64_t& out, std::int64_t least,
                            std::int64_t most) {
-  const toml::value* value = find(key);
+  const TomlValue* value = ask(key);
   if (value == nullptr) {
     return;
   }
-  if (!value->is_integer()) {
+  const auto* given = value->as<std::int64_t>();
+  if (given == nullptr) {
     wrongKind(key, *value, "a whole number", std::to_string(std::max<std::int64_t>(least, 1)));
-  } else if (value->as_integer() < least || value->as_integer() > most) {
+  } else if (*given < least || *given > most) {
     error(key, "range",
-          fullName(key) + " is " + std::to_string(value->as_integer()) + ", not a number from " +
+          fullName(key) + " is " + std::to_string(*given) + ", not a number from " +
               std::to_string(least) + " to " + std::to_string(most),
           "choose one of these, or leave " + key + " out");
   } else {
-    out = value->as_integer();
+    out = *given;
   }
 }
 
@@ -148,11 +122,12 @@ void ConfigSection::number(const std::string& key, int& out, int least, int most
 }
 
 void ConfigSection::version(const std::string& key, std::int64_t& out) {
-  const toml::value* value = find(key);
+  const TomlValue* value = ask(key);
   if (value == nullptr) {
     return;
   }
-  if (value->is_integer() && value->as_integer() > kLargestVersion) {
+  const auto* given = value->as<std::int64_t>();
+  if (given != nullptr && *given > kLargestVersion) {
     error(key, "version",
           fullName(key) + " is larger than " + std::to_string(kLargestVersion) +
               ": the launcher counts up to " +
@@ -161,8 +136,8 @@ void ConfigSection::version(const std::string& key, std::int64_t& out) {
           "count releases, as in " + key + " = 12");
     return;
   }
-  if (value->is_integer() && value->as_integer() >= 0) {
-    out = value->as_integer();
+  if (given != nullptr && *given >= 0) {
+    out = *given;
     return;
   }
   error(key, "version",
@@ -173,18 +148,19 @@ void ConfigSection::version(const std::string& key, std::int64_t& out) {
 }
 
 void ConfigSection::texts(const std::string& key, std::vector<std::string>& out) {
-  const toml::value* value = find(key);
+  const TomlValue* value = ask(key);
   if (value == nullptr) {
     return;
   }
-  if (!value->is_array()) {
+  const auto* list = value->as<TomlValue::List>();
+  if (list == nullptr) {
     wrongKind(key, *value, "a list of texts", "[\"...\"]");
     return;
   }
   out.clear();
-  for (const toml::value& item : value->as_array()) {
-    if (item.is_string()) {
-      out.push_back(plainText(item.as_string()));
+  for (const TomlValue& item : *list) {
+    if (const auto* text = item.as<std::string>()) {
+      out.push_back(*text);
     } else {
       wrongKind(key, item, "a text in quotes", "[\"...\"]");
     }
@@ -192,21 +168,22 @@ void ConfigSection::texts(const std::string& key, std::vector<std::string>& out)
 }
 
 void ConfigSection::files(const std::string& key, std::vector<ExtraFile>& out) {
-  const toml::value* value = find(key);
+  const TomlValue* value = ask(key);
   if (value == nullptr) {
     return;
   }
   const std::string wanted = "a list of names or of { from = \"...\", to = \"...\" }";
   const std::string example = "[\"...\", { from = \"...\", to = \"...\" }]";
-  if (!value->is_array()) {
+  const auto* list = value->as<TomlValue::List>();
+  if (list == nullptr) {
     wrongKind(key, *value, wanted, example);
     return;
   }
-  for (const toml::value& item : value->as_array()) {
-    if (item.is_string()) {
-      out.push_back({plainText(item.as_string()), ""});
-    } else if (item.is_table()) {
-      out.push_back(extraFile(key, item));
+  for (const TomlValue& item : *list) {
+    if (const auto* name = item.as<std::string>()) {
+      out.push_back({*name, ""});
+    } else if (const auto* table = item.as<TomlValue::Table>()) {
+      out.push_back(extraFile(key, *table));
     } else {
       wrongKind(key, item, wanted, example);
       continue;
@@ -219,17 +196,17 @@ void ConfigSection::files(const std::string& key, std::vector<ExtraFile>& out) {
   }
 }
 
-ExtraFile ConfigSection::extraFile(const std::string& key, const toml::value& item) {
+ExtraFile ConfigSection::extraFile(const std::string& key, const TomlValue::Table& item) {
   ExtraFile file;
-  for (const auto& [name, part] : item.as_table()) {
+  for (const auto& [name, part] : item) {
     if (name != "from" && name != "to") {
       findings_.push_back({Severity::kError, "unknown-key",
                            "there is no " + name + " in an entry of " + fullName(key),
                            placeOf(part), didYouMean(name, {"from", "to"})});
-    } else if (!part.is_string()) {
-      wrongKind(key + '.' + name, part, "a text in quotes", "\"...\"");
+    } else if (const auto* text = part.as<std::string>()) {
+      (name == "from" ? file.from : file.to) = *text;
     } else {
-      (name == "from" ? file.from : file.to) = plainText(part.as_string());
+      wrongKind(key + '.' + name, part, "a text in quotes", "\"...\"");
     }
   }
   return file;
@@ -239,22 +216,18 @@ void ConfigSection::pairs(Parameters& out) {
   if (table_ == nullptr) {
     return;
   }
-  std::vector<std::pair<unsigned, std::string>> keys;
-  for (const auto& [key, value] : table_->as_table()) {
-    keys.emplace_back(lineOf(value), key);
-  }
-  std::sort(keys.begin(), keys.end());
-  for (const auto& [line, key] : keys) {
-    const toml::value& value = *find(key);
-    if (value.is_string()) {
-      out.emplace_back(key, plainText(value.as_string()));
-    } else if (value.is_integer() && isSaturated(value.as_integer())) {
+  for (const auto& [key, value] : *table_) {
+    ask(key);
+    const auto* number = value.as<std::int64_t>();
+    if (const auto* text = value.as<std::string>()) {
+      out.emplace_back(key, *text);
+    } else if (number != nullptr && isSaturated(*number)) {
       error(key, "range", fullName(key) + " is a number that is too large to be read as one",
             "write it in quotes");
-    } else if (value.is_integer()) {
-      out.emplace_back(key, std::to_string(value.as_integer()));
-    } else if (value.is_boolean()) {
-      out.emplace_back(key, value.as_boolean() ? "true" : "false");
+    } else if (number != nullptr) {
+      out.emplace_back(key, std::to_string(*number));
+    } else if (const auto* flag = value.as<bool>()) {
+      out.emplace_back(key, *flag ? "true" : "false");
     } else {
       wrongKind(key, value, "a text, a whole number, or true or false", "\"...\"");
     }
@@ -263,11 +236,12 @@ void ConfigSection::pairs(Parameters& out) {
 
 void ConfigSection::choice(const std::string& key, const std::vector<std::string>& names,
                            int& out) {
-  const toml::value* value = find(key);
+  const TomlValue* value = ask(key);
   if (value == nullptr) {
     return;
   }
-  const std::string given = value->is_string() ? plainText(value->as_string()) : "";
+  const auto* text = value->as<std::string>();
+  const std::string given = text == nullptr ? "" : *text;
   const auto found = std::find(names.begin(), names.end(), given);
   if (found != names.end()) {
     out = static_cast<int>(found - names.begin());
@@ -293,7 +267,7 @@ void ConfigSection::rejectUnknown() {
   if (table_ == nullptr) {
     return;
   }
-  for (const auto& [key, value] : table_->as_table()) {
+  for (const auto& [key, value] : *table_) {
     if (std::find(known_.begin(), known_.end(), key) == known_.end()) {
       findings_.push_back({Severity::kError, "unknown-key", "there is no " + fullName(key),
                            placeOf(value), didYouMean(key, known_)});
@@ -301,15 +275,16 @@ void ConfigSection::rejectUnknown() {
   }
 }
 
-void rejectUnknownSections(const toml::value& root, const std::vector<std::string>& known,
+void rejectUnknownSections(const TomlValue::Table& root, const std::vector<std::string>& known,
                            const std::string& file, Findings& findings) {
-  for (const auto& [key, value] : root.as_table()) {
+  for (const auto& [key, value] : root) {
     if (std::find(known.begin(), known.end(), key) == known.end()) {
       findings.push_back({Severity::kError,
                           "unknown-key",
-                          value.is_table() ? "there is no table [" + key + "]"
-                                           : "\"" + key + "\" stands outside of every table",
-                          {file, lineOf(value)},
+                          value.as<TomlValue::Table>() != nullptr
+                              ? "there is no table [" + key + "]"
+                              : "\"" + key + "\" stands outside of every table",
+                          {file, value.line},
                           didYouMean(key, known)});
     }
   }

@@ -3,19 +3,18 @@
 #pragma once
 #include <cstdint>
 #include <string>
-#include <toml.hpp>
 #include <vector>
 
 #include "packager/config/config.h"
+#include "packager/config/toml_file.h"
 
 namespace quillory::pack {
 
 class ConfigSection {
  public:
   /// `name` is the table's; a table that is missing counts as empty.
-  ConfigSection(const toml::value& root, std::string name, Config& config, Findings& findings);
+  ConfigSection(const TomlValue::Table& root, std::string name, Config& config, Findings& findings);
 
-  bool exists() const { return table_ != nullptr; }
   bool has(const std::string& key) const;
 
   // Each leaves `out` as it is when the key is missing or of the wrong kind.
@@ -40,24 +39,25 @@ class ConfigSection {
              const std::string& advice);
 
  private:
-  const toml::value* find(const std::string& key);
+  /// Its value, which is known from now on; null when the key is missing.
+  const TomlValue* ask(const std::string& key);
   /// `example` is a value of the right kind, as it is written.
-  void wrongKind(const std::string& key, const toml::value& value, const std::string& wanted,
+  void wrongKind(const std::string& key, const TomlValue& value, const std::string& wanted,
                  const std::string& example);
-  ExtraFile extraFile(const std::string& key, const toml::value& item);
-  Place placeOf(const toml::value& value) const;
+  ExtraFile extraFile(const std::string& key, const TomlValue::Table& item);
+  Place placeOf(const TomlValue& value) const;
   /// "application.name", as messages and places have it.
   std::string fullName(const std::string& key) const { return name_ + '.' + key; }
 
   std::string name_;
-  const toml::value* table_ = nullptr;
+  const TomlValue::Table* table_ = nullptr;
   Config& config_;
   Findings& findings_;
   std::vector<std::string> known_;
 };
 
 /// Reports the tables, and the keys outside of tables, that are not among `known`.
-void rejectUnknownSections(const toml::value& root, const std::vector<std::string>& known,
+void rejectUnknownSections(const TomlValue::Table& root, const std::vector<std::string>& known,
                            const std::string& file, Findings& findings);
 
 }  // namespace quillory::pack
