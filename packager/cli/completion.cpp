@@ -1,11 +1,49 @@
 #include "packager/cli/completion.h"
 
+#include <algorithm>
+#include <map>
+#include <memory>
+
+#include "packager/cli/program.h"
+#include "packager/report/exit_statuses.h"
 #include "packager/report/joined.h"
 
 namespace quillory::pack {
 namespace {
 
-std::string namesOf(const std::vector<CommandNames>& commands) {
+// What a shell has to know of a command.
+struct CommandNames {
+  std::string name;
+  std::string description;
+  std::vector<std::string> options;
+  std::map<std::string, std::vector<std::string>> values;  ///< of "--option", where all are known
+};
+
+// The long names before the short ones.
+void addOption(const Argument& option, CommandNames& names) {
+  std::vector<std::string> own = namesOf(option);
+  std::stable_partition(own.begin(), own.end(),
+                        [](const std::string& name) { return name.starts_with("--"); });
+  names.options.insert(names.options.end(), own.begin(), own.end());
+  if (!option.choices.empty()) {
+    names.values[own.front()] = option.choices;
+  }
+}
+
+CommandNames namesOf(const Command& command, const std::vector<Argument>& common) {
+  CommandNames names{command.name, command.description, {}, {}};
+  addOption(helpArgument(), names);
+  for (const auto* arguments : {&common, &command.arguments}) {
+    for (const Argument& argument : *arguments) {
+      if (isOption(argument)) {
+        addOption(argument, names);
+      }
+    }
+  }
+  return names;
+}
+
+std::string allNames(const std::vector<CommandNames>& commands) {
   std::vector<std::string> names;
   for (const CommandNames& command : commands) {
     names.push_back(command.name);
@@ -36,7 +74,7 @@ std::string bashScript(const std::vector<CommandNames>& commands) {
       "  local word=${COMP_WORDS[COMP_CWORD]} options\n"
       "  if [ \"$COMP_CWORD\" = 1 ]; then\n"
       "    COMPREPLY=($(compgen -W '" +
-      namesOf(commands) +
+      allNames(commands) +
       " --help --version' -- \"$word\"))\n"
       "    return\n"
       "  fi\n"
@@ -114,10 +152,32 @@ std::string fishScript(const std::vector<CommandNames>& commands) {
 
 }  // namespace
 
-std::string completionScript(const std::string& shell, const std::vector<CommandNames>& commands) {
-  return shell == "bash"  ? bashScript(commands)
-         : shell == "zsh" ? zshScript(commands)
-                          : fishScript(commands);
+std::string completionScript(const std::string& shell, const std::vector<Command>& commands,
+                             const std::vector<Argument>& common) {
+  std::vector<CommandNames> names;
+  for (const Command& command : commands) {
+    names.push_back(namesOf(command, common));
+  }
+  return shell == "bash"  ? bashScript(names)
+         : shell == "zsh" ? zshScript(names)
+                          : fishScript(names);
+}
+
+Command completionCommand() {
+  const auto shell = std::make_shared<std::string>();
+  return {"completion",
+          "prints a completion script for a shell",
+          "source <(quillory-pack completion bash)",
+          {{.name = "SHELL",
+            .description = "bash, zsh or fish",
+            .into = shell.get(),
+            .isRequired = true,
+            .choices = {"bash", "zsh", "fish"}}},
+          [shell](Reporter& reporter) {
+            TalkOptions talk;
+            reporter.result(completionScript(*shell, allCommands(), talkArguments(talk)));
+            return kDone;
+          }};
 }
 
 }  // namespace quillory::pack

@@ -1,20 +1,19 @@
-// Scripts that let a shell complete the command line.
+// Scripts that let a shell complete the command line, and the command that prints them.
 #pragma once
-#include <map>
 #include <string>
-#include <utility>
 #include <vector>
+
+#include "packager/commands/command.h"
 
 namespace quillory::pack {
 
-struct CommandNames {
-  std::string name;
-  std::string description;
-  std::vector<std::string> options;
-  std::map<std::string, std::vector<std::string>> values;  ///< of "--option", where all are known
-};
+/// `shell` is "bash", "zsh" or "fish". `common` are arguments that every command has before its
+/// own. Names of commands and options are completed, and the choices of options; all else is taken
+/// for a file.
+std::string completionScript(const std::string& shell, const std::vector<Command>& commands,
+                             const std::vector<Argument>& common);
 
-/// `shell` is "bash", "zsh" or "fish".
-std::string completionScript(const std::string& shell, const std::vector<CommandNames>& commands);
+/// "completion": prints the script of a shell.
+Command completionCommand();
 
 }  // namespace quillory::pack

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <filesystem>
+#include <memory>
 #include <utility>
 
 #include "formats/markers.h"
@@ -18,12 +19,21 @@
 #include "packager/content/icns.h"
 #include "packager/content/info_plist.h"
 #include "packager/content/runtime_image.h"
+#include "packager/report/exit_statuses.h"
 #include "packager/writing/archive_writer.h"
 #include "packager/writing/params_writer.h"
 #include "packager/writing/tail_writer.h"
 
 namespace quillory::pack {
 namespace {
+
+struct BundleArguments {
+  std::string config = "quillory.toml";
+  std::string output;  ///< "": where the configuration says
+  std::optional<int> compression;
+  std::string target;  ///< "": this system
+  bool isUnsigned = false;
+};
 
 namespace fs = std::filesystem;
 
@@ -297,10 +307,55 @@ class BundleMaker {
   std::optional<ContentTree> runtime_;
 };
 
+int runBundle(const BundleArguments& given, Reporter& reporter) {
+  Findings findings;
+  Config config = loadConfig(given.config, findings);
+  reporter.findings(findings);
+  BundleOptions options;
+  if (!given.output.empty()) {
+    options.output = given.output;
+  }
+  options.compression = given.compression;
+  options.unsignedArchives = given.isUnsigned;
+  options.target = targetNamed(given.target).value_or(nativeTarget());
+  const BundleResult result = makeBundle(std::move(config), options, reporter);
+  reporter.value("target", nameOf(options.target));
+  reporter.value("bundle", result.bundle);
+  reporter.value("release", result.releaseFolder);
+  reporter.value("bytes", result.bundleBytes);
+  reporter.result(result.bundle);
+  reporter.line(readableSize(result.bundleBytes) + ", for " + systemOf(options.target) +
+                "; the files for the update URL are in " + result.releaseFolder);
+  return kDone;
+}
+
 }  // namespace
 
 BundleResult makeBundle(Config config, const BundleOptions& options, Reporter& reporter) {
   return BundleMaker(std::move(config), options, reporter).run();
+}
+
+Command bundleCommand() {
+  const auto given = std::make_shared<BundleArguments>();
+  return {"bundle",
+          "makes dist/<App>.app, and dist/release/ for the update URL",
+          "quillory-pack bundle --target macos --output /tmp/out myapp.toml",
+          {{.name = "CONFIG", .description = "the configuration", .into = &given->config},
+           {.name = "-o,--output",
+            .description = "folder for the results, instead of dist",
+            .into = &given->output},
+           {.name = "--compression",
+            .description = "0 (fast) to 9 (small)",
+            .into = &given->compression,
+            .numberRange = {{0, 9}}},
+           {.name = "--target",
+            .description = "the system that it is for, instead of this one",
+            .into = &given->target,
+            .choices = targetNames()},
+           {.name = "--unsigned",
+            .description = "pack without a key: whoever can change a download can run anything",
+            .into = &given->isUnsigned}},
+          [given](Reporter& reporter) { return runBundle(*given, reporter); }};
 }
 
 }  // namespace quillory::pack

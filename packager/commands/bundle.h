@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "packager/commands/command.h"
 #include "packager/config/config.h"
 #include "packager/content/program_folder.h"
 #include "packager/report/reporter.h"
@@ -25,5 +26,8 @@ struct BundleResult {
 /// Throws RejectedInput when the content does not hold up, PackError when something fails. A bundle
 /// of an earlier run is replaced only when the new one is complete.
 BundleResult makeBundle(Config config, const BundleOptions& options, Reporter& reporter);
+
+/// "bundle": reads a configuration and packs what it names.
+Command bundleCommand();
 
 }  // namespace quillory::pack

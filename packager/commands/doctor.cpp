@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <utility>
 
 #include "formats/tail_format.h"
@@ -14,6 +15,7 @@
 #include "packager/reading/archive_checks.h"
 #include "packager/reading/bundle_view.h"
 #include "packager/reading/target.h"
+#include "packager/report/exit_statuses.h"
 
 namespace quillory::pack {
 namespace {
@@ -241,8 +243,32 @@ class Doctor {
   Findings findings_;
 };
 
+int runDoctor(const std::string& bundle, Reporter& reporter) {
+  const Diagnosis diagnosis = diagnose(bundle);
+  reporter.value("target", targetNameOf(diagnosis.launcher));
+  reporter.line("a bundle for " + asText(diagnosis.launcher));
+  reporter.findings(diagnosis.findings);
+  const bool well = !hasErrors(diagnosis.findings);
+  reporter.value("well", well);
+  reporter.result(well ? "Nothing that would keep it from starting was found."
+                       : "It would not work, for the reasons above.");
+  return well ? kDone : kFailed;
+}
+
 }  // namespace
 
 Diagnosis diagnose(const std::string& bundle) { return Doctor().run(bundle); }
+
+Command doctorCommand() {
+  const auto bundle = std::make_shared<std::string>();
+  return {"doctor",
+          "tells what would go wrong on the user's machine, and why",
+          "quillory-pack doctor \"dist/My App.app\"",
+          {{.name = "BUNDLE",
+            .description = "the bundle to look at",
+            .into = bundle.get(),
+            .isRequired = true}},
+          [bundle](Reporter& reporter) { return runDoctor(*bundle, reporter); }};
+}
 
 }  // namespace quillory::pack

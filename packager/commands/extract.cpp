@@ -3,12 +3,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <memory>
 
 #include "formats/archive.h"
 #include "packager/commands/verify.h"
 #include "packager/keys/quiet_stdout.h"
 #include "packager/reading/file_kind.h"
 #include "packager/reading/plain_archive.h"
+#include "packager/report/exit_statuses.h"
 #include "support/owned.h"
 
 namespace quillory::pack {
@@ -62,6 +64,23 @@ class BeforeExit {
   BeforeExit& operator=(const BeforeExit&) = delete;
 };
 
+struct ExtractOptions {
+  std::string archive;
+  std::string folder;
+  std::string key;  ///< "": signatures are not checked
+};
+
+int runExtract(const ExtractOptions& options, Reporter& reporter) {
+  extractTo(options.archive, options.folder, options.key, reporter.showsDetail(),
+            [&](const PackError& error) {
+              reporter.finding(error.finding());
+              reporter.finish("extract", kFailed);
+            });
+  reporter.value("folder", options.folder);
+  reporter.result(options.folder);
+  return kDone;
+}
+
 }  // namespace
 
 void extractTo(const std::string& archive, const std::string& folder, const std::string& keyFile,
@@ -97,6 +116,25 @@ void extractTo(const std::string& archive, const std::string& folder, const std:
                                           &signatureOffset, &signatureHex, nullptr) == 0) {
   }
   const OwnedText owned(signatureHex);
+}
+
+Command extractCommand() {
+  const auto options = std::make_shared<ExtractOptions>();
+  return {"extract",
+          "extracts an archive as the launcher does",
+          "quillory-pack extract --key mykey.pem App.p2.l2 /tmp/app",
+          {{.name = "ARCHIVE",
+            .description = "a .p2 or .p2.l2 file; it stays",
+            .into = &options->archive,
+            .isRequired = true},
+           {.name = "FOLDER",
+            .description = "a new or an empty folder",
+            .into = &options->folder,
+            .isRequired = true},
+           {.name = "--key",
+            .description = "check the signature first; without it, it is not",
+            .into = &options->key}},
+          [options](Reporter& reporter) { return runExtract(*options, reporter); }};
 }
 
 }  // namespace quillory::pack

@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 
+#include "packager/commands/command.h"
 #include "packager/report/reporter.h"
 
 namespace quillory::pack {
@@ -14,5 +15,8 @@ namespace quillory::pack {
 /// say, it ends the process with status 1; `givenUp` is called before that.
 void extractTo(const std::string& archive, const std::string& folder, const std::string& keyFile,
                bool showLog, const std::function<void(const PackError&)>& givenUp);
+
+/// "extract": the same, with the log when details were asked for.
+Command extractCommand();
 
 }  // namespace quillory::pack

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
+#include <memory>
 #include <vector>
 
 #include "install/version_folders.h"
@@ -12,6 +13,7 @@
 #include "packager/config/config_lint.h"
 #include "packager/config/name_rules.h"
 #include "packager/content/jar_reader.h"
+#include "packager/report/exit_statuses.h"
 
 namespace quillory::pack {
 namespace {
@@ -194,6 +196,18 @@ void writeInitialConfig(const std::string& path, Reporter& reporter) {
   reporter.value("configuration", path);
   reporter.result(path);
   reporter.line("Read it through, then: quillory-pack keygen && quillory-pack bundle");
+}
+
+Command initCommand() {
+  const auto file = std::make_shared<std::string>("quillory.toml");
+  return {"init",
+          "writes a commented quillory.toml for the jars it finds",
+          "quillory-pack init",
+          {{.name = "FILE", .description = "the configuration to write", .into = file.get()}},
+          [file](Reporter& reporter) {
+            writeInitialConfig(*file, reporter);
+            return kDone;
+          }};
 }
 
 }  // namespace quillory::pack

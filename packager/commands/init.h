@@ -2,6 +2,7 @@
 #pragma once
 #include <string>
 
+#include "packager/commands/command.h"
 #include "packager/report/reporter.h"
 
 namespace quillory::pack {
@@ -12,5 +13,8 @@ std::string initialConfig(const std::string& folder);
 
 /// Writes it to `path`, which must not exist.
 void writeInitialConfig(const std::string& path, Reporter& reporter);
+
+/// "init": writes it and says what comes next.
+Command initCommand();
 
 }  // namespace quillory::pack

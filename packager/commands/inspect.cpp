@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "packager/bytes/byte_sinks.h"
@@ -10,7 +12,9 @@
 #include "packager/reading/bundle_view.h"
 #include "packager/reading/plain_archive.h"
 #include "packager/reading/target.h"
+#include "packager/report/exit_statuses.h"
 #include "packager/report/reporter.h"
+#include "packager/report/value_lines.h"
 
 namespace quillory::pack {
 namespace {
@@ -254,6 +258,21 @@ Json inspectKind(const std::string& path, FileKind kind, Findings& findings) {
                   "say what it should be with --as", {path, 0});
 }
 
+struct InspectOptions {
+  std::string file;
+  std::string kind;  ///< "": found out
+};
+
+int runInspect(const InspectOptions& options, Reporter& reporter) {
+  Findings findings;
+  const Json content = inspectFile(options.file, fileKindNamed(options.kind), findings);
+  reporter.value("content", content);
+  const std::string lines = asLines(content);
+  reporter.result(lines.substr(0, lines.find_last_not_of('\n') + 1));
+  reporter.findings(findings);
+  return hasErrors(findings) ? kFailed : kDone;
+}
+
 }  // namespace
 
 Json inspectFile(const std::string& path, FileKind kind, Findings& findings) {
@@ -262,6 +281,23 @@ Json inspectFile(const std::string& path, FileKind kind, Findings& findings) {
   Json all = {{"file", path}, {"kind", fileKindNames()[static_cast<std::size_t>(known)]}};
   all.update(content);
   return all;
+}
+
+Command inspectCommand() {
+  const auto options = std::make_shared<InspectOptions>();
+  const std::vector<std::string>& kinds = fileKindNames();
+  return {"inspect",
+          "shows what is in a bundle, or in any file of ours",
+          "quillory-pack inspect \"dist/My App.app\"",
+          {{.name = "PATH",
+            .description = "a bundle, tail, parameters file, archive, launch file, key ...",
+            .into = &options->file,
+            .isRequired = true},
+           {.name = "--as",
+            .description = "what it is, where that is not plain",
+            .into = &options->kind,
+            .choices = {kinds.begin() + 1, kinds.end()}}},  // the first is "unknown"
+          [options](Reporter& reporter) { return runInspect(*options, reporter); }};
 }
 
 }  // namespace quillory::pack

@@ -3,12 +3,15 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <memory>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "packager/bytes/byte_sinks.h"
 #include "packager/config/parameter_rules.h"
 #include "packager/reading/bundle_view.h"
 #include "packager/reading/record_input.h"
+#include "packager/report/exit_statuses.h"
 #include "packager/writing/params_writer.h"
 
 namespace quillory::pack {
@@ -66,6 +69,23 @@ void writeParamsFile(const ParamsView& params) {
   file.commit();
 }
 
+struct SetOptions {
+  std::string bundle;
+  std::vector<std::string> changes;
+  std::vector<std::string> removed;
+};
+
+int runSet(const SetOptions& options, Reporter& reporter) {
+  const ParamsView params = setParameters(options.bundle, options.changes, options.removed);
+  auto list = nlohmann::ordered_json::array();
+  for (const auto& [name, value] : params.parameters) {
+    list.push_back({{"name", name}, {"value", value}});
+  }
+  reporter.value("parameters", list);
+  reporter.result(params.file);
+  return kDone;
+}
+
 }  // namespace
 
 ParamsView setParameters(const std::string& bundleOrFile, const std::vector<std::string>& changes,
@@ -91,6 +111,21 @@ ParamsView setParameters(const std::string& bundleOrFile, const std::vector<std:
   }
   writeParamsFile(params);
   return params;
+}
+
+Command setCommand() {
+  const auto options = std::make_shared<SetOptions>();
+  return {
+      "set",
+      "changes dynamic parameters without touching what is code-signed",
+      "quillory-pack set \"dist/My App.app\" update_url=https://example.com/u/",
+      {{.name = "BUNDLE",
+        .description = "a bundle, or its parameters file",
+        .into = &options->bundle,
+        .isRequired = true},
+       {.name = "NAME=VALUE", .description = "parameters to set", .into = &options->changes},
+       {.name = "--unset", .description = "a parameter to take away", .into = &options->removed}},
+      [options](Reporter& reporter) { return runSet(*options, reporter); }};
 }
 
 }  // namespace quillory::pack

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "packager/commands/command.h"
 #include "packager/reading/params_view.h"
 
 namespace quillory::pack {
@@ -12,5 +13,8 @@ namespace quillory::pack {
 /// file, which then stays as it is; the file is written once, at the end.
 ParamsView setParameters(const std::string& bundleOrFile, const std::vector<std::string>& changes,
                          const std::vector<std::string>& removed);
+
+/// "set": the same, and prints what the bundle has then.
+Command setCommand();
 
 }  // namespace quillory::pack

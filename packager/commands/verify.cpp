@@ -1,17 +1,28 @@
 #include "packager/commands/verify.h"
 
 #include <algorithm>
+#include <memory>
+#include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
 #include "formats/archive_signature.h"
+#include "packager/bytes/work_folder.h"
 #include "packager/keys/mixed_digest.h"
 #include "packager/reading/archive_checks.h"
 #include "packager/reading/bundle_view.h"
 #include "packager/reading/file_kind.h"
+#include "packager/report/exit_statuses.h"
 
 namespace quillory::pack {
 namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct VerifyOptions {
+  std::vector<std::string> paths;
+  std::string key;  ///< "": the one in each bundle
+};
 
 constexpr char kAccepts[] = "a client installs it";
 constexpr char kDeletes[] = "a client deletes everything that it extracted from it";
@@ -58,6 +69,62 @@ void checkBundleFolder(const std::string& path, const PublicKey* given, VerifyRe
 void verifyArchivePath(const std::string& path, bool compressed, const PublicKey* key,
                        VerifyResult& result) {
   result.verdicts.push_back(verifyRegion(wholeFile(path), compressed, path, key, result.findings));
+}
+
+const char* asText(Trust trust) {
+  switch (trust) {
+    case Trust::kVerified:
+      return "signed";
+    case Trust::kUnsigned:
+      return "unsigned";
+    case Trust::kUnchecked:
+      return "signed, not checked";
+    case Trust::kBroken:
+      break;
+  }
+  return "BROKEN";
+}
+
+// What cannot be looked at is a finding among others: the paths behind it are looked at too.
+VerifyResult verifyOrReport(const std::string& path, const std::string& keyFile) {
+  try {
+    return verifyPath(path, keyFile);
+  } catch (const PackError& e) {
+    stopIfInterrupted();
+    VerifyResult result;
+    result.findings.push_back(e.finding());
+    return result;
+  }
+}
+
+int runVerify(const VerifyOptions& options, Reporter& reporter) {
+  if (!options.key.empty()) {
+    PublicKey::load(options.key);  // or nothing can be checked
+  }
+  bool good = true;
+  bool allChecked = true;
+  Json verdicts = Json::array();
+  for (const std::string& path : options.paths) {
+    const VerifyResult result = verifyOrReport(path, options.key);
+    for (const Verdict& verdict : result.verdicts) {
+      const std::string name = verdict.archive == path ? path : path + ": " + verdict.archive;
+      verdicts.push_back(
+          {{"archive", name}, {"result", asText(verdict.trust)}, {"client", verdict.client}});
+      allChecked = verdict.trust != Trust::kUnchecked && allChecked;
+      reporter.result(std::string(asText(verdict.trust)) + ": " + name + ": " + verdict.client);
+    }
+    reporter.findings(result.findings);
+    good = result.good(!options.key.empty()) && good;
+  }
+  reporter.value("verdicts", verdicts);
+  reporter.value("structure", good ? "good" : "NOT good");
+  reporter.value("signature", allChecked && !verdicts.empty() ? "checked" : "not checked");
+  // Neither good nor bad: nobody has looked.
+  reporter.value("good", good && !allChecked ? Json() : Json(good));
+  reporter.line(!good        ? "NOT good"
+                : allChecked ? "good"
+                             : "structure good; signatures not checked: --key checks them");
+  return good ? kDone : kFailed;
 }
 
 }  // namespace
@@ -136,6 +203,21 @@ VerifyResult verifyPath(const std::string& path, const std::string& keyFile) {
     throw PackError("is neither a bundle nor an archive", "", {path, 0});
   }
   return result;
+}
+
+Command verifyCommand() {
+  const auto options = std::make_shared<VerifyOptions>();
+  return {"verify",
+          "checks structure and signatures as a client would",
+          "quillory-pack verify --key mykey.pem dist/release/*.p2.l2",
+          {{.name = "PATH",
+            .description = "bundles, tails and archives",
+            .into = &options->paths,
+            .isRequired = true},
+           {.name = "--key",
+            .description = "a PEM file with either half of the key; a bundle has its own",
+            .into = &options->key}},
+          [options](Reporter& reporter) { return runVerify(*options, reporter); }};
 }
 
 }  // namespace quillory::pack

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "packager/commands/command.h"
 #include "packager/keys/public_key.h"
 #include "packager/reading/plain_archive.h"
 #include "packager/report/findings.h"
@@ -42,5 +43,8 @@ Verdict verifyRegion(const FileRegion& region, bool compressed, const std::strin
 /// A bundle, a tail or an archive. `keyFile` "": the bundle's own key. Throws PackError for other
 /// files.
 VerifyResult verifyPath(const std::string& path, const std::string& keyFile);
+
+/// "verify": prints the verdicts; fails unless all that it looks at is good.
+Command verifyCommand();
 
 }  // namespace quillory::pack

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 #include <ostream>
-#include <utility>
 
 namespace quillory::pack {
 namespace {
@@ -13,6 +13,14 @@ constexpr std::size_t kBarWidth = 30;
 
 }  // namespace
 
+Reporter::Reporter(std::ostream& out, std::ostream& err, ReporterOptions options)
+    : out_(out),
+      err_(err),
+      options_(options),
+      values_(std::make_unique<nlohmann::ordered_json>(nlohmann::ordered_json::object())) {}
+
+Reporter::~Reporter() = default;
+
 void Reporter::result(const std::string& text) {
   if (!options_.json) {
     endProgress();
@@ -20,8 +28,14 @@ void Reporter::result(const std::string& text) {
   }
 }
 
-void Reporter::value(const std::string& name, nlohmann::ordered_json value) {
-  values_[name] = std::move(value);
+void Reporter::value(const std::string& name, const std::string& text) { (*values_)[name] = text; }
+
+void Reporter::value(const std::string& name, std::uint64_t number) { (*values_)[name] = number; }
+
+void Reporter::value(const std::string& name, bool flag) { (*values_)[name] = flag; }
+
+void Reporter::value(const std::string& name, const nlohmann::ordered_json& value) {
+  (*values_)[name] = value;
 }
 
 void Reporter::finish(const std::string& command, int status) {
@@ -29,7 +43,7 @@ void Reporter::finish(const std::string& command, int status) {
     return;
   }
   nlohmann::ordered_json document = {{"command", command}, {"status", status}};
-  document.update(values_);
+  document.update(*values_);
   document["findings"] = nlohmann::ordered_json::array();
   for (const Finding& finding : kept_) {
     document["findings"].push_back({{"severity", asText(finding.severity)},
@@ -51,8 +65,12 @@ void Reporter::line(const std::string& text) {
   }
 }
 
+bool Reporter::showsDetail() const {
+  return options_.verbosity == Verbosity::kVerbose && !options_.json;
+}
+
 void Reporter::detail(const std::string& text) {
-  if (options_.verbosity == Verbosity::kVerbose) {
+  if (showsDetail()) {
     line(text);
   }
 }

@@ -3,7 +3,8 @@
 #include <atomic>
 #include <cstdint>
 #include <iosfwd>
-#include <nlohmann/json.hpp>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "packager/report/findings.h"
@@ -26,17 +27,27 @@ struct Progress {
 
 class Reporter {
  public:
-  Reporter(std::ostream& out, std::ostream& err, ReporterOptions options)
-      : out_(out), err_(err), options_(options) {}
+  /// Both streams are borrowed.
+  Reporter(std::ostream& out, std::ostream& err, ReporterOptions options);
+  ~Reporter();
+  Reporter(const Reporter&) = delete;
+  Reporter& operator=(const Reporter&) = delete;
 
   /// A result for people: always shown, but not with --json.
   void result(const std::string& text);
-  /// A result for scripts, in the document of --json.
-  void value(const std::string& name, nlohmann::ordered_json value);
+  /// A result for scripts, in the document of --json. Who gives another type than these includes
+  /// nlohmann/json.hpp.
+  void value(const std::string& name, const std::string& text);
+  void value(const std::string& name, const char* text) { value(name, std::string(text)); }
+  void value(const std::string& name, std::uint64_t number);
+  void value(const std::string& name, bool flag);
+  void value(const std::string& name, const nlohmann::ordered_json& value);
   /// A line about what is going on; not with --quiet or --json.
   void line(const std::string& text);
   /// One more, for those who asked with --verbose.
   void detail(const std::string& text);
+  /// Whether detail() lines are shown.
+  bool showsDetail() const;
   /// Errors are always shown, warnings not with --quiet, notes only with --verbose. With --json
   /// they are kept for the document instead.
   void finding(const Finding& finding);
@@ -54,7 +65,7 @@ class Reporter {
   std::ostream& err_;
   ReporterOptions options_;
   Findings kept_;
-  nlohmann::ordered_json values_ = nlohmann::ordered_json::object();
+  std::unique_ptr<nlohmann::ordered_json> values_;
   bool barShown_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "packager/report/value_lines.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 namespace quillory::pack {
 namespace {

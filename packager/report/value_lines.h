@@ -1,6 +1,6 @@
 // Trees of values as people read them.
 #pragma once
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 namespace quillory::pack {
