@@ -22,7 +22,7 @@ struct Argument {
   /// What it is called in the help when it is known by its place: "FILE". An option has its dashes:
   /// "--bits", "-o,--output".
   std::string name;
-  std::string description;
+  std::string description{};
   Destination into = static_cast<bool*>(nullptr);
   bool isRequired = false;
   std::vector<std::string> choices{};                ///< all that a text can be; empty: anything
@@ -43,7 +43,7 @@ std::string defaultOf(const Argument& argument);
 /// Copies of a command share what its arguments set.
 struct Command {
   std::string name;
-  std::string description;
+  std::string description{};
   std::string example;
   std::vector<Argument> arguments;  ///< in the order of the help
   /// Does it with what the arguments have set by now; the result is the exit status. Throws
