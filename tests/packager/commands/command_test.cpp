@@ -26,14 +26,14 @@ TEST(DefaultOf, IsWhatTheArgumentWouldSet) {
   std::optional<int> level;
   std::string text = "quillory.toml";
   std::vector<std::string> texts = {"one"};
-  EXPECT_EQ(defaultOf({.into = &number}), "3072");
-  EXPECT_EQ(defaultOf({.into = &text}), "quillory.toml");
-  EXPECT_EQ(defaultOf({.into = &level}), "");
+  EXPECT_EQ(defaultOf({.name = "X", .into = &number}), "3072");
+  EXPECT_EQ(defaultOf({.name = "X", .into = &text}), "quillory.toml");
+  EXPECT_EQ(defaultOf({.name = "X", .into = &level}), "");
   level = 6;
-  EXPECT_EQ(defaultOf({.into = &level}), "6");
+  EXPECT_EQ(defaultOf({.name = "X", .into = &level}), "6");
   // Neither has a default that people would write down.
-  EXPECT_EQ(defaultOf({.into = &flag}), "");
-  EXPECT_EQ(defaultOf({.into = &texts}), "");
+  EXPECT_EQ(defaultOf({.name = "X", .into = &flag}), "");
+  EXPECT_EQ(defaultOf({.name = "X", .into = &texts}), "");
 }
 
 }  // namespace
