@@ -76,10 +76,11 @@ TEST_F(ArgumentParser, TakesOneValueForEachTimeThatAnOptionIsGiven) {
   EXPECT_EQ(file_, "it.txt");
 }
 
+// Some of the words are the library's, which differ between its versions.
 TEST_F(ArgumentParser, SaysWhatMakesNoSense) {
   const std::pair<std::vector<std::string>, std::string> cases[] = {
       {{"make", "--bits", "1024"}, "--bits: 1024 not in {2048,3072}"},
-      {{"make", "--level", "10"}, "--level: Value 10 not in range [0 - 9]"},
+      {{"make", "--level", "10"}, "--level: Value 10 not in range "},
       {{"make", "--as", "tial"}, "--as: \"tial\" is none of tail, head; did you mean \"tail\"?"},
       {{"make", "--as", "xyz"}, "--as: \"xyz\" is none of tail, head"},
       {{"show", "csh"}, "SHELL: csh not in {bash,zsh}"},
@@ -90,7 +91,7 @@ TEST_F(ArgumentParser, SaysWhatMakesNoSense) {
     const ParsedLine line = parse(arguments);
     EXPECT_EQ(line.command, nullptr) << mistake;
     EXPECT_EQ(line.text, "");
-    EXPECT_EQ(line.mistake, mistake);
+    EXPECT_THAT(line.mistake, StartsWith(mistake));
   }
 }
 
@@ -99,9 +100,9 @@ TEST_F(ArgumentParser, ExplainsWithTheWordsOfTheCommand) {
   EXPECT_EQ(line.command, nullptr);
   EXPECT_EQ(line.mistake, "");
   EXPECT_THAT(line.text, AllOf(StartsWith("makes it\n"), HasSubstr("example:\n  make it\n"),
-                               HasSubstr("FILE TEXT [made.txt]"), HasSubstr("what is made\n"),
-                               HasSubstr("--bits INT:{2048,3072} [3072]"), HasSubstr("-q,--quiet"),
-                               HasSubstr("its kind: tail, head\n")));
+                               HasSubstr("FILE TEXT"), HasSubstr("made.txt"),
+                               HasSubstr("what is made\n"), HasSubstr("--bits INT:{2048,3072}"),
+                               HasSubstr("-q,--quiet"), HasSubstr("its kind: tail, head\n")));
   EXPECT_THAT(programHelp(commands_, {}), AllOf(HasSubstr("\n  make "), HasSubstr("shows it\n")));
 }
 
