@@ -1,13 +1,16 @@
 #include "packager/report/reporter.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <vector>
 
 namespace quillory::pack {
 namespace {
 
+using ::testing::HasSubstr;
 using Json = nlohmann::json;
 
 const Finding kNote{Severity::kNote, "", "a note", {}, ""};
@@ -69,7 +72,7 @@ TEST_F(ReporterTest, SaysAllInOneDocumentWithJson) {
     r.detail("a detail");
     r.result("the result");
     r.value("bundle", "Hello.app");
-    r.value("sizes", {1, 2});
+    r.value("sizes", nlohmann::ordered_json{1, 2});
     r.progress("packing", progress);
     r.endProgress();
     r.findings({kNote, kError});
@@ -182,6 +185,32 @@ TEST_F(ReporterTest, WipesTheBarOnceBeforeWhateverComesNext) {
   EXPECT_EQ(afterABar([](Reporter& r) { r.result("the result"); }), wipe);
   report({Verbosity::kNormal, false, true}, [](Reporter& r) { r.endProgress(); });
   EXPECT_EQ(err_.str(), "") << "there was none";
+}
+
+TEST(Reporter, DrawsABarOnTerminalsOnly) {
+  Progress progress;
+  progress.total = 2'000'000;
+  progress.done = 500'000;
+  std::ostringstream out, err;
+  Reporter terminal(out, err, {Verbosity::kNormal, false, true});
+  terminal.progress("packing", progress);
+  EXPECT_EQ(err.str(), "\rpacking [#######.......................] 25% of 2.0 MB");
+  terminal.line("next");
+  EXPECT_THAT(err.str(), HasSubstr("\r\033[Knext\n"));
+  std::ostringstream plain;
+  Reporter file(out, plain, {});
+  file.progress("packing", progress);
+  file.endProgress();
+  EXPECT_EQ(plain.str(), "");
+}
+
+TEST(ReadableSize, HasAUnitThatPeopleRead) {
+  EXPECT_EQ(readableSize(0), "0 bytes");
+  EXPECT_EQ(readableSize(999), "999 bytes");
+  EXPECT_EQ(readableSize(1000), "1.0 kB");
+  EXPECT_EQ(readableSize(999'949), "999.9 kB");
+  EXPECT_EQ(readableSize(999'950), "1.0 MB");
+  EXPECT_EQ(readableSize(12'345'678'901), "12.3 GB");
 }
 
 TEST(ReadableSize, HasThreeOrMoreDigitsAndAUnitOfThousands) {
