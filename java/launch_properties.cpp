@@ -52,24 +52,15 @@ void logLaunchProperty(const char* key, const std::string& value) {
   }
 }
 
-/// "<folder>/QYLaunchProperties-<milliseconds>-<entries>"
-std::string launchPropertiesPath(const std::string& folder) {
-  std::array<char, 64> stamp;
-  std::snprintf(stamp.data(), stamp.size(), "%lu-%ld",
-                static_cast<unsigned long>(getCurrentTimeMillis()), countFolderEntries(folder));
-  const char* separator = folder.ends_with('/') ? "" : "/";
-  return folder + separator + kPropertiesFilePrefix + stamp.data();
-}
-
 /// Opens a new file in `folder`, and puts its path, under which the last attempt was, into `path`.
 OwnedFile openNewPropertiesFile(const PropertyBlock& block, const std::string& folder,
                                 std::string& path) {
-  path = launchPropertiesPath(folder);
+  path = newLaunchPropertiesPath(folder);
   logMessage("[Extractor] Writing launch properties to %s\n", path.c_str());
   logMessage("[Extractor] Launch properties length is %d\n", static_cast<int>(propsLen(block)));
   OwnedFile file(std::fopen(path.c_str(), "wb"));
   for (int attempt = 0; !file && attempt < kRetries; ++attempt) {
-    path = launchPropertiesPath(folder);
+    path = newLaunchPropertiesPath(folder);
     logMessage("[Retry] Writing launch properties to %s\n", path.c_str());
     file.reset(std::fopen(path.c_str(), "wb"));
     if (!file) timeCalls.sleepMicros(kRetryPauseMicros);
@@ -134,13 +125,12 @@ std::vector<std::string> readRememberedOptions(const std::string& lsoPath, Prope
   return options;
 }
 
-char* makeLaunchPropertiesFile(char* dst, const char* folder) {
-  const std::string path = launchPropertiesPath(folder);
-  if (path.size() >= kPathCapacity) {
-    logError("[Extractor] Path too long: %s\n", path.c_str());
-    return setPath(dst, "");
-  }
-  return setPath(dst, path.c_str());
+std::string newLaunchPropertiesPath(const std::string& folder) {
+  std::array<char, 64> stamp;
+  std::snprintf(stamp.data(), stamp.size(), "%lu-%ld",
+                static_cast<unsigned long>(getCurrentTimeMillis()), countFolderEntries(folder));
+  const char* separator = folder.ends_with('/') ? "" : "/";
+  return folder + separator + kPropertiesFilePrefix + stamp.data();
 }
 
 std::optional<std::string> writeLaunchProperties(const PropertyBlock& block,

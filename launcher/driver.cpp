@@ -29,17 +29,10 @@
 namespace quillory {
 namespace {
 
-struct CommandLine {
-  int argCount;
-  char** args;
-  int fullArgc;
-  char** fullArgv;
-  bool prepareOnly;
-};
-
 /// One start, filled in step by step.
 struct Start {
   CommandLine line;
+  StartSurroundings surroundings;
   Executable exe;
   PropertyBlock properties;
   DynamicParams params;
@@ -57,12 +50,11 @@ struct Start {
 };
 
 std::string findSharedDirectory(const Start& start) {
-  const OwnedText directory(locateSharedDirectory(start.tail.installType.c_str()));
-  if (directory == nullptr) {
-    logMessage("ERROR: Unable to get shared dir!");
-    std::exit(kExitFailure);
-  }
-  return directory.get();
+  const std::optional<std::string> directory =
+      sharedDirectoryFor(start.tail.installType, start.surroundings.homeFolder);
+  if (directory) return *directory;
+  logMessage("ERROR: Unable to get shared dir!");
+  std::exit(kExitFailure);
 }
 
 std::string readTail(Start& start) {
@@ -174,9 +166,9 @@ std::string setUpJre(const Start& start, const ComponentFolders& folders,
        .display = start.showsUi() ? splashAsDisplay() : FetchDisplay{},
        .caCerts = updater.caCerts});
   if (!bundle) std::exit(kExitFailure);
-  const OwnedText unpack200(getUnpack200Executable(bundle->c_str()));
-  logMessage("[Extractor] UP200 path is %s\n", unpack200.get());
-  return unpack200.get();
+  const std::string unpack200 = unpack200Of(*bundle);
+  logMessage("[Extractor] UP200 path is %s\n", unpack200.c_str());
+  return unpack200;
 }
 
 /// Installs the updater, a JRE and the application; returns the folder name of the updater to run.
@@ -233,17 +225,22 @@ std::string installOrUpdate(Start& start) {
 
 }  // namespace
 
-void extractWrapperTail(char* exePath, int argCount, char** args, int fullArgc, char** fullArgv,
-                        bool prepareOnly) {
+void runStart(char* exePath, const CommandLine& line, const StartSurroundings& surroundings) {
   splash::init();
   Start start;
-  start.line = {argCount, args, fullArgc, fullArgv, prepareOnly};
+  start.line = line;
+  start.surroundings = surroundings;
   start.exe = locateExecutable(exePath);
-  start.params = readDynamicParams(start.exe, prepareOnly, start.properties);
+  start.params = readDynamicParams(start.exe, line.prepareOnly, start.properties);
   const std::string sharedDirectory = readTail(start);
   enterMasterFolder(start, sharedDirectory);
   const std::string guFolderName = installOrUpdate(start);
   handOff(start, guFolderName);
+}
+
+void extractWrapperTail(char* exePath, int argCount, char** args, int fullArgc, char** fullArgv,
+                        bool prepareOnly) {
+  runStart(exePath, {argCount, args, fullArgc, fullArgv, prepareOnly});
 }
 
 bool isSilent(const char* silentParameter, int argCount, char** args) {

@@ -152,11 +152,6 @@ bool doesFileExist(const char* path) {
   return true;
 }
 
-bool doesDirExist(const char* path) {
-  logMessage("Checking if %s exists\n", path);
-  return true;
-}
-
 bool isFolder(const char* path) {
   DIR* folder = opendir(path);
   if (folder == nullptr) return false;
