@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "support/owned.h"
+#include "tests/harness/own_folder.h"
 
 extern char** environ;
 
@@ -22,7 +23,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 std::string newTemporaryFile() {
-  std::string path = ::testing::TempDir() + "quillory-child-XXXXXX";
+  std::string path = (ownFolder() / "child-XXXXXX").string();
   const int file = mkstemp(path.data());
   EXPECT_GE(file, 0) << "cannot create " << path;
   close(file);
