@@ -56,6 +56,15 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return result;
 }
 
+// Whoever started the tests may have had signals ignored, such as a shell that runs them in the
+// background, and so may what they test.
+void takeEverySignal() {
+  for (int signal = 1; signal < NSIG; ++signal) ::signal(signal, SIG_DFL);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
 void redirect(const std::string& path, int descriptor) {
   const int file = open(path.c_str(), O_WRONLY | O_APPEND);
   if (file < 0 || dup2(file, descriptor) < 0) _exit(126);
@@ -80,6 +89,7 @@ BackgroundChild::BackgroundChild(const std::vector<std::string>& command,
   EXPECT_GE(pid_, 0) << "cannot fork";
   if (pid_ == 0) {
     setpgid(0, 0);
+    takeEverySignal();
     if (dup2(fileno(input.get()), STDIN_FILENO) < 0) _exit(126);
     redirect(outPath_, STDOUT_FILENO);
     redirect(errPath_, STDERR_FILENO);
