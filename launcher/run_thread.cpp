@@ -1,13 +1,10 @@
 #include "launcher/run_thread.h"
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstring>
 
 #include "launcher/driver.h"
 #include "runner/command_runner.h"
-#include "support/log.h"
 
 namespace quillory {
 
@@ -26,14 +23,6 @@ void* run(void*) {
   runCalls.extractWrapperTail(argv[0], argc - 1, argv + 1, argc, argv, prepareOnly);
   runCalls.runConfiguredCommand(argc, argv, &returnCode);
   return nullptr;
-}
-
-int getPathToExe(char* buf, int size) {
-  if (size <= 0) return -1;
-  std::memset(buf, 0, static_cast<std::size_t>(size));
-  if (readlink("/proc/self/exe", buf, static_cast<std::size_t>(size) - 1) < 0) return -1;
-  logMessage("Path to exe is %s\n", buf);
-  return 0;
 }
 
 }  // namespace quillory

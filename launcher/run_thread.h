@@ -14,10 +14,6 @@ extern int returnCode;
 /// Body of the run thread: a whole start, which ends the process. The argument is ignored.
 void* run(void*);
 
-/// The path of the running executable, cut at `size` - 1 bytes; -1 where the system has no link to
-/// it (macOS), else 0.
-int getPathToExe(char* buf, int size);
-
 /// What run() calls, one after the other. The driver never returns; the command runner behind it is
 /// there for one that does.
 struct RunCalls {
