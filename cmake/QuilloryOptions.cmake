@@ -6,8 +6,9 @@ target_compile_options(quillory_options INTERFACE -Wall -Wextra -Wpedantic -Wsha
 # g++ 12 sees std::string and std::optional wrongly as uninitialised, overlapping or too long when
 # it optimises; the sanitizers look for the real thing.
 target_compile_options(quillory_options INTERFACE
-                       "$<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized;-Wno-restrict;\
--Wno-stringop-overflow;-Wno-array-bounds>")
+                       "$<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized;-Wno-restrict>"
+                       "$<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:-Wno-stringop-overflow;\
+-Wno-array-bounds>")
 if(QUILLORY_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
@@ -19,7 +20,8 @@ endif()
 
 # Headers that nearly every source includes are parsed once: quillory_precompile_for(OWNER HEADERS...)
 # does that for a target, and quillory_precompile(TARGET OWNER) has another one use them. A source
-# includes what it uses nevertheless: the macOS programs and the fuzz targets are built without.
+# includes what it uses nevertheless: the preset "debug", the macOS programs and the fuzz targets are
+# built without.
 if(CMAKE_CROSSCOMPILING OR QUILLORY_FUZZ)
   set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
 endif()
@@ -34,6 +36,11 @@ function(quillory_precompile target owner)
   list(FILTER sources INCLUDE REGEX "[.]mm$")
   set_source_files_properties(${sources} PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
   target_precompile_headers(${target} REUSE_FROM ${owner})
+endfunction()
+
+# For sources that take long to compile and hardly any time to run: quillory_compile_quickly(SOURCES...).
+function(quillory_compile_quickly)
+  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:Release>:-O1>)
 endfunction()
 
 # A library of our own code: quillory_library(name SOURCES... LIBRARIES...). Headers are found from
