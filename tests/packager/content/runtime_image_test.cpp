@@ -88,9 +88,7 @@ std::vector<std::string> pathsOf(const ContentTree& tree) {
 
 TEST(RuntimeContent, HasTheShapeOfABundleAndAClassLibraryThatStandsIn) {
   Project project;
-  RuntimeConfig config;
-  config.version = "170000900";
-  const ContentTree tree = runtimeContent(project / "jre", config);
+  const ContentTree tree = runtimeContent(project / "jre", "JRE", "170000900");
   EXPECT_EQ(pathsOf(tree),
             (std::vector<std::string>{
                 "Contents", "Contents/Home", "Contents/Home/bin", "Contents/Home/bin/java",
@@ -104,14 +102,14 @@ TEST(RuntimeContent, HasTheShapeOfABundleAndAClassLibraryThatStandsIn) {
 TEST(RuntimeContent, KeepsAClassLibraryThatIsThere) {
   Project project;
   writeFile(project / "jre/lib/rt.jar", "classes");
-  const ContentTree tree = runtimeContent(project / "jre", {});
+  const ContentTree tree = runtimeContent(project / "jre", "JRE", "17");
   EXPECT_EQ(tree.entries().at("Contents/Home/lib/rt.jar").source, project / "jre/lib/rt.jar");
 }
 
 TEST(RuntimeContent, PutsTheLibraryOfMacRuntimesWhereTheLauncherLooksForIt) {
   Project project;
   fs::rename(project / "jre/lib/libjli.so", project / "jre/lib/libjli.dylib");
-  const ContentTree tree = runtimeContent(project / "jre", {});
+  const ContentTree tree = runtimeContent(project / "jre", "JRE", "17");
   EXPECT_TRUE(tree.contains("Contents/Home/lib/libjli.dylib"));
   EXPECT_TRUE(tree.contains("Contents/Home/lib/jli/libjli.dylib"));
   EXPECT_TRUE(tree.contains("Contents/MacOS/libjli.dylib"));
