@@ -43,22 +43,6 @@ void lintPicture(const Config& config, const std::string& key, const std::string
   }
 }
 
-// Names that an installation needs for itself.
-void lintApplicationPaths(const ContentTree& tree, Findings& findings) {
-  for (const char* name : {"App.p2", "App.p2.l2"}) {
-    if (tree.contains(name)) {
-      findings.push_back(
-          {Severity::kError,
-           "path-taken",
-           std::string("\"") + name +
-               "\" of the application is where the archive itself is put while it is "
-               "extracted",
-           {tree.entries().at(name).source, 0},
-           "rename it"});
-    }
-  }
-}
-
 // What lies in a folder that is packed as a whole, and must not travel with it.
 void lintStrays(const Config& config, const ContentTree& tree, const std::string& outputFolder,
                 Findings& findings) {
@@ -120,9 +104,25 @@ Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
   return findings;
 }
 
-Findings lintParts(const Config& config, const BundleParts& parts, const std::string& output) {
+Findings lintApplicationPaths(const ContentTree& application) {
   Findings findings;
-  lintApplicationPaths(parts.application.content, findings);
+  for (const char* name : {"App.p2", "App.p2.l2"}) {
+    if (application.contains(name)) {
+      findings.push_back(
+          {Severity::kError,
+           "path-taken",
+           std::string("\"") + name +
+               "\" of the application is where the archive itself is put while it is "
+               "extracted",
+           {application.entries().at(name).source, 0},
+           "rename it"});
+    }
+  }
+  return findings;
+}
+
+Findings lintParts(const Config& config, const BundleParts& parts, const std::string& output) {
+  Findings findings = lintApplicationPaths(parts.application.content);
   for (const BundlePart* part :
        {&parts.updater, &parts.application, parts.runtime ? &*parts.runtime : nullptr}) {
     if (part != nullptr) {

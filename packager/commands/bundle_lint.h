@@ -12,6 +12,9 @@ namespace quillory::pack {
 /// What the jars, pictures and other named files should be and are not.
 Findings lintFiles(const Config& config, const std::vector<std::string>& jars);
 
+/// The application's paths that its installation needs for itself.
+Findings lintApplicationPaths(const ContentTree& application);
+
 /// What is in the parts and must not be: paths that no installation can have or that it needs for
 /// itself, the signing key, and `output`, the folder for the results.
 Findings lintParts(const Config& config, const BundleParts& parts, const std::string& output);

@@ -207,7 +207,7 @@ TEST(RuntimeContent, KeepsTheLibraryThatIsWhereTheLauncherLooksForIt) {
   Project project;
   writeFile(project / "jre/lib/jli/libjli.dylib", "the first choice");
   writeFile(project / "jre/lib/libjli.dylib", "the second");
-  const ContentTree tree = runtimeContent(project / "jre", {});
+  const ContentTree tree = runtimeContent(project / "jre", "JRE", "17");
   EXPECT_EQ(tree.entries().at("Contents/MacOS/libjli.dylib").source,
             project / "jre/lib/jli/libjli.dylib");
   EXPECT_EQ(tree.entries().at("Contents/Home/lib/jli/libjli.dylib").source,
@@ -218,10 +218,8 @@ TEST(RuntimeContent, KeepsTheLibraryThatIsWhereTheLauncherLooksForIt) {
 
 TEST(RuntimeContent, NamesTheLibraryAsTheExecutableOfTheBundle) {
   Project project;
-  RuntimeConfig config;
-  config.version = "5";
   const auto plist = [&] {
-    return runtimeContent(project / "jre", config).entries().at("Contents/Info.plist").bytes;
+    return runtimeContent(project / "jre", "JRE", "5").entries().at("Contents/Info.plist").bytes;
   };
   EXPECT_THAT(plist(), HasSubstr("<key>CFBundleExecutable</key>\n\t<string>libjli.so</string>"));
   EXPECT_THAT(plist(), HasSubstr("<key>CFBundleVersion</key>\n\t<string>5</string>"));
