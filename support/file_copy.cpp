@@ -1,18 +1,15 @@
 #include "support/file_copy.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <utility>
 
 #include "support/files.h"
 #include "support/folder_listing.h"
 #include "support/log.h"
+#include "support/new_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
 
@@ -37,20 +34,8 @@ void logFailure(const char* tag, const char* what, const char* path, int reason)
              std::strerror(reason));
 }
 
-// Mode "wb", but never through a link that stands at the path.
-OwnedFile openTarget(const char* path) {
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
-  int descriptor = open(path, kFlags, 0666);
-  if (descriptor == -1 && errno == ELOOP && unlink(path) == 0)
-    descriptor = open(path, kFlags, 0666);
-  if (descriptor == -1) return nullptr;
-  OwnedFile file(fdopen(descriptor, "wb"));
-  if (file == nullptr) close(descriptor);
-  return file;
-}
-
 // A read that is shorter than the buffer is the last one.
-int copyBytes(const char* tag, std::FILE* source, const char* sourcePath, OwnedFile target,
+int copyBytes(const char* tag, std::FILE* source, const char* sourcePath, NewFile& target,
               const char* targetPath) {
   std::size_t count = 0;
   do {
@@ -59,17 +44,11 @@ int copyBytes(const char* tag, std::FILE* source, const char* sourcePath, OwnedF
       logFailure(tag, "read source file", sourcePath, errno);
       return kFailed;
     }
-    if (count > 0 && std::fwrite(copyBuf, 1, count, target.get()) != count) {
-      logFailure(tag, "write destination file", targetPath, errno);
-      return kFailed;
-    }
+    if (count > 0 && !target.write(copyBuf, count)) break;
   } while (count == sizeof copyBuf);
-  // The last bytes may meet a full disk only now.
-  if (std::fclose(target.release()) != 0) {
-    logFailure(tag, "write destination file", targetPath, errno);
-    return kFailed;
-  }
-  return kDone;
+  if (target.close()) return kDone;
+  logFailure(tag, "write destination file", targetPath, target.error());
+  return kFailed;
 }
 
 int copyOneFile(const char* tag, const char* source, const char* target) {
@@ -79,12 +58,12 @@ int copyOneFile(const char* tag, const char* source, const char* target) {
     logFailure(tag, "open source file", source);
     return kFailed;
   }
-  OwnedFile to = openTarget(target);
-  if (to == nullptr) {
+  NewFile to(target, NewFile::Existing::kRewritten);
+  if (!to.isOpen()) {
     logFailure(tag, "open destination file", target);
     return kFailed;
   }
-  return copyBytes(tag, from.get(), source, std::move(to), target);
+  return copyBytes(tag, from.get(), source, to, target);
 }
 
 int copySubfolder(const char* source, const char* target) {

@@ -117,6 +117,11 @@ bool removeTree(const char* path) {
   return lstat(path, &left) != 0 && errno == ENOENT;
 }
 
+void removeFileOrLink(const std::string& path) {
+  struct stat found {};
+  if (lstat(path.c_str(), &found) == 0 && !S_ISDIR(found.st_mode)) unlink(path.c_str());
+}
+
 void doRename(const char* oldPath, const char* newPath) {
   printWorkingDir();
   clearTarget(newPath);

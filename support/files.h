@@ -27,6 +27,10 @@ int deleteFolder(const char* folder);
 /// line a file. True when nothing is left there.
 bool removeTree(const char* path);
 
+/// Removes what is at `path` unless it is a folder; a link goes, and what it leads to stays.
+/// Without a log line.
+void removeFileOrLink(const std::string& path);
+
 /// Moves a file or folder into place: empties what is there, renames, tries again ten times within
 /// three seconds, and copies when nothing else helps (`oldPath` stays then). A link at `newPath` is
 /// replaced. The outcome is in the log only.

@@ -10,6 +10,9 @@ namespace quillory {
 /// nothing when it cannot be opened.
 std::optional<std::vector<std::string>> listFolder(const char* folder);
 
+/// What listFolder() gives but "." and "..", in byte order; none when it cannot be opened.
+std::vector<std::string> sortedNamesIn(const std::string& folder);
+
 /// The names in `folder` that a walk visits, in the order in which the system tells them; nothing
 /// when it cannot be opened. Names of one or two bytes that begin with '.' are left out: "." and
 /// "..", and by intent also a name such as ".a".

@@ -14,6 +14,7 @@
 #include "support/paths.h"
 #include "support/url_request.h"
 #include "tests/harness/captured_log.h"
+#include "tests/harness/file_size_limit.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
 #include "tests/harness/temp_dir.h"
@@ -23,6 +24,7 @@ namespace {
 
 using namespace std::string_literals;
 using ::quillory::testing::CapturedLog;
+using ::quillory::testing::FileSizeLimit;
 using ::quillory::testing::pageExample;
 using ::quillory::testing::readFile;
 using ::quillory::testing::records;
@@ -350,14 +352,28 @@ TEST_F(WriteLaunchProperties, GivesUpAfterFiveRetries) {
 }
 
 TEST_F(WriteLaunchProperties, GivesUpWhenTheContentCannotBeWritten) {
-  if (access("/dev/full", W_OK) != 0) GTEST_SKIP() << "needs /dev/full";
-  const std::string path = dir_ / "QYLaunchProperties-1700000000123-3";
-  ASSERT_EQ(symlink("/dev/full", path.c_str()), 0);
+  const std::string path = dir_ / "QYLaunchProperties-1700000000123-2";
   PropertyBlock block;
-  appendProp(block, "x");
+  addStaticProperty(block, "large", std::string(300'000, 'x'));
   const CapturedLog log;
-  EXPECT_EQ(writeLaunchProperties(block, dir_.str()), std::nullopt);
+  {
+    const FileSizeLimit diskIsFull(200'000);
+    EXPECT_EQ(writeLaunchProperties(block, dir_.str()), std::nullopt);
+  }
   EXPECT_TRUE(log.contains("Unable to write Launch Properties file! Cannot run!\n"));
+  EXPECT_EQ(access(path.c_str(), F_OK), -1);
+}
+
+// The folder may be open to everybody.
+TEST_F(WriteLaunchProperties, ReplacesAPlantedLinkAndLeavesItsTargetAlone) {
+  const std::string path = dir_ / "QYLaunchProperties-1700000000123-4";
+  writeFile(dir_ / "victim", "precious");
+  ASSERT_EQ(symlink((dir_ / "victim").c_str(), path.c_str()), 0);
+  PropertyBlock block;
+  appendProp(block, "new");
+  EXPECT_EQ(writeLaunchProperties(block, dir_.str()), path);
+  EXPECT_EQ(readFile(path), "new");
+  EXPECT_EQ(readFile(dir_ / "victim"), "precious");
 }
 
 TEST(LaunchPropertiesPage, ShowsTheFileOfTheBlockThatItDescribes) {
