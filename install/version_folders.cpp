@@ -1,6 +1,5 @@
 #include "install/version_folders.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -16,11 +15,6 @@ namespace quillory {
 namespace {
 
 constexpr std::size_t kLongestFileName = 255;
-
-/// Every name in the folder; none when it cannot be opened.
-std::vector<std::string> namesIn(const std::string& folder) {
-  return listFolder(folder.c_str()).value_or(std::vector<std::string>());
-}
 
 /// The text between the `n`-th '-' (counting from 1) and the next one; nothing without that one.
 std::optional<std::string> fieldBehindDash(std::string_view folderName, int n) {
@@ -77,9 +71,7 @@ std::optional<long> versionOfFolder(std::string_view folderName) {
 }
 
 std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name) {
-  std::vector<std::string> entries = namesIn(master);
-  std::sort(entries.begin(), entries.end());
-
+  const std::vector<std::string> entries = namesIn(master);
   std::optional<std::string> latest;
   long latestVersion = -1;
   for (const std::string& entry : entries) {
@@ -95,9 +87,7 @@ std::optional<std::string> newestVersionFolder(const std::string& master, const 
   return latest;
 }
 
-long countFolderEntries(const std::string& folder) {
-  return static_cast<long>(namesIn(folder).size());
-}
+long countFolderEntries(const std::string& folder) { return countEntries(folder); }
 
 char* makeAppFolder(char* dst, const char* master, const char* name, const char* version) {
   return setPath(dst, master, versionFolderName(name, version).c_str());

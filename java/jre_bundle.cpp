@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "support/files.h"
+#include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/strings.h"
 
@@ -32,17 +32,6 @@ bool isRealFolder(const std::string& path) {
 }
 
 bool isHidden(const std::string& name) { return name.front() == '.'; }
-
-// Names in a folder, in byte order; none when it cannot be read.
-std::vector<std::string> namesIn(const std::string& folder) {
-  std::vector<std::string> names;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
-       entry.increment(error))
-    names.push_back(entry->path().filename().string());
-  std::sort(names.begin(), names.end());
-  return names;
-}
 
 std::string linkTarget(const std::string& path) {
   std::error_code ignored;
