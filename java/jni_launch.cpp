@@ -7,13 +7,13 @@
 #include <cstdarg>
 #include <span>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "java/jvm_library_names.h"
 #include "java/modified_utf8.h"
 #include "support/log.h"
 #include "support/owned.h"
+#include "support/platform.h"
 #include "support/strings.h"
 
 namespace quillory {
@@ -28,8 +28,6 @@ constexpr int kNotLaunched = 1;
 /// Where the library lies: in a plain Java home, in a bundle, in a bundle with a development kit.
 constexpr const char* kLibraryFolders[] = {"/lib/server/", "/Contents/Home/lib/server/",
                                            "/Contents/Home/jre/lib/server/"};
-
-const std::thread::id initialThread = std::this_thread::get_id();
 
 Texts textsOf(int count, const char* const* texts) {
   return {texts, static_cast<std::size_t>(std::max(count, 0))};
@@ -135,10 +133,6 @@ int runMain(const Jvm& jvm, const char* mainClass, Texts arguments) {
 
 }  // namespace
 
-ThreadCalls threadCalls = {
-    .isMainThread = [] { return std::this_thread::get_id() == initialThread; },
-};
-
 void* loadJVMLibrary(const char* jreHome) {
   for (const char* name : jvmLibraryNames()) {
     for (const char* folder : kLibraryFolders) {
@@ -174,7 +168,7 @@ int launchJavaJNI(const char* mainClass, const char* jreHome, int optionCount,
                   const char* const* options, int classPathCount, const char* const* classPath,
                   int argumentCount, const char* const* arguments) {
   logMessage("[JNILaunch] [pid=%d] [mainThread=%d]\n", static_cast<int>(getpid()),
-             static_cast<int>(threadCalls.isMainThread()));
+             static_cast<int>(platformCalls.isMainThread()));
   void* library = loadJVMLibrary(jreHome);
   if (library == nullptr) {
     logMessage("[JNILaunch] [ERROR] Unable to load JRE library!\n");

@@ -4,13 +4,6 @@
 
 namespace quillory {
 
-/// What the platform knows about threads. The plain answer takes the thread that initialised the
-/// program for the main thread.
-struct ThreadCalls {
-  bool (*isMainThread)();
-};
-extern ThreadCalls threadCalls;
-
 /// The dlopen() handle of the JVM library of `jreHome`, or null. It stays open: a JVM cannot be
 /// unloaded.
 void* loadJVMLibrary(const char* jreHome);

@@ -1,7 +1,9 @@
 // The thread that does the work, while the main thread serves the window and the events.
 #pragma once
 
+#include "launcher/driver.h"
 #include "launcher/prepare_only.h"
+#include "runner/command_runner.h"
 
 namespace quillory {
 
@@ -11,20 +13,22 @@ extern int argc;
 extern char** argv;
 extern int returnCode;
 
-/// Body of the run thread: a whole start, which ends the process. The argument is ignored.
+/// What a run consists of, one after the other. The driver never returns; the command runner behind
+/// it is there for one that does.
+struct RunSteps {
+  void (*drive)(char* exePath, int argCount, char** args, int fullArgc, char** fullArgv,
+                bool prepareOnly) = extractWrapperTail;
+  void (*runCommand)(int argc, char** argv, int* returnCode) = runConfiguredCommand;
+};
+
+/// A whole start, which ends the process.
+void runSteps(const RunSteps& steps = {});
+
+/// Body of the run thread: runSteps(). The argument is ignored.
 void* run(void*);
 
 /// The path of the running executable, cut at `size` - 1 bytes; -1 where the system has no link to
 /// it (macOS), else 0.
 int getPathToExe(char* buf, int size);
-
-/// What run() calls, one after the other. The driver never returns; the command runner behind it is
-/// there for one that does.
-struct RunCalls {
-  void (*extractWrapperTail)(char* exePath, int argCount, char** args, int fullArgc,
-                             char** fullArgv, bool prepareOnly);
-  void (*runConfiguredCommand)(int argc, char** argv, int* returnCode);
-};
-extern RunCalls runCalls;
 
 }  // namespace quillory

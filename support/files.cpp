@@ -15,6 +15,7 @@
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/platform.h"
 
 namespace quillory {
 namespace {
@@ -23,11 +24,6 @@ namespace fs = std::filesystem;
 
 constexpr int kRenameAttempts = 10;
 constexpr std::uint64_t kRenamePauseMicros = 300000;
-
-bool hasNoFileManager(const char* /*from*/, const char* /*to*/, std::string& error) {
-  error = "there is no file manager on this system";
-  return false;
-}
 
 void deleteFile(const char* path) {
   logMessage("Deleting FILE %s\n", path);
@@ -69,7 +65,7 @@ int renameWithRetries(const char* oldPath, const char* newPath, int failure) {
   for (int attempt = 1; attempt <= kRenameAttempts && failure != 0; ++attempt) {
     logMessage("[Rename] Could not rename '%s' to '%s' [%d]\n", oldPath, newPath, failure);
     std::string error;
-    if (fileCalls.moveItem(oldPath, newPath, error)) {
+    if (platformCalls.moveItem(oldPath, newPath, error)) {
       logMessage("[Rename] OSX Rename worked.\n");
       return 0;
     }
@@ -91,8 +87,6 @@ void copyInstead(const char* oldPath, const char* newPath) {
 }
 
 }  // namespace
-
-FileCalls fileCalls{hasNoFileManager};
 
 int deleteFolder(const char* folder) {
   const auto names = isLink(folder) ? std::nullopt : listForWalk(folder);

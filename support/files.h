@@ -9,14 +9,6 @@
 
 namespace quillory {
 
-/// What the platform does for files. Replaced at start by the Cocoa layer, where there is one.
-struct FileCalls {
-  /// Moves a file or folder to a path that must not exist, across file systems if need be; false
-  /// with a text for the log when it cannot. Without a Cocoa it always says so.
-  bool (*moveItem)(const char* from, const char* to, std::string& error);
-};
-extern FileCalls fileCalls;
-
 /// Empties `folder`; the folder itself stays. 0 when it could be opened, even if some entries could
 /// not be removed (logged); 1 otherwise. Entries named '.' and one more character are left alone by
 /// intent. A link is removed like a file, never followed; a `folder` that is a link itself counts

@@ -7,12 +7,6 @@
 
 namespace quillory {
 
-/// The system log: standard error, until installCocoaSupport() says otherwise.
-struct LogCalls {
-  void (*systemLog)(const char* message);
-};
-extern LogCalls logCalls;
-
 /// One message to all sinks. In the file and on standard output a prefix "+%-8llu " tells the
 /// milliseconds since the previous message was finished. All sinks are flushed, so that a crash
 /// loses no line.

@@ -12,6 +12,7 @@
 #include "support/clock.h"
 #include "support/exit_status.h"
 #include "support/paths.h"
+#include "support/platform.h"
 #include "support/url_request.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/file_size_limit.h"
@@ -127,7 +128,7 @@ TEST_F(AddLaunchTimeProperties, PutsTheDynamicUrlRightBehindTheStaticOne) {
 
 TEST_F(AddLaunchTimeProperties, AddsARequestedUrlLastAndLogsIt) {
   const ScopedReplace request(
-      urlCalls.requestedUrl, +[] { return "demo://open?x=1"; });
+      platformCalls.requestedUrl, +[] { return "demo://open?x=1"; });
   const CapturedLog log;
   PropertyBlock block;
   addLaunchTimeProperties(someFacts(), block);
@@ -138,7 +139,7 @@ TEST_F(AddLaunchTimeProperties, AddsARequestedUrlLastAndLogsIt) {
 
 TEST_F(AddLaunchTimeProperties, AddsNoRequestWhereThereIsNone) {
   const ScopedReplace request(
-      urlCalls.requestedUrl, +[]() -> const char* { return nullptr; });
+      platformCalls.requestedUrl, +[]() -> const char* { return nullptr; });
   PropertyBlock block;
   addLaunchTimeProperties(someFacts(), block);
   EXPECT_EQ(contentOf(block).find("url_req"), std::string::npos);

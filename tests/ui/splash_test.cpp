@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "support/platform.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
 
@@ -83,7 +84,7 @@ const WindowCalls kRecording = {
 // splash is one a process, so each test leaves it without a bar, a thread and a margin.
 class Splash : public ::testing::Test {
  protected:
-  Splash() : calls_(splashWindowCalls, kRecording) {
+  Splash() : calls_(platformCalls.window, kRecording) {
     pictureNow = {400, 200};
     init();
     configureSplash("p.png");
