@@ -4,6 +4,7 @@
 #include <cstring>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "formats/property_block.h"
 #include "formats/update_url.h"
@@ -29,17 +30,15 @@
 namespace quillory {
 namespace {
 
-struct CommandLine {
-  int argCount;
-  char** args;
-  int fullArgc;
-  char** fullArgv;
-  bool prepareOnly;
-};
+// For a step that has said in the log why it could not be done: nothing can follow it.
+void endUnless(bool isDone) {
+  if (!isDone) std::exit(kExitFailure);
+}
 
 /// One start, filled in step by step.
 struct Start {
   CommandLine line;
+  Surroundings surroundings;
   Executable exe;
   PropertyBlock properties;
   DynamicParams params;
@@ -58,15 +57,14 @@ struct Start {
 
 std::string findSharedDirectory(const Start& start) {
   const OwnedText directory(locateSharedDirectory(start.tail.installType.c_str()));
-  if (directory == nullptr) {
-    logMessage("ERROR: Unable to get shared dir!");
-    std::exit(kExitFailure);
-  }
+  if (directory == nullptr) logMessage("ERROR: Unable to get shared dir!");
+  endUnless(directory != nullptr);
   return directory.get();
 }
 
 std::string readTail(Start& start) {
   start.tailStream = openWrapperTail(start.exe);
+  endUnless(start.tailStream != nullptr);
   start.tail = readTailRecords(start.tailStream.get());
   start.updateUrl = UpdateUrl(start.tail.updateUrl, start.params.updateUrl);
   logUpdateUrlChoice(start.updateUrl);
@@ -74,7 +72,7 @@ std::string readTail(Start& start) {
                                                      start.line.argCount, start.line.args);
   logMessage("[Extractor] Is silent install is %d\n", start.isSilent ? 1 : 0);
   logEndSection("Extracting tail\n");
-  refuseUnusableNames(start.tail);
+  endUnless(hasUsableNames(start.tail));
 
   addTailProperties(start.tail, start.isSilent, start.properties);
   start.key = loadSignatureKey(start.tail);
@@ -92,7 +90,7 @@ void enterMasterFolder(Start& start, const std::string& sharedDirectory) {
 
   const std::optional<JreName> jreName = JreName::make(
       overrideJreName(start.masterFolder, start.params.jreName), start.tail.jreVersion);
-  if (!jreName) std::exit(kExitFailure);
+  endUnless(jreName.has_value());
   start.jreName = *jreName;
   makeDir(joinPath(start.masterFolder, "QYAppsSharedConfig").c_str());
 }
@@ -114,11 +112,13 @@ void logWhatTailCarries(const TailRecords& tail) {
 void makeFirstTempFolder(const Start& start, const ComponentFolders& folders) {
   if (makeDir(folders.guTemp.c_str()) == 0) return;
   logMessage("[Extractor] Unable to create GU Temp folder - assuming elevation required\n");
-  refuseSecondElevation(start.line.prepareOnly);
-  extractSplashForElevation(start.archives(), start.splashOverride());
+  const Surroundings& around = start.surroundings;
+  endUnless(mayElevate(start.line.prepareOnly, around.isRelaunchedCopy()));
+  extractSplashForElevation(start.archives(), start.splashOverride(), around.sharedTemporaryFolder);
   logMessage("[Extractor] Performing elevated setup and launch\n");
   doElevatedSetupAndLaunch(start.tail.appName, start.line.fullArgc, start.line.fullArgv,
                            start.isSilent, start.exe);
+  std::exit(kExitSuccess);
 }
 
 void showSplash(const Start& start, const std::string& picture) {
@@ -198,7 +198,8 @@ std::string extractEverything(Start& start, const std::string& installedGu) {
   if (start.tail.appVersion.empty()) {
     logMessage("[Extractor] Online installer - no app to extract\n");
   } else {
-    extractApplication(start.archives(), folders, updater.lzmaTool.c_str(), unpack200.c_str());
+    endUnless(extractApplication(start.archives(), folders,
+                                 {.lzma = updater.lzmaTool, .unpack200 = unpack200}));
   }
 
   const std::optional<std::string> gu = newestVersionFolder(start.masterFolder, kUpdaterName);
@@ -235,11 +236,18 @@ std::string installOrUpdate(Start& start) {
 
 void extractWrapperTail(char* exePath, int argCount, char** args, int fullArgc, char** fullArgv,
                         bool prepareOnly) {
+  drive({exePath, argCount, args, fullArgc, fullArgv, prepareOnly});
+}
+
+void drive(const CommandLine& line, const Surroundings& surroundings) {
   splash::init();
   Start start;
-  start.line = {argCount, args, fullArgc, fullArgv, prepareOnly};
-  start.exe = locateExecutable(exePath);
-  start.params = readDynamicParams(start.exe, prepareOnly, start.properties);
+  start.line = line;
+  start.surroundings = surroundings;
+  start.exe = locateExecutable(line.exePath);
+  auto params = readDynamicParams(start.exe, line.prepareOnly, start.properties);
+  endUnless(params.has_value());
+  start.params = *std::move(params);
   const std::string sharedDirectory = readTail(start);
   enterMasterFolder(start, sharedDirectory);
   const std::string guFolderName = installOrUpdate(start);

@@ -1,7 +1,31 @@
 // The story of a start: parameters, tail, folders, decision, extraction, JRE, launch.
 #pragma once
+#include <string>
+
+#include "launcher/elevated_setup.h"
+#include "launcher/parent_process.h"
 
 namespace quillory {
+
+/// The arguments of a process, and what they say.
+struct CommandLine {
+  char* exePath;  ///< argv[0] as passed, possibly relative
+  int argCount;   ///< without argv[0], as `args` are
+  char** args;
+  int fullArgc;
+  char** fullArgv;
+  bool prepareOnly;
+};
+
+/// What a start finds around it.
+struct Surroundings {
+  /// Whether a launcher has started this process, which it does after an elevated set-up.
+  bool (*isRelaunchedCopy)() = parentRunsThisExecutable;
+  std::string sharedTemporaryFolder = kSharedTemporaryFolder;
+};
+
+/// Runs a whole start on the calling thread and ends the process, as extractWrapperTail() says.
+[[noreturn]] void drive(const CommandLine& line, const Surroundings& surroundings = {});
 
 /// Runs a whole start on the calling thread and ends the process: with status 0 after the
 /// application has been started (or prepared, with `prepareOnly`), else as support/exit_status.h
