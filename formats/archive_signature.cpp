@@ -118,7 +118,7 @@ Digest digestOfRegion(std::FILE* archive, long length, const HashedPart* begun,
 
 // deleteFolder() leaves two-character dot names alone; a rejected archive leaves nothing.
 void deleteWhatIsLeft(const char* folder) {
-  for (const std::string& name : namesIn(folder)) removeTree(joinPath(folder, name).c_str());
+  for (const std::string& name : namesIn(folder)) removeTree(joinPath(folder, name));
 }
 
 void reject(const char* destDir) {

@@ -27,9 +27,7 @@ void logCommand(const std::string& command) { logMessage("[LNS] Running %s\n", c
 
 std::string quoted(const std::string& path) { return '"' + path + '"'; }
 
-bool isRealFolder(const std::string& path) {
-  return !isLink(path.c_str()) && isFolder(path.c_str());
-}
+bool isRealFolder(const std::string& path) { return !isLink(path) && isFolder(path); }
 
 bool isHidden(const std::string& name) { return name.front() == '.'; }
 
@@ -50,7 +48,7 @@ void moveInto(const std::string& folder, const std::string& name, const std::str
   const std::string to = target + '/' + name;
   // What is being provisioned replaces what is there, also a filled folder.
   if (std::rename(from.c_str(), to.c_str()) == 0) return;
-  removeTree(to.c_str());
+  removeTree(to);
   (void)std::rename(from.c_str(), to.c_str());
 }
 
@@ -58,7 +56,7 @@ void moveInto(const std::string& folder, const std::string& name, const std::str
 void wrapPlainHome(const std::string& bundle) {
   const std::string contents = bundle + "/Contents";
   const std::string home = contents + "/Home";
-  if (isLink(home.c_str()) || isFolder(home.c_str())) return;
+  if (isLink(home) || isFolder(home)) return;
   if (access((bundle + "/bin/java").c_str(), F_OK) != 0) return;
   logMessage("[OSX JRE] %s is a Java home, making a bundle of it\n", bundle.c_str());
   makeDir(contents.c_str());
@@ -101,7 +99,7 @@ Executable findExecutable(const std::string& bundle) {
 std::string findHome(const std::string& bundle) {
   const std::string home = bundle + "/Contents/Home";
   const std::string subJre = home + "/jre";
-  if (doesFileExist(subJre.c_str()) || isLink(subJre.c_str())) {
+  if (doesFileExist(subJre.c_str()) || isLink(subJre)) {
     logMessage("[LNS] Detected subJRE in JDK bundle\n");
     return subJre;
   }
@@ -121,14 +119,14 @@ void moveHome(const std::string& home, const std::string& alias) {
 
   logCommand("rm " + quoted(home) + "/.* ");
   for (const std::string& name : names)
-    if (isHidden(name)) removeTree((home + '/' + name).c_str());
+    if (isHidden(name)) removeTree(home + '/' + name);
 
   logCommand("rmdir " + quoted(home));
   if (hasContent) rmdir(home.c_str());
 
   logCommand("ln -s " + quoted(alias) + ' ' + quoted(home));
   // A link from elsewhere, as after the whole folder was moved, is made anew.
-  if (isLink(home.c_str())) unlink(home.c_str());
+  if (isLink(home)) unlink(home.c_str());
   (void)!symlink(alias.c_str(), home.c_str());
 }
 
@@ -192,7 +190,7 @@ void dismantleOSXJRE(const char* bundlePath) {
   if (alias.empty()) return;
   const bool existed = isRealFolder(bundlePath);
   removeTree(bundlePath);
-  removeTree(alias.c_str());
+  removeTree(alias);
   if (existed) mkdir(bundlePath, 0777);
 }
 

@@ -25,18 +25,17 @@ constexpr const char* kFileTag = "[Extractor]";
 
 char copyBuf[50000];
 
-void logFailure(const char* tag, const char* what, const char* path) {
-  logMessage("%s *************************** Unable to %s for copy %s\n", tag, what, path);
+void logFailure(const char* tag, const char* what, const std::string& path) {
+  logMessage("%s *************************** Unable to %s for copy %s\n", tag, what, path.c_str());
 }
 
-void logFailure(const char* tag, const char* what, const char* path, int reason) {
-  logMessage("%s *************************** Unable to %s for copy %s (%s)\n", tag, what, path,
-             std::strerror(reason));
+void logFailure(const char* tag, const char* what, const std::string& path, int reason) {
+  logMessage("%s *************************** Unable to %s for copy %s (%s)\n", tag, what,
+             path.c_str(), std::strerror(reason));
 }
 
 // A read that is shorter than the buffer is the last one.
-int copyBytes(const char* tag, std::FILE* source, const char* sourcePath, NewFile& target,
-              const char* targetPath) {
+int copyBytes(const char* tag, std::FILE* source, const std::string& sourcePath, NewFile& target) {
   std::size_t count = 0;
   do {
     count = std::fread(copyBuf, 1, sizeof copyBuf, source);
@@ -47,13 +46,13 @@ int copyBytes(const char* tag, std::FILE* source, const char* sourcePath, NewFil
     if (count > 0 && !target.write(copyBuf, count)) break;
   } while (count == sizeof copyBuf);
   if (target.close()) return kDone;
-  logFailure(tag, "write destination file", targetPath, target.error());
+  logFailure(tag, "write destination file", target.path(), target.error());
   return kFailed;
 }
 
-int copyOneFile(const char* tag, const char* source, const char* target) {
-  logMessage("%s Copying FILE %s\n", tag, target);
-  const OwnedFile from(std::fopen(source, "rb"));
+int copyOneFile(const char* tag, const std::string& source, const std::string& target) {
+  logMessage("%s Copying FILE %s\n", tag, target.c_str());
+  const OwnedFile from(std::fopen(source.c_str(), "rb"));
   if (from == nullptr) {
     logFailure(tag, "open source file", source);
     return kFailed;
@@ -63,23 +62,23 @@ int copyOneFile(const char* tag, const char* source, const char* target) {
     logFailure(tag, "open destination file", target);
     return kFailed;
   }
-  return copyBytes(tag, from.get(), source, to, target);
+  return copyBytes(tag, from.get(), source, to);
 }
 
-int copySubfolder(const char* source, const char* target) {
-  logMessage("[CopyFolder] Copying DIR %s\n", target);
-  const int made = makeDir(target);
+int copySubfolder(const std::string& source, const std::string& target) {
+  logMessage("[CopyFolder] Copying DIR %s\n", target.c_str());
+  const int made = makeDir(target.c_str());
   if (made != kDone) {
     logMessage(
         "[CopyFolder] *************************** Failed to copy %s to %s (could not create target "
         "folder)\n",
-        source, target);
+        source.c_str(), target.c_str());
     return made;
   }
-  const int copied = copyFolder(source, target);
+  const int copied = copyFolder(source.c_str(), target.c_str());
   if (copied != kDone) {
-    logMessage("[CopyFolder] *************************** Failed to copy %s to %s\n", source,
-               target);
+    logMessage("[CopyFolder] *************************** Failed to copy %s to %s\n", source.c_str(),
+               target.c_str());
   }
   return copied;
 }
@@ -95,8 +94,7 @@ int copyFolder(const char* source, const char* target) {
   for (const std::string& name : *names) {
     const std::string from = joinPath(source, name);
     const std::string to = joinPath(target, name);
-    const int copied = isFolder(from.c_str()) ? copySubfolder(from.c_str(), to.c_str())
-                                              : copyOneFile(kFolderTag, from.c_str(), to.c_str());
+    const int copied = isFolder(from) ? copySubfolder(from, to) : copyOneFile(kFolderTag, from, to);
     if (copied != kDone) return copied;
   }
   return kDone;

@@ -17,7 +17,7 @@ int deleteFolder(const char* folder);
 
 /// Removes `path` with everything in it, whatever the names, following no link and without a log
 /// line a file. True when nothing is left there.
-bool removeTree(const char* path);
+bool removeTree(const std::string& path);
 
 /// Removes what is at `path` unless it is a folder; a link goes, and what it leads to stays.
 /// Without a log line.
@@ -32,8 +32,9 @@ void doRename(const char* oldPath, const char* newPath);
 /// A path at which no folder can be opened gets mode 0777 in every case.
 int makeDir(const char* path);
 
-/// As makeDir(), with the missing folders above it. Only for folders outside the installation.
-int makeDirWithParents(const char* path);
+/// As makeDir(), with the missing folders above it; whether the folder is there now. Only for
+/// folders outside the installation.
+bool makeDirWithParents(const std::string& path);
 
 /// Whether `path` can be opened for reading (logged then); also true for a folder.
 bool doesFileExist(const char* path);
@@ -42,9 +43,9 @@ bool doesFileExist(const char* path);
 bool doesDirExist(const char* path);
 
 /// Whether `path` can be opened as a folder, through a link too; without a log line.
-bool isFolder(const char* path);
+bool isFolder(const std::string& path);
 
 /// Whether a link stands at `path`, wherever it leads; without a log line.
-bool isLink(const char* path);
+bool isLink(const std::string& path);
 
 }  // namespace quillory
