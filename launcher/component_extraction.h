@@ -61,6 +61,7 @@ struct UpdaterFiles {
   std::string caCerts;  ///< trust store for the JRE; need not exist
   std::string splashPicture;
 };
+/// Where they are in the updater's folder, which is logged; none of them need be there.
 UpdaterFiles locateUpdaterFiles(const std::string& guFolder);
 
 /// Extracts two entries and moves them to the application's folder. False, with a log line, when

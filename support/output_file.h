@@ -28,9 +28,11 @@ class OutputFile {
 
   /// Null when it could not be created; error() says why.
   std::FILE* stream() const { return file_.get(); }
+  /// False after this or any earlier failure; error() says what it was.
   bool write(const void* data, std::size_t size);
   /// Moves the file to its place. Without it, the destructor removes what was written.
   bool commit();
+  /// "<path>: <what went wrong>", of the first failure; "" as long as there is none.
   const std::string& error() const { return error_; }
 
  private:

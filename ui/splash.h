@@ -43,6 +43,7 @@ int getSplashBuffer();
 
 /// Resizes the window about its centre.
 void setFrameSize(int width, int height);
+/// The same, to the size of the picture with its margin, and with the bar below it.
 void setFrameSizeWithoutBar();
 void setFrameSizeWithBar();
 
