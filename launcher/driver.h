@@ -9,8 +9,8 @@ namespace quillory {
 
 /// The arguments of a process, and what they say.
 struct CommandLine {
-  char* exePath;  ///< argv[0] as passed, possibly relative
-  int argCount;   ///< without argv[0], as `args` are
+  std::string exePath;  ///< argv[0] as passed, possibly relative
+  int argCount;         ///< without argv[0], as `args` are
   char** args;
   int fullArgc;
   char** fullArgv;
