@@ -43,7 +43,7 @@ NewFile::NewFile(std::string path, Existing existing)
 }
 
 NewFile::NewFile(NewFile&& other) noexcept
-    : path_(other.path_),
+    : path_(std::move(other.path_)),
       existing_(other.existing_),
       file_(std::move(other.file_)),
       isIncomplete_(std::exchange(other.isIncomplete_, false)),
