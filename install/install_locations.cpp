@@ -3,53 +3,36 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <cstring>
-
 #include "support/files.h"
 #include "support/log.h"
-#include "support/owned.h"
 #include "support/paths.h"
 
 namespace quillory {
-namespace {
 
-std::string homeFromPasswordDatabase() {
+std::string homeFolderOfUser() {
   const passwd* user = getpwuid(getuid());
   return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "";
 }
 
-char* allocPath(const std::string& first, const char* second, const char* third) {
-  OwnedText path(static_cast<char*>(std::calloc(kPathCapacity, 1)));
-  if (path == nullptr) return nullptr;
-  setPath(path.get(), first.c_str(), second, third);
-  return path.release();
-}
-
-}  // namespace
-
-UserCalls userCalls = {homeFromPasswordDatabase};
-
-char* locateSharedDirectory(const char* installType) {
-  if (std::strcmp(installType, "perm_all") == 0) {
+std::optional<std::string> sharedDirectoryFor(const std::string& installType,
+                                              const std::function<std::string()>& homeFolder) {
+  if (installType == "perm_all") {
     logMessage("Permanent install for all users\n");
-    return allocPath("/", "Library", "Application Support");
+    return "/Library/Application Support";
   }
-  const bool isPermanent = std::strcmp(installType, "perm_user") == 0;
-  logMessage(isPermanent ? "Permanent install for current user\n" : "Temporary install\n");
-
-  const std::string home = userCalls.homeFolder();
+  logMessage(installType == "perm_user" ? "Permanent install for current user\n"
+                                        : "Temporary install\n");
+  const std::string home = homeFolder();
   logMessage("HomeDir is %s\n", home.c_str());
-  if (home.empty()) return nullptr;
-  char* directory = allocPath(home, "Library", "Application Support");
+  if (home.empty()) return std::nullopt;
+  std::string directory = joinPath(home, "Library", "Application Support");
   // With its parents: outside macOS a home folder has no "Library".
-  if (directory != nullptr) makeDirWithParents(directory);
+  makeDirWithParents(directory);
   return directory;
 }
 
 std::string masterFolderFor(const std::string& sharedDirectory, const std::string& appName) {
-  char path[kPathCapacity];
-  return setPath(path, sharedDirectory.c_str(), ("Quillory-" + appName).c_str());
+  return joinPath(sharedDirectory, "Quillory-" + appName);
 }
 
 }  // namespace quillory

@@ -2,14 +2,12 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
 #include "support/clock.h"
 #include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/paths.h"
-#include "support/strings.h"
 
 namespace quillory {
 namespace {
@@ -33,16 +31,6 @@ bool isInsideOneFolder(std::string_view text) {
   return text != ".." && text.find_first_of(kNever) == text.npos;
 }
 
-std::string versionFolderName(const std::string& name, const std::string& version) {
-  return "Quillory-" + name + "-" + version + "-complete";
-}
-
-std::string temporaryFolderName(const std::string& master) {
-  const std::uint64_t seconds = getCurrentTimeMillis() / 1000;
-  return "QuilloryTemp-" + std::to_string(seconds) + "-" +
-         std::to_string(countFolderEntries(master)) + "-app";
-}
-
 }  // namespace
 
 bool isUsableInFolderName(std::string_view name, std::string_view version) {
@@ -53,11 +41,13 @@ bool isUsableInFolderName(std::string_view name, std::string_view version) {
 
 std::string versionFolder(const std::string& master, const std::string& name,
                           const std::string& version) {
-  return joinPath(master, versionFolderName(name, version));
+  return joinPath(master, "Quillory-" + name + "-" + version + "-complete");
 }
 
 std::string temporaryFolder(const std::string& master) {
-  return joinPath(master, temporaryFolderName(master));
+  const std::uint64_t seconds = getCurrentTimeMillis() / 1000;
+  return joinPath(master, "QuilloryTemp-" + std::to_string(seconds) + "-" +
+                              std::to_string(countFolderEntries(master)) + "-app");
 }
 
 std::optional<std::string> componentOfFolder(std::string_view folderName) {
@@ -88,27 +78,5 @@ std::optional<std::string> newestVersionFolder(const std::string& master, const 
 }
 
 long countFolderEntries(const std::string& folder) { return countEntries(folder); }
-
-char* makeAppFolder(char* dst, const char* master, const char* name, const char* version) {
-  return setPath(dst, master, versionFolderName(name, version).c_str());
-}
-
-char* makeAppTempFolder(char* dst, const char* master) {
-  return setPath(dst, master, temporaryFolderName(master).c_str());
-}
-
-int checkAppFolderName(const char* folderName, const char* name) {
-  const std::optional<std::string> component = componentOfFolder(folderName);
-  return component ? std::strcmp(component->c_str(), name) : -1;
-}
-
-long pickVersionFromAppFolderName(const char* folderName) {
-  return versionOfFolder(folderName).value_or(-1);
-}
-
-char* pickAndAllocLatestFromMaster(const char* master, const char* name) {
-  const std::optional<std::string> latest = newestVersionFolder(master, name);
-  return latest ? allocCopy(latest->c_str()) : nullptr;
-}
 
 }  // namespace quillory

@@ -40,17 +40,4 @@ std::optional<std::string> newestVersionFolder(const std::string& master, const 
 /// Number of entries in a folder's listing, "." and ".." included; 0 when it cannot be opened.
 long countFolderEntries(const std::string& folder);
 
-// The same for callers that have C strings. makeAppFolder() and makeAppTempFolder() write to `dst`
-// (kPathCapacity bytes) and return it; a path that does not fit ends the process, as setPath()
-// says.
-
-char* makeAppFolder(char* dst, const char* master, const char* name, const char* version);
-char* makeAppTempFolder(char* dst, const char* master);
-/// 0 when the folder is one of `name`; else how the two compare, or -1 with fewer than two '-'.
-int checkAppFolderName(const char* folderName, const char* name);
-/// versionOfFolder(), or -1.
-long pickVersionFromAppFolderName(const char* folderName);
-/// newestVersionFolder() in a new block (free() it), or null.
-char* pickAndAllocLatestFromMaster(const char* master, const char* name);
-
 }  // namespace quillory

@@ -5,21 +5,18 @@
 
 #include <algorithm>
 #include <cstdarg>
-#include <span>
 #include <string>
 #include <vector>
 
 #include "java/jvm_library_names.h"
 #include "java/modified_utf8.h"
 #include "support/log.h"
-#include "support/owned.h"
 #include "support/platform.h"
-#include "support/strings.h"
 
 namespace quillory {
 namespace {
 
-using Texts = std::span<const char* const>;
+using Texts = std::vector<std::string>;
 using CreateJavaVm = jint (*)(JavaVM**, void**, void*);
 
 constexpr int kLaunched = 0;
@@ -29,23 +26,17 @@ constexpr int kNotLaunched = 1;
 constexpr const char* kLibraryFolders[] = {"/lib/server/", "/Contents/Home/lib/server/",
                                            "/Contents/Home/jre/lib/server/"};
 
-Texts textsOf(int count, const char* const* texts) {
-  return {texts, static_cast<std::size_t>(std::max(count, 0))};
-}
-
-void logTexts(const char* what, Texts texts) {
+void logTexts(const char* what, const Texts& texts) {
   int index = 0;
-  for (const char* text : texts) logMessage("[JNILaunch] %s %d = %s\n", what, index++, text);
+  for (const std::string& text : texts)
+    logMessage("[JNILaunch] %s %d = %s\n", what, index++, text.c_str());
 }
 
 /// The options of the JVM, logged one by one.
-std::vector<std::string> jvmOptions(Texts options, Texts classPath) {
-  std::vector<std::string> result;
-  if (!classPath.empty()) {
-    const OwnedText text(getClassPathFor(static_cast<int>(classPath.size()), classPath.data()));
-    result.emplace_back(text.get());
-  }
-  result.insert(result.end(), options.begin(), options.end());
+Texts allOptions(const JavaInProcess& java) {
+  Texts result;
+  if (!java.classPath.empty()) result.push_back(classPathOption(java.classPath));
+  result.insert(result.end(), java.jvmOptions.begin(), java.jvmOptions.end());
   int index = 0;
   for (const std::string& option : result)
     logMessage("[JNILaunch] JNI Option %d=%s\n", index++, option.c_str());
@@ -58,7 +49,7 @@ struct Jvm {
 };
 
 /// `options` must live as long as the JVM.
-bool createJvm(CreateJavaVm create, std::vector<std::string>& options, Jvm& jvm) {
+bool createJvm(CreateJavaVm create, Texts& options, Jvm& jvm) {
   std::vector<JavaVMOption> list;
   for (std::string& option : options)
     list.push_back({.optionString = option.data(), .extraInfo = nullptr});
@@ -75,9 +66,8 @@ bool createJvm(CreateJavaVm create, std::vector<std::string>& options, Jvm& jvm)
   return true;
 }
 
-/// `mainClass`, or null. The name is looked up with slashes for its dots.
-jclass findMainClass(JNIEnv* env, const char* mainClass) {
-  std::string name = mainClass;
+/// The main class, or null. The name is looked up with slashes for its dots.
+jclass findMainClass(JNIEnv* env, std::string name) {
   std::replace(name.begin(), name.end(), '.', '/');
   logMessage("[JNILauncher] Searching for clazz %s\n", name.c_str());
   // Why a class was not found is not printed: the `java` that is started then says so itself.
@@ -95,15 +85,15 @@ jmethodID findMainMethod(JNIEnv* env, jclass clazz) {
 }
 
 /// A String[] of `arguments`; null when memory is short.
-jobjectArray makeArguments(JNIEnv* env, Texts arguments) {
+jobjectArray makeArguments(JNIEnv* env, const Texts& arguments) {
   jclass stringClass = env->FindClass("java/lang/String");
   if (stringClass == nullptr) return nullptr;
   jobjectArray array =
       env->NewObjectArray(static_cast<jsize>(arguments.size()), stringClass, nullptr);
   if (array == nullptr) return nullptr;
   jsize index = 0;
-  for (const char* argument : arguments) {
-    logMessage("[JNILauncher] Set argument %d to %s\n", index, argument);
+  for (const std::string& argument : arguments) {
+    logMessage("[JNILauncher] Set argument %d to %s\n", index, argument.c_str());
     jstring text = env->NewStringUTF(toModifiedUtf8(argument).c_str());
     if (text == nullptr) return nullptr;
     env->SetObjectArrayElement(array, index++, text);
@@ -112,12 +102,12 @@ jobjectArray makeArguments(JNIEnv* env, Texts arguments) {
   return array;
 }
 
-int runMain(const Jvm& jvm, const char* mainClass, Texts arguments) {
-  jclass clazz = findMainClass(jvm.env, mainClass);
+int runMain(const Jvm& jvm, const JavaInProcess& java) {
+  jclass clazz = findMainClass(jvm.env, java.mainClass);
   if (clazz == nullptr) return kNotLaunched;  // The JVM stays: the process ends soon.
   jmethodID method = findMainMethod(jvm.env, clazz);
   if (method == nullptr) return kNotLaunched;
-  jobjectArray array = makeArguments(jvm.env, arguments);
+  jobjectArray array = makeArguments(jvm.env, java.arguments);
   if (array == nullptr) return kNotLaunched;
 
   logMessage("[JNILauncher] About to execute static void method.\n");
@@ -133,10 +123,10 @@ int runMain(const Jvm& jvm, const char* mainClass, Texts arguments) {
 
 }  // namespace
 
-void* loadJVMLibrary(const char* jreHome) {
+void* openJvmLibrary(const std::string& jreHome) {
   for (const char* name : jvmLibraryNames()) {
     for (const char* folder : kLibraryFolders) {
-      const std::string path = std::string(jreHome) + folder + name;
+      const std::string path = jreHome + folder + name;
       void* library = dlopen(path.c_str(), RTLD_LAZY);
       if (library == nullptr) continue;
       logMessage("[JNILaunch] Identified JRE path as %s\n", path.c_str());
@@ -147,14 +137,14 @@ void* loadJVMLibrary(const char* jreHome) {
   return nullptr;
 }
 
-char* getClassPathFor(int count, const char* const* entries) {
+std::string classPathOption(const std::vector<std::string>& entries) {
   std::string text;
   const char* before = "-Djava.class.path=";
-  for (const char* entry : textsOf(count, entries)) {
+  for (const std::string& entry : entries) {
     text.append(before).append(entry);
     before = ":";
   }
-  return cloneString(text.c_str());
+  return text;
 }
 
 void CallStaticVoidMethod(JNIEnv* env, jclass clazz, jmethodID method, ...) {
@@ -164,12 +154,10 @@ void CallStaticVoidMethod(JNIEnv* env, jclass clazz, jmethodID method, ...) {
   va_end(arguments);
 }
 
-int launchJavaJNI(const char* mainClass, const char* jreHome, int optionCount,
-                  const char* const* options, int classPathCount, const char* const* classPath,
-                  int argumentCount, const char* const* arguments) {
+int runInThisProcess(const JavaInProcess& java) {
   logMessage("[JNILaunch] [pid=%d] [mainThread=%d]\n", static_cast<int>(getpid()),
              static_cast<int>(platformCalls.isMainThread()));
-  void* library = loadJVMLibrary(jreHome);
+  void* library = openJvmLibrary(java.jreHome);
   if (library == nullptr) {
     logMessage("[JNILaunch] [ERROR] Unable to load JRE library!\n");
     return kNotLaunched;
@@ -180,15 +168,14 @@ int launchJavaJNI(const char* mainClass, const char* jreHome, int optionCount,
     return kNotLaunched;
   }
   logMessage("[JNILaunch] ------- JNI Launch call -------\n");
-  logTexts("JVM Argument", textsOf(optionCount, options));
-  logTexts("CP Argument", textsOf(classPathCount, classPath));
-  logTexts("App Argument", textsOf(argumentCount, arguments));
+  logTexts("JVM Argument", java.jvmOptions);
+  logTexts("CP Argument", java.classPath);
+  logTexts("App Argument", java.arguments);
 
-  std::vector<std::string> vmOptions =
-      jvmOptions(textsOf(optionCount, options), textsOf(classPathCount, classPath));
+  Texts options = allOptions(java);
   Jvm jvm;
-  if (!createJvm(create, vmOptions, jvm)) return kNotLaunched;
-  return runMain(jvm, mainClass, textsOf(argumentCount, arguments));
+  if (!createJvm(create, options, jvm)) return kNotLaunched;
+  return runMain(jvm, java);
 }
 
 }  // namespace quillory

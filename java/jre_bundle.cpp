@@ -12,7 +12,6 @@
 #include "support/files.h"
 #include "support/folder_listing.h"
 #include "support/log.h"
-#include "support/strings.h"
 
 namespace quillory {
 namespace {
@@ -67,7 +66,7 @@ void wrapPlainHome(const std::string& bundle) {
 }
 
 // The one entry of Contents/MacOS, and what it links to.
-struct Executable {
+struct BundleExecutable {
   std::string folder;
   std::string path;        // empty without exactly one entry
   bool isMissing = false;  // the folder is there, and empty
@@ -75,7 +74,7 @@ struct Executable {
   std::string target;  // empty when it is no link
 };
 
-Executable findExecutable(const std::string& bundle) {
+BundleExecutable findExecutable(const std::string& bundle) {
   const std::string folder = bundle + "/Contents/MacOS";
   logCommand("ls " + quoted(folder));
   std::vector<std::string> names = namesIn(folder);
@@ -84,7 +83,7 @@ Executable findExecutable(const std::string& bundle) {
   for (const std::string& name : names) listing += (listing.empty() ? "" : "\n") + name;
   logMessage("[LNS] Got executable name: %s\n", listing.c_str());
 
-  Executable executable;
+  BundleExecutable executable;
   executable.folder = folder;
   executable.isMissing = names.empty() && isRealFolder(folder);
   executable.quotedPath = quoted(folder + '/' + listing);
@@ -131,14 +130,14 @@ void moveHome(const std::string& home, const std::string& alias) {
 }
 
 // What the bundle's executable shall link to, or "".
-std::string chooseTarget(const Executable& executable, const std::string& alias) {
+std::string chooseTarget(const BundleExecutable& executable, const std::string& alias) {
   if (!executable.target.empty()) return executable.target;
   for (const char* const library : {"/lib/libnpjp2.dylib", "/lib/jli/libjli.dylib"})
     if (doesFileExist((alias + library).c_str())) return alias + library;
   return "";
 }
 
-void relinkExecutable(const Executable& executable, const std::string& alias) {
+void relinkExecutable(const BundleExecutable& executable, const std::string& alias) {
   logCommand("rm " + executable.quotedPath);
   if (!executable.path.empty() && !isRealFolder(executable.path)) unlink(executable.path.c_str());
 
@@ -166,32 +165,31 @@ void makeSpawnHelperExecutable(const std::string& alias) {
 
 }  // namespace
 
-char* initOSXJRE(const char* bundlePath) {
-  const std::string bundle = bundlePath;
+std::string prepareJreBundle(const std::string& bundle) {
   const std::string alias = aliasOf(bundle);
   if (alias.empty()) {
-    logError("[OSX JRE] %s is no JRE bundle\n", bundlePath);
-    return allocCopy(bundlePath);
+    logError("[OSX JRE] %s is no JRE bundle\n", bundle.c_str());
+    return bundle;
   }
   logStartSection("OSX JRE initialisation");
   logMessage("[OSX JRE] Alias JRE path is %s\n", alias.c_str());
   wrapPlainHome(bundle);
-  const Executable executable = findExecutable(bundle);
+  const BundleExecutable executable = findExecutable(bundle);
   makeDir(alias.c_str());
   moveHome(findHome(bundle), alias);
   relinkExecutable(executable, alias);
   makeSpawnHelperExecutable(alias);
   logEndSection("OSX JRE initialisation");
-  return allocCopy(alias.c_str());
+  return alias;
 }
 
-void dismantleOSXJRE(const char* bundlePath) {
-  const std::string alias = aliasOf(bundlePath);
+void dismantleJreBundle(const std::string& bundle) {
+  const std::string alias = aliasOf(bundle);
   if (alias.empty()) return;
-  const bool existed = isRealFolder(bundlePath);
-  removeTree(bundlePath);
+  const bool existed = isRealFolder(bundle);
+  removeTree(bundle);
   removeTree(alias);
-  if (existed) mkdir(bundlePath, 0777);
+  if (existed) mkdir(bundle.c_str(), 0777);
 }
 
 }  // namespace quillory

@@ -84,9 +84,9 @@ bool decompress(const ArchiveTools& tools, const std::string& packed, const std:
 }
 
 void extract(const ArchiveTools& tools, const std::string& folder, const std::string& archive) {
-  const OwnedText unpack200(getUnpack200Executable(folder.c_str()));
+  const std::string unpack200 = unpack200Of(folder);
   logMessage("[JREDownload] Extracting JRE archive to %s\n", folder.c_str());
-  extractArchive(unpack200.get(), archive.c_str(), folder.c_str(), tools.key);
+  extractArchive(unpack200.c_str(), archive.c_str(), folder.c_str(), tools.key);
 }
 
 // Whether what was extracted is a JRE with a version.
@@ -97,7 +97,7 @@ bool isComplete(const std::string& version, const std::string& folder) {
     return false;
   }
   // A failed signature leaves an empty folder, which must not be installed as a JRE.
-  if (!holdsJava(folder.c_str())) {
+  if (!holdsJava(folder)) {
     logError("[JREDownload] The downloaded archive holds no usable JRE\n");
     return false;
   }
@@ -114,7 +114,7 @@ bool fetchInto(const Fetch& fetch, const std::string& version, const std::string
   unlink(packed.c_str());
   logMessage("[JREDownload] Done extracting JRE archive\n");
   logMessage("[JREDownload] Regenerating jsa...\n");
-  regenerateSharedArchive(folder.c_str());
+  regenerateSharedArchive(folder);
   logMessage("[JREDownload] Downloaded JRE is now ready.\n");
   return isComplete(version, folder);
 }

@@ -13,7 +13,6 @@
 #include "java/jre_search.h"
 #include "support/files.h"
 #include "support/log.h"
-#include "support/owned.h"
 
 namespace quillory {
 namespace {
@@ -30,7 +29,7 @@ std::string finalFolder(const JrePlace& place, const std::string& version) {
 std::string completeJre(const JreRequest& request, const std::string& bundle,
                         const std::string& alias) {
   logMessage("[Extractor] JRE setup. Overriding cacerts.\n");
-  overrideCACerts(request.caCerts.c_str(), alias.c_str());
+  replaceTrustStore(request.caCerts, alias);
   chmod777(bundle.c_str());
   logMessage("[Extractor] Ensuring JRE bin is writable.\n");
   chmod777((bundle + "/bin").c_str());
@@ -42,8 +41,7 @@ std::string completeJre(const JreRequest& request, const std::string& bundle,
 }
 
 std::string prepareAndComplete(const JreRequest& request, const std::string& bundle) {
-  const OwnedText alias(initOSXJRE(bundle.c_str()));
-  return completeJre(request, bundle, alias.get());
+  return completeJre(request, bundle, prepareJreBundle(bundle));
 }
 
 // Moves the JRE in `temporary` into place, over what is there.
@@ -52,26 +50,26 @@ std::string installJre(const JreRequest& request, const std::string& temporary,
   const std::string bundle = folder + kBundleSuffix;
   // An archive whose signature did not hold leaves nothing. That is moved into place like any JRE
   // (the next start finds it broken and tries again), but not at the price of one that works.
-  if (!holdsJava(temporary.c_str()) && holdsJava(folder.c_str())) {
+  if (!holdsJava(temporary) && holdsJava(folder)) {
     logError("[Extractor] No usable JRE was extracted, keeping the one in %s\n", folder.c_str());
     removeTree(temporary);
     return prepareAndComplete(request, bundle);
   }
-  dismantleOSXJRE(bundle.c_str());
+  dismantleJreBundle(bundle);
   doRename(temporary.c_str(), bundle.c_str());
   logMessage("[Extractor] Renamed JRE folder to %s\n", bundle.c_str());
   return prepareAndComplete(request, bundle);
 }
 
 void extractFromTail(const JreRequest& request, const std::string& folder) {
-  const OwnedText unpack200(getUnpack200Executable(folder.c_str()));
-  logMessage("[Extractor] UP200 path is %s\n", unpack200.get());
+  const std::string unpack200 = unpack200Of(folder);
+  logMessage("[Extractor] UP200 path is %s\n", unpack200.c_str());
   logMessage("[Extractor] Extracting JRE archive...\n");
   long signatureOffset = -1;
   char* signatureHex = nullptr;
-  extractArchiveFileCheckSignature(request.tools.lzmaTool.c_str(), unpack200.get(), folder.c_str(),
-                                   request.embedded.tail, &signatureOffset, &signatureHex,
-                                   request.tools.key);
+  extractArchiveFileCheckSignature(request.tools.lzmaTool.c_str(), unpack200.c_str(),
+                                   folder.c_str(), request.embedded.tail, &signatureOffset,
+                                   &signatureHex, request.tools.key);
   std::free(signatureHex);
   logMessage("[Extractor] Extracted JRE %s\n", request.place.name.text().c_str());
 }
@@ -87,7 +85,7 @@ std::string provideOffline(const JreRequest& request) {
   logMessage("[Extractor] Offline installer - no need to download JRE, will extract\n");
   extractFromTail(request, temporary);
   logMessage("[Extractor] Regenerating jsa...\n");
-  regenerateSharedArchive(temporary.c_str());
+  regenerateSharedArchive(temporary);
   logEndSection(kOfflineSection);
   return installJre(request, temporary, folder);
 }
@@ -98,7 +96,7 @@ std::optional<std::string> findHealthyJre(const JrePlace& place) {
       newestVersionFolder(place.masterFolder, place.name.text());
   if (!newest) return std::nullopt;
   std::string folder = place.masterFolder + '/' + *newest;
-  if (!isHealthyJre(folder.c_str())) return std::nullopt;
+  if (!isHealthyJre(folder)) return std::nullopt;
   return folder;
 }
 

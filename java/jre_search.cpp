@@ -12,7 +12,6 @@
 #include "support/command_output.h"
 #include "support/files.h"
 #include "support/log.h"
-#include "support/owned.h"
 #include "support/process.h"
 #include "support/program.h"
 
@@ -39,7 +38,7 @@ SystemJre jreWithToolsIn(const std::string& folder, const char* toolFolder) {
 
 bool isAcceptable(const SystemJre& jre, const std::string& requiredVersion) {
   return doesFileExist(jre.java.c_str()) && doesFileExist(jre.unpack200.c_str()) &&
-         jreMatchesVersionRequirement(jre.java.c_str(), requiredVersion.c_str());
+         meetsVersionRequirement(jre.java, requiredVersion);
 }
 
 // The `java` to begin with, "" when the path has none; nothing when that could not be found out.
@@ -49,9 +48,7 @@ std::optional<std::string> findJava(const SystemJreQuestion& question) {
     logMessage("AutoTesting - will fake possible jave exe to '%s'\n", java.c_str());
     return java;
   }
-  const OwnedText answer(runCommandGetOutput("sh -c \"which java\""));
-  if (answer == nullptr) return std::nullopt;
-  return answer.get();
+  return outputOfCommand("sh -c \"which java\"");
 }
 
 std::string followLinks(std::string path) {

@@ -2,7 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <optional>
 #include <string>
 #include <utility>
@@ -137,14 +136,6 @@ std::optional<std::string> classToRun(int launchClass, const LaunchHeader& heade
   return std::nullopt;
 }
 
-std::string textOrEmpty(const char* text) { return text == nullptr ? "" : text; }
-
-/// For the functions below that have no way to say that nothing could be launched.
-std::int64_t statusOrExit(const LaunchResult& result) {
-  if (!result.status) std::exit(result.exitStatus);
-  return *result.status;
-}
-
 }  // namespace
 
 bool forceSpawn = false;
@@ -181,42 +172,5 @@ LaunchResult launch(const LaunchRequest& request) {
 }
 
 bool isCompatible(const LaunchResult& result) { return result.status == kExitJreCompatible; }
-
-std::int64_t launchFromLaunchFile(const char* masterFolder, const PropertyBlock& properties,
-                                  int argCount, char** args, const char* appFolderName,
-                                  const char* updateUrl, const char* dynamicUpdateUrl,
-                                  const char* jre, int launchClass, const char*, bool, const char*,
-                                  const char* launchedFromDynprops, bool, const char*) {
-  LaunchRequest request = {.masterFolder = textOrEmpty(masterFolder),
-                           .appFolderName = textOrEmpty(appFolderName),
-                           .properties = properties,
-                           .userArguments = {args, args + (argCount > 0 ? argCount : 0)},
-                           .updateUrl = textOrEmpty(updateUrl),
-                           .launchedFromDynprops = textOrEmpty(launchedFromDynprops),
-                           .launchClass = launchClass};
-  if (dynamicUpdateUrl != nullptr) request.dynamicUpdateUrl = dynamicUpdateUrl;
-  (launchClass == kLaunchCompatibilityCheck ? request.javaToCheck : request.jreName) =
-      textOrEmpty(jre);
-  return statusOrExit(launch(request));
-}
-
-std::int64_t launchApp(const char* masterFolder, const PropertyBlock& properties, int argCount,
-                       char** args, const char* appFolderName, const char* updateUrl,
-                       const char* dynamicUpdateUrl, const char* jre, const char* unusedText,
-                       bool unusedFlag, const char* unusedText2, const char* launchedFromDynprops,
-                       bool unusedFlag2, const char* unusedText3) {
-  return launchFromLaunchFile(masterFolder, properties, argCount, args, appFolderName, updateUrl,
-                              dynamicUpdateUrl, jre, kLaunchApplication, unusedText, unusedFlag,
-                              unusedText2, launchedFromDynprops, unusedFlag2, unusedText3);
-}
-
-bool checkAppJreCompatibility(const char* masterFolder, const PropertyBlock& properties,
-                              int argCount, char** args, const char* appFolderName,
-                              const char* updateUrl, const char* dynamicUpdateUrl,
-                              const char* javaPath, const char* launchedFromDynprops) {
-  return launchFromLaunchFile(masterFolder, properties, argCount, args, appFolderName, updateUrl,
-                              dynamicUpdateUrl, javaPath, kLaunchCompatibilityCheck, nullptr, false,
-                              nullptr, launchedFromDynprops, false, nullptr) == kExitJreCompatible;
-}
 
 }  // namespace quillory

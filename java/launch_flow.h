@@ -50,26 +50,4 @@ LaunchResult launch(const LaunchRequest& request);
 /// Whether the compatibility class said kExitJreCompatible.
 bool isCompatible(const LaunchResult& result);
 
-// The same for callers that have C strings. They end the process where there is no status.
-
-/// `jre` is the name of the private JRE for launch class 0, and the path of a `java` for launch
-/// class 1. The parameters without a name are not used.
-std::int64_t launchFromLaunchFile(const char* masterFolder, const PropertyBlock& properties,
-                                  int argCount, char** args, const char* appFolderName,
-                                  const char* updateUrl, const char* dynamicUpdateUrl,
-                                  const char* jre, int launchClass, const char*, bool, const char*,
-                                  const char* launchedFromDynprops, bool, const char*);
-
-/// Launch class 0.
-std::int64_t launchApp(const char* masterFolder, const PropertyBlock& properties, int argCount,
-                       char** args, const char* appFolderName, const char* updateUrl,
-                       const char* dynamicUpdateUrl, const char* jre, const char*, bool,
-                       const char*, const char* launchedFromDynprops, bool, const char*);
-
-/// Launch class 1: whether `javaPath` is compatible.
-bool checkAppJreCompatibility(const char* masterFolder, const PropertyBlock& properties,
-                              int argCount, char** args, const char* appFolderName,
-                              const char* updateUrl, const char* dynamicUpdateUrl,
-                              const char* javaPath, const char* launchedFromDynprops);
-
 }  // namespace quillory

@@ -52,18 +52,9 @@ void logLaunchProperty(const char* key, const std::string& value) {
   }
 }
 
-/// "<folder>/QYLaunchProperties-<milliseconds>-<entries>"
-std::string launchPropertiesPath(const std::string& folder) {
-  std::array<char, 64> stamp;
-  std::snprintf(stamp.data(), stamp.size(), "%lu-%ld",
-                static_cast<unsigned long>(getCurrentTimeMillis()), countFolderEntries(folder));
-  const char* separator = folder.ends_with('/') ? "" : "/";
-  return folder + separator + kPropertiesFilePrefix + stamp.data();
-}
-
 /// Of the same millisecond and folder there may be the file of another start: it is written anew.
 NewFile newPropertiesFile(const std::string& folder, const char* how) {
-  const std::string path = launchPropertiesPath(folder);
+  const std::string path = newLaunchPropertiesPath(folder);
   logMessage("[%s] Writing launch properties to %s\n", how, path.c_str());
   return NewFile(path, NewFile::Existing::kRewritten);
 }
@@ -130,13 +121,12 @@ std::vector<std::string> readRememberedOptions(const std::string& lsoPath, Prope
   return options;
 }
 
-char* makeLaunchPropertiesFile(char* dst, const char* folder) {
-  const std::string path = launchPropertiesPath(folder);
-  if (path.size() >= kPathCapacity) {
-    logError("[Extractor] Path too long: %s\n", path.c_str());
-    return setPath(dst, "");
-  }
-  return setPath(dst, path.c_str());
+std::string newLaunchPropertiesPath(const std::string& folder) {
+  std::array<char, 64> stamp;
+  std::snprintf(stamp.data(), stamp.size(), "%lu-%ld",
+                static_cast<unsigned long>(getCurrentTimeMillis()), countFolderEntries(folder));
+  const char* separator = folder.ends_with('/') ? "" : "/";
+  return folder + separator + kPropertiesFilePrefix + stamp.data();
 }
 
 std::optional<std::string> writeLaunchProperties(const PropertyBlock& block,

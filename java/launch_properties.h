@@ -29,10 +29,10 @@ void addLaunchTimeProperties(const LaunchFacts& facts, PropertyBlock& block);
 /// failure. No failure is fatal: the result is then empty, and `block` is left as it was.
 std::vector<std::string> readRememberedOptions(const std::string& lsoPath, PropertyBlock& block);
 
-/// Writes the path of a new launch-properties file in `folder` to `dst` (kPathCapacity bytes) and
-/// returns it; "" when it does not fit. The name holds the milliseconds since the Unix epoch and
-/// the number of entries in `folder`, so it is new as soon as one of the two has changed.
-char* makeLaunchPropertiesFile(char* dst, const char* folder);
+/// The path of a new launch-properties file in `folder`, which is not made. The name holds the
+/// milliseconds since the Unix epoch and the number of entries in `folder`, so it is new as soon as
+/// one of the two has changed.
+std::string newLaunchPropertiesPath(const std::string& folder);
 
 /// Writes `block` to a new file in `folder` and returns its path.
 ///

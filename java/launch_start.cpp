@@ -4,7 +4,6 @@
 #include "java/jni_launch.h"
 #include "java/jre_bundle.h"
 #include "support/log.h"
-#include "support/process.h"
 #include "support/program.h"
 
 namespace quillory {
@@ -24,12 +23,11 @@ int launchInProcess(const std::string& mainClass, const std::string& jreHome,
                     const LaunchCommand& command) {
   logMessage("[Extractor] Force spawn is %d so attempting to launch via JNI\n", 0);
   logStartSection("JNI Launch\n");
-  const int result = launchJavaJNI(
-      mainClass.c_str(), jreHome.c_str(), static_cast<int>(command.jvmOptions.size()),
-      argumentPointers(command.jvmOptions).data(), static_cast<int>(command.classPath.size()),
-      argumentPointers(command.classPath).data(),
-      static_cast<int>(command.applicationArguments.size()),
-      argumentPointers(command.applicationArguments).data());
+  const int result = runInThisProcess({.mainClass = mainClass,
+                                       .jreHome = jreHome,
+                                       .jvmOptions = command.jvmOptions,
+                                       .classPath = command.classPath,
+                                       .arguments = command.applicationArguments});
   logMessage("[Extractor] Return code for JNI launch was %d\n", result);
   logEndSection("JNI Launch\n");
   return result;

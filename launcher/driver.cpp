@@ -38,7 +38,7 @@ void endUnless(bool isDone) {
 /// One start, filled in step by step.
 struct Start {
   CommandLine line;
-  Surroundings surroundings;
+  StartSurroundings surroundings;
   Executable exe;
   PropertyBlock properties;
   DynamicParams params;
@@ -56,10 +56,11 @@ struct Start {
 };
 
 std::string findSharedDirectory(const Start& start) {
-  const OwnedText directory(locateSharedDirectory(start.tail.installType.c_str()));
-  if (directory == nullptr) logMessage("ERROR: Unable to get shared dir!");
-  endUnless(directory != nullptr);
-  return directory.get();
+  const std::optional<std::string> directory =
+      sharedDirectoryFor(start.tail.installType, start.surroundings.homeFolder);
+  if (!directory) logMessage("ERROR: Unable to get shared dir!");
+  endUnless(directory.has_value());
+  return *directory;
 }
 
 std::string readTail(Start& start) {
@@ -112,7 +113,7 @@ void logWhatTailCarries(const TailRecords& tail) {
 void makeFirstTempFolder(const Start& start, const ComponentFolders& folders) {
   if (makeDir(folders.guTemp.c_str()) == 0) return;
   logMessage("[Extractor] Unable to create GU Temp folder - assuming elevation required\n");
-  const Surroundings& around = start.surroundings;
+  const StartSurroundings& around = start.surroundings;
   endUnless(mayElevate(start.line.prepareOnly, around.isRelaunchedCopy()));
   extractSplashForElevation(start.archives(), start.splashOverride(), around.sharedTemporaryFolder);
   logMessage("[Extractor] Performing elevated setup and launch\n");
@@ -174,9 +175,9 @@ std::string setUpJre(const Start& start, const ComponentFolders& folders,
        .display = start.showsUi() ? splashAsDisplay() : FetchDisplay{},
        .caCerts = updater.caCerts});
   if (!bundle) std::exit(kExitFailure);
-  const OwnedText unpack200(getUnpack200Executable(bundle->c_str()));
-  logMessage("[Extractor] UP200 path is %s\n", unpack200.get());
-  return unpack200.get();
+  const std::string unpack200 = unpack200Of(*bundle);
+  logMessage("[Extractor] UP200 path is %s\n", unpack200.c_str());
+  return unpack200;
 }
 
 /// Installs the updater, a JRE and the application; returns the folder name of the updater to run.
@@ -234,17 +235,13 @@ std::string installOrUpdate(Start& start) {
 
 }  // namespace
 
-void extractWrapperTail(char* exePath, int argCount, char** args, int fullArgc, char** fullArgv,
-                        bool prepareOnly) {
-  drive({exePath, argCount, args, fullArgc, fullArgv, prepareOnly});
-}
-
-void drive(const CommandLine& line, const Surroundings& surroundings) {
+void runStart(const std::string& exePath, const CommandLine& line,
+              const StartSurroundings& surroundings) {
   splash::init();
   Start start;
   start.line = line;
   start.surroundings = surroundings;
-  start.exe = locateExecutable(line.exePath);
+  start.exe = locateExecutable(exePath);
   auto params = readDynamicParams(start.exe, line.prepareOnly, start.properties);
   endUnless(params.has_value());
   start.params = *std::move(params);
@@ -252,6 +249,11 @@ void drive(const CommandLine& line, const Surroundings& surroundings) {
   enterMasterFolder(start, sharedDirectory);
   const std::string guFolderName = installOrUpdate(start);
   handOff(start, guFolderName);
+}
+
+void extractWrapperTail(char* exePath, int argCount, char** args, int fullArgc, char** fullArgv,
+                        bool prepareOnly) {
+  runStart(exePath, {argCount, args, fullArgc, fullArgv, prepareOnly});
 }
 
 bool isSilent(const char* silentParameter, int argCount, char** args) {

@@ -19,7 +19,7 @@ bool isNewer(const std::string& ourVersion, const std::string& installedFolder) 
 
 bool hasUsableJre(const std::string& masterFolder, const std::optional<std::string>& folder) {
   if (!folder) return false;
-  if (isHealthyJre(joinPath(masterFolder, *folder).c_str())) return true;
+  if (isHealthyJre(joinPath(masterFolder, *folder))) return true;
   logMessage("[Extractor] The existing JRE %s is broken. Instructing the wrapper to update.\n",
              folder->c_str());
   return false;

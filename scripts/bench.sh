@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh
+scripts/setup.sh tests
 cmake --preset release >/dev/null
 cmake --build --preset release
 

@@ -7,6 +7,7 @@
 # gets from a web server of the demo's own. --clean removes what the demo has made, also there.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. scripts/steps.sh
 
 demo=$PWD/build/demo
 app="$demo/Hello Quillory.app"
@@ -19,13 +20,14 @@ clean() {
   echo "Removed $master"
 }
 
-say() { printf '\n\033[1m%s\033[0m\n' "$*"; }
-
+# The programs only; what the tests need, and the tests, are left to scripts/test.sh.
 build() {
+  step "Installing what is missing: $*"
   scripts/setup.sh "$@"
+  step "Building the programs"
   mkdir -p build
-  cmake --preset release >build/configure.log || { cat build/configure.log; return 1; }
-  cmake --build --preset release
+  cmake --preset programs >build/configure.log || { cat build/configure.log; return 1; }
+  cmake --build --preset programs
 }
 
 # What a person who ships the application has: its jar, a picture, and quillory.toml.
@@ -50,6 +52,8 @@ start() {
   echo "  (the whole start took $(((end - begin) / 1000000)) ms)"
 }
 
+stop_serving() { if kill "$server_process" 2>/dev/null; then wait "$server_process" || true; fi; }
+
 # Serves the release files at $url for as long as this script runs.
 serve() {
   local server="$demo/server" port=8480
@@ -70,9 +74,10 @@ http {
 }
 EOT
   nginx -p "$server/" -e error.log -c nginx.conf &
-  trap "kill $! 2>/dev/null && wait $! || true" EXIT
+  server_process=$!
+  trap stop_serving EXIT
   until (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; do
-    kill -0 $! || return 1
+    kill -0 "$server_process" || return 1
     sleep 0.1
   done
 }
@@ -87,39 +92,43 @@ pack_online() {
 }
 
 demo_online() {
-  build --online
-  say "Packing the sample application, and its runtime for the web server"
+  plan_steps 7
+  build programs online
+  step "Packing the sample application, and its runtime for the web server"
   pack
   serve
   pack_online
   du -sh "$demo"/{,online/}*.app | sed "s|$demo/|  |"
-  say "First start: gets the runtime from $url, installs everything, and runs it"
+  step "First start: gets the runtime from $url, installs everything, and runs it"
   start "first start" "an argument with spaces"
   grep -ahoE '\[JRE(Search|Download)\] (JRE (is valid|Version is).*|JRE Downloaded OK)' \
     "$demo/start.out" | sed 's/^/  /'
-  say "What the web server was asked for"
+  step "What the web server was asked for"
   cat "$demo/server/access.log"
 }
 
 demo_offline() {
-  build
-  say "Packing the sample application"
+  plan_steps 6
+  build programs
+  step "Packing the sample application"
   pack
-  say "First start: installs the updater, the runtime and the application, and runs it"
+  step "First start: installs the updater, the runtime and the application, and runs it"
   start "first start" "an argument with spaces"
 }
 
 case "${1:-}" in
   --clean) clean; exit ;;
   --online) demo_online ;;
-  *) demo_offline ;;
+  "") demo_offline ;;
+  *) sed -n 2p scripts/demo.sh >&2; exit 2 ;;
 esac
-say "Second start: everything is current"
+step "Second start: everything is current"
 start "second start"
-say "Where things are"
+step "Where things are"
+for newest_log in "$master"/logs/*.log; do :; done  # their names begin with the time
 cat <<EOT
   application  $app
   installed    $master
-  log          $(ls -t "$master"/logs/*.log | head -n 1)
+  log          $newest_log
   remove all   scripts/demo.sh --clean
 EOT

@@ -1,67 +1,93 @@
 #!/usr/bin/env bash
-# Usage: scripts/setup.sh [--online]
+# Usage: scripts/setup.sh [PURPOSE...]
 #
-# Installs every package that building, testing and the demo use. --online adds the web server of
-# "scripts/demo.sh --online". Debian 12 as root or with sudo; macOS with Homebrew. Does nothing when
-# all of them are there.
+# Installs the packages that are missing, and nothing when all are there. A PURPOSE is
+#   programs  building the programs, packing and starting an application (scripts/demo.sh)
+#   online    the web server of "scripts/demo.sh --online", beside programs
+#   tests     building and running tests and benchmarks, beside programs
+#   macos     building the macOS programs on Linux (scripts/build-macos.sh), beside programs
+#   fuzz      building the fuzz targets
+#   checks    what looks at the sources (scripts/check.sh)
+# Without one it is all of them. Debian 12 as root or with sudo; macOS with Homebrew, all at once.
 set -euo pipefail
 
-packages=(
+programs=(
   # compiler, build
-  g++ gobjc++ cmake ninja-build pkg-config git
+  g++ gobjc++ cmake ninja-build pkg-config
   # Cocoa on Linux, with the back end that draws
   libgnustep-gui-dev gnustep-back0.29-cairo
   # libraries of the launcher
   libtomcrypt-dev libtommath-dev libcurl4-openssl-dev libsystemd-dev libx11-dev
   # libraries of the tools
   liblzma-dev zlib1g-dev libtoml11-dev libcli11-dev nlohmann-json3-dev
-  # Java: the runtime that is packed, and the tests of the Java programs
-  openjdk-17-jdk junit4
-  # tests and benchmarks
-  libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libnss-wrapper openssl xz-utils curl
+  # the runtime that is packed, and jlink
+  openjdk-17-jdk
+)
+online=(nginx-light)
+tests=(
+  git junit4 libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libnss-wrapper openssl xz-utils curl
   python3 python3-pycryptodome locales
   xvfb x11-utils imagemagick xdotool dbus libglib2.0-bin hyperfine sudo
 )
-# The macOS programs (scripts/build-macos.sh), and the fuzz preset.
-packages+=(llvm-14 dpkg-dev clang-14 libclang-rt-14-dev)
-command -v npm >/dev/null || packages+=(npm)
-web_server=(nginx-light)
+macos=(llvm-14 dpkg-dev)
+command -v npm >/dev/null || macos+=(npm)
+fuzz=(clang-14 libclang-rt-14-dev)
+checks=(git clang-format-14 clang-tidy-14 shellcheck python3)
 homebrew=(cmake ninja pkg-config libtomcrypt libtommath xz toml11 cli11 nlohmann-json googletest
           google-benchmark openjdk@17 hyperfine)
 
 as_root() { if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi; }
 
 missing_packages() {
+  local package
   for package in "$@"; do
     dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || echo "$package"
   done
 }
 
-install_packages() {
-  local missing
-  missing=$(missing_packages "$@")
-  [ -z "$missing" ] && return
-  echo "Installing:" $missing
-  as_root apt-get update -qq
-  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
-    $missing >/dev/null
-}
-
-# A package that holds a service starts it at once; the demo starts its own, on the loopback only.
+# A package that holds a service starts it at once, unless this file forbids it: the demo and the tests
+# start their own.
 without_services() {
-  local policy=/usr/sbin/policy-rc.d
+  local policy=/usr/sbin/policy-rc.d status=0
   [ -e "$policy" ] && { "$@"; return; }
   printf '#!/bin/sh\nexit 101\n' | as_root tee "$policy" >/dev/null
   as_root chmod 755 "$policy"
-  local status=0
   "$@" || status=$?
   as_root rm -f "$policy"
   return $status
 }
 
+install_packages() {
+  local missing
+  mapfile -t missing < <(missing_packages "$@")
+  [ ${#missing[@]} -gt 0 ] || return 0
+  echo "Installing: ${missing[*]}"
+  as_root apt-get update -qq
+  # Without waiting for the disk after each file, which is for systems that must survive a power cut.
+  without_services as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq \
+    --no-install-recommends -o DPkg::Options::=--force-unsafe-io "${missing[@]}" >/dev/null
+}
+
+usage() { sed -n '2,/^set/{/^set/d; s/^# \{0,1\}//; p}' "$0"; }
+
+[ $# -gt 0 ] || set -- programs online tests macos fuzz checks
+packages=()
+for purpose in "$@"; do
+  case $purpose in
+    programs | tests | macos) packages+=("${programs[@]}") ;;&
+    online) packages+=("${online[@]}") ;;
+    tests) packages+=("${tests[@]}") ;;
+    macos) packages+=("${macos[@]}") ;;
+    fuzz) packages+=("${fuzz[@]}") ;;
+    checks) packages+=("${checks[@]}") ;;
+    programs) ;;
+    --help) usage; exit ;;
+    *) usage >&2; exit 2 ;;
+  esac
+done
+
 if [ "$(uname)" = Darwin ]; then
   brew install --quiet "${homebrew[@]}"
-  exit
+else
+  install_packages "${packages[@]}"
 fi
-install_packages "${packages[@]}"
-if [ "${1:-}" = --online ]; then without_services install_packages "${web_server[@]}"; fi

@@ -1,22 +1,39 @@
 #!/usr/bin/env bash
-# Usage: scripts/test.sh [PRESET...]
+# Usage: scripts/test.sh [--all] [PRESET...]
 #
-# Sets the machine up, builds and runs all tests; the presets are "release" (the default), "debug"
-# and "sanitize". Ends with one line for each preset, passed or not.
+# Sets the machine up, builds and runs the tests; the presets are "release" (the default), "debug" and
+# "sanitize". Left out is what takes minutes and rarely breaks, the tests with the label "macos", for
+# which the macOS programs are built: --all has them, too. Ends with one line for each preset, passed
+# or not.
 set -uo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit
+. scripts/steps.sh
+
+purposes=(tests)
+selection=(--label-exclude '^macos$')
+if [ "${1:-}" = --all ]; then
+  shift
+  purposes+=(macos)
+  selection=()
+fi
+case "${1:-}" in -*) sed -n 2p scripts/test.sh >&2; exit 2 ;; esac
+[ $# -gt 0 ] || set -- release
 
 run_preset() {
+  step "Building the programs and their tests ($1)"
   cmake --preset "$1" >"build/$1-configure.log" 2>&1 || { cat "build/$1-configure.log"; return 1; }
   cmake --build --preset "$1" || return 1
-  ctest --preset "$1" --parallel "$(getconf _NPROCESSORS_ONLN)"
+  step "Running the tests ($1)"
+  ctest --preset "$1" --parallel "$(getconf _NPROCESSORS_ONLN)" "${selection[@]}"
 }
 
-scripts/setup.sh || exit 1
 mkdir -p build
+plan_steps $((1 + 2 * $#))
+step "Installing what is missing: ${purposes[*]}"
+scripts/setup.sh "${purposes[@]}" || exit 1
 status=0
 summary=()
-for preset in "${@:-release}"; do
+for preset in "$@"; do
   if run_preset "$preset"; then
     summary+=("$preset: all tests passed")
   else
@@ -24,5 +41,5 @@ for preset in "${@:-release}"; do
     status=1
   fi
 done
-printf '%s\n' "${summary[@]}"
+printf '\n%s\n' "${summary[@]}"
 exit $status

@@ -1,7 +1,6 @@
 #include "support/clock.h"
 
 #include <sys/time.h>
-#include <time.h>
 
 #include <chrono>
 #include <thread>
@@ -26,18 +25,5 @@ void sleepFor(std::uint64_t micros) {
 TimeCalls timeCalls{readWallClock, sleepFor};
 
 std::uint64_t getCurrentTimeMillis() { return timeCalls.nowMillis(); }
-
-std::uint64_t systemTimeMillis() { return timeCalls.nowMillis(); }
-
-int getJustMillis() { return static_cast<int>(timeCalls.nowMillis() % 1000); }
-
-int millisleep(int ms) {
-  // The remainder should have been ms % 1000, in nanoseconds. It stays as it is: what depends on a
-  // call that returns at once must not begin to wait.
-  timespec request{};
-  request.tv_sec = ms / 1000;
-  request.tv_nsec = (static_cast<long>(ms) - ms / 1000) * 1000000000L;
-  return nanosleep(&request, nullptr);
-}
 
 }  // namespace quillory

@@ -1,48 +1,24 @@
 #include "support/command_output.h"
 
+#include <utility>
+
 #include "support/program.h"
-#include "support/strings.h"
 
 namespace quillory {
-namespace {
 
-char* allocOutput(const std::vector<std::string>& arguments) {
+std::optional<std::string> outputOfCommand(const std::string& command) {
+  // The last word is the name that the shell has in its own messages.
+  return outputOfProgram({"/bin/sh", "-c", command, "sh"});
+}
+
+std::optional<std::string> outputOfProgram(const std::vector<std::string>& arguments) {
   ProgramOptions options;
   options.output = ProgramOutput::kCaptured;
   ProgramResult program = runProgram(arguments, options);
-  if (!program.started) return nullptr;
+  if (!program.started) return std::nullopt;
   // A tab stays, by intent.
   program.output.erase(program.output.find_last_not_of("\n\r ") + 1);
-  return allocCopy(program.output.c_str());
-}
-
-}  // namespace
-
-char* runCommandGetOutput(const char* command) {
-  // The last word is the name that the shell has in its own messages.
-  return allocOutput({"/bin/sh", "-c", command, "sh"});
-}
-
-char* runProgramGetOutput(const std::vector<std::string>& arguments) {
-  return allocOutput(arguments);
-}
-
-char* escapeSpaces(char* text, bool escape) {
-  if (!escape) return text;
-  std::string escaped;
-  for (const char* c = text; *c != '\0'; ++c) {
-    if (*c == ' ') escaped += '\\';
-    escaped += *c;
-  }
-  return allocCopy(escaped.c_str());
-}
-
-char* quoteSpaciousString(const char* text) {
-  return allocCopy(('"' + std::string(text) + '"').c_str());
-}
-
-char* quoteStringIfNecessary(char* text) {
-  return text[0] == '"' ? text : quoteSpaciousString(text);
+  return std::move(program.output);
 }
 
 }  // namespace quillory

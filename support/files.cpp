@@ -151,11 +151,6 @@ bool doesFileExist(const char* path) {
   return true;
 }
 
-bool doesDirExist(const char* path) {
-  logMessage("Checking if %s exists\n", path);
-  return true;
-}
-
 bool isFolder(const std::string& path) {
   DIR* folder = opendir(path.c_str());
   if (folder == nullptr) return false;

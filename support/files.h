@@ -39,9 +39,6 @@ bool makeDirWithParents(const std::string& path);
 /// Whether `path` can be opened for reading (logged then); also true for a folder.
 bool doesFileExist(const char* path);
 
-/// Always true: it only logs. Callers that need to know use isFolder().
-bool doesDirExist(const char* path);
-
 /// Whether `path` can be opened as a folder, through a link too; without a log line.
 bool isFolder(const std::string& path);
 

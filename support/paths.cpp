@@ -96,11 +96,6 @@ char* getAbsoluteExeDir(const char* path) {
   return allocBlock(std::string(whole.substr(0, length)), kBlockSize);
 }
 
-char* pathToFile(char* path) {
-  char* slash = std::strrchr(path, '/');
-  return slash == nullptr ? path : slash + 1;
-}
-
 int chopPath(char* path) {
   const std::string_view whole(path);
   const std::size_t separator = whole.find_last_of("/\\");

@@ -46,9 +46,6 @@ char* getAbsoluteExePath(char* path);
 /// '/' at the front does not count: "" for "/a" and for a path without one.
 char* getAbsoluteExeDir(const char* path);
 
-/// What stands behind the last '/' of `path`: a pointer into it.
-char* pathToFile(char* path);
-
 /// Keeps only what stands behind the last '/' or '\', in place. Returns 0.
 int chopPath(char* path);
 

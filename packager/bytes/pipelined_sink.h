@@ -14,6 +14,7 @@ namespace quillory::pack {
 
 class PipelinedSink : public ByteSink {
  public:
+  /// `next` is borrowed, and used by the other thread until finish() or the end of the scope.
   explicit PipelinedSink(ByteSink& next);
   /// Drops what has not reached the next sink yet.
   ~PipelinedSink() override;

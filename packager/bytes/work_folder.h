@@ -7,7 +7,8 @@ namespace quillory::pack {
 class WorkFolder {
  public:
   /// Made inside `parent`, which is created when missing, so that what is finished can be moved out
-  /// with a rename.
+  /// with a rename. Only this user may look into it. Throws PackError, naming `parent`, when it
+  /// cannot be made.
   explicit WorkFolder(const std::string& parent);
   ~WorkFolder();
   WorkFolder(const WorkFolder&) = delete;
@@ -23,6 +24,8 @@ class WorkFolder {
 /// Throws PackError when the process has been asked to stop (SIGINT, SIGTERM, SIGHUP), so that work
 /// folders are removed on the way out.
 void stopIfInterrupted();
+/// From now on the first of these signals is noticed, and the second ends the process. Those that
+/// the process was started to ignore are still ignored.
 void noticeInterruptions();
 /// The signal that asked, or 0.
 int interruptingSignal();

@@ -25,16 +25,22 @@ class ContentTree {
   explicit ContentTree(std::string name) : name_(std::move(name)) {}
 
   /// Everything in the folder `source`, under `prefix` ("" or "a/b"). Symbolic links are followed
-  /// and their targets stored as copies, because archives hold no links.
+  /// and their targets stored as copies, because archives hold no links. Throws PackError when a
+  /// folder cannot be listed; what is odd about single entries is left to check(): links that lead
+  /// nowhere or into a loop, what is neither file nor folder, more than 64 levels of folders.
   void addFolderContent(const std::string& source, const std::string& prefix);
+  /// A file, or a folder with everything in it, as `path`. Throws PackError when it is not there.
   void addFile(const std::string& source, const std::string& path);
+  /// A file that is made here.
   void addBytes(std::string bytes, const std::string& path);
+  /// A folder, which may be there already; "" is none.
   void addFolder(const std::string& path);
 
   bool contains(const std::string& path) const { return entries_.count(path) != 0; }
   const std::string& name() const { return name_; }
   /// By path, in byte order; a folder comes before what is in it.
   const std::map<std::string, ContentEntry>& entries() const { return entries_; }
+  /// Of all files.
   std::uint64_t totalBytes() const;
   /// Under which name a file or folder of the disk got in here; "" when it did not. Links to it
   /// count, and hard links.

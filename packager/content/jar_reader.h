@@ -14,7 +14,8 @@ class Jar {
   bool contains(const std::string& entry) const { return entries_.count(entry) != 0; }
   /// Whether a class is in it, by its name with dots.
   bool hasClass(const std::string& name) const;
-  /// A value of the manifest's main section, or "".
+  /// A value of the manifest's main section, or "". Throws PackError when the manifest is damaged
+  /// or larger than a mebibyte.
   std::string manifestValue(const std::string& name) const;
 
  private:

@@ -15,7 +15,8 @@ namespace quillory::pack {
 void requireModulesFor(Target target, const Config& config);
 
 /// Makes a runtime in `workFolder` with jlink and returns its folder. `jars` are what jdeps looks
-/// at when no modules are named.
+/// at when no modules are named. Throws PackError, with what the tool said, when one fails or jdeps
+/// finds no modules.
 std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
                         const std::string& workFolder);
 
@@ -23,16 +24,22 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
 /// when there is no bin/java.
 std::string findJavaHome(const std::string& folder, const Place& place);
 
-/// Why a runtime does not go with the launcher of a bundle for `target`.
+/// Why a runtime does not go with the launcher of a bundle for `target`, at `place`: errors when it
+/// is for another system, a warning for processors that only the launcher runs on. A script in the
+/// place of java runs everywhere.
 Findings lintRuntime(const std::string& javaHome, Target target, const std::string& launcher,
                      const Place& place);
 
 /// A whole number that grows with the Java version of a runtime ("17.0.9" gives 170000900), from
 /// its release file; "" when it has none.
 std::string versionNumberOf(const std::string& javaHome);
+/// The same of a version as Java writes it; "1.8.0_202" counts as 8.0.202, and parts that do not
+/// fit into their digits as the largest that do. "" when it begins with no number.
 std::string versionNumberFor(const std::string& javaVersion);
 
-/// Contents/Home with the runtime and a lib/rt.jar, Contents/MacOS, Contents/Info.plist.
+/// Contents/Home with the runtime and a lib/rt.jar, Contents/MacOS with the library that the
+/// bundle's executable stands for, Contents/Info.plist. Throws PackError when the runtime cannot be
+/// read.
 ContentTree runtimeContent(const std::string& javaHome, const RuntimeConfig& config);
 
 }  // namespace quillory::pack

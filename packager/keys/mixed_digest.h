@@ -12,6 +12,7 @@ class MixedDigest {
  public:
   MixedDigest();
   ~MixedDigest();
+  /// In pieces of any size, empty ones too.
   void update(std::string_view bytes);
   /// The digest of what came so far; nothing may follow.
   Digest finish();

@@ -8,10 +8,11 @@ inline constexpr char kMakeKeyAdvice[] = "make a key with: quillory-pack keygen"
 
 struct PemBlock {
   std::string kind;  ///< "RSA PRIVATE KEY"
-  std::string der;
+  std::string der;   ///< what stands between the lines, decoded
 };
 
-/// The first block of a file. Throws PackError for files without one and for encrypted keys.
+/// The first block of a file. Throws PackError, naming the file and the way out, when it cannot be
+/// read, has no whole block or a damaged one, and for encrypted keys.
 PemBlock readPem(const std::string& path);
 
 }  // namespace quillory::pack

@@ -14,16 +14,18 @@ class PublicKey {
   /// From hexadecimal DER, as tails have it. Throws PackError, about the file `source`, when that
   /// is no key.
   static PublicKey fromHex(const std::string& hex, const std::string& source);
-  /// From a PEM file with either half of a key.
+  /// From a PEM file with either half of a key. Throws PackError, about the file, when it has none.
   static PublicKey load(const std::string& path);
 
   PublicKey(PublicKey&&) noexcept;
   PublicKey& operator=(PublicKey&&) noexcept;
   ~PublicKey();
 
+  /// The length of the key, and of its signatures.
   int modulusBytes() const;
+  /// As fingerprint() of signing_key.h has it.
   const std::string& fingerprint() const { return fingerprint_; }
-  /// Whether `signature` is one of `digest` for the launcher.
+  /// Whether `signature` is one of `digest` for the launcher. A malformed one is none.
   bool verifies(const std::string& signature, const Digest& digest) const;
 
  private:

@@ -25,7 +25,8 @@ class SigningKey {
   SigningKey& operator=(SigningKey&&) noexcept;
   ~SigningKey();
 
-  /// Takes seconds for large keys.
+  /// A new key with the usual public exponent. Takes seconds for large keys. Throws PackError when
+  /// the library makes none of that length.
   static SigningKey generate(int bits);
   /// Reads "RSA PRIVATE KEY" and unencrypted "PRIVATE KEY" files. Throws PackError with the way out
   /// for everything else.
@@ -35,10 +36,13 @@ class SigningKey {
   std::string privatePem() const;
   /// SubjectPublicKeyInfo in DER, which the launcher and Java's key factories read.
   std::string publicDer() const;
+  /// The same in hexadecimal, as tails have it.
   std::string publicHex() const;
+  /// The length of the key, and of its signatures.
   int modulusBytes() const;
 
-  /// RSA-PSS, mask and digest "mixed", 64 bytes of salt.
+  /// RSA-PSS, mask and digest "mixed", 64 bytes of salt. Throws PackError when the key is too short
+  /// for that.
   std::string sign(const Digest& digest, Salt salt) const;
 
  private:
@@ -48,7 +52,8 @@ class SigningKey {
   std::unique_ptr<RsaHolder> key_;
 };
 
-/// Whether other people of this machine may read the key file.
+/// Whether the mode gives other people of this machine any right to the key file. False for one
+/// that is not there.
 bool isReadableByOthers(const std::string& path);
 
 /// SHA-256 of a public key's DER, in groups of two digits: what people compare by eye.

@@ -23,10 +23,12 @@ struct Finding {
 };
 using Findings = std::vector<Finding>;
 
+/// Whether one of them is an error: warnings and notes keep nobody from packing.
 bool hasErrors(const Findings& findings);
 
 /// "quillory.toml:3: error: what [rule]" and, on a second line, the advice.
 std::string asText(const Finding& finding);
+/// "note", "warning" or "error".
 const char* asText(Severity severity);
 /// "file:line", "file" or "".
 std::string asText(const Place& place);
@@ -35,6 +37,7 @@ std::string asText(const Place& place);
 class PackError : public std::runtime_error {
  public:
   explicit PackError(const std::string& what, std::string advice = "", Place place = {});
+  /// The same as an error without a rule.
   Finding finding() const;
 
  private:
@@ -52,7 +55,8 @@ class RejectedInput : public std::runtime_error {
   Findings findings_;
 };
 
-/// "open", "read" and the like with the text of `errno`: "FILE: cannot be opened: No such file".
+/// Throws PackError about `file`: `what`, as in "cannot be opened", and the text of `number`, which
+/// is an errno: "FILE: error: cannot be opened: No such file or directory".
 [[noreturn]] void throwFileError(const std::string& file, const char* what, int number,
                                  const std::string& advice = "");
 

@@ -51,13 +51,16 @@ class Reporter {
   /// Errors are always shown, warnings not with --quiet, notes only with --verbose. With --json
   /// they are kept for the document instead.
   void finding(const Finding& finding);
+  /// Each of them, in their order.
   void findings(const Findings& all);
 
-  /// Draws the bar over itself; call it again and again, then endProgress().
+  /// Draws the bar over itself, on a terminal only; call it again and again, then endProgress().
+  /// Whatever is said meanwhile wipes the bar first.
   void progress(const std::string& what, const Progress& progress);
   void endProgress();
 
-  /// Ends the command: writes the document of --json.
+  /// Ends the command: writes the document of --json, with every value and finding so far. Names
+  /// that are not UTF-8 get replacement characters there.
   void finish(const std::string& command, int status);
 
  private:

@@ -5,8 +5,8 @@
 
 namespace quillory::pack {
 
-/// Indented lines: "name: value", lists with one item a line; long values are cut, and what cannot
-/// be printed is shown as in C.
+/// Indented lines: "name: value", lists with one item a line; values of more than 120 bytes
+/// are cut, and what cannot be printed is shown as in C.
 std::string asLines(const nlohmann::ordered_json& value);
 
 }  // namespace quillory::pack

@@ -2,14 +2,15 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <optional>
+#include <string>
 
-#include "support/clock.h"
-#include "support/owned.h"
-#include "support/paths.h"
 #include "tests/harness/captured_log.h"
-#include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory::testing {
@@ -18,38 +19,31 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 
-std::string homeOfTest;
-std::string homeFolderOfTest() { return homeOfTest; }
-
-class LocateSharedDirectory : public ::testing::Test {
+class SharedDirectoryFor : public ::testing::Test {
  protected:
-  LocateSharedDirectory() { homeOfTest = home_.str(); }
-
   std::string locate(const char* installType) {
-    const OwnedText directory(locateSharedDirectory(installType));
-    return directory != nullptr ? directory.get() : "(null)";
+    return sharedDirectoryFor(installType, [this] { return home_.str(); }).value_or("(none)");
   }
 
   TempDir home_;
-  ScopedReplace<decltype(userCalls.homeFolder)> replaced_{userCalls.homeFolder, homeFolderOfTest};
   CapturedLog log_;
 };
 
-TEST_F(LocateSharedDirectory, OfAllUsersIsTheSystemsAndIsNotCreated) {
+TEST_F(SharedDirectoryFor, OfAllUsersIsTheSystemsAndIsNotCreated) {
   const bool existedBefore = fs::exists("/Library");
   EXPECT_EQ(locate("perm_all"), "/Library/Application Support");
   EXPECT_THAT(log_.messages(), ElementsAre("Permanent install for all users\n"));
   EXPECT_EQ(fs::exists("/Library"), existedBefore);
 }
 
-TEST_F(LocateSharedDirectory, OfThisUserIsCreatedWithItsParents) {
+TEST_F(SharedDirectoryFor, OfThisUserIsCreatedWithItsParents) {
   EXPECT_EQ(locate("perm_user"), home_ / "Library/Application Support");
   EXPECT_TRUE(fs::is_directory(home_ / "Library/Application Support"));
   EXPECT_EQ(log_.messages()[0], "Permanent install for current user\n");
   EXPECT_EQ(log_.messages()[1], "HomeDir is " + home_.str() + "\n");
 }
 
-TEST_F(LocateSharedDirectory, OfATemporaryInstallIsTheUsersToo) {
+TEST_F(SharedDirectoryFor, OfATemporaryInstallIsTheUsersToo) {
   for (const char* type : {"temp", "", "PERM_ALL", "perm_all "}) {
     SCOPED_TRACE(type);
     EXPECT_EQ(locate(type), home_ / "Library/Application Support");
@@ -58,9 +52,26 @@ TEST_F(LocateSharedDirectory, OfATemporaryInstallIsTheUsersToo) {
   EXPECT_EQ(log_.messages()[1], "HomeDir is " + home_.str() + "\n");
 }
 
-TEST_F(LocateSharedDirectory, IsNullForAUserWithoutHome) {
-  homeOfTest.clear();
-  EXPECT_EQ(locate("perm_user"), "(null)");
+TEST_F(SharedDirectoryFor, IsNothingForAUserWithoutHome) {
+  EXPECT_EQ(sharedDirectoryFor("perm_user", [] { return std::string(); }), std::nullopt);
+  EXPECT_THAT(log_.messages(),
+              ElementsAre("Permanent install for current user\n", "HomeDir is \n"));
+}
+
+TEST(HomeFolderOfUser, IsThatOfThePasswordDatabaseWhateverHomeSays) {
+  const std::string before = homeFolderOfUser();
+  const passwd* user = getpwuid(getuid());
+  ASSERT_NE(user, nullptr);
+  EXPECT_EQ(before, user->pw_dir);
+  const char* const home = std::getenv("HOME");
+  const std::string saved = home != nullptr ? home : "";
+  setenv("HOME", "/somewhere/else", 1);
+  EXPECT_EQ(homeFolderOfUser(), before);
+  if (home != nullptr) {
+    setenv("HOME", saved.c_str(), 1);
+  } else {
+    unsetenv("HOME");
+  }
 }
 
 TEST(MasterFolderFor, IsNamedAfterTheApplication) {

@@ -6,7 +6,6 @@
 #include <filesystem>
 
 #include "support/clock.h"
-#include "support/owned.h"
 #include "support/paths.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
@@ -19,8 +18,7 @@ namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 
 std::string latest(const std::string& master, const char* name) {
-  const OwnedText folder(pickAndAllocLatestFromMaster(master.c_str(), name));
-  return folder != nullptr ? folder.get() : "(none)";
+  return newestVersionFolder(master, name).value_or("(none)");
 }
 
 TEST(IsUsableInFolderName, RefusesWhatWouldLeaveTheFolder) {
@@ -44,84 +42,7 @@ TEST(IsUsableInFolderName, RefusesWhatNoFileSystemTakes) {
   EXPECT_FALSE(isUsableInFolderName(std::string(228, 'a'), "12"));
 }
 
-TEST(MakeAppFolder, PutsNameAndVersionBetweenTheFixedParts) {
-  char path[kPathCapacity];
-  EXPECT_EQ(makeAppFolder(path, "/m", "Quillory", "7"), path);
-  EXPECT_STREQ(path, "/m/Quillory-Quillory-7-complete");
-  makeAppFolder(path, "/m/", "jre", "1.8.0_202");
-  EXPECT_STREQ(path, "/m/Quillory-jre-1.8.0_202-complete");
-}
-
-TEST(MakeAppFolder, EndsTheProcessRatherThanOverrun) {
-  char path[kPathCapacity];
-  const std::string longName(kPathCapacity, 'n');
-  EXPECT_EXIT(makeAppFolder(path, "/m", longName.c_str(), "1"), ::testing::ExitedWithCode(1), "");
-}
-
-TEST(MakeAppTempFolder, CountsSecondsAndEntries) {
-  const TempDir master;
-  writeFile(master / "one", "");
-  writeFile(master / "two", "");
-  const ScopedReplace clock(
-      timeCalls.nowMillis, +[] { return std::uint64_t{1234567}; });
-  char path[kPathCapacity];
-  EXPECT_EQ(makeAppTempFolder(path, master.str().c_str()), path);
-  EXPECT_EQ(std::string(path), master / "QuilloryTemp-1234-4-app");
-  EXPECT_FALSE(fs::exists(path));
-}
-
-TEST(MakeAppTempFolder, CountsNoneInAFolderThatIsNotThere) {
-  const ScopedReplace clock(
-      timeCalls.nowMillis, +[] { return std::uint64_t{5000}; });
-  char path[kPathCapacity];
-  EXPECT_STREQ(makeAppTempFolder(path, "/nonexistent/master"),
-               "/nonexistent/master/QuilloryTemp-5-0-app");
-}
-
-TEST(CheckAppFolderName, MatchesTheTextBetweenTheFirstTwoDashes) {
-  EXPECT_EQ(checkAppFolderName("Quillory-App-12-complete", "App"), 0);
-  EXPECT_EQ(checkAppFolderName("Quillory-App-", "App"), 0);
-  EXPECT_EQ(checkAppFolderName("anything-App-x", "App"), 0);
-  EXPECT_EQ(checkAppFolderName("Quillory--1-complete", ""), 0);
-}
-
-TEST(CheckAppFolderName, ComparesAsStrcmpDoes) {
-  EXPECT_LT(checkAppFolderName("Quillory-App-12-complete", "Appl"), 0);
-  EXPECT_GT(checkAppFolderName("Quillory-App-12-complete", "Ap"), 0);
-  EXPECT_NE(checkAppFolderName("Quillory-App-12-complete", "app"), 0);
-}
-
-TEST(CheckAppFolderName, IsMinusOneWithFewerThanTwoDashes) {
-  EXPECT_EQ(checkAppFolderName("Quillory-App", "App"), -1);
-  EXPECT_EQ(checkAppFolderName("logs", "logs"), -1);
-  EXPECT_EQ(checkAppFolderName("", ""), -1);
-}
-
-TEST(CheckAppFolderName, NeverMatchesANameWithADash) {
-  EXPECT_NE(checkAppFolderName("Quillory-My-App-3-complete", "My-App"), 0);
-}
-
-TEST(PickVersionFromAppFolderName, IsTheNumberBetweenTheSecondAndThirdDash) {
-  static constexpr struct {
-    const char* folder;
-    long version;
-  } kCases[] = {{"Quillory-App-12-complete", 12},
-                {"Quillory-App-12-complete.plugin", 12},
-                {"Quillory-App-00000000000-complete", 0},
-                {"Quillory-App-1.8.0_202-complete", 1},
-                {"Quillory-App-abc-complete", 0},
-                {"Quillory-App--complete", 0},
-                {"Quillory-App-4294967297-complete", 4294967297},
-                {"Quillory-App-12", -1},
-                {"QuilloryApp", -1},
-                {"", -1}};
-  for (const auto& [folder, version] : kCases) {
-    SCOPED_TRACE(folder);
-    EXPECT_EQ(pickVersionFromAppFolderName(folder), version);
-  }
-}
-
-TEST(PickAndAllocLatestFromMaster, TakesTheHighestNumberNotTheHighestText) {
+TEST(NewestVersionFolder, TakesTheHighestNumberNotTheHighestText) {
   const TempDir master;
   fs::create_directory(master / "Quillory-App-12-complete");
   fs::create_directory(master / "Quillory-App-9-complete");
@@ -135,7 +56,7 @@ TEST(PickAndAllocLatestFromMaster, TakesTheHighestNumberNotTheHighestText) {
                           "9\n"));
 }
 
-TEST(PickAndAllocLatestFromMaster, KeepsTheFirstInByteOrderOfEqualVersions) {
+TEST(NewestVersionFolder, KeepsTheFirstInByteOrderOfEqualVersions) {
   const TempDir master;
   // Made in the other order, so that the listing alone would not do.
   fs::create_directory(master / "Quillory-jre-8-complete.plugin");
@@ -145,13 +66,13 @@ TEST(PickAndAllocLatestFromMaster, KeepsTheFirstInByteOrderOfEqualVersions) {
   EXPECT_EQ(latest(master.str(), "jre"), "Quillory-jre-8-complete");
 }
 
-TEST(PickAndAllocLatestFromMaster, FindsNothingForANameWithADash) {
+TEST(NewestVersionFolder, FindsNothingForANameWithADash) {
   const TempDir master;
   fs::create_directory(master / "Quillory-My-App-3-complete");
   EXPECT_EQ(latest(master.str(), "My-App"), "(none)");
 }
 
-TEST(PickAndAllocLatestFromMaster, NeverTakesAFolderWithoutVersionField) {
+TEST(NewestVersionFolder, NeverTakesAFolderWithoutVersionField) {
   const TempDir master;
   fs::create_directory(master / "Quillory-App-12");
   const CapturedLog log;
@@ -160,17 +81,13 @@ TEST(PickAndAllocLatestFromMaster, NeverTakesAFolderWithoutVersionField) {
               ElementsAre("[PickFolder] Folder Quillory-App-12 matches App with version -1\n"));
 }
 
-TEST(PickAndAllocLatestFromMaster, NeverTakesATemporaryFolderOrAnotherComponent) {
+TEST(NewestVersionFolder, NeverTakesATemporaryFolderOrAnotherComponent) {
   const TempDir master;
   fs::create_directory(master / "QuilloryTemp-1700000000-5-app");
   fs::create_directory(master / "Quillory-Quillory-3-complete");
   fs::create_directory(master / "logs");
   EXPECT_EQ(latest(master.str(), "App"), "(none)");
   EXPECT_EQ(latest(master.str(), "Quillory"), "Quillory-Quillory-3-complete");
-}
-
-TEST(PickAndAllocLatestFromMaster, IsNullWithoutAMasterFolder) {
-  EXPECT_EQ(latest("/nonexistent/master", "App"), "(none)");
 }
 
 TEST(VersionFolder, IsNamedAfterComponentAndVersion) {

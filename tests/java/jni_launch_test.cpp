@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "java/for_embedders.h"
 #include "java/jvm_library_names.h"
 #include "support/log.h"
 #include "support/owned.h"

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "support/owned.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/java/jre_fixture.h"
@@ -22,7 +21,7 @@ namespace fs = std::filesystem;
 
 class BundleTest : public ::testing::Test {
  protected:
-  std::string prepare() { return OwnedText(initOSXJRE(bundle_.c_str())).get(); }
+  std::string prepare() { return prepareJreBundle(bundle_); }
 
   void writeBundle() {
     writeJavaHome(home_);
@@ -48,10 +47,10 @@ class BundleTest : public ::testing::Test {
   CapturedLog log_;
 };
 
-using InitOSXJRE = BundleTest;
-using DismantleOSXJRE = BundleTest;
+using PrepareJreBundle = BundleTest;
+using DismantleJreBundle = BundleTest;
 
-TEST_F(InitOSXJRE, MovesTheHomeToTheAliasAndLinksToIt) {
+TEST_F(PrepareJreBundle, MovesTheHomeToTheAliasAndLinksToIt) {
   writeBundle();
   EXPECT_EQ(prepare(), alias_);
   EXPECT_THAT(listTree(dir_.str()),
@@ -78,7 +77,7 @@ TEST_F(InitOSXJRE, MovesTheHomeToTheAliasAndLinksToIt) {
   EXPECT_EQ(readFile(executable_), "library") << "the relative link leads through the home";
 }
 
-TEST_F(InitOSXJRE, LogsTheCommandsThatItStandsFor) {
+TEST_F(PrepareJreBundle, LogsTheCommandsThatItStandsFor) {
   writeBundle();
   prepare();
   const std::string home = '"' + home_ + '"';
@@ -93,7 +92,7 @@ TEST_F(InitOSXJRE, LogsTheCommandsThatItStandsFor) {
                           "chmod a+x \"" + alias_ + "/lib/jspawnhelper\"\n"));
 }
 
-TEST_F(InitOSXJRE, LogsWhatItFound) {
+TEST_F(PrepareJreBundle, LogsWhatItFound) {
   writeBundle();
   prepare();
   const std::string text = log_.text();
@@ -110,7 +109,7 @@ TEST_F(InitOSXJRE, LogsWhatItFound) {
   }
 }
 
-TEST_F(InitOSXJRE, KeepsExecuteBitsAndGivesThemToTheSpawnHelper) {
+TEST_F(PrepareJreBundle, KeepsExecuteBitsAndGivesThemToTheSpawnHelper) {
   writeBundle();
   fs::permissions(home_ + "/bin/java", fs::perms(0755));
   fs::permissions(home_ + "/lib/jspawnhelper", fs::perms(0640));
@@ -119,7 +118,7 @@ TEST_F(InitOSXJRE, KeepsExecuteBitsAndGivesThemToTheSpawnHelper) {
   EXPECT_EQ(modeOf(alias_ + "/lib/jspawnhelper"), 0751U);
 }
 
-TEST_F(InitOSXJRE, LeavesTheSameWhenItIsRunTwice) {
+TEST_F(PrepareJreBundle, LeavesTheSameWhenItIsRunTwice) {
   writeBundle();
   prepare();
   const std::vector<std::string> once = listTree(dir_.str());
@@ -128,7 +127,7 @@ TEST_F(InitOSXJRE, LeavesTheSameWhenItIsRunTwice) {
   EXPECT_EQ(fs::read_symlink(home_), alias_);
 }
 
-TEST_F(InitOSXJRE, PointsAHomeFromElsewhereAtTheAlias) {
+TEST_F(PrepareJreBundle, PointsAHomeFromElsewhereAtTheAlias) {
   writeBundle();
   prepare();
   fs::remove(home_);
@@ -140,7 +139,7 @@ TEST_F(InitOSXJRE, PointsAHomeFromElsewhereAtTheAlias) {
   EXPECT_FALSE(fs::exists(alias_ + "/precious"));
 }
 
-TEST_F(InitOSXJRE, MovesOnlyTheInnerJreOfAJdk) {
+TEST_F(PrepareJreBundle, MovesOnlyTheInnerJreOfAJdk) {
   writeJavaHome(home_ + "/jre");
   writeFile(home_ + "/bin/javac", "compiler");
   prepare();
@@ -156,7 +155,7 @@ TEST_F(InitOSXJRE, MovesOnlyTheInnerJreOfAJdk) {
   EXPECT_EQ(listTree(dir_.str()), once);
 }
 
-TEST_F(InitOSXJRE, MakesABundleOfAPlainJavaHome) {
+TEST_F(PrepareJreBundle, MakesABundleOfAPlainJavaHome) {
   writeJavaHome(bundle_);
   prepare();
   EXPECT_THAT(fs::read_symlink(home_), alias_);
@@ -170,7 +169,7 @@ TEST_F(InitOSXJRE, MakesABundleOfAPlainJavaHome) {
   EXPECT_EQ(listTree(dir_.str()), once);
 }
 
-TEST_F(InitOSXJRE, MovesOnlyTheInnerJreOfAPlainJdkHome) {
+TEST_F(PrepareJreBundle, MovesOnlyTheInnerJreOfAPlainJdkHome) {
   writeJavaHome(bundle_);
   writeJavaHome(bundle_ + "/jre");
   prepare();
@@ -179,7 +178,7 @@ TEST_F(InitOSXJRE, MovesOnlyTheInnerJreOfAPlainJdkHome) {
   EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
 }
 
-TEST_F(InitOSXJRE, DropsHiddenEntriesOfTheHome) {
+TEST_F(PrepareJreBundle, DropsHiddenEntriesOfTheHome) {
   writeBundle();
   writeFile(home_ + "/.DS_Store", "x");
   writeFile(home_ + "/.a", "x");
@@ -192,7 +191,7 @@ TEST_F(InitOSXJRE, DropsHiddenEntriesOfTheHome) {
   EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
 }
 
-TEST_F(InitOSXJRE, ReplacesWhatTheAliasHolds) {
+TEST_F(PrepareJreBundle, ReplacesWhatTheAliasHolds) {
   writeBundle();
   writeFile(alias_ + "/lib/old.jar", "old");
   writeFile(alias_ + "/bin", "a file where a folder comes");
@@ -202,7 +201,7 @@ TEST_F(InitOSXJRE, ReplacesWhatTheAliasHolds) {
   EXPECT_EQ(fs::read_symlink(home_), alias_);
 }
 
-TEST_F(InitOSXJRE, LinksAnExecutableThatIsAFileToThePluginLibraryFirst) {
+TEST_F(PrepareJreBundle, LinksAnExecutableThatIsAFileToThePluginLibraryFirst) {
   writeBundle();
   fs::remove(executable_);
   writeFile(executable_, "stub");
@@ -212,7 +211,7 @@ TEST_F(InitOSXJRE, LinksAnExecutableThatIsAFileToThePluginLibraryFirst) {
   EXPECT_EQ(fs::read_symlink(executable_), alias_ + "/lib/libnpjp2.dylib");
 }
 
-TEST_F(InitOSXJRE, LinksAnExecutableThatIsAFileToTheLaunchLibraryNext) {
+TEST_F(PrepareJreBundle, LinksAnExecutableThatIsAFileToTheLaunchLibraryNext) {
   writeBundle();
   fs::remove(executable_);
   writeFile(executable_, "stub");
@@ -220,7 +219,7 @@ TEST_F(InitOSXJRE, LinksAnExecutableThatIsAFileToTheLaunchLibraryNext) {
   EXPECT_EQ(fs::read_symlink(executable_), alias_ + "/lib/jli/libjli.dylib");
 }
 
-TEST_F(InitOSXJRE, WarnsWhenThereIsNothingToLinkTo) {
+TEST_F(PrepareJreBundle, WarnsWhenThereIsNothingToLinkTo) {
   writeBundle();
   fs::remove(executable_);
   fs::remove_all(home_ + "/lib/jli");
@@ -230,7 +229,7 @@ TEST_F(InitOSXJRE, WarnsWhenThereIsNothingToLinkTo) {
   EXPECT_FALSE(fs::exists(fs::symlink_status(executable_)));
 }
 
-TEST_F(InitOSXJRE, GivesABundleWithoutAnExecutableALinkOfTheTargetsName) {
+TEST_F(PrepareJreBundle, GivesABundleWithoutAnExecutableALinkOfTheTargetsName) {
   writeBundle();
   fs::remove(executable_);
   prepare();
@@ -241,7 +240,7 @@ TEST_F(InitOSXJRE, GivesABundleWithoutAnExecutableALinkOfTheTargetsName) {
               ElementsAre("libjli.dylib -> " + alias_ + "/lib/jli/libjli.dylib"));
 }
 
-TEST_F(InitOSXJRE, MakesNoFolderForAnExecutable) {
+TEST_F(PrepareJreBundle, MakesNoFolderForAnExecutable) {
   writeBundle();
   fs::remove_all(bundle_ + "/Contents/MacOS");
   prepare();
@@ -251,7 +250,7 @@ TEST_F(InitOSXJRE, MakesNoFolderForAnExecutable) {
   EXPECT_EQ(fs::read_symlink(home_), alias_);
 }
 
-TEST_F(InitOSXJRE, LeavesSeveralExecutablesAsTheyAre) {
+TEST_F(PrepareJreBundle, LeavesSeveralExecutablesAsTheyAre) {
   writeBundle();
   writeFile(bundle_ + "/Contents/MacOS/another", "x");
   prepare();
@@ -263,37 +262,35 @@ TEST_F(InitOSXJRE, LeavesSeveralExecutablesAsTheyAre) {
               ElementsAre("another", "libjli.dylib -> ../Home/lib/jli/libjli.dylib"));
 }
 
-TEST_F(InitOSXJRE, DoesNotCountHiddenExecutables) {
+TEST_F(PrepareJreBundle, DoesNotCountHiddenExecutables) {
   writeBundle();
   writeFile(bundle_ + "/Contents/MacOS/.DS_Store", "x");
   prepare();
   EXPECT_TRUE(log_.contains("[LNS] Got executable name: libjli.dylib\n"));
 }
 
-TEST_F(InitOSXJRE, GoesOnWithoutAHome) {
+TEST_F(PrepareJreBundle, GoesOnWithoutAHome) {
   fs::create_directories(bundle_ + "/Contents");
   EXPECT_EQ(prepare(), alias_);
   EXPECT_EQ(fs::read_symlink(home_), alias_);
   EXPECT_THAT(listTree(alias_), IsEmpty());
 }
 
-TEST_F(InitOSXJRE, GoesOnWithoutABundle) {
+TEST_F(PrepareJreBundle, GoesOnWithoutABundle) {
   EXPECT_EQ(prepare(), alias_);
   EXPECT_FALSE(fs::exists(bundle_));
 }
 
-TEST_F(InitOSXJRE, LeavesAPathWithoutTheSuffixAlone) {
-  for (const char* const path : {"", "/", ".plugin", "/.plugin", "plain"}) {
-    const OwnedText result(initOSXJRE(path));
-    EXPECT_STREQ(result.get(), path);
-  }
+TEST_F(PrepareJreBundle, LeavesAPathWithoutTheSuffixAlone) {
+  for (const char* const path : {"", "/", ".plugin", "/.plugin", "plain"})
+    EXPECT_EQ(prepareJreBundle(path), path);
   writeJavaHome(dir_ / "plain");
   const std::vector<std::string> before = listTree(dir_.str());
-  const OwnedText result(initOSXJRE((dir_ / "plain").c_str()));
+  prepareJreBundle(dir_ / "plain");
   EXPECT_EQ(listTree(dir_.str()), before);
 }
 
-TEST_F(InitOSXJRE, TakesNamesThatAShellWouldExpand) {
+TEST_F(PrepareJreBundle, TakesNamesThatAShellWouldExpand) {
   for (const char* const name : {"a b", "$HOME", "`touch bad`", "q\"x", "back\\slash", "*"}) {
     SCOPED_TRACE(name);
     alias_ = dir_.str() + '/' + name + "/JRE";
@@ -308,40 +305,40 @@ TEST_F(InitOSXJRE, TakesNamesThatAShellWouldExpand) {
   EXPECT_FALSE(fs::exists("bad"));
 }
 
-TEST_F(DismantleOSXJRE, LeavesAnEmptyBundleAndNoAlias) {
+TEST_F(DismantleJreBundle, LeavesAnEmptyBundleAndNoAlias) {
   writeBundle();
   prepare();
-  dismantleOSXJRE(bundle_.c_str());
+  dismantleJreBundle(bundle_);
   EXPECT_THAT(listTree(dir_.str()), ElementsAre("Quillory-JRE-8-complete.plugin/"));
 }
 
-TEST_F(DismantleOSXJRE, FollowsNoLink) {
+TEST_F(DismantleJreBundle, FollowsNoLink) {
   writeBundle();
   prepare();
   writeFile(dir_ / "elsewhere/precious", "kept");
   fs::create_directory_symlink(dir_ / "elsewhere", bundle_ + "/Contents/out");
   fs::create_directory_symlink(dir_ / "elsewhere", alias_ + "/out");
-  dismantleOSXJRE(bundle_.c_str());
+  dismantleJreBundle(bundle_);
   EXPECT_EQ(readFile(dir_ / "elsewhere/precious"), "kept");
 }
 
-TEST_F(DismantleOSXJRE, TakesAwayALinkInThePlaceOfTheBundle) {
+TEST_F(DismantleJreBundle, TakesAwayALinkInThePlaceOfTheBundle) {
   writeFile(dir_ / "elsewhere/precious", "kept");
   fs::create_directory_symlink(dir_ / "elsewhere", bundle_);
-  dismantleOSXJRE(bundle_.c_str());
+  dismantleJreBundle(bundle_);
   EXPECT_FALSE(fs::exists(fs::symlink_status(bundle_)));
   EXPECT_EQ(readFile(dir_ / "elsewhere/precious"), "kept");
 }
 
-TEST_F(DismantleOSXJRE, MakesNothingWhereNothingWas) {
-  dismantleOSXJRE(bundle_.c_str());
+TEST_F(DismantleJreBundle, MakesNothingWhereNothingWas) {
+  dismantleJreBundle(bundle_);
   EXPECT_THAT(listTree(dir_.str()), IsEmpty());
 }
 
-TEST_F(DismantleOSXJRE, LeavesAPathWithoutTheSuffixAlone) {
+TEST_F(DismantleJreBundle, LeavesAPathWithoutTheSuffixAlone) {
   writeJavaHome(dir_ / "precious");
-  dismantleOSXJRE((dir_ / "precious").c_str());
-  dismantleOSXJRE("");
+  dismantleJreBundle(dir_ / "precious");
+  dismantleJreBundle("");
   EXPECT_TRUE(fs::exists(dir_ / "precious/bin/java"));
 }
 

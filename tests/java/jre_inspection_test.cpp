@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <string>
 
-#include "support/owned.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/java/jre_fixture.h"
@@ -18,68 +17,52 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-std::string versionOf(const std::string& java) {
-  const OwnedText version(getJavaVersion(java.c_str()));
-  return version.get();
-}
-
 // The version found where `java -version` runs `script`.
 std::string versionFrom(const std::string& script) {
   TempDir dir;
   writeScript(dir / "java", script);
-  return versionOf(dir / "java");
+  return javaVersionOf(dir / "java");
 }
 
-TEST(GetJavaExecutable, MakesTheToolExecutableForEveryone) {
+TEST(JavaOf, MakesTheToolExecutableForEveryone) {
   TempDir dir;
   const std::string java = dir / "Contents/Home/bin/java";
   writeFile(java, "java");
-  for (const auto locate : {getJavaExecutable, getJavaCmdlineExecutable}) {
-    std::filesystem::permissions(java, std::filesystem::perms(0600));
-    const OwnedText found(locate(dir.str().c_str()));
-    EXPECT_EQ(found.get(), java);
-    EXPECT_EQ(modeOf(java), 0777U);
-  }
+  std::filesystem::permissions(java, std::filesystem::perms(0600));
+  EXPECT_EQ(javaOf(dir.str()), java);
+  EXPECT_EQ(modeOf(java), 0777U);
 }
 
-TEST(GetJavaExecutable, ReturnsThePathOfAMissingToolWithAnError) {
+TEST(JavaOf, ReturnsThePathOfAMissingToolWithAnError) {
   CapturedLog log;
-  const OwnedText found(getJavaExecutable("/nonexistent"));
-  EXPECT_STREQ(found.get(), "/nonexistent/Contents/Home/bin/java");
+  const std::string found = javaOf("/nonexistent");
+  EXPECT_EQ(found, "/nonexistent/Contents/Home/bin/java");
   EXPECT_TRUE(log.contains("Error setting java to executable!\n"));
 }
 
-TEST(GetJavaExecutable, HandsOutARoomyBlockThatFitsAnyPath) {
-  const OwnedText shortPath(getJavaExecutable("/x"));
-  for (int i = 30; i < 5000; ++i) ASSERT_EQ(shortPath.get()[i], '\0');
-  const std::string folder(6000, 'x');
-  const OwnedText longPath(getJavaExecutable(folder.c_str()));
-  EXPECT_EQ(longPath.get(), folder + "/Contents/Home/bin/java");
-}
-
-TEST(GetUnpack200Executable, PrintsItsWayToStandardOutputOnly) {
+TEST(Unpack200Of, PrintsItsWayToStandardOutputOnly) {
   TempDir dir;
   const std::string tool = dir / "Contents/Home/bin/unpack200";
   writeFile(tool, "tool");
   CapturedLog log;
   ::testing::internal::CaptureStdout();
-  const OwnedText found(getUnpack200Executable(dir.str().c_str()));
+  const std::string found = unpack200Of(dir.str());
   EXPECT_EQ(::testing::internal::GetCapturedStdout(),
             "[Locating UP200] " + dir.str() + "\n[Locating UP200] " + dir.str() +
                 "/Contents/Home/bin\n[Locating UP200] Result is " + tool + "\n");
-  EXPECT_EQ(found.get(), tool);
+  EXPECT_EQ(found, tool);
   EXPECT_EQ(modeOf(tool), 0777U);
   EXPECT_EQ(log.text(), "");
 }
 
-TEST(GetUnpack200Executable, ReturnsThePathOfAMissingToolWithAnError) {
+TEST(Unpack200Of, ReturnsThePathOfAMissingToolWithAnError) {
   CapturedLog log;
-  const OwnedText found(getUnpack200Executable("/nonexistent"));
-  EXPECT_STREQ(found.get(), "/nonexistent/Contents/Home/bin/unpack200");
+  const std::string found = unpack200Of("/nonexistent");
+  EXPECT_EQ(found, "/nonexistent/Contents/Home/bin/unpack200");
   EXPECT_TRUE(log.contains("Error setting unpack200 to executable!\n"));
 }
 
-TEST(GetJavaVersion, TakesTheSecondComponent) {
+TEST(JavaVersionOf, TakesTheSecondComponent) {
   static constexpr struct {
     const char* printed;
     const char* expected;
@@ -91,11 +74,11 @@ TEST(GetJavaVersion, TakesTheSecondComponent) {
   }
 }
 
-TEST(GetJavaVersion, LogsEveryStep) {
+TEST(JavaVersionOf, LogsEveryStep) {
   TempDir dir;
   writeScript(dir / "java", "echo 'java version \"1.8.0_202\"'");
   CapturedLog log;
-  EXPECT_EQ(versionOf(dir / "java"), "8");
+  EXPECT_EQ(javaVersionOf(dir / "java"), "8");
   EXPECT_THAT(
       log.messages(),
       ElementsAre("[JavaCheck] Version command result for JRE is java version \"1.8.0_202\"\n",
@@ -103,11 +86,11 @@ TEST(GetJavaVersion, LogsEveryStep) {
                   "[JavaCheck] Version command result for JRE, second ver is \n"));
 }
 
-TEST(GetJavaVersion, IsZeroForAJavaThatAnswersOnStandardErrorOnly) {
+TEST(JavaVersionOf, IsZeroForAJavaThatAnswersOnStandardErrorOnly) {
   EXPECT_EQ(versionFrom("echo 'java version \"1.8.0_202\"' 1>&2"), "0");
 }
 
-TEST(GetJavaVersion, IsZeroWithoutWhatItLooksFor) {
+TEST(JavaVersionOf, IsZeroWithoutWhatItLooksFor) {
   static constexpr struct {
     const char* printed;
     const char* message;
@@ -123,29 +106,29 @@ TEST(GetJavaVersion, IsZeroWithoutWhatItLooksFor) {
   }
 }
 
-TEST(GetJavaVersion, LooksForTheDotsBehindTheFirstQuote) {
+TEST(JavaVersionOf, LooksForTheDotsBehindTheFirstQuote) {
   EXPECT_EQ(versionFrom("echo 'v9.9.9 \"1.8.0\"'"), "8");
 }
 
-TEST(GetJavaVersion, RunsAPathThatAShellWouldExpand) {
+TEST(JavaVersionOf, RunsAPathThatAShellWouldExpand) {
   TempDir dir;
   for (const char* const name : {"$HOME `touch bad`", "a\"b", "a\\b", "with space"}) {
     const std::string java = dir.str() + '/' + name + "/java";
     writeScript(java, "echo 'java version \"1.7.0\"'");
-    EXPECT_EQ(versionOf(java), "7") << java;
+    EXPECT_EQ(javaVersionOf(java), "7") << java;
   }
   EXPECT_FALSE(std::filesystem::exists("bad"));
 }
 
-TEST(GetJavaVersion, IsZeroWhenTheCommandCannotBeRun) {
+TEST(JavaVersionOf, IsZeroWhenTheCommandCannotBeRun) {
   CapturedLog log;
-  EXPECT_EQ(versionOf("/nonexistent/$java"), "0");
+  EXPECT_EQ(javaVersionOf("/nonexistent/$java"), "0");
   EXPECT_EQ(
       log.text(),
       "[JavaCheck] Version command result for JRE is empty, problem running version check?\n");
 }
 
-TEST(JreMatchesVersionRequirement, ComparesAsNumbers) {
+TEST(MeetsVersionRequirement, ComparesAsNumbers) {
   TempDir dir;
   writeScript(dir / "java8", "echo 'java version \"1.8.0\"'");
   writeScript(dir / "java7", "echo 'java version \"1.7.0_80\"'");
@@ -159,46 +142,38 @@ TEST(JreMatchesVersionRequirement, ComparesAsNumbers) {
                 {"java10", "9", true}, {"none", "0", true},   {"none", "", true},
                 {"none", "-1", true},  {"none", "1", false},  {"java8", "99999999999", false}};
   for (const auto& [java, required, expected] : kCases) {
-    EXPECT_EQ(jreMatchesVersionRequirement((dir / java).c_str(), required), expected)
+    EXPECT_EQ(meetsVersionRequirement(dir / java, required), expected)
         << java << " required " << required;
   }
 }
 
-TEST(JreMatchesVersionRequirement, LogsBothSides) {
+TEST(MeetsVersionRequirement, LogsBothSides) {
   TempDir dir;
   writeScript(dir / "java", "echo 'java version \"1.8.0\"'");
   CapturedLog log;
-  jreMatchesVersionRequirement((dir / "java").c_str(), "7");
+  meetsVersionRequirement(dir / "java", "7");
   EXPECT_EQ(log.messages().back(),
             "[Extractor] Checking JRE version requirements: 8 vs required 7\n");
-}
-
-TEST(JreMatchesVersionRequirement, IsNeverMetByNull) {
-  TempDir dir;
-  writeScript(dir / "java", "echo 'java version \"1.8.0\"'");
-  CapturedLog log;
-  EXPECT_FALSE(jreMatchesVersionRequirement((dir / "java").c_str(), nullptr));
-  EXPECT_EQ(log.messages().back(), "[Extractor] Versions for JREs could not be detected (0,1)\n");
 }
 
 TEST(IsHealthyJre, WantsJavaAndTheClassLibrary) {
   TempDir dir;
   writeJavaHome(dir.str());
-  EXPECT_TRUE(isHealthyJre(dir.str().c_str()));
+  EXPECT_TRUE(isHealthyJre(dir.str()));
   std::filesystem::remove(dir / "lib/rt.jar");
-  EXPECT_FALSE(isHealthyJre(dir.str().c_str()));
+  EXPECT_FALSE(isHealthyJre(dir.str()));
   writeFile(dir / "lib/rt.jar", "x");
   std::filesystem::remove(dir / "bin/java");
-  EXPECT_FALSE(isHealthyJre(dir.str().c_str()));
+  EXPECT_FALSE(isHealthyJre(dir.str()));
 }
 
 TEST(HoldsJava, KnowsTheThreePlaces) {
   for (const char* const java :
        {"Contents/Home/bin/java", "Contents/Home/jre/bin/java", "bin/java"}) {
     TempDir dir;
-    EXPECT_FALSE(holdsJava(dir.str().c_str()));
+    EXPECT_FALSE(holdsJava(dir.str()));
     writeFile(dir / java, "java");
-    EXPECT_TRUE(holdsJava(dir.str().c_str())) << java;
+    EXPECT_TRUE(holdsJava(dir.str())) << java;
   }
 }
 
@@ -206,32 +181,32 @@ TEST(HoldsJava, AsksWithoutALogLine) {
   TempDir dir;
   writeFile(dir / "bin/java", "java");
   const CapturedLog log;
-  EXPECT_TRUE(holdsJava(dir.str().c_str()));
+  EXPECT_TRUE(holdsJava(dir.str()));
   EXPECT_THAT(log.messages(), IsEmpty());
 }
 
 TEST(RegenerateSharedArchive, RunsJavaWithOneArgument) {
   TempDir dir;
   writeScript(dir / "Contents/Home/bin/java", "echo \"$# $1\" > \"$0.said\"; exit 1");
-  regenerateSharedArchive(dir.str().c_str());
+  regenerateSharedArchive(dir.str());
   EXPECT_EQ(readFile(dir / "Contents/Home/bin/java.said"), "1 -Xshare:dump\n");
 }
 
-TEST(OverrideCACerts, LeavesTheStoreAloneWithoutASource) {
+TEST(ReplaceTrustStore, LeavesTheStoreAloneWithoutASource) {
   TempDir dir;
   writeJavaHome(dir / "jre");
   CapturedLog log;
-  EXPECT_EQ(overrideCACerts((dir / "cacerts").c_str(), (dir / "jre").c_str()), 0);
+  EXPECT_EQ(replaceTrustStore(dir / "cacerts", dir / "jre"), 0);
   EXPECT_EQ(log.text(), "[Extractor] Override CACerts does not exist.\n");
   EXPECT_EQ(readFile(dir / "jre/lib/security/cacerts"), "the JRE's own");
 }
 
-TEST(OverrideCACerts, ReplacesTheStore) {
+TEST(ReplaceTrustStore, ReplacesTheStore) {
   TempDir dir;
   writeJavaHome(dir / "jre");
   writeFile(dir / "cacerts", "override");
   CapturedLog log;
-  EXPECT_EQ(overrideCACerts((dir / "cacerts").c_str(), (dir / "jre").c_str()), 0);
+  EXPECT_EQ(replaceTrustStore(dir / "cacerts", dir / "jre"), 0);
   const std::string target = dir / "jre/lib/security/cacerts";
   EXPECT_EQ(readFile(target), "override");
   EXPECT_THAT(log.text(), HasSubstr("[Extractor] CACerts path " + (dir / "cacerts") +
@@ -241,23 +216,23 @@ TEST(OverrideCACerts, ReplacesTheStore) {
                                     "[Extractor] Result = 0\n"));
 }
 
-TEST(OverrideCACerts, MakesAStoreWhereThereIsNone) {
+TEST(ReplaceTrustStore, MakesAStoreWhereThereIsNone) {
   TempDir dir;
   std::filesystem::create_directories(dir / "jre/lib/security");
   writeFile(dir / "cacerts", "override");
   CapturedLog log;
-  EXPECT_EQ(overrideCACerts((dir / "cacerts").c_str(), (dir / "jre").c_str()), 0);
+  EXPECT_EQ(replaceTrustStore(dir / "cacerts", dir / "jre"), 0);
   EXPECT_EQ(readFile(dir / "jre/lib/security/cacerts"), "override");
   EXPECT_FALSE(log.contains("Removing old"));
 }
 
-TEST(OverrideCACerts, ReportsACopyThatFails) {
+TEST(ReplaceTrustStore, ReportsACopyThatFails) {
   TempDir dir;
   writeFile(dir / "cacerts", "override");
-  EXPECT_NE(overrideCACerts((dir / "cacerts").c_str(), (dir / "no such jre").c_str()), 0);
+  EXPECT_NE(replaceTrustStore(dir / "cacerts", dir / "no such jre"), 0);
 }
 
-TEST(OverrideCACerts, NeverWritesThroughALink) {
+TEST(ReplaceTrustStore, NeverWritesThroughALink) {
   TempDir dir;
   writeFile(dir / "cacerts", "override");
   writeFile(dir / "outside", "mine");
@@ -266,29 +241,12 @@ TEST(OverrideCACerts, NeverWritesThroughALink) {
   for (const char* const pointed : {"outside", "not there"}) {
     std::filesystem::remove(target);
     std::filesystem::create_symlink(dir / pointed, target);
-    overrideCACerts((dir / "cacerts").c_str(), (dir / "jre").c_str());
+    replaceTrustStore(dir / "cacerts", dir / "jre");
     EXPECT_FALSE(std::filesystem::is_symlink(target));
     EXPECT_EQ(readFile(target), "override");
   }
   EXPECT_EQ(readFile(dir / "outside"), "mine");
   EXPECT_FALSE(std::filesystem::exists(dir / "not there"));
-}
-
-TEST(CallVerPatchOn, HandsOverAllArgumentsAndLogsTheStatus) {
-  TempDir dir;
-  writeScript(dir / "verpatch", "printf '%s|' \"$@\" > \"$0.arguments\"; exit 3");
-  CapturedLog log;
-  callVerPatchOn((dir / "verpatch").c_str(), "/some/App.exe", "My App");
-  EXPECT_EQ(readFile(dir / "verpatch.arguments"),
-            "/some/App.exe|4.0.0.0|/s|description|My App|/s|ProductName|My App|/pv|4.0.0.0|/s|"
-            "LegalCopyright| |/s|Company| |/s|FullVersion|4.0.0.0|");
-  EXPECT_EQ(log.messages().back(), "[VerPath] Returned 3\n");
-}
-
-TEST(CallVerPatchOn, LogsAToolThatCannotBeStarted) {
-  CapturedLog log;
-  callVerPatchOn("/nonexistent/verpatch", "file", "name");
-  EXPECT_EQ(log.messages().back(), "[VerPath] Returned -1\n");
 }
 
 }  // namespace

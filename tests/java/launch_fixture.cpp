@@ -5,6 +5,7 @@
 
 #include <fstream>
 
+#include "java/for_embedders.h"
 #include "java/launch_flow.h"
 #include "tests/harness/records.h"
 

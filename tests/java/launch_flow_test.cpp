@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "java/for_embedders.h"
 #include "support/platform.h"
 #include "support/url_request.h"
 #include "tests/harness/records.h"

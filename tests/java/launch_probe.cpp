@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "java/for_embedders.h"
 #include "java/jni_launch.h"
 #include "java/launch_flow.h"
 

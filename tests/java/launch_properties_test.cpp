@@ -9,6 +9,7 @@
 
 #include <cstring>
 
+#include "java/for_embedders.h"
 #include "support/clock.h"
 #include "support/exit_status.h"
 #include "support/paths.h"

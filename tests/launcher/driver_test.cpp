@@ -27,8 +27,6 @@ constexpr char kJava[] =
     "for argument in \"$@\"; do echo \"$argument\"; done >\"${0%/*/*/*}/starting\"\n"
     "mv \"${0%/*/*/*}/starting\" \"${0%/*/*/*}/started\"\n";
 
-std::string homeOfTest;
-
 std::string launchFile(const char* mainClass) {
   return records(
       {"6", mainClass, "", "demo", "", "0", "0", "0", "1", "app.jar", "0", "", "", "", "0", "0"});
@@ -79,12 +77,11 @@ class ExtractWrapperTail : public ::testing::Test {
     std::vector<char*> argv;
     for (std::string& argument : arguments) argv.push_back(argument.data());
     const int argc = static_cast<int>(argv.size());
-    homeOfTest = home_.str();
     fs::remove(master_ + "/started");
     return inChild([&] {
-      userCalls.homeFolder = +[] { return homeOfTest; };
-      drive({argv[0], argc - 1, argv.data() + 1, argc, argv.data(), prepareOnly},
-            {.isRelaunchedCopy = [] { return false; }});
+      runStart(
+          argv[0], {argc - 1, argv.data() + 1, argc, argv.data(), prepareOnly},
+          {.homeFolder = [this] { return home_.str(); }, .isRelaunchedCopy = [] { return false; }});
     });
   }
 
@@ -403,10 +400,9 @@ TEST_F(ExtractWrapperTail, EndsWhereTheApplicationHasNoTemporaryFolder) {
 
 TEST_F(ExtractWrapperTail, EndsWithoutASharedDirectory) {
   const Ended ended = inChild([&] {
-    userCalls.homeFolder = +[] { return std::string(); };
     std::string path = bundle_.exePath();
     char* argv[] = {path.data()};
-    extractWrapperTail(argv[0], 0, argv + 1, 1, argv, false);
+    runStart(argv[0], {0, argv + 1, 1, argv, false}, {.homeFolder = [] { return std::string(); }});
   });
   EXPECT_EQ(ended.status, kExitFailure);
   EXPECT_TRUE(ended.logs("ERROR: Unable to get shared dir!"));
@@ -449,15 +445,14 @@ class ExtractWrapperTailElevated : public ExtractWrapperTail {
     const std::string shared = shared_.str();
     const ScopedReplace clock(
         timeCalls.nowMillis, +[] { return std::uint64_t{9000}; });
-    homeOfTest = home_.str();
     std::string path = bundle_.exePath(), one = "one", last = kLast;
     char* argv[] = {path.data(), one.data(), last.data(), nullptr};
     return inChild([&] {
-      userCalls.homeFolder = +[] { return homeOfTest; };
-      Surroundings around{.sharedTemporaryFolder = shared};
+      StartSurroundings around{.homeFolder = [this] { return home_.str(); },
+                               .sharedTemporaryFolder = shared};
       // A forked child has a parent that runs the same executable, as a relaunched copy has.
-      if (!isRelaunched) around.isRelaunchedCopy = +[] { return false; };
-      drive({argv[0], 2, argv + 1, 3, argv, prepareOnly}, around);
+      if (!isRelaunched) around.isRelaunchedCopy = [] { return false; };
+      runStart(argv[0], {2, argv + 1, 3, argv, prepareOnly}, around);
     });
   }
 

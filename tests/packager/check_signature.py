@@ -54,4 +54,5 @@ def main():
         print("bad")
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -5,6 +5,7 @@
 
 #include <chrono>
 
+#include "support/for_embedders.h"
 #include "tests/harness/scoped_replace.h"
 
 namespace quillory {
@@ -28,31 +29,6 @@ TEST(GetCurrentTimeMillis, IsTheWallClock) {
   EXPECT_LE(now, after);
 }
 
-TEST(SystemTimeMillis, IsTheSameQuantity) {
-  const std::int64_t before = epochMillis();
-  const auto now = static_cast<std::int64_t>(systemTimeMillis());
-  const std::int64_t after = epochMillis();
-  EXPECT_LE(before, now);
-  EXPECT_LE(now, after);
-}
-
-TEST(GetJustMillis, IsTheMillisecondPartOfTheSecond) {
-  const ScopedReplace clock(
-      timeCalls.nowMillis, +[] { return std::uint64_t{1795000000042}; });
-  EXPECT_EQ(getJustMillis(), 42);
-}
-
-TEST(GetJustMillis, ReachesFrom0To999) {
-  {
-    const ScopedReplace clock(
-        timeCalls.nowMillis, +[] { return std::uint64_t{1795000000999}; });
-    EXPECT_EQ(getJustMillis(), 999);
-  }
-  const ScopedReplace clock(
-      timeCalls.nowMillis, +[] { return std::uint64_t{1795000001000}; });
-  EXPECT_EQ(getJustMillis(), 0);
-}
-
 TEST(TheClock, IsZeroWhenItCannotBeRead) {
   const ScopedReplace clock(
       timeCalls.nowMillis, +[] { return std::uint64_t{0}; });
@@ -66,19 +42,6 @@ TEST(SleepMicros, WaitsAtLeastThatLong) {
   timeCalls.sleepMicros(20000);
   EXPECT_GE(steady_clock::now() - begin, milliseconds(20));
 }
-
-TEST(Millisleep, FailsAtOnceForEveryWaitWorthTheName) {
-  for (const int ms : {1, 2, 999, 1000, 1001, 60000, 2147483647}) {
-    SCOPED_TRACE(ms);
-    const auto begin = steady_clock::now();
-    errno = 0;
-    EXPECT_EQ(millisleep(ms), -1);
-    EXPECT_EQ(errno, EINVAL);
-    EXPECT_LT(steady_clock::now() - begin, milliseconds(500));
-  }
-}
-
-TEST(Millisleep, SucceedsForZero) { EXPECT_EQ(millisleep(0), 0); }
 
 }  // namespace
 }  // namespace quillory

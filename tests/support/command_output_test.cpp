@@ -3,20 +3,15 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <optional>
 #include <string>
 
-#include "support/owned.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory {
 namespace {
 
 using quillory::testing::TempDir;
-
-std::string outputOf(const std::string& command) {
-  const OwnedText output(runCommandGetOutput(command.c_str()));
-  return output == nullptr ? "(null)" : output.get();
-}
 
 // No more files can be opened while it lives.
 class NoMoreFiles {
@@ -33,96 +28,58 @@ class NoMoreFiles {
   rlimit saved_ = {};
 };
 
-TEST(RunCommandGetOutput, StripsLineEndsAndSpacesAtTheEndOnly) {
-  EXPECT_EQ(outputOf("printf '1.8\\n\\r '"), "1.8");
-  EXPECT_EQ(outputOf("printf ' a \\n b\\n\\n'"), " a \n b");
-  EXPECT_EQ(outputOf("printf 'kept\\t\\n'"), "kept\t");
-  EXPECT_EQ(outputOf("printf ' \\n\\r '"), "");
+TEST(OutputOfCommand, StripsLineEndsAndSpacesAtTheEndOnly) {
+  EXPECT_EQ(outputOfCommand("printf '1.8\\n\\r '"), "1.8");
+  EXPECT_EQ(outputOfCommand("printf ' a \\n b\\n\\n'"), " a \n b");
+  EXPECT_EQ(outputOfCommand("printf 'kept\\t\\n'"), "kept\t");
+  EXPECT_EQ(outputOfCommand("printf ' \\n\\r '"), "");
 }
 
-TEST(RunCommandGetOutput, IsEmptyWithoutOutput) {
-  EXPECT_EQ(outputOf("true"), "");
-  EXPECT_EQ(outputOf("/nonexistent/tool 2>/dev/null"), "");
+TEST(OutputOfCommand, IsEmptyWithoutOutput) {
+  EXPECT_EQ(outputOfCommand("true"), "");
+  EXPECT_EQ(outputOfCommand("/nonexistent/tool 2>/dev/null"), "");
 }
 
-TEST(RunCommandGetOutput, TakesStandardOutputOnly) {
-  EXPECT_EQ(outputOf("echo out; echo err 1>&2"), "out");
+TEST(OutputOfCommand, TakesStandardOutputOnly) {
+  EXPECT_EQ(outputOfCommand("echo out; echo err 1>&2"), "out");
 }
 
-TEST(RunCommandGetOutput, ReturnsMoreThanTenThousandBytesWhole) {
-  EXPECT_EQ(outputOf("head -c 100000 /dev/zero | tr '\\0' x"), std::string(100000, 'x'));
+TEST(OutputOfCommand, ReturnsMoreThanTenThousandBytesWhole) {
+  EXPECT_EQ(outputOfCommand("head -c 100000 /dev/zero | tr '\\0' x"), std::string(100000, 'x'));
 }
 
-TEST(RunCommandGetOutput, IsNullWithoutAPipe) {
+TEST(OutputOfCommand, IsNothingWithoutAPipe) {
   NoMoreFiles limit;
-  EXPECT_EQ(runCommandGetOutput("echo never"), nullptr);
+  EXPECT_EQ(outputOfCommand("echo never"), std::nullopt);
 }
 
-TEST(RunProgramGetOutput, HandsOverTheArgumentsUnexpanded) {
-  const OwnedText output(
-      runProgramGetOutput({"/usr/bin/printf", "%s|", "$HOME", "`id`", "a\"b", "c d"}));
-  EXPECT_STREQ(output.get(), "$HOME|`id`|a\"b|c d|");
+TEST(OutputOfProgram, HandsOverTheArgumentsUnexpanded) {
+  const std::optional<std::string> output =
+      outputOfProgram({"/usr/bin/printf", "%s|", "$HOME", "`id`", "a\"b", "c d"});
+  EXPECT_EQ(output, "$HOME|`id`|a\"b|c d|");
 }
 
-TEST(RunProgramGetOutput, StripsLikeACommand) {
-  const OwnedText output(runProgramGetOutput({"/usr/bin/printf", "1.8\\n\\r "}));
-  EXPECT_STREQ(output.get(), "1.8");
+TEST(OutputOfProgram, StripsLikeACommand) {
+  const std::optional<std::string> output = outputOfProgram({"/usr/bin/printf", "1.8\\n\\r "});
+  EXPECT_EQ(output, "1.8");
 }
 
-TEST(RunProgramGetOutput, ReturnsLongOutputWhole) {
-  const OwnedText output(runProgramGetOutput({"/bin/sh", "-c", "seq 1 30000; echo end"}));
-  const std::string text = output.get();
+TEST(OutputOfProgram, ReturnsLongOutputWhole) {
+  const std::optional<std::string> output =
+      outputOfProgram({"/bin/sh", "-c", "seq 1 30000; echo end"});
+  const std::string text = output.value_or("");
   EXPECT_GT(text.size(), 65536U) << "more than a pipe holds";
   EXPECT_TRUE(text.ends_with("30000\nend"));
 }
 
-TEST(RunProgramGetOutput, IsNullForAProgramThatDoesNotExist) {
-  EXPECT_EQ(runProgramGetOutput({"/nonexistent/$tool"}), nullptr);
-  EXPECT_EQ(runProgramGetOutput({}), nullptr);
+TEST(OutputOfProgram, IsNothingForAProgramThatDoesNotExist) {
+  EXPECT_EQ(outputOfProgram({"/nonexistent/$tool"}), std::nullopt);
+  EXPECT_EQ(outputOfProgram({}), std::nullopt);
 }
 
-TEST(RunProgramGetOutput, IsNullWithoutAPipe) {
+TEST(OutputOfProgram, IsNothingWithoutAPipe) {
   NoMoreFiles limit;
-  EXPECT_EQ(runProgramGetOutput({"/bin/true"}), nullptr);
-}
-
-TEST(EscapeSpaces, ReturnsTheTextItselfWithoutTheFlag) {
-  char text[] = "a b";
-  EXPECT_EQ(escapeSpaces(text, false), text);
-}
-
-TEST(EscapeSpaces, PutsABackslashBeforeEverySpace) {
-  char text[] = " a  b\tc ";
-  const OwnedText escaped(escapeSpaces(text, true));
-  EXPECT_STREQ(escaped.get(), "\\ a\\ \\ b\tc\\ ");
-}
-
-TEST(EscapeSpaces, GivesANewEmptyTextForAnEmptyOne) {
-  char text[] = "";
-  const OwnedText escaped(escapeSpaces(text, true));
-  EXPECT_NE(escaped.get(), text);
-  EXPECT_STREQ(escaped.get(), "");
-}
-
-TEST(QuoteSpaciousString, QuotesWithAndWithoutSpaces) {
-  for (const char* const text : {"", "plain", "with space", "\"quoted\""}) {
-    const OwnedText quoted(quoteSpaciousString(text));
-    EXPECT_EQ(quoted.get(), '"' + std::string(text) + '"');
-  }
-}
-
-TEST(QuoteStringIfNecessary, LeavesATextThatBeginsWithAQuote) {
-  char text[] = "\"half";
-  EXPECT_EQ(quoteStringIfNecessary(text), text);
-}
-
-TEST(QuoteStringIfNecessary, QuotesAnyOther) {
-  char text[] = "a \"b\"";
-  const OwnedText quoted(quoteStringIfNecessary(text));
-  EXPECT_STREQ(quoted.get(), "\"a \"b\"\"");
-  char empty[] = "";
-  const OwnedText quotedEmpty(quoteStringIfNecessary(empty));
-  EXPECT_STREQ(quotedEmpty.get(), "\"\"");
+  EXPECT_EQ(outputOfProgram({"/bin/true"}), std::nullopt);
 }
 
 }  // namespace

@@ -287,12 +287,6 @@ TEST(DoesFileExist, IsFalseWithoutALogLineOtherwise) {
   EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST(DoesDirExist, OnlyLogs) {
-  const QuietLog log;
-  EXPECT_TRUE(doesDirExist("/no/such/folder"));
-  EXPECT_THAT(log.messages(), ElementsAre("Checking if /no/such/folder exists\n"));
-}
-
 TEST(IsFolder, IsTrueForFoldersAndLinksToThem) {
   const QuietLog log;
   const TempDir folder;

@@ -182,17 +182,6 @@ TEST(GetAbsoluteExeDir, HoldsAPathOfAnyLength) {
   EXPECT_EQ(std::string(OwnedText(getAbsoluteExeDir((folder + "/y").c_str())).get()), folder);
 }
 
-TEST(PathToFile, PointsBehindTheLastSeparator) {
-  char path[] = "/a/b/file.txt";
-  EXPECT_EQ(pathToFile(path), path + 5);
-  char plain[] = "file";
-  EXPECT_EQ(pathToFile(plain), plain);
-  char folder[] = "a/";
-  EXPECT_STREQ(pathToFile(folder), "");
-  char empty[] = "";
-  EXPECT_EQ(pathToFile(empty), empty);
-}
-
 TEST(ChopPath, KeepsWhatFollowsTheLastSeparatorOfEitherKind) {
   static constexpr struct {
     const char *path, *expected;

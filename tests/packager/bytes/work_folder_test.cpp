@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
 
 #include "packager/report/findings.h"
@@ -11,6 +13,7 @@ namespace quillory::pack {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::modeOf;
 using testing::TempDir;
 using testing::writeFile;
 
@@ -27,6 +30,85 @@ TEST(WorkFolder, IsGoneWithEverythingInIt) {
 TEST(WorkFolder, ReportsWhereItCannotBe) {
   EXPECT_THROW(WorkFolder("/proc/nonexistent"), PackError);
 }
+
+TEST(WorkFolder, StandsInItsParentForItsOwnerAlone) {
+  TempDir dir;
+  WorkFolder one(dir.str()), two(dir.str());
+  EXPECT_EQ(fs::path(one.path()).parent_path(), dir.path());
+  EXPECT_EQ(fs::path(one.path()).filename().string()[0], '.');
+  EXPECT_NE(one.path(), two.path());
+  EXPECT_EQ(modeOf(one.path()), 0700u);
+  EXPECT_EQ(one / "a/b", one.path() + "/a/b");
+}
+
+TEST(WorkFolder, NamesTheParentThatIsNoFolder) {
+  TempDir dir;
+  writeFile(dir / "file", "x");
+  try {
+    WorkFolder work(dir / "file");
+    FAIL();
+  } catch (const PackError& e) {
+    EXPECT_EQ(e.finding().place.file, dir / "file");
+  }
+  try {
+    WorkFolder work("/proc");
+    FAIL();
+  } catch (const PackError& e) {
+    EXPECT_EQ(asText(e.finding()),
+              "/proc: error: no folder can be made in it: No such file or directory");
+  }
+}
+
+// Signals, each in a process of its own: what they change lasts.
+class Interruption : public ::testing::TestWithParam<int> {};
+
+// Ends the process with 0 where the test is right.
+void noticeOne(int number) {
+  noticeInterruptions();
+  if (interruptingSignal() != 0) std::exit(1);
+  stopIfInterrupted();
+  std::raise(number);
+  if (interruptingSignal() != number) std::exit(2);
+  try {
+    stopIfInterrupted();
+  } catch (const PackError& e) {
+    std::exit(e.what() == std::string("interrupted") ? 0 : 3);
+  }
+  std::exit(4);
+}
+
+void askTwice(int number) {
+  noticeInterruptions();
+  std::raise(number);
+  std::raise(number);
+  std::exit(0);
+}
+
+void askWhoIgnores(int number) {
+  std::signal(number, SIG_IGN);
+  noticeInterruptions();
+  std::raise(number);
+  std::exit(interruptingSignal());
+}
+
+TEST_P(Interruption, IsNoticedAndThrownAtTheNextChance) {
+  EXPECT_EXIT(noticeOne(GetParam()), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_P(Interruption, EndsTheProcessWhenItComesTwice) {
+  EXPECT_EXIT(askTwice(GetParam()), ::testing::KilledBySignal(GetParam()), "");
+}
+
+TEST_P(Interruption, StaysIgnoredWhereItWas) {
+  EXPECT_EXIT(askWhoIgnores(GetParam()), ::testing::ExitedWithCode(0), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(EachSignal, Interruption, ::testing::Values(SIGINT, SIGTERM, SIGHUP),
+                         [](const auto& each) {
+                           return each.param == SIGINT    ? "Interrupt"
+                                  : each.param == SIGTERM ? "Termination"
+                                                          : "HangUp";
+                         });
 
 }  // namespace
 }  // namespace quillory::pack

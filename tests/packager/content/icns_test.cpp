@@ -4,11 +4,13 @@
 
 #include "packager/report/findings.h"
 #include "tests/harness/temp_dir.h"
+#include "tests/packager/mach_o_bytes.h"
 
 namespace quillory::pack {
 namespace {
 
 using namespace std::string_literals;
+using testing::bigEndian;
 using testing::TempDir;
 using testing::writeFile;
 
@@ -76,6 +78,46 @@ TEST(FlawOfPicture, IsADamagedHeader) {
   }
   EXPECT_EQ(flawOfPicture(png('\0', '\1')), "is a PNG picture without a single pixel");
   EXPECT_EQ(flawOfPicture(png('\1', '\0')), "is a PNG picture without a single pixel");
+}
+
+std::string pngOf(std::uint32_t width, std::uint32_t height) {
+  return "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR"s + bigEndian(width) + bigEndian(height) + "rest";
+}
+
+TEST(IcnsFrom, HasATypeForEverySizeOfIcons) {
+  TempDir dir;
+  const std::pair<std::uint32_t, std::string> kinds[] = {
+      {64, "icp6"}, {128, "ic07"}, {256, "ic08"}, {512, "ic09"}, {1024, "ic10"}};
+  for (const auto& [size, type] : kinds) {
+    const std::string picture = pngOf(size, size);
+    writeFile(dir / "a.png", picture);
+    EXPECT_EQ(icnsFrom(dir / "a.png"), "icns\0\0\0\x2c"s + type + "\0\0\0\x24"s + picture);
+  }
+  for (const std::uint32_t size : {1u, 16u, 32u, 63u, 65u, 2048u, 0x01000040u}) {
+    EXPECT_NE(flawOfIcon(pngOf(size, size)), "") << size;
+  }
+}
+
+TEST(IcnsFrom, NamesTheFile) {
+  TempDir dir;
+  EXPECT_THROW(icnsFrom(dir / "missing"), PackError);
+  writeFile(dir / "a.png", "text");
+  try {
+    icnsFrom(dir / "a.png");
+    FAIL();
+  } catch (const PackError& e) {
+    EXPECT_EQ(asText(e.finding()), dir / "a.png" +
+                                       ": error: is neither an icns nor a PNG picture\n"
+                                       "  -> give it one of the sizes of icons, best 1024");
+  }
+}
+
+TEST(FlawOfIcon, IsAPictureThatIsCutOrWider) {
+  EXPECT_EQ(flawOfIcon(pngOf(256, 256).substr(0, 23)),
+            "is a PNG picture that is cut short or damaged");
+  EXPECT_EQ(flawOfIcon(pngOf(0x01000100, 256)),
+            "is a picture of 16777472 by 256 pixels: those of icons are square, of 64, 128, 256, "
+            "512 or 1024");
 }
 
 }  // namespace

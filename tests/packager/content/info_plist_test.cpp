@@ -76,5 +76,38 @@ TEST(RuntimeInfoPlist, IsThatOfABundleWithAnExecutable) {
   EXPECT_NE(lines.find("CFBundlePackageType=BNDL\n"), std::string::npos);
 }
 
+TEST(ApplicationInfoPlist, IsAllowedToHaveTextsOfEveryKind) {
+  ApplicationConfig app = sample();
+  app.urlSchemes = {"a<b>&c"};
+  app.copyright = "\xc2\xa9 1\t2\n3\x01\x1f\x7f <4> \"5\" '6'";
+  const std::string plist = applicationInfoPlist(app, "");
+  EXPECT_NE(plist.find("<string>\xc2\xa9 1\t2\n3\x7f &lt;4&gt; \"5\" '6'</string>"),
+            std::string::npos)
+      << plist;
+  const std::string lines = readBack(plist);
+  EXPECT_NE(lines.find("NSHumanReadableCopyright=\xc2\xa9 1\t2\n3\x7f <4> \"5\" '6'\n"),
+            std::string::npos)
+      << lines;
+  EXPECT_NE(lines.find("['a<b>&c']"), std::string::npos) << lines;
+}
+
+TEST(RuntimeInfoPlist, HasAllKeysAndNoExecutableWhereThereIsNone) {
+  EXPECT_EQ(readBack(runtimeInfoPlist("My <JRE>", "170000900", "")),
+            "CFBundleDevelopmentRegion=en\n"
+            "CFBundleIdentifier=local.runtime.MyJRE\n"
+            "CFBundleInfoDictionaryVersion=6.0\n"
+            "CFBundleName=My <JRE>\n"
+            "CFBundlePackageType=BNDL\n"
+            "CFBundleShortVersionString=170000900\n"
+            "CFBundleVersion=170000900\n");
+}
+
+TEST(RuntimeInfoPlist, IsAPropertyListInXml) {
+  const std::string plist = runtimeInfoPlist("JRE", "1", "");
+  EXPECT_EQ(plist.find("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC "), 0u);
+  EXPECT_NE(plist.find("<dict>\n\t<key>CFBundleDevelopmentRegion</key>\n\t<string>en</string>\n"),
+            std::string::npos);
+}
+
 }  // namespace
 }  // namespace quillory::pack

@@ -78,6 +78,85 @@ TEST(Jar, CutOrChangedAnywhereIsAnErrorOrStillAJarAndNothingWorse) {
   }
 }
 
+// A jar of a script with another library; `lines` write to the archive `jar`.
+void makeJar(const std::string& path, const std::string& lines) {
+  const testing::ChildResult result =
+      runChild({"/usr/bin/python3", "-c",
+                "import sys, zipfile\n"
+                "jar = zipfile.ZipFile(sys.argv[1], 'w', zipfile.ZIP_DEFLATED)\n" +
+                    lines + "\njar.close()\n",
+                path});
+  ASSERT_EQ(result.exitStatus, 0) << result.err;
+}
+
+// The value of Main-Class in a manifest.
+std::string mainClassIn(const std::string& manifest) {
+  TempDir dir;
+  writeFile(dir / "manifest", manifest);
+  makeJar(dir / "a.jar", "jar.write('" + dir / "manifest" + "', 'META-INF/MANIFEST.MF')");
+  return Jar(dir / "a.jar").manifestValue("Main-Class");
+}
+
+TEST(Jar, ReadsTheMainSectionOfTheManifestOnly) {
+  EXPECT_EQ(mainClassIn("Main-Class: a.B\n"), "a.B");
+  EXPECT_EQ(mainClassIn("Manifest-Version: 1.0\r\nMain-Class: a.B\r\nX: y\r\n\r\n"), "a.B");
+  EXPECT_EQ(mainClassIn("Main-Class: a.B"), "a.B") << "a last line without an end";
+  EXPECT_EQ(mainClassIn("A: b\n\nName: part\nMain-Class: a.B\n"), "") << "a section of a part";
+  EXPECT_EQ(mainClassIn("A: b\r\n\r\nName: part\r\nMain-Class: a.B\r\n"), "");
+  EXPECT_EQ(mainClassIn("X-Main-Class: no\nMain-Class: a.B\n"), "a.B");
+  EXPECT_EQ(mainClassIn("X-Main-Class: no\n"), "");
+  EXPECT_EQ(mainClassIn("Main-Class: a.\n B\nX: y\n"), "a.B");
+  EXPECT_EQ(mainClassIn("Main-Class: a.\r\n B\r\n C\r\n"), "a.BC");
+  EXPECT_EQ(mainClassIn(""), "");
+}
+
+TEST(Jar, FindsEntriesBehindOthersWithFieldsOfTheirOwn) {
+  TempDir dir;
+  // An extra field and a comment in the directory; the field stands in the local header, too.
+  makeJar(dir / "a.jar",
+          "info = zipfile.ZipInfo('com/example/First.class')\n"
+          "info.extra = b'\\xfe\\xca\\x04\\x00four'\n"
+          "info.comment = b'a comment'\n"
+          "jar.writestr(info, b'first')\n"
+          "info = zipfile.ZipInfo('META-INF/MANIFEST.MF')\n"
+          "info.extra = b'\\xfe\\xca\\x04\\x00four'\n"
+          "jar.writestr(info, b'Main-Class: a.B\\n')\n"
+          "jar.writestr('Last.class', b'last')");
+  const Jar jar(dir / "a.jar");
+  EXPECT_TRUE(jar.hasClass("com.example.First"));
+  EXPECT_TRUE(jar.hasClass("Last"));
+  EXPECT_EQ(jar.manifestValue("Main-Class"), "a.B");
+}
+
+TEST(Jar, IsFoundBeforeTheLongestComment) {
+  TempDir dir;
+  makeJar(dir / "a.jar", "jar.writestr('A.class', b'x')\njar.comment = b'c' * 65535");
+  EXPECT_TRUE(Jar(dir / "a.jar").hasClass("A"));
+}
+
+TEST(Jar, ReadsManifestsOfUpToAMebibyte) {
+  TempDir dir;
+  const std::string write = "jar.writestr('META-INF/MANIFEST.MF', b'Main-Class: a.B\\n' + b'x' * ";
+  makeJar(dir / "largest.jar", write + "((1 << 20) - 16))");
+  EXPECT_EQ(Jar(dir / "largest.jar").manifestValue("Main-Class"), "a.B");
+  makeJar(dir / "larger.jar", write + "((1 << 20) - 15))");
+  EXPECT_THROW(Jar(dir / "larger.jar").manifestValue("Main-Class"), PackError);
+}
+
+TEST(Jar, IsDamagedWhenAnEntryIsNotAsLongAsItSays) {
+  TempDir dir;
+  makeJar(dir / "a.jar", "jar.writestr('META-INF/MANIFEST.MF', b'Main-Class: a.B\\n')");
+  const std::string whole = readFile(dir / "a.jar");
+  const std::size_t size = whole.find("PK\x01\x02") + 24;
+  ASSERT_EQ(whole[size], 16);
+  for (const char wrong : {'\x0f', '\x11'}) {
+    std::string changed = whole;
+    changed[size] = wrong;
+    writeFile(dir / "a.jar", changed);
+    EXPECT_THROW(Jar(dir / "a.jar").manifestValue("Main-Class"), PackError) << +wrong;
+  }
+}
+
 TEST(Jar, NamesTheFileThatIsMissing) { EXPECT_THROW(Jar("/nonexistent.jar"), PackError); }
 
 }  // namespace

@@ -1,20 +1,34 @@
 #include "packager/content/runtime_image.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
+#include "packager/content/program_folder.h"
 #include "packager/content/tool_runner.h"
+#include "tests/harness/stand_in_program.h"
+#include "tests/packager/mach_o_bytes.h"
 #include "tests/packager/project.h"
+#include "tests/packager/rules_of.h"
 
 namespace quillory::pack {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using testing::kArm;
+using testing::kX86;
 using testing::Project;
 using testing::readFile;
+using testing::recordedIn;
+using testing::rulesOf;
 using testing::TempDir;
+using testing::thinMachO;
+using testing::universalMachO;
 using testing::writeFile;
+using testing::writeProgram;
+using testing::writeRecorder;
 
 TEST(VersionNumberFor, GrowsWithTheVersion) {
   static constexpr struct {
@@ -156,6 +170,234 @@ TEST(LinkRuntime, ShowsWhatJlinkSaid) {
   } catch (const PackError& e) {
     EXPECT_NE(std::string(e.what()).find("no.such.module"), std::string::npos) << e.what();
   }
+}
+
+TEST(VersionNumberFor, GivesEachPartItsPlaces) {
+  static constexpr struct {
+    const char* version;
+    const char* number;
+  } kCases[] = {{"17.99.999.99", "179999999"}, {"17.100.1000.100", "179999999"},
+                {"9999", "99990000000"},       {"10000", "99990000000"},
+                {"1.8.0", "80000000"},         {"1", "10000000"},
+                {"17.0.9+11", "170000900"},    {"0.0.1", "100"},
+                {"17..1", "170000100"},        {"0", ""}};
+  for (const auto& [version, number] : kCases) {
+    EXPECT_EQ(versionNumberFor(version), number) << version;
+  }
+}
+
+TEST(VersionNumberOf, TakesTheKeyAtTheBeginningOfALine) {
+  TempDir dir;
+  writeFile(dir / "release", "JAVA_VERSION=\"21.0.1\"");
+  EXPECT_EQ(versionNumberOf(dir.str()), "210000100");
+  writeFile(dir / "release", "OLD_JAVA_VERSION=\"8\"\nJAVA_VERSION=\"21.0.1\"\n");
+  EXPECT_EQ(versionNumberOf(dir.str()), "210000100");
+  writeFile(dir / "release", "OLD_JAVA_VERSION=\"8\"\n");
+  EXPECT_EQ(versionNumberOf(dir.str()), "");
+  writeFile(dir / "release", "JAVA_VERSION=\"unknown\"\n");
+  EXPECT_EQ(versionNumberOf(dir.str()), "");
+}
+
+TEST(FindJavaHome, PrefersTheHomeInsideOfABundle) {
+  TempDir dir;
+  writeFile(dir / "bin/java", "x");
+  writeFile(dir / "Contents/Home/bin/java", "x");
+  EXPECT_EQ(findJavaHome(dir.str(), {}), dir / "Contents/Home");
+}
+
+TEST(RuntimeContent, KeepsTheLibraryThatIsWhereTheLauncherLooksForIt) {
+  Project project;
+  writeFile(project / "jre/lib/jli/libjli.dylib", "the first choice");
+  writeFile(project / "jre/lib/libjli.dylib", "the second");
+  const ContentTree tree = runtimeContent(project / "jre", {});
+  EXPECT_EQ(tree.entries().at("Contents/MacOS/libjli.dylib").source,
+            project / "jre/lib/jli/libjli.dylib");
+  EXPECT_EQ(tree.entries().at("Contents/Home/lib/jli/libjli.dylib").source,
+            project / "jre/lib/jli/libjli.dylib");
+  EXPECT_FALSE(tree.contains("Contents/MacOS/libjli.so")) << "one is enough";
+  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{});
+}
+
+TEST(RuntimeContent, NamesTheLibraryAsTheExecutableOfTheBundle) {
+  Project project;
+  RuntimeConfig config;
+  config.version = "5";
+  const auto plist = [&] {
+    return runtimeContent(project / "jre", config).entries().at("Contents/Info.plist").bytes;
+  };
+  EXPECT_THAT(plist(), HasSubstr("<key>CFBundleExecutable</key>\n\t<string>libjli.so</string>"));
+  EXPECT_THAT(plist(), HasSubstr("<key>CFBundleVersion</key>\n\t<string>5</string>"));
+  fs::remove(project / "jre/lib/libjli.so");
+  EXPECT_THAT(plist(), ::testing::Not(HasSubstr("CFBundleExecutable")));
+}
+
+class LintRuntime : public ::testing::Test {
+ protected:
+  LintRuntime() {
+    writeFile(dir_ / "launcher", universalMachO({kX86, kArm}));
+    writeFile(dir_ / "jre/bin/java", universalMachO({kX86, kArm}));
+    writeFile(dir_ / "jre/lib/server/libjvm.dylib", "x");
+  }
+
+  Findings lint(Target target) const {
+    return lintRuntime(dir_ / "jre", target, dir_ / "launcher", {"quillory.toml", 9});
+  }
+
+  TempDir dir_;
+};
+
+TEST_F(LintRuntime, TakesOneThatGoesWithTheLauncher) {
+  EXPECT_EQ(rulesOf(lint(Target::kMacOS)), std::vector<std::string>{});
+}
+
+TEST_F(LintRuntime, RefusesOneOfAnotherSystem) {
+  const Findings findings = lint(Target::kLinux);
+  ASSERT_EQ(rulesOf(findings), std::vector<std::string>{"platform"});
+  EXPECT_EQ(findings[0].severity, Severity::kError);
+  EXPECT_EQ(findings[0].what,
+            dir_ / "jre/bin/java" + " is for macOS (x86_64, arm64), and the bundle is for Linux");
+  EXPECT_EQ(asText(findings[0].place), "quillory.toml:9");
+}
+
+TEST_F(LintRuntime, TakesAScriptForAJavaOfEverySystem) {
+  writeFile(dir_ / "jre/bin/java", "#!/bin/sh");
+  writeFile(dir_ / "launcher", "\x7F\x45LF");
+  EXPECT_EQ(rulesOf(lint(Target::kLinux)), std::vector<std::string>{});
+  EXPECT_EQ(rulesOf(lint(Target::kMacOS)), std::vector<std::string>{});
+}
+
+TEST_F(LintRuntime, WantsAVirtualMachineForMacOSAndNotForLinux) {
+  fs::remove(dir_ / "jre/lib/server/libjvm.dylib");
+  EXPECT_EQ(lint(Target::kMacOS).at(0).what,
+            "there is no " + dir_ / "jre/lib/server/libjvm.dylib" + ": it is no runtime for macOS");
+  writeFile(dir_ / "jre/jre/lib/server/libjvm.dylib", "x");
+  EXPECT_EQ(rulesOf(lint(Target::kMacOS)), std::vector<std::string>{});
+  fs::remove_all(dir_ / "jre/jre");
+  writeFile(dir_ / "jre/bin/java", "\x7F\x45LF");
+  EXPECT_EQ(rulesOf(lint(Target::kLinux)), std::vector<std::string>{});
+}
+
+TEST_F(LintRuntime, WarnsOfProcessorsThatOnlyTheLauncherRunsOn) {
+  writeFile(dir_ / "jre/bin/java", thinMachO(kX86));
+  EXPECT_EQ(rulesOf(lint(Target::kMacOS)), std::vector<std::string>{"architecture"});
+}
+
+class RequireModules : public ::testing::Test {
+ protected:
+  // What is refused, as people read it; "" when nothing is.
+  std::string errorFor(Target target) const {
+    try {
+      requireModulesFor(target, config_);
+    } catch (const RejectedInput& e) {
+      EXPECT_EQ(e.findings().size(), 1u);
+      return asText(e.findings().at(0));
+    }
+    return "";
+  }
+  std::string withTools(std::initializer_list<const char*> tools) {
+    fs::remove_all(dir_ / "jdk");
+    for (const char* tool : tools) {
+      fs::create_directories(dir_ / "jdk/bin");
+      writeProgram(dir_ / "jdk/bin/" + tool, "");
+    }
+    config_.runtime.jdk = dir_ / "jdk";
+    return errorFor(nativeTarget());
+  }
+
+  const Target other_ = nativeTarget() == Target::kLinux ? Target::kMacOS : Target::kLinux;
+  TempDir dir_;
+  Config config_;
+};
+
+TEST_F(RequireModules, TakesThoseOfThisSystemForThisSystemOnly) {
+  EXPECT_EQ(errorFor(nativeTarget()), "");
+  EXPECT_THAT(errorFor(other_), HasSubstr("error: jlink links the modules of this system, and the "
+                                          "bundle is for " +
+                                          std::string(systemOf(other_)) + " [platform]\n"));
+}
+
+TEST_F(RequireModules, TakesThoseThatAreNamedForEverySystem) {
+  config_.runtime.jmods = dir_ / "jmods";
+  const std::string missing =
+      "error: " + dir_ / "jmods" +
+      " holds no java.base.jmod [missing-file]\n  -> name the folder jmods of a JDK: "
+      "Contents/Home/jmods in one for macOS";
+  EXPECT_EQ(errorFor(nativeTarget()), missing);
+  EXPECT_EQ(errorFor(other_), missing);
+  writeFile(dir_ / "jmods/java.base.jmod", "x");
+  EXPECT_EQ(errorFor(nativeTarget()), "");
+  EXPECT_EQ(errorFor(other_), "");
+}
+
+TEST_F(RequireModules, WantsTheToolsInAJdkThatIsNamed) {
+  EXPECT_EQ(withTools({"jlink", "jdeps"}), "");
+  EXPECT_THAT(withTools({"jlink"}),
+              HasSubstr("error: there is no program " + dir_ / "jdk/bin/jdeps" +
+                        ": that is no JDK [missing-file]"));
+  EXPECT_THAT(withTools({"jdeps"}), HasSubstr(dir_ / "jdk/bin/jlink"));
+  config_.runtime.modules = {"java.base"};
+  EXPECT_EQ(withTools({"jlink"}), "") << "nobody has to look for the modules";
+  EXPECT_THAT(withTools({"jdeps"}), HasSubstr(dir_ / "jdk/bin/jlink"));
+}
+
+// A JDK whose tools keep their arguments.
+class LinkWithStandIns : public ::testing::Test {
+ protected:
+  LinkWithStandIns() { config_.jdk = dir_ / "jdk"; }
+
+  void jdepsSays(const std::string& script) {
+    fs::create_directories(dir_ / "jdk/bin");
+    writeRecorder(dir_ / "jdk/bin/jdeps", dir_ / "jdeps", script);
+    writeRecorder(dir_ / "jdk/bin/jlink", dir_ / "jlink");
+  }
+  std::vector<std::string> argumentsOfJlink() {
+    EXPECT_EQ(linkRuntime(config_, {"a.jar", "lib/b.jar"}, dir_.str()), dir_ / "runtime");
+    return recordedIn(dir_ / "jlink");
+  }
+  std::string errorOf() {
+    try {
+      argumentsOfJlink();
+    } catch (const PackError& e) {
+      return e.what();
+    }
+    return "";
+  }
+
+  TempDir dir_;
+  RuntimeConfig config_;
+};
+
+TEST_F(LinkWithStandIns, AsksJdepsWhichModulesTheJarsNeed) {
+  jdepsSays("echo 'Warning: something'; echo; echo ' java.base,java.desktop '; echo");
+  EXPECT_EQ(argumentsOfJlink(), (std::vector<std::string>{"--add-modules", "java.base,java.desktop",
+                                                          "--no-header-files", "--no-man-pages",
+                                                          "--output", dir_ / "runtime"}));
+  EXPECT_EQ(
+      recordedIn(dir_ / "jdeps"),
+      (std::vector<std::string>{"--print-module-deps", "--ignore-missing-deps", "--multi-release",
+                                "base", "--class-path", "a.jar:lib/b.jar", "a.jar", "lib/b.jar"}));
+}
+
+TEST_F(LinkWithStandIns, DoesNotAskWhereModulesAreNamed) {
+  jdepsSays("exit 1");
+  config_.modules = {"java.base", "java.sql"};
+  config_.addModules = {"java.logging", "java.xml"};
+  config_.jmods = "other/jmods";
+  config_.jlinkOptions = {"--compress", "2"};
+  EXPECT_EQ(
+      argumentsOfJlink(),
+      (std::vector<std::string>{"--add-modules", "java.base,java.sql,java.logging,java.xml",
+                                "--no-header-files", "--no-man-pages", "--output", dir_ / "runtime",
+                                "--module-path", "other/jmods", "--compress", "2"}));
+}
+
+TEST_F(LinkWithStandIns, SaysWhenJdepsFoundNoModules) {
+  const std::string error = "jdeps did not find the modules that the jars need: ";
+  jdepsSays("");
+  EXPECT_EQ(errorOf(), error);
+  jdepsSays("echo 'a.jar -> not found'");
+  EXPECT_EQ(errorOf(), error + "a.jar -> not found");
+  EXPECT_FALSE(fs::exists(dir_ / "jlink")) << "jlink is not started then";
 }
 
 }  // namespace

@@ -25,5 +25,24 @@ TEST(StubRuntimeJar, IsAJarForOthersAndAlwaysTheSame) {
   EXPECT_LT(stubRuntimeJar().size(), 400u);
 }
 
+TEST(StubRuntimeJar, HoldsAManifestOfTheEarliestTimeAndNothingElse) {
+  TempDir dir;
+  writeFile(dir / "rt.jar", stubRuntimeJar());
+  const ChildResult result =
+      runChild({"/usr/bin/python3", "-c",
+                "import sys, zipfile\n"
+                "jar = zipfile.ZipFile(sys.argv[1])\n"
+                "for entry in jar.infolist():\n"
+                "  print(entry.filename, entry.date_time, entry.compress_type,\n"
+                "        entry.header_offset, entry.file_size, entry.compress_size)\n"
+                "  print(jar.read(entry))\n",
+                dir / "rt.jar"});
+  EXPECT_EQ(result.out,
+            "META-INF/MANIFEST.MF (1980, 1, 1, 0, 0, 0) 0 0 103 103\n"
+            "b'Manifest-Version: 1.0\\r\\nComment: stands in for the class library that is in "
+            "lib/modules since Java 9\\r\\n\\r\\n'\n")
+      << result.err;
+}
+
 }  // namespace
 }  // namespace quillory::pack

@@ -57,5 +57,74 @@ TEST(FindJdkTool, LooksIntoJavaHomeThenIntoPath) {
   unsetenv("JAVA_HOME");
 }
 
+// What a failure says, as people read it.
+std::string errorOf(const std::vector<std::string>& command, const std::string& folder) {
+  try {
+    runTool(command, folder);
+  } catch (const PackError& e) {
+    return asText(e.finding());
+  }
+  return "";
+}
+
+TEST(RunTool, ShowsHowAToolFailedAndWhatItSaid) {
+  TempDir dir;
+  EXPECT_EQ(errorOf({"sh", "-c", "echo no; exit 3"}, dir.str()),
+            "error: sh failed with status 3:\nno\n");
+  EXPECT_EQ(errorOf({"sh", "-c", "echo out; kill -9 $$"}, dir.str()), "error: sh failed:\nout\n");
+  EXPECT_TRUE(fs::is_empty(dir.path()));
+}
+
+TEST(RunTool, ShowsTheLast2000BytesOfWhatWasSaid) {
+  TempDir dir;
+  const std::string script = "i=0; while [ $i -lt 400 ]; do echo 1234; i=$((i+1)); done; ";
+  EXPECT_EQ(errorOf({"sh", "-c", script + "exit 1"}, dir.str()).size(),
+            std::string("error: sh failed with status 1:\n").size() + 2000);
+  const std::string more = errorOf({"sh", "-c", "echo first; " + script + "exit 1"}, dir.str());
+  EXPECT_EQ(more.find("first"), std::string::npos);
+  EXPECT_EQ(more.size(), std::string("error: sh failed with status 1:\n").size() + 2000);
+}
+
+TEST(FindJdkTool, SaysWhereItLookedAndWhatToDo) {
+  TempDir dir;
+  writeFile(dir / "bin/not-executable", "x");
+  try {
+    findJdkTool("not-executable", dir.str());
+    FAIL();
+  } catch (const PackError& e) {
+    EXPECT_EQ(asText(e.finding()),
+              "error: there is no not-executable in " + dir.str() +
+                  "/bin\n  -> set runtime.jdk or JAVA_HOME to the folder of a JDK");
+  }
+}
+
+TEST(FindJdkTool, TakesTheFirstFolderOfPathThatHasIt) {
+  TempDir dir;
+  for (const char* name : {"a/tool-of-two", "b/tool-of-two", "c/tool-of-two"}) {
+    writeFile(dir / name, "x");
+  }
+  for (const char* name : {"b/tool-of-two", "c/tool-of-two"}) {
+    fs::permissions(dir / name, fs::perms::owner_all);
+  }
+  const std::string path = std::getenv("PATH");
+  unsetenv("JAVA_HOME");
+  setenv("PATH", ("::" + dir / "a" + ":" + dir / "b" + ":" + dir / "c").c_str(), 1);
+  EXPECT_EQ(findJdkTool("tool-of-two", ""), dir / "b/tool-of-two");
+  unsetenv("PATH");
+  EXPECT_THROW(findJdkTool("tool-of-two", ""), PackError);
+  setenv("PATH", path.c_str(), 1);
+}
+
+TEST(FindJdkTool, DoesNotFallBackFromTheHomeThatIsNamed) {
+  TempDir dir;
+  writeFile(dir / "bin/sh", "x");
+  fs::permissions(dir / "bin/sh", fs::perms::owner_all);
+  fs::create_directory(dir / "empty");
+  setenv("JAVA_HOME", (dir / "empty").c_str(), 1);
+  EXPECT_THROW(findJdkTool("sh", ""), PackError) << "PATH has one";
+  EXPECT_EQ(findJdkTool("sh", dir.str()), dir / "bin/sh");
+  unsetenv("JAVA_HOME");
+}
+
 }  // namespace
 }  // namespace quillory::pack

@@ -76,5 +76,50 @@ TEST_F(ListArchive, SurvivesAnArchiveThatIsCutOrChangedAnywhere) {
   }
 }
 
+TEST_F(ListArchive, TellsWhereThingsStand) {
+  const std::string folder = records({"1", "lib"});
+  const std::string file = records({"0", "lib/a", "3"}) + "abc";
+  const ArchiveListing listing = list(folder + file + records({""}) + "behind");
+  ASSERT_EQ(listing.entries.size(), 2u);
+  EXPECT_EQ(listing.entries[0].length, 0);
+  EXPECT_EQ(listing.entries[0].contentAt, static_cast<std::int64_t>(folder.size()));
+  EXPECT_EQ(listing.entries[1].contentAt, static_cast<std::int64_t>((folder + file).size()) - 3);
+  EXPECT_EQ(listing.end, static_cast<std::int64_t>((folder + file).size()) + 1);
+  EXPECT_EQ(listing.find("lib/a"), &listing.entries[1]);
+  EXPECT_EQ(listing.find("lib/"), nullptr);
+}
+
+TEST_F(ListArchive, EndsBehindTheSignature) {
+  const std::string block = records({"0", "qyArcSpBlock_DigitalSignature1", "1", "77", "aabb"});
+  const ArchiveListing listing = list(records({"1", "lib"}) + block + "behind");
+  ASSERT_TRUE(listing.signature);
+  EXPECT_EQ(listing.signature->offset, 6);
+  EXPECT_EQ(listing.signature->claimedOffset, 77);
+  EXPECT_EQ(listing.signature->hex, "aabb");
+  EXPECT_EQ(listing.end, static_cast<std::int64_t>(6 + block.size()));
+}
+
+TEST_F(ListArchive, StopsBehindAnEntryThatIsWrong) {
+  for (const std::string& wrong : {records({"0", "../up", "1"}) + "x", records({"0", "a", "-1"})}) {
+    const ArchiveListing listing = list(wrong + records({"1", "lib", ""}));
+    EXPECT_EQ(listing.entries.size(), 1u);
+    EXPECT_TRUE(hasErrors(findings_));
+  }
+}
+
+TEST_F(ListArchive, TakesContentThatEndsWithTheFile) {
+  writeFile(dir_ / "file", records({"0", "a", "3"}) + "abc");
+  RecordInput input(dir_ / "file", findings_);
+  const std::optional<ListedEntry> entry = readListedEntry(input, findings_, dir_ / "file");
+  ASSERT_TRUE(entry);
+  EXPECT_TRUE(input.atEnd());
+  EXPECT_EQ(rulesOf(findings_), std::vector<std::string>{});
+  writeFile(dir_ / "file", records({"0", "a", "3"}) + "ab");
+  RecordInput cut(dir_ / "file", findings_);
+  readListedEntry(cut, findings_, "the archive");
+  ASSERT_EQ(rulesOf(findings_), std::vector<std::string>{"cut-short"});
+  EXPECT_EQ(findings_[0].place.file, "the archive");
+}
+
 }  // namespace
 }  // namespace quillory::pack

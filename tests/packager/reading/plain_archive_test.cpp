@@ -2,14 +2,26 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+
 #include "packager/bytes/byte_sinks.h"
+#include "tests/harness/child_process.h"
+#include "tests/harness/file_size_limit.h"
 #include "tests/harness/page_example.h"
+#include "tests/harness/records.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory::pack {
 namespace {
 
+namespace fs = std::filesystem;
+using testing::FileSizeLimit;
+using testing::modeOf;
 using testing::pageExample;
+using testing::readFile;
+using testing::records;
+using testing::runChild;
 using testing::TempDir;
 using testing::writeFile;
 
@@ -33,6 +45,116 @@ TEST_F(PlainArchiveTest, DecompressesPartOfAFile) {
   EXPECT_EQ(archive.contentOf(listing.entries[1], 100), "hello");
   EXPECT_THROW(PlainArchive({dir_ / "tail", 6, 20}, true), PackError);
   EXPECT_THROW(PlainArchive({dir_ / "tail", 0, 6}, true), PackError);
+}
+
+// What xz makes of these bytes.
+std::string packedByXz(const std::string& bytes) {
+  TempDir dir;
+  writeFile(dir / "plain", bytes);
+  return runChild({"xz", "--format=lzma", "-c", dir / "plain"}).out;
+}
+
+TEST_F(PlainArchiveTest, DecompressesWhatXzCompressed) {
+  const std::string bytes = records({"0", "a", "900000"}) + std::string(900000, 'x');
+  writeFile(dir_ / "a.p2.l2", packedByXz(bytes));
+  const PlainArchive archive(wholeFile(dir_ / "a.p2.l2"), true);
+  EXPECT_TRUE(readFile(archive.path()) == bytes);
+  EXPECT_EQ(modeOf(archive.path()), 0600u);
+}
+
+TEST_F(PlainArchiveTest, CopiesPartOfAFileThatIsNotCompressed) {
+  writeFile(dir_ / "tail", "before" + records({"1", "lib", ""}) + "behind");
+  const PlainArchive archive({dir_ / "tail", 6, 7}, false);
+  EXPECT_EQ(readFile(archive.path()), records({"1", "lib", ""}));
+}
+
+TEST_F(PlainArchiveTest, RefusesAStreamThatIsCutOrFollowedByMore) {
+  const std::string packed = packedByXz(records({"1", "lib", ""}));
+  for (std::size_t length = 0; length < packed.size(); ++length) {
+    writeFile(dir_ / "a", packed.substr(0, length));
+    EXPECT_THROW(PlainArchive(wholeFile(dir_ / "a"), true), PackError) << length;
+  }
+  writeFile(dir_ / "a", packed + "x");
+  EXPECT_THROW(PlainArchive(wholeFile(dir_ / "a"), true), PackError);
+  writeFile(dir_ / "a", "text");
+  try {
+    PlainArchive(wholeFile(dir_ / "a"), true);
+    FAIL();
+  } catch (const PackError& e) {
+    EXPECT_EQ(e.finding().place.file, dir_ / "a");
+  }
+}
+
+TEST_F(PlainArchiveTest, LeavesNothingBehind) {
+  fs::create_directory(dir_ / "tmp");
+  setenv("TMPDIR", (dir_ / "tmp").c_str(), 1);
+  writeFile(dir_ / "a", records({""}));
+  {
+    const PlainArchive archive(wholeFile(dir_ / "a"), false);
+    EXPECT_EQ(archive.path().find(dir_ / "tmp"), 0u);
+    EXPECT_FALSE(fs::is_empty(dir_ / "tmp"));
+  }
+  EXPECT_TRUE(fs::is_empty(dir_ / "tmp"));
+  EXPECT_THROW(PlainArchive({dir_ / "a", 0, 100}, false), PackError);
+  {
+    const FileSizeLimit full(0);
+    EXPECT_THROW(PlainArchive(wholeFile(dir_ / "a"), false), PackError);
+  }
+  EXPECT_TRUE(fs::is_empty(dir_ / "tmp"));
+  unsetenv("TMPDIR");
+}
+
+TEST_F(PlainArchiveTest, GivesAnEntrysContentAndNotThatOfTheNext) {
+  writeFile(dir_ / "a", records({"0", "a", "3"}) + "abc" + records({"0", "b", "2"}) + "de");
+  const PlainArchive archive(wholeFile(dir_ / "a"), false);
+  Findings found;
+  const ArchiveListing listing = archive.list(found, "name");
+  EXPECT_EQ(archive.contentOf(listing.entries.at(0), 100), "abc");
+  EXPECT_EQ(archive.contentOf(listing.entries.at(0), 2), "ab");
+  EXPECT_EQ(archive.contentOf(listing.entries.at(1), 100), "de");
+  ListedEntry negative = listing.entries.at(0);
+  negative.length = -1;
+  EXPECT_EQ(archive.contentOf(negative, 100), "");
+}
+
+TEST_F(PlainArchiveTest, NamesWhatPeopleKnowInItsFindings) {
+  writeFile(dir_ / "a", records({"0", "a", "10"}) + "short");
+  Findings found = {{Severity::kNote, "before", "", {"other", 0}, ""}};
+  PlainArchive(wholeFile(dir_ / "a"), false).list(found, "app.p2");
+  ASSERT_EQ(found.size(), 2u);
+  EXPECT_EQ(found[0].place.file, "other");
+  EXPECT_EQ(found[1].place.file, "app.p2");
+  EXPECT_EQ(found[1].rule, "cut-short");
+}
+
+TEST_F(PlainArchiveTest, ReadsARegionToItsEndAndNoFurther) {
+  const std::string content(600000, 'x');
+  writeFile(dir_ / "a", "before" + content + "behind");
+  std::string read;
+  readRegion({dir_ / "a", 6, 600000}, [&](std::string_view block) { read += block; });
+  EXPECT_TRUE(read == content);
+  EXPECT_THROW(readRegion({dir_ / "a", 6, 600007}, [](std::string_view) {}), PackError);
+  int blocks = 0;
+  readRegion({dir_ / "a", 6, 0}, [&](std::string_view) { ++blocks; });
+  EXPECT_EQ(blocks, 0);
+}
+
+TEST_F(PlainArchiveTest, KnowsHowLongAFileIs) {
+  writeFile(dir_ / "a", "12345");
+  const FileRegion region = wholeFile(dir_ / "a");
+  EXPECT_EQ(region.path, dir_ / "a");
+  EXPECT_EQ(region.offset, 0);
+  EXPECT_EQ(region.length, 5);
+  EXPECT_THROW(wholeFile(dir_ / "missing"), PackError);
+}
+
+TEST(TemporaryFolder, IsTheOneOfTheEnvironmentOrTmp) {
+  setenv("TMPDIR", "/some/folder", 1);
+  EXPECT_EQ(temporaryFolder(), "/some/folder");
+  setenv("TMPDIR", "", 1);
+  EXPECT_EQ(temporaryFolder(), "/tmp");
+  unsetenv("TMPDIR");
+  EXPECT_EQ(temporaryFolder(), "/tmp");
 }
 
 }  // namespace

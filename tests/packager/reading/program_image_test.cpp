@@ -112,5 +112,19 @@ TEST(ProgramImageIn, ReadsAFile) {
   EXPECT_THROW(programImageIn(dir / "missing"), PackError);
 }
 
+TEST(ProgramImageOf, TakesUniversalFilesOfUpTo30Parts) {
+  const auto withParts = [](std::uint32_t count) {
+    std::string file = "\xCA\xFE\xBA\xBE"s + testing::bigEndian(count);
+    for (std::uint32_t i = 0; i < count; ++i) {
+      file += testing::bigEndian(kX86) + testing::bigEndian(3) +
+              testing::bigEndian(8 + 20 * count) + testing::bigEndian(32) + testing::bigEndian(0);
+    }
+    return imageOf(file + thinMachO(kX86)).architectures.size();
+  };
+  EXPECT_EQ(withParts(1), 1u);
+  EXPECT_EQ(withParts(30), 30u);
+  EXPECT_EQ(withParts(31), 0u);
+}
+
 }  // namespace
 }  // namespace quillory::pack

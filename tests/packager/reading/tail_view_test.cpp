@@ -6,12 +6,15 @@
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
 #include "tests/harness/temp_dir.h"
+#include "tests/packager/openssl.h"
+#include "tests/packager/rules_of.h"
 
 namespace quillory::pack {
 namespace {
 
 using testing::pageExample;
 using testing::records;
+using testing::rulesOf;
 using testing::TempDir;
 using testing::writeFile;
 
@@ -68,6 +71,104 @@ TEST_F(ReadTail, SurvivesATailThatIsCutAnywhere) {
     writeFile(dir_ / "Tail", whole.substr(0, at));
     readTail(dir_ / "Tail", false, findings_);
     EXPECT_TRUE(at == 39 || hasErrors(findings_)) << "39 is where the entries begin; cut at " << at;
+  }
+}
+
+TEST_F(ReadTail, TellsWhereTheContentOfAnEntryLies) {
+  const std::string before = std::string(70000, 'c') + tailMarker() +
+                             records({"A", "1", "", "3", "", "", "", "", "", "", "D"});
+  writeFile(dir_ / "launcher", before + records({"0", "lzma64", "4"}) + "tool");
+  const std::optional<TailView> tail = readTail(dir_ / "launcher", true, findings_);
+  ASSERT_TRUE(tail);
+  EXPECT_TRUE(tail->inExecutable);
+  ASSERT_EQ(tail->entries.size(), 1u);
+  const FileRegion region = tail->regionOf(tail->entries[0]);
+  EXPECT_EQ(region.path, dir_ / "launcher");
+  EXPECT_EQ(region.offset, static_cast<std::int64_t>(before.size()) + 11);
+  EXPECT_EQ(region.length, 4);
+}
+
+TEST_F(ReadTail, GivesAnEmptyTextForARecordThatItDoesNotHave) {
+  TailView tail;
+  tail.records = {{"App Name", "A"}, {"App Version", ""}};
+  EXPECT_EQ(tail.record("App Name"), "A");
+  EXPECT_EQ(tail.record("Name"), "");
+  EXPECT_FALSE(tail.carriesApplication());
+}
+
+TEST_F(ReadTail, HasAKeyWhereTheRecordIsOne) {
+  TailView tail;
+  tail.file = "Tail";
+  tail.records = {{"Signature Public Key", ""}};
+  EXPECT_FALSE(tail.key());
+  tail.records = {{"Signature Public Key", "00ff"}};
+  try {
+    tail.key();
+    FAIL();
+  } catch (const PackError& e) {
+    EXPECT_EQ(e.finding().place.file, "Tail");
+  }
+  testing::openssl(
+      {"rsa", "-in", testing::madeKey(), "-pubout", "-outform", "DER", "-out", dir_ / "der"});
+  std::string hex;
+  for (const unsigned char byte : testing::readFile(dir_ / "der")) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    hex += kDigits[byte >> 4];
+    hex += kDigits[byte & 15];
+  }
+  tail.records = {{"Signature Public Key", hex}};
+  ASSERT_TRUE(tail.key());
+  EXPECT_EQ(tail.key()->fingerprint(), PublicKey::load(testing::madeKey()).fingerprint());
+}
+
+TEST_F(ReadTail, LooksForTheArchivesOfEachPartAtItsPlacesOnly) {
+  const ListedEntry tool{0, "lzma64", 4, 0}, empty{0, "x.p2", 0, 0}, archive{0, "a.p2", 9, 0};
+  TailView tail;
+  tail.records = {{"App Version", "1"}, {"JRE Version", ""}, {"GU Version", "3"}};
+  // The tool, the picture, three entries of the updater, two of the application.
+  tail.entries = {archive, archive, tool, empty, archive, tool, archive};
+  EXPECT_EQ(tail.updaterArchive(), &tail.entries[4]);
+  EXPECT_EQ(tail.runtimeArchive(), nullptr);
+  EXPECT_EQ(tail.applicationArchive(), &tail.entries[6]);
+  tail.entries = {archive, archive, tool, empty, tool, archive, archive, archive};
+  EXPECT_EQ(tail.updaterArchive(), nullptr) << "none among its three";
+  EXPECT_EQ(tail.applicationArchive(), &tail.entries[5]);
+  tail.records[1].second = "2";
+  EXPECT_EQ(tail.runtimeArchive(), &tail.entries[5]);
+  EXPECT_EQ(tail.applicationArchive(), &tail.entries[6]);
+  tail.entries[5] = tool;
+  EXPECT_EQ(tail.runtimeArchive(), nullptr);
+  tail.entries.resize(6);
+  EXPECT_EQ(tail.applicationArchive(), nullptr);
+  tail.records[0].second = "";
+  tail.records[2].second = "";
+  tail.entries = {archive, archive, archive, archive, archive, archive, archive};
+  EXPECT_EQ(tail.updaterArchive(), nullptr);
+  EXPECT_EQ(tail.applicationArchive(), nullptr);
+}
+
+TEST_F(ReadTail, StopsAtAnEntryThatIsWrong) {
+  writeFile(dir_ / "Tail", records({"A", "", "", "", "", "", "", "", "", "", ""}) +
+                               records({"0", "../up", "1"}) + "x" + records({"0", "b", "0"}));
+  EXPECT_EQ(readTail(dir_ / "Tail", false, findings_)->entries.size(), 1u);
+  EXPECT_EQ(rulesOf(findings_), std::vector<std::string>{"path"});
+}
+
+TEST(Entries, AreCompressedOrArchivesByTheirNames) {
+  static constexpr struct {
+    const char* path;
+    bool compressed;
+    bool archive;
+  } kCases[] = {{"a.p2", false, true},  {"a.p2.l2", true, true}, {"a.l2", true, false},
+                {"a", false, false},    {"p2", false, false},    {"a.p2.l2.old", false, false},
+                {"a.P2", false, false}, {"a.p2x", false, false}};
+  for (const auto& [path, compressed, archive] : kCases) {
+    for (const std::int64_t type : {std::int64_t{0}, kPack200Type}) {
+      EXPECT_EQ(isCompressed({type, path, 1, 0}), compressed) << path;
+      EXPECT_EQ(isArchive({type, path, 1, 0}), archive) << path;
+    }
+    EXPECT_FALSE(isCompressed({kFolderType, path, 0, 0}));
+    EXPECT_FALSE(isArchive({kFolderType, path, 0, 0}));
   }
 }
 

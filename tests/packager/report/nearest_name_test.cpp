@@ -35,5 +35,29 @@ TEST(NearestName, IsEmptyWhenNothingIsNear) {
   EXPECT_EQ(nearestName("name", {}), "");
 }
 
+TEST(NearestName, ForgivesTwoMistakesAndInLongNamesAThird) {
+  EXPECT_EQ(nearestName("vrsin", kKnown), "version");
+  EXPECT_EQ(nearestName("vrsn", kKnown), "");
+  EXPECT_EQ(nearestName("xxlschemes", kKnown), "url-schemes") << "two of ten";
+  EXPECT_EQ(nearestName("xxxschemes", kKnown), "url-schemes") << "three of ten";
+  EXPECT_EQ(nearestName("xxxxchemes", kKnown), "") << "four of ten";
+}
+
+TEST(NearestName, TakesTheNearestOfSeveralAndTheFirstOfEquals) {
+  EXPECT_EQ(nearestName("jar", {"jam", "jars", "jar"}), "jar");
+  EXPECT_EQ(nearestName("bat", {"cat", "hat"}), "cat");
+}
+
+TEST(NearestName, CountsAnExchangeOfNeighboursAsOneMistake) {
+  // Two exchanges; as four wrong letters they would be too many.
+  EXPECT_EQ(nearestName("evsrion", kKnown), "version");
+}
+
+TEST(NearestName, DoesNotTakeANameOfWhichNothingIsLeft) {
+  EXPECT_EQ(nearestName("ab", {"xy"}), "");
+  EXPECT_EQ(nearestName("ab", {"ay"}), "ay");
+  EXPECT_EQ(nearestName("", {"xy"}), "");
+}
+
 }  // namespace
 }  // namespace quillory::pack

@@ -106,5 +106,58 @@ TEST_F(SignedArchive, IsTheSameEveryTimeWithADerivedSaltAndElseNot) {
   EXPECT_NE(sign(Salt::kRandom), sign(Salt::kRandom));
 }
 
+TEST(ArchiveWriter, NoticesAFileThatBecameShorter) {
+  TempDir dir;
+  writeFile(dir / "file", "short");
+  StringSink bytes;
+  ArchiveWriter archive(bytes);
+  try {
+    archive.file("file", dir / "file", 6);
+    FAIL();
+  } catch (const PackError& e) {
+    EXPECT_EQ(asText(e.finding()), dir / "file" +
+                                       ": error: the file changed while it was packed\n"
+                                       "  -> pack again when it is at rest");
+  }
+}
+
+TEST(ArchiveWriter, NamesAFileThatIsNotThereAnyMore) {
+  TempDir dir;
+  StringSink bytes;
+  ArchiveWriter archive(bytes);
+  EXPECT_THROW(archive.file("file", dir / "missing", 1), PackError);
+}
+
+TEST(ArchiveWriter, RefusesPathsThatTheLauncherWouldCut) {
+  StringSink bytes;
+  ArchiveWriter archive(bytes);
+  archive.folder(std::string(1022, 'p'));
+  EXPECT_THROW(archive.folder(std::string(1023, 'p')), PackError);
+  EXPECT_THROW(archive.bytes(std::string(1023, 'p'), "x"), PackError);
+}
+
+TEST(ArchiveWriter, WritesTheFilesOfATreeFromTheDisk) {
+  TempDir dir;
+  writeFile(dir / "src/b", "22");
+  writeFile(dir / "src/empty", "");
+  ContentTree tree("test");
+  tree.addFolderContent(dir / "src", "lib");
+  StringSink bytes;
+  ArchiveWriter(bytes).tree(tree);
+  EXPECT_EQ(bytes.bytes(), records({"1", "lib", "0", "lib/b", "2"}) + "22");
+}
+
+TEST(ArchiveWriter, EndsAnArchiveOfNothing) {
+  StringSink bytes;
+  ArchiveWriter(bytes).end();
+  EXPECT_EQ(bytes.bytes(), records({""}));
+}
+
+TEST(WriteFileEntryHeader, IsThatOfAFile) {
+  StringSink bytes;
+  writeFileEntryHeader(bytes, "a.p2", 5000000000);
+  EXPECT_EQ(bytes.bytes(), records({"0", "a.p2", "5000000000"}));
+}
+
 }  // namespace
 }  // namespace quillory::pack

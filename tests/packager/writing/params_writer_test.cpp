@@ -32,5 +32,18 @@ TEST(WriteParameters, HasRoomForLongValues) {
   EXPECT_THROW(writeParameters(bytes, {{"splash_image", std::string(199999, 'A')}}), PackError);
 }
 
+TEST(WriteParameters, KeepsTheirOrderAndNamesThatRepeat) {
+  StringSink bytes;
+  writeParameters(bytes, {{"b", "1"}, {"a", ""}, {"b", "2"}});
+  EXPECT_EQ(bytes.bytes(), paramsMarker() + records({"3", "b", "1", "a", "", "b", "2"}));
+}
+
+TEST(WriteParameters, RefusesNamesThatTheLauncherWouldCut) {
+  StringSink bytes;
+  writeParameters(bytes, {{std::string(1022, 'n'), "x"}});
+  EXPECT_THROW(writeParameters(bytes, {{std::string(1023, 'n'), "x"}}), PackError);
+  EXPECT_THROW(writeParameters(bytes, {{std::string("a\0b", 3), "x"}}), PackError);
+}
+
 }  // namespace
 }  // namespace quillory::pack

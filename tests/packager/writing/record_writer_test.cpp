@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+
 #include "formats/tail_format.h"
 #include "packager/report/findings.h"
 #include "tests/harness/records.h"
@@ -41,6 +43,27 @@ TEST(RecordWriter, RefusesAZeroByteInsideAValueAndNamesTheRecord) {
     EXPECT_STREQ(e.what(), "\"App Name\" holds a zero byte, which would end it");
   }
   EXPECT_EQ(bytes.bytes(), "");
+}
+
+TEST(RecordWriter, NamesTheRecordThatIsTooLong) {
+  StringSink bytes;
+  try {
+    RecordWriter(bytes).text("Path", "123456789", 10);
+    FAIL();
+  } catch (const PackError& e) {
+    EXPECT_STREQ(e.what(), "\"Path\" has 9 bytes; the launcher takes up to 8");
+  }
+  EXPECT_EQ(bytes.bytes(), "");
+  RecordWriter(bytes).text("Path", "12345678", 10);
+  EXPECT_EQ(bytes.bytes(), records({"12345678"}));
+}
+
+TEST(RecordWriter, WritesNumbersOf64Bits) {
+  StringSink bytes;
+  RecordWriter writer(bytes);
+  writer.number("a", INT64_MIN);
+  writer.number("b", INT64_MAX);
+  EXPECT_EQ(bytes.bytes(), records({"-9223372036854775808", "9223372036854775807"}));
 }
 
 }  // namespace

@@ -45,5 +45,48 @@ TEST(TailMarker, HasTheBytesOfThePage) {
   EXPECT_EQ(tailMarker(), pageExample("formats/record-stream.md", 1));
 }
 
+TEST(WriteTail, WritesEveryRecordInItsPlace) {
+  StringSink bytes;
+  TailRecords tail;
+  tail.appName = "1";
+  tail.appVersion = "2";
+  tail.jreVersion = "3";
+  tail.guVersion = "4";
+  tail.minSplashMs = "5";
+  tail.signaturePublicKey = "6";
+  tail.canOverrideSplash = "7";
+  tail.installType = "8";
+  tail.silentParameter = "9";
+  tail.requiredJavaVersion = "10";
+  tail.updateUrl = "11";
+  writeTailRecords(bytes, tail);
+  EXPECT_EQ(bytes.bytes(), records({"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"}));
+}
+
+TEST(WriteTail, NoticesAFileThatIsNotAsLongAsTheSystemSays) {
+  StringSink bytes;
+  // A file whose content is made when it is read: its size is 0.
+  EXPECT_THROW(writeTailEntry(bytes, {"lzma64", "/proc/self/status"}), PackError);
+}
+
+TEST(GuardBeforeMarker, IsAByteWhereTheEndLooksLikeABeginningOfTheMarker) {
+  TempDir dir;
+  const std::string marker = tailMarker();
+  const auto guardFor = [&](const std::string& executable) {
+    writeFile(dir / "launcher", executable);
+    return guardBeforeMarker(dir / "launcher");
+  };
+  for (std::size_t length = 1; length < marker.size(); ++length) {
+    EXPECT_EQ(guardFor("code" + marker.substr(0, length)), "\xFF") << length;
+  }
+  EXPECT_EQ(guardFor(marker.substr(0, 3)), "\xFF") << "nothing but a beginning";
+  EXPECT_EQ(guardFor(std::string(1000000, 'c') + marker.substr(0, 1)), "\xFF");
+  for (const std::string& other : {std::string(), std::string("code"), std::string(1000000, 'c'),
+                                   marker.substr(0, 5) + "code"}) {
+    EXPECT_EQ(guardFor(other), "") << other.size();
+  }
+  EXPECT_EQ(marker.find('\xFF'), std::string::npos);
+}
+
 }  // namespace
 }  // namespace quillory::pack

@@ -1,0 +1,30 @@
+# quillory_check_packages(PURPOSE HEADERS...): where headers are missing, names all of them, and the
+# command that installs what they belong to, instead of failing at the first one somewhere below.
+function(quillory_check_packages purpose)
+  set(missing)
+  foreach(header ${ARGN})
+    unset(found)
+    find_file(found ${header} PATH_SUFFIXES GNUstep NO_CACHE)
+    if(NOT found)
+      list(APPEND missing ${header})
+    endif()
+  endforeach()
+  if(missing)
+    string(JOIN ", " missing ${missing})
+    message(FATAL_ERROR "Not installed: ${missing}\n"
+                        "This installs what is missing:  scripts/setup.sh ${purpose}\n")
+  endif()
+endfunction()
+
+if(QUILLORY_FUZZ OR CMAKE_CROSSCOMPILING)
+  return()
+endif()
+set(headers tomcrypt.h tommath.h lzma.h zlib.h toml.hpp CLI/CLI.hpp nlohmann/json.hpp)
+if(NOT APPLE)
+  list(APPEND headers GNUstepBase/GSConfig.h curl/curl.h systemd/sd-bus.h)
+endif()
+quillory_check_packages(programs ${headers})
+if(BUILD_TESTING)
+  quillory_check_packages("tests   (or leave them out: cmake --preset programs)"
+                          gtest/gtest.h gmock/gmock.h benchmark/benchmark.h openssl/ssl.h X11/Xlib.h)
+endif()

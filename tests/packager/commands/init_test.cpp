@@ -1,0 +1,126 @@
+#include "packager/commands/init.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "tests/packager/project_fixture.h"
+
+namespace quillory::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+
+TEST(Init, WritesAConfigurationThatPacks) {
+  Project project;
+  fs::create_directories(project / "target");
+  fs::rename(project / "hello.jar", project / "target/hello-world-1.2.jar");
+  fs::copy_file(QUILLORY_UPDATER_JAR, project / "target/some-sources.jar");
+  const std::string path = project / "quillory.toml";
+  const CommandResult init = pack({"init", path});
+  EXPECT_EQ(init.status, 0) << init.err;
+  EXPECT_EQ(init.out, path + '\n');
+  std::string text = readFile(path);
+  EXPECT_THAT(text, AllOf(HasSubstr("name = \"Hello World\" "),
+                          HasSubstr("main-class = \"com.example.hello.Hello\"\n"),
+                          HasSubstr("jars = [\"target/hello-world-1.2.jar\"]\n")));
+  // With the tools and the runtime of this test, and nothing else changed.
+  text.replace(text.find("jlink = true"), 12, "folder = \"jre\"");
+  text.replace(text.find("signing.pem"), 11, Project::key());
+  writeFile(path,
+            text + "[bundle]\nlauncher = \"launcher\"\nlzma64 = \"lzma64\"\n[updater]\njar = \"" +
+                QUILLORY_UPDATER_JAR + "\"\n");
+  const CommandResult bundle = pack({"bundle", path});
+  EXPECT_EQ(bundle.status, 0) << bundle.err;
+  EXPECT_EQ(bundle.out, project / "dist/Hello World.app\n");
+}
+
+TEST(Init, EveryKeyInItsCommentsIsOneThatExists) {
+  Project project;
+  ASSERT_EQ(pack({"init", project / "quillory.toml"}).status, 0);
+  std::istringstream lines(readFile(project / "quillory.toml"));
+  std::string text;
+  int line = 0;
+  for (std::string each; std::getline(lines, each); ++line) {
+    const bool isExample = line > 3 && each.rfind("# ", 0) == 0;
+    text += (isExample ? each.substr(2) : each) + '\n';
+  }
+  // One of the examples is for instead of another line.
+  text.erase(text.find("folder = \"/path"),
+             text.find('\n', text.find("folder = \"/path")) - text.find("folder = \"/path"));
+  const CommandResult result = pack({"bundle", project.writeConfig(text)});
+  EXPECT_EQ(result.err.find("[unknown-key]"), std::string::npos) << result.err;
+  EXPECT_EQ(result.err.find("[wrong-kind]"), std::string::npos) << result.err;
+  EXPECT_EQ(result.err.find("[toml]"), std::string::npos) << result.err;
+}
+
+TEST(Init, NeverReplacesAConfigurationAndWantsJars) {
+  Project project;
+  project.writeConfig("mine");
+  EXPECT_EQ(pack({"init", project / "quillory.toml"}).status, 1);
+  EXPECT_EQ(readFile(project / "quillory.toml"), "mine");
+  const TempDir empty;
+  const CommandResult result = pack({"init", empty / "quillory.toml"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("there is no jar here"));
+  EXPECT_TRUE(fs::is_empty(empty.path()));
+}
+
+// What "bundle" makes of the file that "init" writes, with the tools and the runtime of the tests.
+CommandResult packWhatInitWrites(const Project& project) {
+  const std::string path = project / "quillory.toml";
+  const CommandResult init = pack({"init", path});
+  EXPECT_EQ(init.status, 0) << init.err;
+  std::string text = readFile(path);
+  text.replace(text.find("jlink = true"), 12, "folder = \"jre\"");
+  text.replace(text.find("signing.pem"), 11, Project::key());
+  writeFile(path,
+            text + "[bundle]\nlauncher = \"launcher\"\nlzma64 = \"lzma64\"\n[updater]\njar = \"" +
+                QUILLORY_UPDATER_JAR + "\"\n");
+  return pack({"bundle", path});
+}
+
+TEST(Init, WritesWhatCanBePackedWhateverTheJarIsCalled) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"a\nb\x1b\x7f.jar", "A B"},
+      {"quillory.jar", "Quillory App"},
+      {"jre-8.jar", "Jre App"},
+      {"java.jar", "Java App"},
+      {"a \"quoted\" \\name.jar", "A \"quoted\" \\name"},
+      {std::string(249, 'n') + ".jar", 'N' + std::string(99, 'n')},
+      {"....jar", "My Application"}};
+  for (const auto& [jar, name] : cases) {
+    Project project;
+    fs::rename(project / "hello.jar", project / jar);
+    const CommandResult bundle = packWhatInitWrites(project);
+    EXPECT_EQ(bundle.status, 0) << jar << bundle.err;
+    EXPECT_EQ(bundle.out, project / ("dist/" + name + ".app\n"));
+  }
+}
+
+TEST(Init, TakesAJarThatWasCopiedOnce) {
+  Project project;
+  for (const char* folder : {"target", "dist"}) {
+    fs::create_directory(project / folder);
+    fs::copy_file(project / "hello.jar", project / folder + std::string("/app.jar"));
+  }
+  fs::copy_file(project / "hello.jar", project / "a:b.jar");
+  const CommandResult bundle = packWhatInitWrites(project);
+  EXPECT_EQ(bundle.status, 0) << bundle.err;
+  EXPECT_THAT(readFile(project / "quillory.toml"),
+              HasSubstr("jars = [\"hello.jar\", \"target/app.jar\"]\n"));
+}
+
+TEST(Init, PassesOverFilesThatOnlyLookLikeJars) {
+  Project project;
+  writeFile(project / "aaa.jar", "text");
+  ASSERT_EQ(pack({"init", project / "quillory.toml"}).status, 0);
+  EXPECT_THAT(readFile(project / "quillory.toml"), HasSubstr("jars = [\"hello.jar\"]"));
+}
+
+}  // namespace
+}  // namespace quillory::testing

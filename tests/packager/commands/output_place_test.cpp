@@ -1,0 +1,129 @@
+#include "packager/commands/output_place.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "packager/report/findings.h"
+#include "tests/harness/temp_dir.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::string_literals;
+using testing::readFile;
+using testing::TempDir;
+using testing::writeFile;
+
+constexpr char kArchive[] = "Quillory-Hello-3-archive.p2.l2";
+constexpr char kVersionFile[] = "Quillory-Hello-version.txt";
+
+// A bundle and two release files that were made, and the place for them.
+class PutInPlace : public ::testing::Test {
+ protected:
+  PutInPlace() {
+    writeFile(dir_ / "work/Hello.app/Contents/new", "new");
+    writeFile(dir_ / "work/release/" + kArchive, "archive");
+    writeFile(dir_ / "work/release/" + kVersionFile, "3\n");
+    fs::create_directories(dir_ / "dist");
+  }
+
+  void makeEarlierRun() {
+    writeFile(dir_ / "dist/Hello.app/Contents/old", "old");
+    writeFile(dir_ / "dist/release/" + kVersionFile, "2\n");
+  }
+  // A folder cannot be replaced by a file.
+  void block(const std::string& path) { fs::create_directories(dir_ / path); }
+
+  std::string errorOf() {
+    try {
+      putInPlace(made_, place_);
+    } catch (const PackError& e) {
+      return asText(e.finding());
+    }
+    return "";
+  }
+  bool isThere(const std::string& path) const { return fs::exists(dir_ / path); }
+  std::string versionFile() const { return readFile(dir_ / "dist/release/" + kVersionFile); }
+
+  TempDir dir_;
+  const MadeFiles made_{dir_ / "work/Hello.app", dir_ / "work/release"};
+  const OutputPlace place_{dir_ / "dist/Hello.app", dir_ / "dist/release", dir_ / "work/earlier"};
+};
+
+TEST_F(PutInPlace, MovesEverything) {
+  EXPECT_EQ(errorOf(), "");
+  EXPECT_EQ(readFile(dir_ / "dist/Hello.app/Contents/new"), "new");
+  EXPECT_EQ(readFile(dir_ / "dist/release/" + kArchive), "archive");
+  EXPECT_EQ(versionFile(), "3\n");
+  EXPECT_TRUE(fs::is_empty(dir_ / "work/release"));
+  EXPECT_FALSE(isThere("work/Hello.app"));
+}
+
+TEST_F(PutInPlace, ReplacesAnEarlierRunAndKeepsOtherReleaseFiles) {
+  makeEarlierRun();
+  writeFile(dir_ / "dist/release/Quillory-Hello-2-archive.p2.l2", "older");
+  EXPECT_EQ(errorOf(), "");
+  EXPECT_FALSE(isThere("dist/Hello.app/Contents/old"));
+  EXPECT_TRUE(isThere("dist/Hello.app/Contents/new"));
+  EXPECT_TRUE(isThere("work/earlier/Contents/old"));
+  EXPECT_EQ(versionFile(), "3\n");
+  EXPECT_EQ(readFile(dir_ / "dist/release/Quillory-Hello-2-archive.p2.l2"), "older");
+}
+
+TEST_F(PutInPlace, TellsOfNoVersionWhoseArchiveIsNotThere) {
+  makeEarlierRun();
+  block("dist/release/"s + kArchive);
+  EXPECT_EQ(errorOf(),
+            dir_ / "dist/release/" + kArchive + ": error: cannot be put in place: Is a directory");
+  EXPECT_EQ(versionFile(), "2\n");
+  EXPECT_TRUE(isThere("dist/Hello.app/Contents/old")) << "the bundle is not touched";
+}
+
+TEST_F(PutInPlace, TellsOfNoVersionWhoseBundleIsNotThere) {
+  makeEarlierRun();
+  fs::remove_all(dir_ / "work/Hello.app");
+  EXPECT_NE(errorOf(), "");
+  EXPECT_EQ(versionFile(), "2\n");
+  EXPECT_TRUE(isThere("dist/release/"s + kArchive)) << "archives come first";
+  EXPECT_TRUE(isThere("dist/Hello.app/Contents/old")) << "it is back";
+  EXPECT_FALSE(isThere("work/earlier"));
+}
+
+TEST_F(PutInPlace, BringsTheEarlierBundleBackWhenAVersionFileCannotBePut) {
+  makeEarlierRun();
+  fs::remove(dir_ / "dist/release/" + kVersionFile);
+  block("dist/release/"s + kVersionFile);
+  EXPECT_NE(errorOf(), "");
+  EXPECT_TRUE(isThere("dist/Hello.app/Contents/old"));
+  EXPECT_FALSE(isThere("dist/Hello.app/Contents/new"));
+  EXPECT_TRUE(isThere("work/Hello.app/Contents/new"));
+}
+
+TEST_F(PutInPlace, LeavesNoFirstBundleWhenAVersionFileCannotBePut) {
+  block("dist/release/"s + kVersionFile);
+  EXPECT_NE(errorOf(), "");
+  EXPECT_FALSE(isThere("dist/Hello.app"));
+}
+
+TEST_F(PutInPlace, LeavesAloneWhatIsNoBundle) {
+  writeFile(dir_ / "dist/Hello.app", "somebody's file");
+  const std::string inTheWay =
+      dir_ / "dist/Hello.app" + ": error: is in the way, and is no bundle\n  -> move it away";
+  EXPECT_EQ(errorOf(), inTheWay);
+  EXPECT_EQ(readFile(dir_ / "dist/Hello.app"), "somebody's file");
+  EXPECT_FALSE(isThere("dist/release")) << "it is looked at before anything is moved";
+  fs::remove(dir_ / "dist/Hello.app");
+  fs::create_symlink("nowhere", dir_ / "dist/Hello.app");
+  EXPECT_EQ(errorOf(), inTheWay);
+}
+
+TEST_F(PutInPlace, NamesAReleaseFolderThatCannotBeMade) {
+  writeFile(dir_ / "dist/release", "a file");
+  EXPECT_EQ(errorOf().find(dir_ / "dist/release" + ": error: cannot be "), 0u) << errorOf();
+  EXPECT_FALSE(isThere("dist/Hello.app"));
+}
+
+}  // namespace
+}  // namespace quillory::pack

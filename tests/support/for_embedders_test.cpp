@@ -1,0 +1,237 @@
+#include "support/for_embedders.h"
+
+#include <gmock/gmock.h>
+#include <stdlib.h>
+
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+#include "support/clock.h"
+#include "support/owned.h"
+#include "support/process.h"
+#include "tests/harness/captured_log.h"
+#include "tests/harness/scoped_replace.h"
+
+namespace quillory {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using std::chrono::system_clock;
+using testing::CapturedLog;
+using ::testing::ElementsAre;
+using testing::ScopedReplace;
+
+std::int64_t epochMillis() {
+  return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+TEST(CloneString, IsAllocCopyByAnotherName) {
+  EXPECT_STREQ(OwnedText(cloneString("a text")).get(), "a text");
+  EXPECT_STREQ(OwnedText(cloneString("")).get(), "");
+}
+
+TEST(AllocSubstring, CutsOutThatManyBytes) {
+  static constexpr struct {
+    int start, length;
+    const char* expected;
+  } kCases[] = {{0, 5, "hello"}, {1, 3, "ell"}, {4, 1, "o"}, {2, 0, ""}, {5, 0, ""}};
+  for (const auto& [start, length, expected] : kCases) {
+    SCOPED_TRACE(::testing::Message() << start << ", " << length);
+    EXPECT_STREQ(OwnedText(allocSubstring("hello", start, length)).get(), expected);
+  }
+}
+
+TEST(AllocSubstring, StaysInsideTheStringWhateverTheRange) {
+  static constexpr struct {
+    int start, length;
+    const char* expected;
+  } kCases[] = {{3, 100, "lo"}, {5, 1, ""},        {6, 1, ""},  {INT_MAX, INT_MAX, ""},
+                {-1, 2, "he"},  {INT_MIN, 1, "h"}, {0, -1, ""}, {1, INT_MIN, ""}};
+  for (const auto& [start, length, expected] : kCases) {
+    SCOPED_TRACE(::testing::Message() << start << ", " << length);
+    EXPECT_STREQ(OwnedText(allocSubstring("hello", start, length)).get(), expected);
+  }
+}
+
+TEST(AllocTempString, PutsOneBehindTheOther) {
+  EXPECT_STREQ(OwnedText(allocTempString("a", "bc")).get(), "abc");
+  EXPECT_STREQ(OwnedText(allocTempString("", "b")).get(), "b");
+  EXPECT_STREQ(OwnedText(allocTempString("a", "")).get(), "a");
+  EXPECT_STREQ(OwnedText(allocTempString("", "")).get(), "");
+}
+
+TEST(AllocTempPath, PutsOneSeparatorBetween) {
+  static constexpr struct {
+    const char *a, *b, *expected;
+  } kCases[] = {{"/a", "b", "/a/b"}, {"/a/", "b", "/a/b"}, {"", "b", "b"},
+                {"a", "", "a/"},     {"/", "b", "/b"},     {"a", "/b", "a//b"}};
+  for (const auto& [a, b, expected] : kCases) {
+    SCOPED_TRACE(expected);
+    std::string first(a), second(b);
+    EXPECT_STREQ(OwnedText(allocTempPath(first.data(), second.data())).get(), expected);
+  }
+}
+
+TEST(LastIndexOf, FindsTheLastOne) {
+  EXPECT_EQ(lastIndexOf("/a/b/c", '/'), 4);
+  EXPECT_EQ(lastIndexOf("/", '/'), 0);
+  EXPECT_EQ(lastIndexOf("abc", '/'), -1);
+  EXPECT_EQ(lastIndexOf("", '/'), -1);
+}
+
+TEST(IndexOf, CountsOccurrencesFrom1) {
+  EXPECT_EQ(indexOf("/a/b/c", '/', 1), 0);
+  EXPECT_EQ(indexOf("/a/b/c", '/', 2), 2);
+  EXPECT_EQ(indexOf("/a/b/c", '/', 3), 4);
+  EXPECT_EQ(indexOf("/a/b/c", '/', 4), -1);
+}
+
+TEST(IndexOf, IsMinusOneForCountsBelow1AndForTheEmptyString) {
+  EXPECT_EQ(indexOf("/a/b/c", '/', 0), -1);
+  EXPECT_EQ(indexOf("/a/b/c", '/', -1), -1);
+  EXPECT_EQ(indexOf("", '/', 1), -1);
+}
+
+TEST(IntegerToA, WritesAtMost7CharactersAndReturnsTheWholeLength) {
+  static constexpr struct {
+    int value;
+    const char* written;
+    int returned;
+  } kCases[] = {{0, "0", 1},
+                {-42, "-42", 3},
+                {1234567, "1234567", 7},
+                {12345678, "1234567", 8},
+                {123456789, "1234567", 9},
+                {INT_MIN, "-214748", 11}};
+  for (const auto& [value, written, returned] : kCases) {
+    SCOPED_TRACE(value);
+    char text[10];
+    std::memset(text, '#', sizeof text);
+    EXPECT_EQ(integerToA(value, text), returned);
+    EXPECT_STREQ(text, written);
+    EXPECT_EQ(text[8], '#');
+    EXPECT_EQ(text[9], '#');
+  }
+}
+
+TEST(Is32Bit, IsAlwaysFalse) { EXPECT_FALSE(is32Bit()); }
+
+TEST(EditToWindowsSubsystem, TouchesNothing) {
+  editToWindowsSubsystem("/no/such/file", 1);
+  EXPECT_NE(access("/no/such/file", F_OK), 0);
+}
+
+TEST(PathToFile, PointsBehindTheLastSeparator) {
+  char path[] = "/a/b/file.txt";
+  EXPECT_EQ(pathToFile(path), path + 5);
+  char plain[] = "file";
+  EXPECT_EQ(pathToFile(plain), plain);
+  char folder[] = "a/";
+  EXPECT_STREQ(pathToFile(folder), "");
+  char empty[] = "";
+  EXPECT_EQ(pathToFile(empty), empty);
+}
+
+TEST(DoesDirExist, OnlyLogs) {
+  const CapturedLog log;
+  EXPECT_TRUE(doesDirExist("/no/such/folder"));
+  EXPECT_THAT(log.messages(), ElementsAre("Checking if /no/such/folder exists\n"));
+}
+
+TEST(EscapeSpaces, ReturnsTheTextItselfWithoutTheFlag) {
+  char text[] = "a b";
+  EXPECT_EQ(escapeSpaces(text, false), text);
+}
+
+TEST(EscapeSpaces, PutsABackslashBeforeEverySpace) {
+  char text[] = " a  b\tc ";
+  const OwnedText escaped(escapeSpaces(text, true));
+  EXPECT_STREQ(escaped.get(), "\\ a\\ \\ b\tc\\ ");
+}
+
+TEST(EscapeSpaces, GivesANewEmptyTextForAnEmptyOne) {
+  char text[] = "";
+  const OwnedText escaped(escapeSpaces(text, true));
+  EXPECT_NE(escaped.get(), text);
+  EXPECT_STREQ(escaped.get(), "");
+}
+
+TEST(QuoteSpaciousString, QuotesWithAndWithoutSpaces) {
+  for (const char* const text : {"", "plain", "with space", "\"quoted\""}) {
+    const OwnedText quoted(quoteSpaciousString(text));
+    EXPECT_EQ(quoted.get(), '"' + std::string(text) + '"');
+  }
+}
+
+TEST(QuoteStringIfNecessary, LeavesATextThatBeginsWithAQuote) {
+  char text[] = "\"half";
+  EXPECT_EQ(quoteStringIfNecessary(text), text);
+}
+
+TEST(QuoteStringIfNecessary, QuotesAnyOther) {
+  char text[] = "a \"b\"";
+  const OwnedText quoted(quoteStringIfNecessary(text));
+  EXPECT_STREQ(quoted.get(), "\"a \"b\"\"");
+  char empty[] = "";
+  const OwnedText quotedEmpty(quoteStringIfNecessary(empty));
+  EXPECT_STREQ(quotedEmpty.get(), "\"\"");
+}
+
+TEST(RunCommandGetOutput, IsTheTrimmedOutput) {
+  EXPECT_STREQ(OwnedText(runCommandGetOutput("printf '1.8\\n\\r '")).get(), "1.8");
+  EXPECT_STREQ(OwnedText(runCommandGetOutput("true")).get(), "");
+}
+
+TEST(RunCommandGetOutput, IsNullWhenNothingCanBeStarted) {
+  const ScopedReplace spawn(
+      processCalls.spawn, +[](pid_t*, const char*, const posix_spawn_file_actions_t*, char* const[],
+                              char* const[]) { return EAGAIN; });
+  EXPECT_EQ(runCommandGetOutput("true"), nullptr);
+}
+
+TEST(SystemTimeMillis, IsTheSameQuantity) {
+  const std::int64_t before = epochMillis();
+  const auto now = static_cast<std::int64_t>(systemTimeMillis());
+  const std::int64_t after = epochMillis();
+  EXPECT_LE(before, now);
+  EXPECT_LE(now, after);
+}
+
+TEST(GetJustMillis, IsTheMillisecondPartOfTheSecond) {
+  const ScopedReplace clock(
+      timeCalls.nowMillis, +[] { return std::uint64_t{1795000000042}; });
+  EXPECT_EQ(getJustMillis(), 42);
+}
+
+TEST(GetJustMillis, ReachesFrom0To999) {
+  {
+    const ScopedReplace clock(
+        timeCalls.nowMillis, +[] { return std::uint64_t{1795000000999}; });
+    EXPECT_EQ(getJustMillis(), 999);
+  }
+  const ScopedReplace clock(
+      timeCalls.nowMillis, +[] { return std::uint64_t{1795000001000}; });
+  EXPECT_EQ(getJustMillis(), 0);
+}
+
+TEST(Millisleep, FailsAtOnceForEveryWaitWorthTheName) {
+  for (const int ms : {1, 2, 999, 1000, 1001, 60000, 2147483647}) {
+    SCOPED_TRACE(ms);
+    const auto begin = steady_clock::now();
+    errno = 0;
+    EXPECT_EQ(millisleep(ms), -1);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_LT(steady_clock::now() - begin, milliseconds(500));
+  }
+}
+
+TEST(Millisleep, SucceedsForZero) { EXPECT_EQ(millisleep(0), 0); }
+
+}  // namespace
+}  // namespace quillory
