@@ -10,6 +10,7 @@
 #include "support/output_file.h"
 #include "support/owned.h"
 #include "support/standard_streams.h"
+#include "tools/lzma64_help.h"
 
 namespace {
 
@@ -21,17 +22,18 @@ constexpr int kFailed = 1;
 constexpr int kWrongUse = 2;
 constexpr std::size_t kInputBuffer = 256 * 1024;
 
-constexpr char kHelp[] =
-    "usage: lzma64 d IN OUT          unpacks the LZMA-alone file IN into OUT\n"
-    "       lzma64 e [-LEVEL] IN OUT packs IN into the LZMA-alone file OUT\n"
-    "       lzma64 --help\n"
-    "\n"
-    "LEVEL is 0 (fastest) to 9 (smallest); without it, 6. OUT appears, or is replaced, only\n"
-    "when everything went well; a symbolic link at OUT is replaced, not followed.\n"
-    "\n"
-    "exit status: 0 done, 1 the input is bad or a file cannot be read or written, 2 wrong use\n"
-    "\n"
-    "example: lzma64 e -9 application.p2 application.p2.l2\n";
+// The second line of the usage and those behind it stand below the first.
+std::string help() {
+  std::string text = "usage: ";
+  for (const char* c = quillory::kLzma64Usage; *c != '\0'; ++c) {
+    text += *c;
+    if (*c == '\n' && c[1] != '\0') {
+      text += "       ";
+    }
+  }
+  return text + '\n' + quillory::kLzma64Notes + "\nexit status: " + quillory::kLzma64Statuses +
+         "\nexample: " + quillory::kLzma64Example;
+}
 
 struct Request {
   bool decodes = false;
@@ -109,12 +111,12 @@ int main(int argc, char** argv) {
   quillory::fillStandardStreams();
   const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
   if (arguments.size() == 1 && (arguments[0] == "--help" || arguments[0] == "-h")) {
-    std::fputs(kHelp, stdout);
+    std::fputs(help().c_str(), stdout);
     return 0;
   }
   Request request;
   if (!parse(arguments, request)) {
-    std::fputs(kHelp, stderr);
+    std::fputs(help().c_str(), stderr);
     return kWrongUse;
   }
   quillory::removeUnfinishedFilesOnSignals();

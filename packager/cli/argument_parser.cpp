@@ -96,7 +96,7 @@ class Parser {
     app_.set_help_flag(help.name, help.description);
     app_.require_subcommand(1);
     app_.set_version_flag("--version", kProgramVersion, "the version of this program");
-    app_.footer(kProgramNotes);
+    app_.footer(std::string(kProgramSteps) + "\n\nexit status: " + kProgramStatuses);
     for (const Command& command : commands) {
       CLI::App* sub = app_.add_subcommand(command.name, command.description);
       sub->footer("example:\n  " + command.example);

@@ -129,7 +129,12 @@ std::string zshScript(const std::vector<CommandNames>& commands) {
   return script +
          "  esac\n"
          "}\n"
-         "compdef _quillory_pack quillory-pack\n";
+         "# As a file of $fpath this is run in place of the function when it is first asked.\n"
+         "if [[ $funcstack[1] = _quillory-pack ]]; then\n"
+         "  _quillory_pack\n"
+         "else\n"
+         "  compdef _quillory_pack quillory-pack\n"
+         "fi\n";
 }
 
 std::string fishScript(const std::vector<CommandNames>& commands) {

@@ -1,6 +1,7 @@
 #include "packager/cli/program.h"
 
 #include "packager/cli/completion.h"
+#include "packager/cli/manual.h"
 #include "packager/commands/bundle.h"
 #include "packager/commands/doctor.h"
 #include "packager/commands/extract.h"
@@ -13,8 +14,8 @@
 namespace quillory::pack {
 
 std::vector<Command> allCommands() {
-  return {initCommand(),    keygenCommand(), bundleCommand(), inspectCommand(),   verifyCommand(),
-          extractCommand(), setCommand(),    doctorCommand(), completionCommand()};
+  return {initCommand(),    keygenCommand(), bundleCommand(), inspectCommand(),    verifyCommand(),
+          extractCommand(), setCommand(),    doctorCommand(), completionCommand(), manualCommand()};
 }
 
 Argument helpArgument() {

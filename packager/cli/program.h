@@ -11,14 +11,14 @@ namespace quillory::pack {
 inline constexpr char kProgramName[] = "quillory-pack";
 inline constexpr char kProgramDescription[] = "Packs Java applications for the launcher.";
 inline constexpr char kProgramVersion[] = "quillory-pack 1.0";
-/// Stands below the list of commands: the first steps, and the exit statuses.
-inline constexpr char kProgramNotes[] =
+/// Stands below the list of commands.
+inline constexpr char kProgramSteps[] =
     "Ship an application in three commands:\n"
     "  quillory-pack init      # writes quillory.toml for the jars that are here\n"
     "  quillory-pack keygen    # makes signing.pem; keep it, and keep it secret\n"
-    "  quillory-pack bundle    # makes dist/<App>.app and dist/release/\n"
-    "\n"
-    "exit status: 0 done; 1 it could not be done, or what was checked is not good;\n"
+    "  quillory-pack bundle    # makes dist/<App>.app and dist/release/";
+inline constexpr char kProgramStatuses[] =
+    "0 done; 1 it could not be done, or what was checked is not good;\n"
     "  2 the command line makes no sense; 3 the configuration or the content has errors";
 
 /// All commands, in the order of the help. Each call makes new ones, with the defaults in what

@@ -29,11 +29,12 @@ std::string beside(const char* folder) {
   return (fs::path(programFolder()) / folder).lexically_normal().string();
 }
 
-// Beside this program are those for its own system. Those for another one are in a folder of that
-// one's name: in the build tree, next to the build that this program is from, or installed.
+// An installation has those for its own system in share, which nobody else writes to; in the folder
+// of a build they lie beside this program. Those for another system are in a folder of that one's
+// name: in the build tree, next to the build that this program is from, or installed.
 std::vector<std::string> foldersFor(Target target) {
   if (target == nativeTarget()) {
-    return {beside("."), beside("../share/quillory")};
+    return {beside("../share/quillory"), beside(".")};
   }
   return {beside(("../../" + nameOf(target) + "/bin").c_str()),
           beside(("../share/quillory/" + nameOf(target)).c_str())};

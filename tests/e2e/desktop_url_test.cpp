@@ -12,7 +12,9 @@ using ::testing::Not;
 
 class DesktopUrl : public HaltedStart {
  protected:
-  DesktopUrl() : daemon_({"dbus-daemon", "--session", "--nofork", "--print-address=1"}) {
+  DesktopUrl()
+      : daemon_({"dbus-daemon", "--session", "--address=unix:path=" + busFolder_ / "bus",
+                 "--nofork", "--print-address=1"}) {
     busAddress_ = firstLineOf(daemon_);
   }
 
@@ -29,6 +31,7 @@ class DesktopUrl : public HaltedStart {
   }
 
  private:
+  TempDir busFolder_;
   BackgroundChild daemon_;
 };
 

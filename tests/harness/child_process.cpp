@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "support/owned.h"
+#include "tests/harness/own_folder.h"
 
 extern char** environ;
 
@@ -22,7 +23,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 std::string newTemporaryFile() {
-  std::string path = ::testing::TempDir() + "quillory-child-XXXXXX";
+  std::string path = (ownFolder() / "child-XXXXXX").string();
   const int file = mkstemp(path.data());
   EXPECT_GE(file, 0) << "cannot create " << path;
   close(file);
@@ -55,6 +56,15 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return result;
 }
 
+// Whoever started the tests may have had signals ignored, such as a shell that runs them in the
+// background, and so may what they test.
+void takeEverySignal() {
+  for (int signal = 1; signal < NSIG; ++signal) ::signal(signal, SIG_DFL);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
 void redirect(const std::string& path, int descriptor) {
   const int file = open(path.c_str(), O_WRONLY | O_APPEND);
   if (file < 0 || dup2(file, descriptor) < 0) _exit(126);
@@ -79,6 +89,7 @@ BackgroundChild::BackgroundChild(const std::vector<std::string>& command,
   EXPECT_GE(pid_, 0) << "cannot fork";
   if (pid_ == 0) {
     setpgid(0, 0);
+    takeEverySignal();
     if (dup2(fileno(input.get()), STDIN_FILENO) < 0) _exit(126);
     redirect(outPath_, STDOUT_FILENO);
     redirect(errPath_, STDERR_FILENO);

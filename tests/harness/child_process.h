@@ -1,4 +1,5 @@
-// A program started by a test: its output, its exit status, and no trace of it afterwards.
+// A program started by a test: its output, its exit status, and no trace of it afterwards. It has
+// every signal as it is by default.
 #pragma once
 #include <sys/types.h>
 

@@ -6,25 +6,19 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/harness/own_folder.h"
+
 namespace quillory::testing {
 
 namespace fs = std::filesystem;
 
 TempDir::TempDir() {
-  std::string name = (fs::temp_directory_path() / "quillory-test-XXXXXX").string();
+  std::string name = (ownFolder() / "test-XXXXXX").string();
   if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp failed: " + name);
   path_ = name;
 }
 
-TempDir::~TempDir() {
-  std::error_code ignored;
-  for (fs::recursive_directory_iterator entry(path_, ignored), end; entry != end;
-       entry.increment(ignored)) {
-    if (entry->is_directory(ignored) && !entry->is_symlink(ignored))
-      fs::permissions(entry->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
-  }
-  fs::remove_all(path_, ignored);
-}
+TempDir::~TempDir() { removeFolder(path_); }
 
 void writeFile(const fs::path& path, std::string_view content) {
   fs::create_directories(path.parent_path());

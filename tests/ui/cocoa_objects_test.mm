@@ -1,18 +1,21 @@
-// The Cocoa objects one by one, in this process. Menus and images need a window server.
+// The Cocoa objects one by one.
+#import "tests/ui/cocoa_objects.h"
+
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <vector>
 
-#include "platform/autorelease_pool.h"
-#include "platform/toolkit.h"
+#include "support/platform.h"
+#include "support/url_request.h"
 #include "tests/harness/captured_log.h"
-#include "tests/ui/x_server.h"
+#include "tests/harness/scoped_replace.h"
+#include "ui/application_shell_cocoa.h"
 #import "ui/menu_titles_cocoa.h"
 #include "ui/progress_tiles.h"
 #import "ui/redrawer_cocoa.h"
-#include "ui/splash.h"
 #import "ui/splash_view_cocoa.h"
 #import "ui/url_events_cocoa.h"
 
@@ -38,22 +41,9 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::Values;
 using testing::CapturedLog;
-using testing::XServer;
-
-class CocoaObjects : public ::testing::Test {
- protected:
-  // One server and one application object for all tests of the process.
-  static void SetUpTestSuite() {
-    const AutoreleasePool pool;
-    static char programName[] = "ui_cocoa_tests";
-    platform::startToolkit(programName);
-    static const XServer server;
-    setenv("DISPLAY", server.display().c_str(), 1);
-    ASSERT_TRUE(platform::isReadyForWindows());
-  }
-
-  const AutoreleasePool pool_;
-};
+using testing::CocoaObjects;
+using testing::ScopedMethod;
+using testing::ScopedReplace;
 
 using MenuTitles = CocoaObjects;
 
@@ -166,7 +156,78 @@ TEST_F(HandleURLEvent, KeepsAnEmptyUrlForAnEventWithoutOne) {
                                           "[Quillory] [URL] Converted URL to ''\n"));
 }
 
+using RegisterOSXEventListener = CocoaObjects;
+
+struct {
+  id handler;
+  SEL selector;
+  AEEventClass eventClass;
+  AEEventID eventID;
+} registered;
+
+void noteRegistration(id, SEL, id handler, SEL selector, AEEventClass eventClass,
+                      AEEventID eventID) {
+  registered = {handler, selector, eventClass, eventID};
+}
+
+TEST_F(RegisterOSXEventListener, AsksForTheGetUrlEventWhoseCodesAreGURL) {
+  const CapturedLog log;
+  const ScopedReplace requestedUrl(platformCalls.requestedUrl, latestRequestedUrl);
+  const ScopedMethod manager(class_getInstanceMethod([NSAppleEventManager class], @selector
+                                                     (setEventHandler:
+                                                          andSelector:forEventClass:andEventID:)),
+                             noteRegistration);
+  registerOSXEventListener();
+  EXPECT_TRUE([registered.handler isKindOfClass:[URLHandler class]]);
+  EXPECT_STREQ(sel_getName(registered.selector), "handleURLEvent:withReplyEvent:");
+  EXPECT_EQ(registered.eventClass, 0x4755524CU);
+  EXPECT_EQ(registered.eventID, 0x4755524CU);
+  EventOfTest* event = [[[EventOfTest alloc] init] autorelease];
+  event->text = @"demo:x";
+  [registered.handler handleURLEvent:event withReplyEvent:nil];
+  EXPECT_STREQ(getRequestedURL(), "demo:x");
+}
+
 using RedrawerThread = CocoaObjects;
+
+// What the thread does, in order: how long it sleeps, and "redraw".
+std::mutex stepsMutex;
+std::vector<std::string> steps;
+
+void addStep(const std::string& step) {
+  const std::lock_guard lock(stepsMutex);
+  steps.push_back(step);
+  if (steps.size() >= 6) [[NSThread currentThread] cancel];
+}
+
+void noteSleep(id, SEL, NSTimeInterval seconds) { addStep(std::to_string(seconds)); }
+
+void noteRequest(id, SEL, SEL request, id, BOOL waits) {
+  addStep(std::string(sel_getName(request)) + (waits ? " waits" : ""));
+}
+
+TEST_F(RedrawerThread, AsksForARedrawEvery30Milliseconds) {
+  const CapturedLog log;
+  steps.clear();
+  const ScopedMethod sleep(class_getClassMethod([NSThread class], @selector(sleepForTimeInterval:)),
+                           noteSleep);
+  const ScopedMethod request(class_getInstanceMethod([NSObject class], @selector
+                                                     (performSelectorOnMainThread:
+                                                                       withObject:waitUntilDone:)),
+                             noteRequest);
+  SplashView* view = [[SplashView alloc] initWithFrame:NSMakeRect(0, 0, 10, 10)];
+  Redrawer* redrawer = [[Redrawer alloc] init];
+  NSThread* thread = [[NSThread alloc] initWithTarget:redrawer
+                                             selector:@selector(runThread:)
+                                               object:view];
+  [thread start];
+  while (![thread isFinished]) std::this_thread::yield();
+  [thread release];
+  [redrawer release];
+  [view release];
+  EXPECT_THAT(steps, ElementsAre("0.030000", "requestBarRedraw", "0.030000", "requestBarRedraw",
+                                 "0.030000", "requestBarRedraw"));
+}
 
 TEST_F(RedrawerThread, EndsSoonAfterItIsCancelled) {
   const CapturedLog log;

@@ -237,7 +237,27 @@ TEST_F(SetProgress, HidesTheBarThenEndsTheThread) {
   EXPECT_THAT(asked, ElementsAre("frame 100 100 400 200", "cancel 1", "redraw"));
 }
 
+// Another thread draws as soon as it is asked to.
+std::vector<int> drawn;
+
+TEST_F(SetProgress, StoresTheStateBeforeItAsksForARedraw) {
+  drawn.clear();
+  const ScopedReplace<void (*)()> redraw(
+      platformCalls.window.requestRedraw, +[] { drawn.push_back(progress()); });
+  for (const int value : {40, kProgressIndefinite, -50, 41, kProgressHidden}) setProgress(value);
+  EXPECT_THAT(drawn, ElementsAre(40, kProgressIndefinite, -50, 41, kProgressHidden));
+}
+
 using HideProgress = Splash;
+
+TEST_F(HideProgress, StoresTheStateBeforeItAsksForARedraw) {
+  setProgress(10);
+  drawn.clear();
+  const ScopedReplace<void (*)()> redraw(
+      platformCalls.window.requestRedraw, +[] { drawn.push_back(progress()); });
+  hideProgress();
+  EXPECT_THAT(drawn, ElementsAre(kProgressHidden));
+}
 
 TEST_F(HideProgress, ShrinksTheWindow) {
   setProgress(10);

@@ -110,6 +110,13 @@ TEST_F(SplashWindow, IsNotShownBeforeItIsAskedFor) {
   EXPECT_THAT(screen_.shownWindows(), IsEmpty());
 }
 
+TEST_F(SplashWindow, IsAWhiteSquareOf300PixelsWithoutAPicture) {
+  demo_.commands({"init", "show"});
+  ASSERT_TRUE(becomes(centred(300, 300)));
+  for (const auto& [x, y] : {std::pair{0, 0}, {299, 0}, {0, 299}, {299, 299}, {150, 150}})
+    EXPECT_TRUE(shows(x, y, kWhite)) << x << "," << y;
+}
+
 TEST_F(SplashWindow, IsOneWindowOfThePicturesSizeInTheMiddleWithoutBorder) {
   show(redPicture(400, 200));
   ASSERT_TRUE(shows(0, 0, 0xC02040));

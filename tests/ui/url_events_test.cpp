@@ -23,7 +23,8 @@ using ::testing::Not;
 class SessionBus {
  public:
   explicit SessionBus(const std::string& configuration = "--session")
-      : daemon_({"dbus-daemon", configuration, "--nofork", "--print-address=1"}),
+      : daemon_({"dbus-daemon", configuration, "--address=unix:path=" + folder_ / "bus", "--nofork",
+                 "--print-address=1"}),
         address_(firstLineOf(daemon_)) {}
   const std::string& address() const { return address_; }
 
@@ -48,6 +49,7 @@ class SessionBus {
   }
 
  private:
+  TempDir folder_;  // of its socket
   BackgroundChild daemon_;
   std::string address_;
 };

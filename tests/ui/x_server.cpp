@@ -31,8 +31,11 @@ std::string firstLineOf(const BackgroundChild& process) {
   return {};
 }
 
+// With neither a lock file nor a socket that is a file, it leaves nothing when it is killed.
+// Clients find it by the name of its socket that is none.
 XServer::XServer()
-    : process_({"Xvfb", "-displayfd", "1", "-noreset", "-screen", "0", "1024x768x24"}),
+    : process_({"Xvfb", "-displayfd", "1", "-nolock", "-nolisten", "unix", "-noreset", "-screen",
+                "0", "1024x768x24"}),
       display_(":" + firstLineOf(process_)) {}
 
 void PrintTo(const WindowAt& window, std::ostream* out) {

@@ -14,8 +14,8 @@ using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-const std::vector<std::string> kCommands = {"init",    "keygen", "bundle", "inspect",   "verify",
-                                            "extract", "set",    "doctor", "completion"};
+const std::vector<std::string> kCommands = {"init",    "keygen", "bundle", "inspect",    "verify",
+                                            "extract", "set",    "doctor", "completion", "manual"};
 
 TEST(CommandLine, ListsItsCommandsAndStatuses) {
   for (const char* option : {"--help", "-h"}) {
