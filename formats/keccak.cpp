@@ -85,18 +85,6 @@ int Final(KeccakState* state, unsigned char* out, int byteLength) {
   return 0;
 }
 
-void KeccakF(KeccakState* state, const unsigned char* input, int laneCount) {
-  for (int i = 0; i < laneCount * 8; ++i) bytesOf(state)[i] ^= input[i];
-  permute(state);
-}
-
-int crypto_hash(unsigned char* out, const unsigned char* data, std::uint64_t length) {
-  KeccakState state;
-  Init(&state);
-  Update(&state, data, length * 8);
-  return Final(&state, out, kKeccakDigestBytes);
-}
-
 int sha3_256_init(hash_state* md) {
   LTC_ARGCHK(md != NULL);  // the library prints this text
   Init(new (md) KeccakState);

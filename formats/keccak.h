@@ -29,13 +29,6 @@ int Update(KeccakState* state, const unsigned char* data, std::uint64_t bitLengt
 /// nothing written, when the digest has been produced before.
 int Final(KeccakState* state, unsigned char* out, int byteLength);
 
-/// XORs `laneCount` little-endian lanes of `input` into the state and permutes it by
-/// Keccak-f[1600]. Without input (0 lanes, `input` may be null) it only permutes.
-void KeccakF(KeccakState* state, const unsigned char* input, int laneCount);
-
-/// One-shot digest of 32 bytes over `length` bytes. Always 0.
-int crypto_hash(unsigned char* out, const unsigned char* data, std::uint64_t length);
-
 /// The hash as the library calls it, with the state inside `md`: CRYPT_OK, or -1 after the digest.
 /// A null `md` fails the library's argument check, which by default ends the process (SIGABRT).
 int sha3_256_init(hash_state* md);

@@ -20,9 +20,6 @@ constexpr std::string_view kBase64Alphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr char kPadding = '=';
 
-constexpr std::uint32_t kFnvOffsetBasis = 0x811C9DC5;
-constexpr std::uint32_t kFnvPrime = 0x01000193;
-
 int hexDigit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -142,16 +139,6 @@ char* base64_decode(const char* text, std::size_t length, std::size_t* outLength
   decodeGroups(input, block.get(), decoded);
   *outLength = decoded;
   return block.release();
-}
-
-std::uint32_t fnvHash(const char* data, long length) {
-  std::uint32_t hash = kFnvOffsetBasis;
-  for (long i = 0; i < length; ++i) {
-    const auto byte = static_cast<signed char>(data[i]);
-    hash = (hash ^ static_cast<unsigned char>(byte)) * kFnvPrime;
-    logMessage("[%d] %d %d\n", static_cast<int>(i), byte, static_cast<std::int32_t>(hash));
-  }
-  return hash;
 }
 
 }  // namespace quillory

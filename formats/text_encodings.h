@@ -2,7 +2,6 @@
 // small string hash for diagnostics.
 #pragma once
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -26,8 +25,5 @@ std::vector<unsigned char> bytesOfHex(const std::string& hex);
 char* base64_decode(const char* text, std::size_t length, std::size_t* outLength);
 void build_decoding_table();
 void base64_cleanup();
-
-/// 32-bit FNV-1a. Logs every step: for short keys and diagnostics.
-std::uint32_t fnvHash(const char* data, long length);
 
 }  // namespace quillory

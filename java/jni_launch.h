@@ -23,6 +23,7 @@ void* openJvmLibrary(const std::string& jreHome);
 /// "-Djava.class.path=" and the entries joined with ':', or "" without entries.
 std::string classPathOption(const std::vector<std::string>& entries);
 
+/// Calls the method with the arguments behind it. An exception that it throws stays pending.
 void CallStaticVoidMethod(JNIEnv* env, jclass clazz, jmethodID method, ...);
 
 /// Runs the main class on this thread, in a JVM made for it, and returns 0 after main() has run,

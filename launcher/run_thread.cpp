@@ -1,11 +1,7 @@
 #include "launcher/run_thread.h"
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstring>
-
-#include "support/log.h"
 
 namespace quillory {
 
@@ -25,14 +21,6 @@ void runSteps(const RunSteps& steps) {
 void* run(void*) {
   runSteps();
   return nullptr;
-}
-
-int getPathToExe(char* buf, int size) {
-  if (size <= 0) return -1;
-  std::memset(buf, 0, static_cast<std::size_t>(size));
-  if (readlink("/proc/self/exe", buf, static_cast<std::size_t>(size) - 1) < 0) return -1;
-  logMessage("Path to exe is %s\n", buf);
-  return 0;
 }
 
 }  // namespace quillory

@@ -27,8 +27,4 @@ void runSteps(const RunSteps& steps = {});
 /// Body of the run thread: runSteps(). The argument is ignored.
 void* run(void*);
 
-/// The path of the running executable, cut at `size` - 1 bytes; -1 where the system has no link to
-/// it (macOS), else 0.
-int getPathToExe(char* buf, int size);
-
 }  // namespace quillory

@@ -36,7 +36,7 @@ std::string joinPath(std::string_view folder, std::string_view component,
 /// Nothing to do where the separator is '/'; it marks the places that would convert it elsewhere.
 void toNativePath(char* path);
 
-bool isAbsolutePath(const char* path);
+bool isAbsolutePath(const char* path);  ///< whether it begins with '/'
 
 /// `path` itself when it is absolute, else a new block (at least 1024 bytes, release with free())
 /// with the current directory before it. Only the pointer tells the two cases apart.

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "formats/for_embedders.h"
 #include "formats/keccak_permutation.h"
 #include "tests/formats/keccak_reference.h"
 #include "tests/harness/hex.h"

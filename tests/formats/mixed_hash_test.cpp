@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/for_embedders.h"
 #include "formats/keccak.h"
 #include "tests/harness/hex.h"
 
