@@ -86,7 +86,7 @@ int Final(KeccakState* state, unsigned char* out, int byteLength) {
 }
 
 int sha3_256_init(hash_state* md) {
-  LTC_ARGCHK(md != NULL);  // the library prints this text
+  LTC_ARGCHK(md != NULL);  // NOLINT(modernize-use-nullptr): the library prints this text
   Init(new (md) KeccakState);
   return CRYPT_OK;
 }

@@ -25,7 +25,7 @@ hash_state* keccakHalf(hash_state* md) {
 }  // namespace
 
 int mixed_init(hash_state* md) {
-  LTC_ARGCHK(md != NULL);  // the library prints this text
+  LTC_ARGCHK(md != NULL);  // NOLINT(modernize-use-nullptr): the library prints this text
   sha256_init(md);
   quillory::sha3_256_init(keccakHalf(md));
   return CRYPT_OK;

@@ -15,7 +15,7 @@ struct TailRecords {
   std::string jreVersion;  ///< empty: no JRE in the tail
   std::string guVersion;   ///< empty: no updater in the tail, it only launches
   std::string minSplashMs;
-  std::string signaturePublicKey;     ///< hexadecimal
+  std::string signaturePublicKey;  ///< hexadecimal
   std::string canOverrideSplash;
   std::string installType;
   std::string silentParameter;

@@ -22,7 +22,9 @@ inline constexpr std::size_t kLzmaLargestDictionary = std::size_t{256} << 20;
 class LzmaCoder {
  public:
   /// `level` is the preset of the xz tools, 0 to 9. The length is not stored: an end marker is.
+  /// With another level there is an error from the start, and every write() fails.
   static LzmaCoder encoder(int level, LzmaSink sink);
+  /// Takes streams with a stored length and with an end marker.
   static LzmaCoder decoder(LzmaSink sink);
 
   LzmaCoder(LzmaCoder&&) noexcept;
@@ -33,6 +35,7 @@ class LzmaCoder {
   /// Says that the input is complete. A decoder that has not met the end of its stream, or that met
   /// bytes behind it, fails here.
   bool finish();
+  /// What went wrong first, for people; "" while nothing has.
   const std::string& error() const;
 
  private:

@@ -103,12 +103,13 @@ def main():
         work = sorted(libraries_of(sources), key=lambda w: -len(w[0]))
     folder = build / "tidy"
     folder.mkdir(exist_ok=True)
+    findings = set()
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        said = pool.map(lambda w: check(folder, *w), ((n, *w) for n, w in enumerate(work)))
-        findings = sorted({f.rstrip() for text in said for f in FINDING.findall(text)
-                           if f.startswith(f"{ROOT}/")})
-    for finding in findings:
-        print(finding.replace(f"{ROOT}/", ""))
+        for said in pool.map(lambda w: check(folder, *w), ((n, *w) for n, w in enumerate(work))):
+            for finding in FINDING.findall(said):
+                if finding.startswith(f"{ROOT}/") and finding not in findings:
+                    findings.add(finding)
+                    print(finding.rstrip().replace(f"{ROOT}/", ""), flush=True)
     print(f"clang-tidy: {len(findings)} findings in {sum(len(w[0]) for w in work)} sources",
           file=sys.stderr)
     return 1 if findings else 0

@@ -38,7 +38,8 @@ Surroundings lookAround();
 /// alike is told apart as well as the tool allows; docs/operating.md says where it cannot be.
 int runWithRights(const ElevationRequest& request, const Surroundings& surroundings);
 
-/// The system's part of it, for a user who is not root.
+/// The system's part of it, for a user who is not root: asks with the tool that is there for it,
+/// and gives the same statuses, with a message, as runWithRights().
 int askForRights(const ElevationRequest& request, const Surroundings& surroundings);
 
 }  // namespace quillory

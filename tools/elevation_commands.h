@@ -34,6 +34,7 @@ std::vector<std::string> pkexecCommand(const std::string& tool, const ElevationR
 /// pkexec's own statuses become kElevationDenied, all others are the program's.
 int statusFromPkexec(int status);
 
+/// Asks for the password on the terminal, with the prompt.
 std::vector<std::string> sudoCommand(const std::string& tool, const ElevationRequest& request);
 
 /// Asks, without asking the user, whether he may run the command.

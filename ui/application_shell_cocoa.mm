@@ -14,7 +14,7 @@ void loadStandardMenu() {
   NSString* nib = [framework pathForResource:@"DefaultApp" ofType:@"nib"];
   if (nib == nil) return;
   NSDictionary* names = [NSDictionary dictionaryWithObject:NSApp forKey:@"NSOwner"];
-  [NSBundle loadNibFile:nib externalNameTable:names withZone:NULL];
+  [NSBundle loadNibFile:nib externalNameTable:names withZone:nullptr];
 }
 
 }  // namespace

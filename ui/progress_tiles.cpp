@@ -36,7 +36,8 @@ constexpr Shading kGapShading = {
 
 template <int width>
 constexpr void setPixel(TilePixels<width>& pixels, int x, int y, Colour colour) {
-  const auto at = static_cast<std::size_t>(y * tileRowBytes(width) + x * 3);
+  const int offset = y * tileRowBytes(width) + x * 3;
+  const auto at = static_cast<std::size_t>(offset);
   pixels[at] = static_cast<std::uint8_t>(colour.blue);
   pixels[at + 1] = static_cast<std::uint8_t>(colour.green);
   pixels[at + 2] = static_cast<std::uint8_t>(colour.red);

@@ -79,7 +79,7 @@ namespace quillory::splash {
 NSImage* loadImageFromByteArray(const unsigned char* data, int width, int height) {
   const std::vector<std::uint8_t> pixels = toRedGreenBlue(data, width, height);
   NSBitmapImageRep* bitmap =
-      [[NSBitmapImageRep alloc] initWithBitmapDataPlanes:NULL
+      [[NSBitmapImageRep alloc] initWithBitmapDataPlanes:nullptr
                                               pixelsWide:width
                                               pixelsHigh:height
                                            bitsPerSample:8

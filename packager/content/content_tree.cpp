@@ -69,8 +69,8 @@ void ContentTree::note(Severity severity, const char* rule, const std::string& w
   noticed_.push_back({severity, rule, what, {file, 0}, advice});
 }
 
-void ContentTree::put(const std::string& path, ContentEntry entry) {
-  const auto [place, isNew] = entries_.try_emplace(path, std::move(entry));
+void ContentTree::put(const std::string& path, const ContentEntry& entry) {
+  const auto [place, isNew] = entries_.try_emplace(path, entry);
   if (!isNew && (place->second.kind != ContentEntry::Kind::kFolder ||
                  entry.kind != ContentEntry::Kind::kFolder)) {
     note(Severity::kError, "same-path",

@@ -55,7 +55,7 @@ class ContentTree {
   void addAnything(const std::string& source, const std::string& path);
   void addInside(const std::string& source, const std::string& path, FileId id);
   bool leadsIntoALoop(const std::string& source, FileId id, bool isLink);
-  void put(const std::string& path, ContentEntry entry);
+  void put(const std::string& path, const ContentEntry& entry);
   void note(Severity severity, const char* rule, const std::string& what, const std::string& file,
             const std::string& advice);
   void checkPath(const std::string& path, const ContentEntry& entry, Findings& findings) const;

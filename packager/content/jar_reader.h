@@ -25,7 +25,7 @@ class Jar {
     std::uint32_t size = 0;
     std::uint32_t offset = 0;
   };
-  std::string content(const std::string& entry) const;
+  std::string content(const std::string& name) const;
 
   std::string path_;
   std::map<std::string, Entry> entries_;

@@ -70,7 +70,7 @@ std::int64_t RecordInput::number(const std::string& name) {
   return std::strtol(value.c_str(), nullptr, 10);
 }
 
-bool RecordInput::atEnd() { return position() >= size_; }
+bool RecordInput::atEnd() const { return position() >= size_; }
 
 std::int64_t RecordInput::position() const { return ftello(file_.get()); }
 

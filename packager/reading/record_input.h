@@ -23,7 +23,7 @@ class RecordInput {
   std::int64_t number(const std::string& name);
   bool boolean(const std::string& name) { return number(name) == 1; }
 
-  bool atEnd();
+  bool atEnd() const;
   std::int64_t position() const;
   void seek(std::int64_t position);
   std::int64_t size() const { return size_; }

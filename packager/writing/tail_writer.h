@@ -8,7 +8,7 @@
 
 namespace quillory::pack {
 
-void writeTailRecords(ByteSink& sink, const TailRecords& records);
+void writeTailRecords(ByteSink& sink, const TailRecords& tail);
 
 /// An entry of the tail. No source: an empty entry, which the launcher reads and skips.
 struct TailEntry {

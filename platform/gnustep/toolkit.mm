@@ -133,6 +133,7 @@ bool isReadyForPictures() { return loadWindowLibrary(); }
 
 bool isReadyForWindows() {
   if (windows != Windows::kNotAskedFor) return windows == Windows::kReady;
+  // NOLINTNEXTLINE(bugprone-branch-clone): what is tried, in this order
   if (!isDisplayReachable()) {
     goOnWithoutDisplay();
   } else if (!loadWindowLibrary()) {

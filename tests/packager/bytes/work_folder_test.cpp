@@ -65,30 +65,30 @@ class Interruption : public ::testing::TestWithParam<int> {};
 // Ends the process with 0 where the test is right.
 void noticeOne(int number) {
   noticeInterruptions();
-  if (interruptingSignal() != 0) std::exit(1);
+  if (interruptingSignal() != 0) std::_Exit(1);
   stopIfInterrupted();
   std::raise(number);
-  if (interruptingSignal() != number) std::exit(2);
+  if (interruptingSignal() != number) std::_Exit(2);
   try {
     stopIfInterrupted();
   } catch (const PackError& e) {
-    std::exit(e.what() == std::string("interrupted") ? 0 : 3);
+    std::_Exit(e.what() == std::string("interrupted") ? 0 : 3);
   }
-  std::exit(4);
+  std::_Exit(4);
 }
 
 void askTwice(int number) {
   noticeInterruptions();
   std::raise(number);
   std::raise(number);
-  std::exit(0);
+  std::_Exit(0);
 }
 
 void askWhoIgnores(int number) {
   std::signal(number, SIG_IGN);
   noticeInterruptions();
   std::raise(number);
-  std::exit(interruptingSignal());
+  std::_Exit(interruptingSignal());
 }
 
 TEST_P(Interruption, IsNoticedAndThrownAtTheNextChance) {

@@ -7,7 +7,6 @@
 #include <nlohmann/json.hpp>
 
 #include "formats/markers.h"
-#include "formats/markers.h"
 #include "packager/content/program_folder.h"
 #include "packager/writing/tail_writer.h"
 #include "support/owned.h"

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 
+#include "packager/bytes/work_folder.h"
 #include "packager/report/findings.h"
 #include "tests/harness/temp_dir.h"
 
@@ -55,6 +57,24 @@ TEST(FindJdkTool, LooksIntoJavaHomeThenIntoPath) {
   setenv("JAVA_HOME", dir.str().c_str(), 1);
   EXPECT_EQ(findJdkTool("some-jdk-tool", ""), dir / "bin/some-jdk-tool");
   unsetenv("JAVA_HOME");
+}
+
+// Ends the process, in which a signal has been noticed, with 0 where the test is right; at once, so
+// that the folders of the test stay with their owner.
+void failWhenInterrupted(const std::string& folder) {
+  noticeInterruptions();
+  std::raise(SIGTERM);
+  try {
+    runTool({"false"}, folder);
+  } catch (const PackError& e) {
+    std::_Exit(e.what() == std::string("interrupted") && fs::is_empty(folder) ? 0 : 1);
+  }
+  std::_Exit(2);
+}
+
+TEST(RunTool, DoesNotBlameAToolThatWasInterruptedToo) {
+  TempDir dir;
+  EXPECT_EXIT(failWhenInterrupted(dir.str()), ::testing::ExitedWithCode(0), "");
 }
 
 // What a failure says, as people read it.

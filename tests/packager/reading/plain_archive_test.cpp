@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 
@@ -24,6 +25,32 @@ using testing::records;
 using testing::runChild;
 using testing::TempDir;
 using testing::writeFile;
+
+// The environment's TMPDIR until the end of the scope.
+class TemporaryFolderOf {
+ public:
+  explicit TemporaryFolderOf(const char* folder) {
+    const char* before = std::getenv("TMPDIR");
+    isSet_ = before != nullptr;
+    before_ = isSet_ ? before : "";
+    set(folder);
+  }
+  ~TemporaryFolderOf() { set(isSet_ ? before_.c_str() : nullptr); }
+  TemporaryFolderOf(const TemporaryFolderOf&) = delete;
+  TemporaryFolderOf& operator=(const TemporaryFolderOf&) = delete;
+
+ private:
+  static void set(const char* folder) {
+    if (folder == nullptr) {
+      unsetenv("TMPDIR");
+    } else {
+      setenv("TMPDIR", folder, 1);
+    }
+  }
+
+  bool isSet_ = false;
+  std::string before_;
+};
 
 class PlainArchiveTest : public ::testing::Test {
  protected:
@@ -87,7 +114,7 @@ TEST_F(PlainArchiveTest, RefusesAStreamThatIsCutOrFollowedByMore) {
 
 TEST_F(PlainArchiveTest, LeavesNothingBehind) {
   fs::create_directory(dir_ / "tmp");
-  setenv("TMPDIR", (dir_ / "tmp").c_str(), 1);
+  const TemporaryFolderOf temporary((dir_ / "tmp").c_str());
   writeFile(dir_ / "a", records({""}));
   {
     const PlainArchive archive(wholeFile(dir_ / "a"), false);
@@ -101,7 +128,6 @@ TEST_F(PlainArchiveTest, LeavesNothingBehind) {
     EXPECT_THROW(PlainArchive(wholeFile(dir_ / "a"), false), PackError);
   }
   EXPECT_TRUE(fs::is_empty(dir_ / "tmp"));
-  unsetenv("TMPDIR");
 }
 
 TEST_F(PlainArchiveTest, GivesAnEntrysContentAndNotThatOfTheNext) {
@@ -139,6 +165,25 @@ TEST_F(PlainArchiveTest, ReadsARegionToItsEndAndNoFurther) {
   EXPECT_EQ(blocks, 0);
 }
 
+// Ends the process, in which a signal has been noticed, with 0 where the test is right; at once, so
+// that the folders of the test stay with their owner.
+void readWhenInterrupted(const std::string& path) {
+  noticeInterruptions();
+  std::raise(SIGTERM);
+  int blocks = 0;
+  try {
+    readRegion(wholeFile(path), [&](std::string_view) { ++blocks; });
+  } catch (const PackError& e) {
+    std::_Exit(blocks == 0 && e.what() == std::string("interrupted") ? 0 : 1);
+  }
+  std::_Exit(2);
+}
+
+TEST_F(PlainArchiveTest, ReadsNoBlockAfterAnInterruption) {
+  writeFile(dir_ / "a", "x");
+  EXPECT_EXIT(readWhenInterrupted(dir_ / "a"), ::testing::ExitedWithCode(0), "");
+}
+
 TEST_F(PlainArchiveTest, KnowsHowLongAFileIs) {
   writeFile(dir_ / "a", "12345");
   const FileRegion region = wholeFile(dir_ / "a");
@@ -149,12 +194,14 @@ TEST_F(PlainArchiveTest, KnowsHowLongAFileIs) {
 }
 
 TEST(TemporaryFolder, IsTheOneOfTheEnvironmentOrTmp) {
-  setenv("TMPDIR", "/some/folder", 1);
-  EXPECT_EQ(temporaryFolder(), "/some/folder");
-  setenv("TMPDIR", "", 1);
-  EXPECT_EQ(temporaryFolder(), "/tmp");
-  unsetenv("TMPDIR");
-  EXPECT_EQ(temporaryFolder(), "/tmp");
+  static constexpr struct {
+    const char* given;
+    const char* expected;
+  } kCases[] = {{"/some/folder", "/some/folder"}, {"", "/tmp"}, {nullptr, "/tmp"}};
+  for (const auto& [given, expected] : kCases) {
+    const TemporaryFolderOf temporary(given);
+    EXPECT_EQ(temporaryFolder(), expected);
+  }
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "formats/markers.h"
 #include "packager/report/findings.h"
 #include "tests/harness/page_example.h"
@@ -65,8 +67,18 @@ TEST(WriteTail, WritesEveryRecordInItsPlace) {
 
 TEST(WriteTail, NoticesAFileThatIsNotAsLongAsTheSystemSays) {
   StringSink bytes;
-  // A file whose content is made when it is read: its size is 0.
-  EXPECT_THROW(writeTailEntry(bytes, {"lzma64", "/proc/self/status"}), PackError);
+  // Files whose content is made when they are read: of the first the system says 0 bytes, of the
+  // second a whole page.
+  int found = 0;
+  for (const char* path : {"/proc/self/status", "/sys/kernel/uevent_seqnum"}) {
+    if (std::filesystem::exists(path)) {
+      EXPECT_THROW(writeTailEntry(bytes, {"lzma64", path}), PackError) << path;
+      ++found;
+    }
+  }
+  if (found == 0) {
+    GTEST_SKIP() << "no such file on this system";
+  }
 }
 
 TEST(GuardBeforeMarker, IsAByteWhereTheEndLooksLikeABeginningOfTheMarker) {
