@@ -10,6 +10,7 @@
 
 #include "formats/downloads.h"
 #include "formats/downloads_cocoa.h"
+#include "support/platform.h"
 #include "tests/harness/child_process.h"
 #include "tests/harness/http_server.h"
 #include "tests/harness/temp_dir.h"
@@ -49,7 +50,7 @@ int main() {
   HttpServer server;
   server.answer("/small", answerFile("x"));
   server.answer("/big", answerInPieces(std::string(kPieceBytes, 'x'), kPieces));
-  quillory::installCocoaDownloads();
+  quillory::platformCalls.downloadFile = quillory::downloadThroughCocoa;
 
   const std::string ours = folder / "ours";
   const std::string theirs = folder / "theirs";

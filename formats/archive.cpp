@@ -19,6 +19,7 @@
 #include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"
+#include "support/new_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
 
@@ -73,7 +74,6 @@ int refuse(const Entry& entry, const char* reason) {
 int failToWrite(const Entry& entry, const std::string& output, int error) {
   logError("[ExtractArchiveFile] Unable to extract archive file %s (%ld), unable to write %s: %s\n",
            entry.path.c_str(), entry.length, output.c_str(), std::strerror(error));
-  removeFileOrLink(output);  // A file that is there is complete.
   return kExitFailure;
 }
 
@@ -91,32 +91,30 @@ bool readSignatureBlock(const std::string& path, std::FILE* stream, long* offset
   return true;
 }
 
-// 0, or the errno of the write that failed.
-int copyContent(std::FILE* stream, const Entry& entry, std::FILE* output) {
+// Whether all of it could be written; `output` has the errno if not.
+bool copyContent(std::FILE* stream, const Entry& entry, NewFile& output) {
   PatientReader reader(stream, entry.path);
   std::size_t remaining = static_cast<std::size_t>(entry.length);
   while (remaining > 0) {
     const std::size_t count =
         reader.read(copyBuffer.data(), std::min(remaining, copyBuffer.size()));
-    if (std::fwrite(copyBuffer.data(), 1, count, output) != count) return errno;
+    if (!output.write(copyBuffer.data(), count)) return false;
     remaining -= count;
   }
-  return std::fflush(output) == 0 ? 0 : errno;
+  return output.close();
 }
 
 int writeContent(std::FILE* stream, const Entry& entry, const std::string& output) {
-  OwnedFile file = createFile(output);
+  NewFile file(output);
   logMessage("\t[ExtractArchiveFile] Extracting to %s\n", output.c_str());
-  if (!file) {
+  if (!file.isOpen()) {
     logMessage(
         "\t[ExtractArchiveFile] *************************** Unable to extract archive file %s "
         "(%ld), unable to open file for writing\n",
         entry.path.c_str(), entry.length);
     return kExitFailure;
   }
-  int error = copyContent(stream, entry, file.get());
-  if (std::fclose(file.release()) != 0 && error == 0) error = errno;
-  if (error != 0) return failToWrite(entry, output, error);
+  if (!copyContent(stream, entry, file)) return failToWrite(entry, output, file.error());
   chmodR755(output.c_str());
   return kEntryDone;
 }

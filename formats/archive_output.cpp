@@ -1,9 +1,5 @@
 #include "formats/archive_output.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <array>
 
 #include "formats/record_stream.h"
@@ -49,21 +45,6 @@ void createParents(const char* destDir, const std::string& entryPath) {
 void createFolder(const std::string& path) {
   removeFileOrLink(path);
   makeDir(path.c_str());
-}
-
-void removeFileOrLink(const std::string& path) {
-  struct stat found;
-  if (lstat(path.c_str(), &found) == 0 && !S_ISDIR(found.st_mode)) unlink(path.c_str());
-}
-
-OwnedFile createFile(const std::string& path) {
-  removeFileOrLink(path);
-  constexpr int kFreshFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  const int descriptor = open(path.c_str(), kFreshFile, 0666);
-  if (descriptor < 0) return nullptr;
-  OwnedFile file(fdopen(descriptor, "wb"));
-  if (!file) close(descriptor);
-  return file;
 }
 
 }  // namespace quillory

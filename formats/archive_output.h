@@ -4,8 +4,6 @@
 #include <string>
 #include <string_view>
 
-#include "support/owned.h"
-
 namespace quillory {
 
 /// Why `entryPath` must not be extracted into `destDir`; null when it may. `suffixLength` is what
@@ -21,12 +19,5 @@ void createParents(const char* destDir, const std::string& entryPath);
 
 /// Creates the folder unless it exists. A file or link in its place is replaced.
 void createFolder(const std::string& path);
-
-/// Removes the file or link at `path`; a folder stays.
-void removeFileOrLink(const std::string& path);
-
-/// A new file at `path`, open for writing; what was there is unlinked, not written through. Null,
-/// with errno, when that cannot be done.
-OwnedFile createFile(const std::string& path);
 
 }  // namespace quillory

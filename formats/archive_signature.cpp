@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -15,8 +14,10 @@
 #include "formats/text_encodings.h"
 #include "support/exit_status.h"
 #include "support/files.h"
+#include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/owned.h"
+#include "support/paths.h"
 
 namespace quillory {
 namespace {
@@ -117,11 +118,7 @@ Digest digestOfRegion(std::FILE* archive, long length, const HashedPart* begun,
 
 // deleteFolder() leaves two-character dot names alone; a rejected archive leaves nothing.
 void deleteWhatIsLeft(const char* folder) {
-  std::error_code ignored;
-  for (std::filesystem::directory_iterator entry(folder, ignored), end; entry != end;
-       entry.increment(ignored)) {
-    removeTree(entry->path().c_str());
-  }
+  for (const std::string& name : namesIn(folder)) removeTree(joinPath(folder, name));
 }
 
 void reject(const char* destDir) {

@@ -9,6 +9,7 @@
  @private
   NSURLDownload* transfer;  // nil while none runs
   NSString* destination;
+  NSTimeInterval timeoutSeconds;
 }
 
 /// False from the start of a transfer to its end, be that good or bad. A transfer that could not
@@ -23,6 +24,10 @@
 
 /// Of the current transfer. It wraps around at 2 GB, which only the log gets to see.
 - (int)bytesReceived;
+
+/// Silence of this length ends a transfer that begins from now on; kDownloadTimeoutSeconds at
+/// first.
+- (void)setTimeoutSeconds:(NSTimeInterval)seconds;
 
 /// Begins a transfer, which goes on while this thread's run loop turns. The file gets its name at
 /// the end of a complete one (downloads.h). `sender` is not used.

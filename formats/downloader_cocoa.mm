@@ -22,6 +22,12 @@ float percentOf(int received, long long expected) {
 
 @implementation Downloader
 
+- (id)init {
+  self = [super init];
+  if (self != nil) timeoutSeconds = quillory::kDownloadTimeoutSeconds;
+  return self;
+}
+
 - (void)dealloc {
   [downloadResponse release];
   [destination release];
@@ -50,12 +56,16 @@ float percentOf(int received, long long expected) {
   return bytesReceived;
 }
 
+- (void)setTimeoutSeconds:(NSTimeInterval)seconds {
+  timeoutSeconds = seconds;
+}
+
 - (void)startDownloadingURL:(id)sender fromURL:(NSString*)url toFile:(NSString*)path {
   NSLog(@"Starting download from = %@\n", url);
   isDone = NO;
   NSURLRequest* request = [NSURLRequest requestWithURL:[NSURL URLWithString:url]
                                            cachePolicy:NSURLRequestUseProtocolCachePolicy
-                                       timeoutInterval:quillory::downloadTimeoutSeconds];
+                                       timeoutInterval:timeoutSeconds];
   transfer = [[URLDownload alloc] initWithRequest:request delegate:self];
   if (transfer == nil) {
     NSLog(@"Download failed");

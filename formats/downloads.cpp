@@ -10,6 +10,7 @@
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/platform.h"
 
 namespace quillory {
 namespace {
@@ -20,16 +21,14 @@ bool isSuccess(int httpStatus) { return httpStatus == 0 || httpStatus / 100 == 2
 
 }  // namespace
 
-DownloadCalls downloadCalls = {.downloadFile = nullptr};
-
 int downloadFile(const char* url, const char* destPath) {
   unlink(destPath);
   // Where updates are switched off nobody is asked, not even a name server or a proxy.
-  if (downloadCalls.downloadFile == nullptr || isInvalidUpdateURL(url)) {
+  if (platformCalls.downloadFile == nullptr || isInvalidUpdateURL(url)) {
     logToSystem("Download failed\n");
     return 1;
   }
-  downloadCalls.downloadFile(url, destPath);
+  platformCalls.downloadFile(url, destPath);
   return 1;
 }
 

@@ -8,17 +8,10 @@
 
 namespace quillory {
 
-/// The transport: Cocoa's URL download (downloads_cocoa.h), or null where there is none; then every
-/// download fails at once. The result says nothing, as that of downloadFile().
-struct DownloadCalls {
-  int (*downloadFile)(const char* url, const char* destPath);
-};
-extern DownloadCalls downloadCalls;
-
-/// Downloads to `destPath` and waits for the end: as long as bytes come, and 60 seconds after the
-/// last one. Always 1: the caller judges success by the file, which exists afterwards only when the
-/// transfer was complete. Below kInvalidUpdateURL (update_url.h) there is nothing: that fails at
-/// once.
+/// Downloads to `destPath` by the transport of support/platform.h and waits for the end: as long as
+/// bytes come, and 60 seconds after the last one. Always 1: the caller judges success by the file,
+/// which exists afterwards only when the transfer was complete. Below kInvalidUpdateURL
+/// (update_url.h) there is nothing: that fails at once.
 int downloadFile(const char* url, const char* destPath);
 
 /// The current time in milliseconds as decimal text, in a new block of 101 bytes; free() it.

@@ -4,10 +4,11 @@
 
 namespace quillory {
 
-/// From now on downloadFile() fetches.
-void installCocoaDownloads();
+/// Silence of this length ends a transfer.
+inline constexpr double kDownloadTimeoutSeconds = 60;
 
-/// Silence of this length ends a transfer. Assigned to by tests only.
-extern double downloadTimeoutSeconds;
+/// For Platform::downloadFile.
+int downloadThroughCocoa(const char* url, const char* destPath);
+int downloadThroughCocoa(const char* url, const char* destPath, double timeoutSeconds);
 
 }  // namespace quillory

@@ -1,7 +1,6 @@
 #include "formats/downloads_cocoa.h"
 
 #import "formats/downloader_cocoa.h"
-#include "formats/downloads.h"
 #include "platform/autorelease_pool.h"
 
 namespace quillory {
@@ -19,7 +18,13 @@ void waitForEnd(Downloader* downloader) {
   }
 }
 
-int download(const char* url, const char* destPath) {
+}  // namespace
+
+int downloadThroughCocoa(const char* url, const char* destPath) {
+  return downloadThroughCocoa(url, destPath, kDownloadTimeoutSeconds);
+}
+
+int downloadThroughCocoa(const char* url, const char* destPath, double timeoutSeconds) {
   const AutoreleasePool pool;
   NSString* address = [NSString stringWithUTF8String:url];
   NSString* path = [NSString stringWithUTF8String:destPath];
@@ -28,16 +33,11 @@ int download(const char* url, const char* destPath) {
     return 1;
   }
   Downloader* downloader = [[Downloader alloc] init];
+  [downloader setTimeoutSeconds:timeoutSeconds];
   [downloader startDownloadingURL:nil fromURL:address toFile:path];
   waitForEnd(downloader);
   [downloader release];
   return 1;
 }
-
-}  // namespace
-
-double downloadTimeoutSeconds = 60;
-
-void installCocoaDownloads() { downloadCalls.downloadFile = download; }
 
 }  // namespace quillory

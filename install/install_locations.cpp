@@ -27,7 +27,7 @@ std::optional<std::string> sharedDirectoryFor(const std::string& installType,
   if (home.empty()) return std::nullopt;
   std::string directory = joinPath(home, "Library", "Application Support");
   // With its parents: outside macOS a home folder has no "Library".
-  makeDirWithParents(directory.c_str());
+  makeDirWithParents(directory);
   return directory;
 }
 

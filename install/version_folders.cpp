@@ -1,6 +1,5 @@
 #include "install/version_folders.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
@@ -14,11 +13,6 @@ namespace quillory {
 namespace {
 
 constexpr std::size_t kLongestFileName = 255;
-
-/// Every name in the folder; none when it cannot be opened.
-std::vector<std::string> namesIn(const std::string& folder) {
-  return listFolder(folder.c_str()).value_or(std::vector<std::string>());
-}
 
 /// The text between the `n`-th '-' (counting from 1) and the next one; nothing without that one.
 std::optional<std::string> fieldBehindDash(std::string_view folderName, int n) {
@@ -67,9 +61,7 @@ std::optional<long> versionOfFolder(std::string_view folderName) {
 }
 
 std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name) {
-  std::vector<std::string> entries = namesIn(master);
-  std::sort(entries.begin(), entries.end());
-
+  const std::vector<std::string> entries = namesIn(master);
   std::optional<std::string> latest;
   long latestVersion = -1;
   for (const std::string& entry : entries) {
@@ -85,8 +77,6 @@ std::optional<std::string> newestVersionFolder(const std::string& master, const 
   return latest;
 }
 
-long countFolderEntries(const std::string& folder) {
-  return static_cast<long>(namesIn(folder).size());
-}
+long countFolderEntries(const std::string& folder) { return countEntries(folder); }
 
 }  // namespace quillory

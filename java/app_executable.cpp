@@ -1,37 +1,50 @@
 #include "java/app_executable.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
+#include <cstdio>
+#include <vector>
 
 #include "support/files.h"
 #include "support/log.h"
+#include "support/output_file.h"
+#include "support/owned.h"
 
 namespace quillory {
 namespace {
 
-constexpr mode_t kForEveryone = 0777;
+constexpr ExactMode kForEveryone{0777};
+constexpr std::size_t kBlockBytes = 64 * 1024;
 
 bool isFileName(const std::string& name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
 
-/// Copies the content; failures are logged with the name that the copy would have got.
-bool copyContent(const std::string& source, const std::string& copy, const std::string& finalName) {
-  logMessage("[Extractor] Copying FILE %s\n", finalName.c_str());
-  if (access(source.c_str(), R_OK) != 0) {
+bool copyContent(std::FILE* source, OutputFile& copy) {
+  std::vector<char> block(kBlockBytes);
+  while (const std::size_t count = std::fread(block.data(), 1, block.size(), source))
+    if (!copy.write(block.data(), count)) return false;
+  return std::ferror(source) == 0 && copy.stream() != nullptr && std::fflush(copy.stream()) == 0;
+}
+
+/// False, with a log line, when the copy cannot be made whole.
+bool copyProgram(const std::string& source, const std::string& target) {
+  logMessage("[Extractor] Copying FILE %s\n", target.c_str());
+  const OwnedFile from(std::fopen(source.c_str(), "rb"));
+  if (from == nullptr) {
     logMessage("[Extractor] *************************** Unable to open source file for copy %s\n",
                source.c_str());
     return false;
   }
-  std::error_code error;
-  std::filesystem::copy_file(source, copy, error);
-  if (!error) return true;
-  logMessage(
-      "[Extractor] *************************** Unable to open destination file for copy %s\n",
-      finalName.c_str());
-  return false;
+  // Beside its place first: two starts at the same time do not mix their bytes.
+  OutputFile copy(target, kForEveryone);
+  if (!copyContent(from.get(), copy)) {
+    logMessage(
+        "[Extractor] *************************** Unable to open destination file for copy %s\n",
+        target.c_str());
+    return false;
+  }
+  // Where it cannot get its name the start of the program will fail, and say so.
+  copy.commit();
+  return true;
 }
 
 }  // namespace
@@ -46,13 +59,7 @@ std::string provideAppExecutable(const std::string& binFolder, const std::string
   const std::string executable = binFolder + "/" + appName;
   if (doesFileExist(executable.c_str())) return executable;
 
-  // The process id keeps two starts at the same time apart. What a killed one left is in the way.
-  const std::string copy = binFolder + "/.java-" + std::to_string(getpid());
-  unlink(copy.c_str());
-  const bool isCopied = copyContent(java, copy, executable);
-  const bool isRunnable = isCopied && chmod(copy.c_str(), kForEveryone) == 0;
-  if (!isRunnable) logError("Error setting app binary executable!\n");
-  if (!isRunnable || rename(copy.c_str(), executable.c_str()) != 0) unlink(copy.c_str());
+  if (!copyProgram(java, executable)) logError("Error setting app binary executable!\n");
   return executable;
 }
 

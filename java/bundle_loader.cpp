@@ -3,22 +3,18 @@
 #include <cstdio>
 
 #include "support/log.h"
+#include "support/platform.h"
 
 namespace quillory {
 
-BundleCalls bundleCalls = {
-    .createBundle = [](const char*) -> void* { return nullptr; },
-    .loadExecutable = [](void*) { return false; },
-};
-
 void loadOSXBundle(const char* path) {
   logMessage("[BundleLoader] Creating jre path URL for path %s\n", path);
-  void* bundle = bundleCalls.createBundle(path);
+  void* bundle = platformCalls.bundles.createBundle(path);
   if (bundle == nullptr) {
     logMessage("[BundleLoader] Bundle is null?");
   } else {
     logMessage("[BundleLoader] Created Bundle\n");
-    if (bundleCalls.loadExecutable(bundle)) {
+    if (platformCalls.bundles.loadExecutable(bundle)) {
       logMessage("[BundleLoader] Bundle Loaded OK\n");
     } else {
       logMessage("[BundleLoader] Could not load JRE bundle!");

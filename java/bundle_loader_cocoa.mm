@@ -1,8 +1,7 @@
-#include "java/bundle_loader.h"
+#include "java/bundle_loader_cocoa.h"
 
 #import "cocoa.h"
 
-#include "java/jni_launch.h"
 #include "platform/autorelease_pool.h"
 #include "support/log.h"
 
@@ -29,13 +28,10 @@ bool loadExecutable(void* bundle) {
   return false;
 }
 
-bool isMainThread() { return [NSThread isMainThread] == YES; }
-
 }  // namespace
 
-void installCocoaBundleLoader() {
-  bundleCalls = {.createBundle = createBundle, .loadExecutable = loadExecutable};
-  threadCalls.isMainThread = isMainThread;
+BundleCalls cocoaBundles() {
+  return {.createBundle = createBundle, .loadExecutable = loadExecutable};
 }
 
 }  // namespace quillory

@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <cstdarg>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "java/jvm_library_names.h"
 #include "java/modified_utf8.h"
 #include "support/log.h"
+#include "support/platform.h"
 
 namespace quillory {
 namespace {
@@ -25,8 +25,6 @@ constexpr int kNotLaunched = 1;
 /// Where the library lies: in a plain Java home, in a bundle, in a bundle with a development kit.
 constexpr const char* kLibraryFolders[] = {"/lib/server/", "/Contents/Home/lib/server/",
                                            "/Contents/Home/jre/lib/server/"};
-
-const std::thread::id initialThread = std::this_thread::get_id();
 
 void logTexts(const char* what, const Texts& texts) {
   int index = 0;
@@ -125,10 +123,6 @@ int runMain(const Jvm& jvm, const JavaInProcess& java) {
 
 }  // namespace
 
-ThreadCalls threadCalls = {
-    .isMainThread = [] { return std::this_thread::get_id() == initialThread; },
-};
-
 void* openJvmLibrary(const std::string& jreHome) {
   for (const char* name : jvmLibraryNames()) {
     for (const char* folder : kLibraryFolders) {
@@ -162,7 +156,7 @@ void CallStaticVoidMethod(JNIEnv* env, jclass clazz, jmethodID method, ...) {
 
 int runInThisProcess(const JavaInProcess& java) {
   logMessage("[JNILaunch] [pid=%d] [mainThread=%d]\n", static_cast<int>(getpid()),
-             static_cast<int>(threadCalls.isMainThread()));
+             static_cast<int>(platformCalls.isMainThread()));
   void* library = openJvmLibrary(java.jreHome);
   if (library == nullptr) {
     logMessage("[JNILaunch] [ERROR] Unable to load JRE library!\n");

@@ -7,13 +7,6 @@
 
 namespace quillory {
 
-/// What the platform knows about threads. The plain answer takes the thread that initialised the
-/// program for the main thread.
-struct ThreadCalls {
-  bool (*isMainThread)();
-};
-extern ThreadCalls threadCalls;
-
 /// What runs inside this process.
 struct JavaInProcess {
   std::string mainClass;  ///< "com.example.Main"

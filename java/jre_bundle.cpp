@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "support/files.h"
+#include "support/folder_listing.h"
 #include "support/log.h"
 
 namespace quillory {
@@ -26,22 +26,9 @@ void logCommand(const std::string& command) { logMessage("[LNS] Running %s\n", c
 
 std::string quoted(const std::string& path) { return '"' + path + '"'; }
 
-bool isRealFolder(const std::string& path) {
-  return !isLink(path.c_str()) && isFolder(path.c_str());
-}
+bool isRealFolder(const std::string& path) { return !isLink(path) && isFolder(path); }
 
 bool isHidden(const std::string& name) { return name.front() == '.'; }
-
-// Names in a folder, in byte order; none when it cannot be read.
-std::vector<std::string> namesIn(const std::string& folder) {
-  std::vector<std::string> names;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
-       entry.increment(error))
-    names.push_back(entry->path().filename().string());
-  std::sort(names.begin(), names.end());
-  return names;
-}
 
 std::string linkTarget(const std::string& path) {
   std::error_code ignored;
@@ -60,7 +47,7 @@ void moveInto(const std::string& folder, const std::string& name, const std::str
   const std::string to = target + '/' + name;
   // What is being provisioned replaces what is there, also a filled folder.
   if (std::rename(from.c_str(), to.c_str()) == 0) return;
-  removeTree(to.c_str());
+  removeTree(to);
   (void)std::rename(from.c_str(), to.c_str());
 }
 
@@ -68,7 +55,7 @@ void moveInto(const std::string& folder, const std::string& name, const std::str
 void wrapPlainHome(const std::string& bundle) {
   const std::string contents = bundle + "/Contents";
   const std::string home = contents + "/Home";
-  if (isLink(home.c_str()) || isFolder(home.c_str())) return;
+  if (isLink(home) || isFolder(home)) return;
   if (access((bundle + "/bin/java").c_str(), F_OK) != 0) return;
   logMessage("[OSX JRE] %s is a Java home, making a bundle of it\n", bundle.c_str());
   makeDir(contents.c_str());
@@ -111,7 +98,7 @@ BundleExecutable findExecutable(const std::string& bundle) {
 std::string findHome(const std::string& bundle) {
   const std::string home = bundle + "/Contents/Home";
   const std::string subJre = home + "/jre";
-  if (doesFileExist(subJre.c_str()) || isLink(subJre.c_str())) {
+  if (doesFileExist(subJre.c_str()) || isLink(subJre)) {
     logMessage("[LNS] Detected subJRE in JDK bundle\n");
     return subJre;
   }
@@ -131,14 +118,14 @@ void moveHome(const std::string& home, const std::string& alias) {
 
   logCommand("rm " + quoted(home) + "/.* ");
   for (const std::string& name : names)
-    if (isHidden(name)) removeTree((home + '/' + name).c_str());
+    if (isHidden(name)) removeTree(home + '/' + name);
 
   logCommand("rmdir " + quoted(home));
   if (hasContent) rmdir(home.c_str());
 
   logCommand("ln -s " + quoted(alias) + ' ' + quoted(home));
   // A link from elsewhere, as after the whole folder was moved, is made anew.
-  if (isLink(home.c_str())) unlink(home.c_str());
+  if (isLink(home)) unlink(home.c_str());
   (void)!symlink(alias.c_str(), home.c_str());
 }
 
@@ -200,8 +187,8 @@ void dismantleJreBundle(const std::string& bundle) {
   const std::string alias = aliasOf(bundle);
   if (alias.empty()) return;
   const bool existed = isRealFolder(bundle);
-  removeTree(bundle.c_str());
-  removeTree(alias.c_str());
+  removeTree(bundle);
+  removeTree(alias);
   if (existed) mkdir(bundle.c_str(), 0777);
 }
 

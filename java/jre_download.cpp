@@ -19,7 +19,7 @@ namespace {
 
 // True when a whole file arrived. What an earlier start left there is never taken for it.
 bool download(const std::string& url, const std::string& destination) {
-  removeTree(destination.c_str());
+  removeTree(destination);
   downloadFile(url.c_str(), destination.c_str());
   struct stat info = {};
   return stat(destination.c_str(), &info) == 0;
@@ -155,7 +155,7 @@ std::optional<FetchedJre> downloadJre(const JrePlace& place, const JreServer& se
   const std::string folder = temporaryFolder(place.masterFolder);
   makeDir(folder.c_str());
   if (fetchInto(fetch, *version, folder)) return FetchedJre{*version, folder};
-  removeTree(folder.c_str());
+  removeTree(folder);
   return std::nullopt;
 }
 

@@ -117,7 +117,7 @@ int replaceTrustStore(const std::string& source, const std::string& jreHome) {
   logMessage("[Extractor] CACerts path %s exists\n", source.c_str());
   logMessage("[Extractor] TargetCACerts path is %s\n", target.c_str());
   // A link is removed even if it leads nowhere: the copy would be written where it points.
-  if (doesFileExist(target.c_str()) || isLink(target.c_str())) {
+  if (doesFileExist(target.c_str()) || isLink(target)) {
     logMessage("[Extractor] Removing old cacerts file\n");
     logMessage("[Extractor] Result = %d\n", std::remove(target.c_str()));
   }

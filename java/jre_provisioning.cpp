@@ -36,7 +36,7 @@ std::string completeJre(const JreRequest& request, const std::string& bundle,
   // Where a bundle was made of a Java home, that folder is behind the alias by now. Whoever starts
   // the application puts a copy of java there, which need not be the user who installed.
   const std::string bin = alias + "/bin";
-  if (isFolder(bin.c_str())) (void)chmod(bin.c_str(), kOpenToAll);
+  if (isFolder(bin)) (void)chmod(bin.c_str(), kOpenToAll);
   return bundle;
 }
 
@@ -52,7 +52,7 @@ std::string installJre(const JreRequest& request, const std::string& temporary,
   // (the next start finds it broken and tries again), but not at the price of one that works.
   if (!holdsJava(temporary) && holdsJava(folder)) {
     logError("[Extractor] No usable JRE was extracted, keeping the one in %s\n", folder.c_str());
-    removeTree(temporary.c_str());
+    removeTree(temporary);
     return prepareAndComplete(request, bundle);
   }
   dismantleJreBundle(bundle);

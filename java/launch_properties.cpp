@@ -5,13 +5,13 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
-#include <utility>
 
 #include "formats/record_stream.h"
 #include "formats/update_url.h"
 #include "install/version_folders.h"
 #include "support/clock.h"
 #include "support/log.h"
+#include "support/new_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/url_request.h"
@@ -52,27 +52,23 @@ void logLaunchProperty(const char* key, const std::string& value) {
   }
 }
 
-/// Opens a new file in `folder`, and puts its path, under which the last attempt was, into `path`.
-OwnedFile openNewPropertiesFile(const PropertyBlock& block, const std::string& folder,
-                                std::string& path) {
-  path = newLaunchPropertiesPath(folder);
-  logMessage("[Extractor] Writing launch properties to %s\n", path.c_str());
-  logMessage("[Extractor] Launch properties length is %d\n", static_cast<int>(propsLen(block)));
-  OwnedFile file(std::fopen(path.c_str(), "wb"));
-  for (int attempt = 0; !file && attempt < kRetries; ++attempt) {
-    path = newLaunchPropertiesPath(folder);
-    logMessage("[Retry] Writing launch properties to %s\n", path.c_str());
-    file.reset(std::fopen(path.c_str(), "wb"));
-    if (!file) timeCalls.sleepMicros(kRetryPauseMicros);
-  }
-  return file;
+/// Of the same millisecond and folder there may be the file of another start: it is written anew.
+NewFile newPropertiesFile(const std::string& folder, const char* how) {
+  const std::string path = newLaunchPropertiesPath(folder);
+  logMessage("[%s] Writing launch properties to %s\n", how, path.c_str());
+  return NewFile(path, NewFile::Existing::kRewritten);
 }
 
-/// Writes, flushes and closes.
-bool writeAndClose(OwnedFile file, const char* bytes, std::size_t length) {
-  const bool isWritten = std::fwrite(bytes, 1, length, file.get()) == length;
-  const bool isFlushed = std::fflush(file.get()) == 0;
-  return std::fclose(file.release()) == 0 && isWritten && isFlushed;
+NewFile openNewPropertiesFile(const PropertyBlock& block, const std::string& folder) {
+  NewFile first = newPropertiesFile(folder, "Extractor");
+  logMessage("[Extractor] Launch properties length is %d\n", static_cast<int>(propsLen(block)));
+  if (first.isOpen()) return first;
+  for (int attempt = 0; attempt < kRetries; ++attempt) {
+    NewFile file = newPropertiesFile(folder, "Retry");
+    if (file.isOpen()) return file;
+    timeCalls.sleepMicros(kRetryPauseMicros);
+  }
+  return first;
 }
 
 std::nullopt_t noProperties() {
@@ -136,16 +132,14 @@ std::string newLaunchPropertiesPath(const std::string& folder) {
 std::optional<std::string> writeLaunchProperties(const PropertyBlock& block,
                                                  const std::string& folder) {
   logMessage("[Extractor] Writing launch properties file\n");
-  std::string path;
-  OwnedFile file = openNewPropertiesFile(block, folder, path);
-  if (!file) return noProperties();
+  NewFile file = openNewPropertiesFile(block, folder);
+  if (!file.isOpen()) return noProperties();
   logMessage("[Extractor] Writing to file\n");
-  if (!writeAndClose(std::move(file), block.bytes().data(), propsLen(block))) {
-    std::remove(path.c_str());  // Half of the properties would be worse than none.
-    return noProperties();
-  }
+  file.write(block.bytes().data(), propsLen(block));
+  // What could not be written whole is removed: half of the properties would be worse than none.
+  if (!file.close()) return noProperties();
   logMessage("[Extractor] Finished writing launch properties file\n");
-  return path;
+  return file.path();
 }
 
 }  // namespace quillory

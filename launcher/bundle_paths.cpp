@@ -5,12 +5,12 @@
 
 namespace quillory {
 
-Executable locateExecutable(char* exePath) {
+Executable locateExecutable(const std::string& exePath) {
   Executable exe;
   exe.pathAsPassed = exePath;
-  char* const absolute = getAbsoluteExePath(exePath);
+  char* const absolute = getAbsoluteExePath(exe.pathAsPassed.data());
   // A block of its own only where the path was relative.
-  const OwnedText owned(absolute == exePath ? nullptr : absolute);
+  const OwnedText owned(absolute == exe.pathAsPassed.data() ? nullptr : absolute);
   exe.absolutePath = absolute;
   const OwnedText folder(getAbsoluteExeDir(absolute));
   exe.folder = folder.get();

@@ -21,7 +21,7 @@ struct Executable {
   }
 };
 
-/// Works out and logs the three.
-Executable locateExecutable(char* exePath);
+/// Works out and logs the three. `exePath` is argv[0], possibly relative.
+Executable locateExecutable(const std::string& exePath);
 
 }  // namespace quillory

@@ -6,13 +6,17 @@
 #include "install/version_folders.h"
 #include "launcher/bundle_paths.h"
 #include "launcher/splash_override.h"
-#include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
 
 namespace quillory {
+namespace {
+
+const char* pathOrNull(const std::string& path) { return path.empty() ? nullptr : path.c_str(); }
+
+}  // namespace
 
 ComponentFolders nameComponentFolders(const std::string& masterFolder, const std::string& guVersion,
                                       const std::string& appName, const std::string& appVersion) {
@@ -25,12 +29,13 @@ ComponentFolders nameComponentFolders(const std::string& masterFolder, const std
   return folders;
 }
 
-void extractTailEntry(const TailArchives& tail, const char* lzmaTool, const char* unpack200Tool,
+void extractTailEntry(const TailArchives& tail, const UnpackingTools& tools,
                       const std::string& destination) {
   long signatureOffset = -1;
   char* signatureHex = nullptr;
-  extractArchiveFileCheckSignature(lzmaTool, unpack200Tool, destination.c_str(), tail.stream,
-                                   &signatureOffset, &signatureHex, tail.key);
+  extractArchiveFileCheckSignature(pathOrNull(tools.lzma), pathOrNull(tools.unpack200),
+                                   destination.c_str(), tail.stream, &signatureOffset,
+                                   &signatureHex, tail.key);
   std::free(signatureHex);
 }
 
@@ -38,16 +43,16 @@ void extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
                     const SplashOverride& splashOverride) {
   const std::string lzmaTool = joinPath(folders.guTemp, kLzmaToolName);
   logMessage("[Extractor] LZMA path is %s\n", lzmaTool.c_str());
-  extractTailEntry(tail, lzmaTool.c_str(), nullptr, folders.guTemp);
+  const UnpackingTools tools = {.lzma = lzmaTool, .unpack200 = ""};
+  extractTailEntry(tail, tools, folders.guTemp);
   logMessage("[Extractor] Ensuring LZMA is executable.\n");
   if (chmod777(lzmaTool.c_str()) != 0)
     logMessage("[Extractor] ***************************** Error setting LZMA executable!\n");
 
-  extractTailEntry(tail, lzmaTool.c_str(), nullptr, folders.guTemp);
+  extractTailEntry(tail, tools, folders.guTemp);
   saveOverrideImageIfAllowed(splashOverride.canOverride, splashOverride.image,
                              joinPath(folders.guTemp, kSplashPictureName));
-  for (int i = 0; i < kUpdaterEntries; ++i)
-    extractTailEntry(tail, lzmaTool.c_str(), nullptr, folders.guTemp);
+  for (int i = 0; i < kUpdaterEntries; ++i) extractTailEntry(tail, tools, folders.guTemp);
 
   logMessage("[Extractor] Extracted GU and GU Version\n");
   logMessage("[Extractor] Renaming GU folder to %s\n", folders.gu.c_str());
@@ -65,21 +70,21 @@ UpdaterFiles locateUpdaterFiles(const std::string& guFolder) {
   return files;
 }
 
-void extractApplication(const TailArchives& tail, const ComponentFolders& folders,
-                        const char* lzmaTool, const char* unpack200Tool) {
+bool extractApplication(const TailArchives& tail, const ComponentFolders& folders,
+                        const UnpackingTools& tools) {
   // No line end, by intent: the next message ends the line.
   logMessage("[Extractor] Offline installer - app to extract.");
   logMessage("[Extractor] APP folder is %s\n", folders.app.c_str());
   logMessage("[Extractor] APP temp is %s\n", folders.appTemp.c_str());
   if (makeDir(folders.appTemp.c_str()) != 0) {
     logError("Unable to create App Temp folder\n");
-    std::exit(kExitFailure);
+    return false;
   }
   logMessage("[Extractor] Extracting App...\n");
-  for (int i = 0; i < kApplicationEntries; ++i)
-    extractTailEntry(tail, lzmaTool, unpack200Tool, folders.appTemp);
+  for (int i = 0; i < kApplicationEntries; ++i) extractTailEntry(tail, tools, folders.appTemp);
   doRename(folders.appTemp.c_str(), folders.app.c_str());
   logMessage("[Extractor] Renaming App folder to %s\n", folders.app.c_str());
+  return true;
 }
 
 }  // namespace quillory

@@ -34,8 +34,14 @@ struct ComponentFolders {
 ComponentFolders nameComponentFolders(const std::string& masterFolder, const std::string& guVersion,
                                       const std::string& appName, const std::string& appVersion);
 
-/// Extracts the tail's next entry. `lzmaTool` and `unpack200Tool` may be null.
-void extractTailEntry(const TailArchives& tail, const char* lzmaTool, const char* unpack200Tool,
+/// The programs that entries are unpacked with; "" where there is none yet.
+struct UnpackingTools {
+  std::string lzma;
+  std::string unpack200;
+};
+
+/// Extracts the tail's next entry into `destination`.
+void extractTailEntry(const TailArchives& tail, const UnpackingTools& tools,
                       const std::string& destination);
 
 /// What may replace the shipped splash picture (see splash_override.h).
@@ -55,11 +61,12 @@ struct UpdaterFiles {
   std::string caCerts;  ///< trust store for the JRE; need not exist
   std::string splashPicture;
 };
+/// Where they are in the updater's folder, which is logged; none of them need be there.
 UpdaterFiles locateUpdaterFiles(const std::string& guFolder);
 
-/// Extracts two entries and moves them to the application's folder. Ends the process with status 1
-/// when its temporary folder cannot be made.
-void extractApplication(const TailArchives& tail, const ComponentFolders& folders,
-                        const char* lzmaTool, const char* unpack200Tool);
+/// Extracts two entries and moves them to the application's folder. False, with a log line, when
+/// its temporary folder cannot be made.
+bool extractApplication(const TailArchives& tail, const ComponentFolders& folders,
+                        const UnpackingTools& tools);
 
 }  // namespace quillory

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "formats/property_block.h"
 #include "formats/update_url.h"
@@ -29,6 +30,11 @@
 namespace quillory {
 namespace {
 
+// For a step that has said in the log why it could not be done: nothing can follow it.
+void endUnless(bool isDone) {
+  if (!isDone) std::exit(kExitFailure);
+}
+
 /// One start, filled in step by step.
 struct Start {
   CommandLine line;
@@ -52,13 +58,14 @@ struct Start {
 std::string findSharedDirectory(const Start& start) {
   const std::optional<std::string> directory =
       sharedDirectoryFor(start.tail.installType, start.surroundings.homeFolder);
-  if (directory) return *directory;
-  logMessage("ERROR: Unable to get shared dir!");
-  std::exit(kExitFailure);
+  if (!directory) logMessage("ERROR: Unable to get shared dir!");
+  endUnless(directory.has_value());
+  return *directory;
 }
 
 std::string readTail(Start& start) {
   start.tailStream = openWrapperTail(start.exe);
+  endUnless(start.tailStream != nullptr);
   start.tail = readTailRecords(start.tailStream.get());
   start.updateUrl = UpdateUrl(start.tail.updateUrl, start.params.updateUrl);
   logUpdateUrlChoice(start.updateUrl);
@@ -66,7 +73,7 @@ std::string readTail(Start& start) {
                                                      start.line.argCount, start.line.args);
   logMessage("[Extractor] Is silent install is %d\n", start.isSilent ? 1 : 0);
   logEndSection("Extracting tail\n");
-  refuseUnusableNames(start.tail);
+  endUnless(hasUsableNames(start.tail));
 
   addTailProperties(start.tail, start.isSilent, start.properties);
   start.key = loadSignatureKey(start.tail);
@@ -84,7 +91,7 @@ void enterMasterFolder(Start& start, const std::string& sharedDirectory) {
 
   const std::optional<JreName> jreName = JreName::make(
       overrideJreName(start.masterFolder, start.params.jreName), start.tail.jreVersion);
-  if (!jreName) std::exit(kExitFailure);
+  endUnless(jreName.has_value());
   start.jreName = *jreName;
   makeDir(joinPath(start.masterFolder, "QYAppsSharedConfig").c_str());
 }
@@ -106,11 +113,13 @@ void logWhatTailCarries(const TailRecords& tail) {
 void makeFirstTempFolder(const Start& start, const ComponentFolders& folders) {
   if (makeDir(folders.guTemp.c_str()) == 0) return;
   logMessage("[Extractor] Unable to create GU Temp folder - assuming elevation required\n");
-  refuseSecondElevation(start.line.prepareOnly);
-  extractSplashForElevation(start.archives(), start.splashOverride());
+  const StartSurroundings& around = start.surroundings;
+  endUnless(mayElevate(start.line.prepareOnly, around.isRelaunchedCopy()));
+  extractSplashForElevation(start.archives(), start.splashOverride(), around.sharedTemporaryFolder);
   logMessage("[Extractor] Performing elevated setup and launch\n");
   doElevatedSetupAndLaunch(start.tail.appName, start.line.fullArgc, start.line.fullArgv,
                            start.isSilent, start.exe);
+  std::exit(kExitSuccess);
 }
 
 void showSplash(const Start& start, const std::string& picture) {
@@ -190,7 +199,8 @@ std::string extractEverything(Start& start, const std::string& installedGu) {
   if (start.tail.appVersion.empty()) {
     logMessage("[Extractor] Online installer - no app to extract\n");
   } else {
-    extractApplication(start.archives(), folders, updater.lzmaTool.c_str(), unpack200.c_str());
+    endUnless(extractApplication(start.archives(), folders,
+                                 {.lzma = updater.lzmaTool, .unpack200 = unpack200}));
   }
 
   const std::optional<std::string> gu = newestVersionFolder(start.masterFolder, kUpdaterName);
@@ -225,13 +235,16 @@ std::string installOrUpdate(Start& start) {
 
 }  // namespace
 
-void runStart(char* exePath, const CommandLine& line, const StartSurroundings& surroundings) {
+void runStart(const std::string& exePath, const CommandLine& line,
+              const StartSurroundings& surroundings) {
   splash::init();
   Start start;
   start.line = line;
   start.surroundings = surroundings;
   start.exe = locateExecutable(exePath);
-  start.params = readDynamicParams(start.exe, line.prepareOnly, start.properties);
+  auto params = readDynamicParams(start.exe, line.prepareOnly, start.properties);
+  endUnless(params.has_value());
+  start.params = *std::move(params);
   const std::string sharedDirectory = readTail(start);
   enterMasterFolder(start, sharedDirectory);
   const std::string guFolderName = installOrUpdate(start);

@@ -4,6 +4,8 @@
 #include <string>
 
 #include "install/install_locations.h"
+#include "launcher/elevated_setup.h"
+#include "launcher/parent_process.h"
 
 namespace quillory {
 
@@ -19,12 +21,16 @@ struct CommandLine {
 /// What a start finds around it; by default what is really there.
 struct StartSurroundings {
   std::function<std::string()> homeFolder = homeFolderOfUser;  ///< see install_locations.h
+  /// Whether a launcher has started this process, which it does after an elevated set-up.
+  std::function<bool()> isRelaunchedCopy = parentRunsThisExecutable;
+  /// Where the splash picture is put while an elevated set-up runs.
+  std::string sharedTemporaryFolder = kSharedTemporaryFolder;
 };
 
 /// Runs a whole start on the calling thread and ends the process: with status 0 after the
 /// application has been started (or prepared, with `prepareOnly`), else as support/exit_status.h
 /// says. `exePath` is argv[0] as passed, possibly relative.
-[[noreturn]] void runStart(char* exePath, const CommandLine& line,
+[[noreturn]] void runStart(const std::string& exePath, const CommandLine& line,
                            const StartSurroundings& surroundings = {});
 
 /// runStart() where nothing else is around it. `argCount` and `args` are the arguments without

@@ -11,7 +11,6 @@
 #include "formats/record_stream.h"
 #include "formats/text_encodings.h"
 #include "java/launch_flow.h"
-#include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/owned.h"
@@ -104,18 +103,18 @@ std::string chooseParamsFile(const Executable& exe) {
 
 }  // namespace
 
-DynamicParams readDynamicParams(const Executable& exe, bool prepareOnly,
-                                PropertyBlock& properties) {
+std::optional<DynamicParams> readDynamicParams(const Executable& exe, bool prepareOnly,
+                                               PropertyBlock& properties) {
   const OwnedFile file(std::fopen(chooseParamsFile(exe).c_str(), "rb"));
   if (file == nullptr) {
     logMessage(
         "[Extractor] *********************** Failed to extract wrapper params - couldn't open "
         "params file\n");
-    std::exit(kExitFailure);
+    return std::nullopt;
   }
   const OwnedText marker(allocAndInitParamsMarker());
   if (scanToMarker(file.get(), marker.get(), kParamsMarkerLength, "Params") == kMarkerNotFound)
-    std::exit(kExitFailure);
+    return std::nullopt;
 
   logMessage("[Extractor] Found Params marker. Extracting now...\n");
   DynamicParams params = readParamPairs(file.get(), properties);

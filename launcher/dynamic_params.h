@@ -19,9 +19,10 @@ struct DynamicParams {
 };
 
 /// Reads the parameters file of the bundle and adds every pair to `properties`. Sets `forceSpawn`
-/// and the splash's margin on the way. Ends the process with status 1 when the file cannot be
-/// opened or holds no marker.
-DynamicParams readDynamicParams(const Executable& exe, bool prepareOnly, PropertyBlock& properties);
+/// and the splash's margin on the way. Nothing when the file cannot be opened or holds no marker,
+/// which is logged, and without which there is no start.
+std::optional<DynamicParams> readDynamicParams(const Executable& exe, bool prepareOnly,
+                                               PropertyBlock& properties);
 
 /// Reads the count and the pairs at which `stream` stands, right behind the marker. A count that
 /// promises more than the stream holds ends with the stream.

@@ -2,13 +2,10 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <vector>
 
-#include "launcher/parent_process.h"
 #include "launcher/prepare_only.h"
 #include "launcher/splash_override.h"
-#include "support/exit_status.h"
 #include "support/log.h"
 #include "support/spawner.h"
 #include "ui/splash.h"
@@ -77,8 +74,6 @@ void relaunch(int argc, char** argv, const Executable& exe) {
 
 }  // namespace
 
-ElevationCalls elevationCalls = {parentRunsThisExecutable, "/tmp"};
-
 void createDirectoryForAllUsers(const std::string& directory) {
   constexpr mode_t kOnlyOwnerWrites = 0755;
   for (std::size_t end = directory.find('/', 1);; end = directory.find('/', end + 1)) {
@@ -92,24 +87,25 @@ void createDirectoryForAllUsers(const std::string& directory) {
   }
 }
 
-void refuseSecondElevation(bool prepareOnly) {
-  if (prepareOnly) {
+bool mayElevate(bool isElevatedCopy, bool isRelaunchedCopy) {
+  if (isElevatedCopy) {
     logError("[SUDO] The elevated setup cannot write to the install location either. Giving up.\n");
-    std::exit(kExitFailure);
+    return false;
   }
-  if (elevationCalls.parentRunsThisExecutable()) {
+  if (isRelaunchedCopy) {
     logError(
         "[SUDO] The install location still cannot be written after an elevated setup. Will not "
         "elevate again.\n");
-    std::exit(kExitFailure);
+    return false;
   }
+  return true;
 }
 
-void extractSplashForElevation(const TailArchives& tail, const SplashOverride& splashOverride) {
-  const std::string folder = elevationCalls.temporaryFolder;
+void extractSplashForElevation(const TailArchives& tail, const SplashOverride& splashOverride,
+                               const std::string& folder) {
   // Without an LZMA tool: the only one at hand would be the file just put there.
-  extractTailEntry(tail, nullptr, nullptr, folder);
-  extractTailEntry(tail, nullptr, nullptr, folder);
+  extractTailEntry(tail, {}, folder);
+  extractTailEntry(tail, {}, folder);
   const std::string picture = joinPath(folder, kSplashPictureName);
   saveOverrideImageIfAllowed(splashOverride.canOverride, splashOverride.image, picture);
   logMessage("[Extractor] Native Splash PNG path is %s\n", picture.c_str());
@@ -123,7 +119,6 @@ void doElevatedSetupAndLaunch(const std::string& appName, int argc, char** argv,
   // Said twice by intent: once for the tool, once for the set-up as a whole.
   logMessage("[SUDO] Elevated setup complete\n");
   relaunch(argc, argv, exe);
-  std::exit(kExitSuccess);
 }
 
 }  // namespace quillory

@@ -8,30 +8,26 @@
 
 namespace quillory {
 
-/// What the elevated set-up finds around it. Assigned to by tests only, through ScopedReplace.
-struct ElevationCalls {
-  bool (*parentRunsThisExecutable)();
-  /// Where the splash picture is put meanwhile: a folder that all users share.
-  const char* temporaryFolder;
-};
-extern ElevationCalls elevationCalls;
+/// Where the splash picture is put while the elevated set-up runs: a folder that all users share.
+inline constexpr char kSharedTemporaryFolder[] = "/tmp";
 
 /// Makes the directory of all users' applications for an elevated run, where the system has none.
 /// Only the system may write there, as on systems that come with it.
 void createDirectoryForAllUsers(const std::string& directory);
 
-/// Ends the process with status 1 when elevation was tried already: in the elevated copy itself,
-/// and in one that the launcher relaunched after it. Without this, prompts would follow each other
-/// for ever.
-void refuseSecondElevation(bool prepareOnly);
+/// Whether elevation may still help. Not, with an error in the log, when it was tried already: in
+/// the elevated copy itself, and in one that the launcher relaunched after it. Without this,
+/// prompts would follow each other for ever.
+bool mayElevate(bool isElevatedCopy, bool isRelaunchedCopy);
 
-/// Extracts the tail's first two entries, and shows their picture in the splash from now on.
-/// Nothing that is put into the shared folder is executed.
-void extractSplashForElevation(const TailArchives& tail, const SplashOverride& splashOverride);
+/// Extracts the tail's first two entries into `folder`, and shows their picture in the splash from
+/// now on. Nothing that is put into the shared folder is executed.
+void extractSplashForElevation(const TailArchives& tail, const SplashOverride& splashOverride,
+                               const std::string& folder = kSharedTemporaryFolder);
 
-/// Runs `elev_mac`, then the launcher with its own arguments, and ends the process with status 0,
-/// whatever became of the two; failures are in the log.
-[[noreturn]] void doElevatedSetupAndLaunch(const std::string& appName, int argc, char** argv,
-                                           bool isSilent, const Executable& exe);
+/// Runs `elev_mac`, then the launcher with its own arguments, which start the application: this
+/// process has nothing left to do, whatever became of the two. Failures are in the log.
+void doElevatedSetupAndLaunch(const std::string& appName, int argc, char** argv, bool isSilent,
+                              const Executable& exe);
 
 }  // namespace quillory

@@ -3,15 +3,13 @@
 
 #include <cstdlib>
 
-#include "formats/downloads_cocoa.h"
-#include "java/bundle_loader.h"
+#include "launcher/cocoa_platform.h"
 #include "launcher/run_thread.h"
-#include "platform/cocoa_support.h"
 #include "support/exit_status.h"
 #include "support/log.h"
+#include "support/platform.h"
 #include "support/standard_streams.h"
 #include "ui/application_shell_cocoa.h"
-#include "ui/splash_window_cocoa.h"
 
 namespace {
 
@@ -38,10 +36,7 @@ int main(int argc, char** argv) {
   if (argc < 1) return quillory::kExitFailure;
   quillory::fillStandardStreams();
   quillory::startCocoa(argv);
-  quillory::installCocoaSupport();
-  quillory::installCocoaDownloads();
-  quillory::installCocoaBundleLoader();
-  quillory::installCocoaSplash();
+  quillory::platformCalls = quillory::cocoaPlatform();
 
   logArguments(argc, argv);
   quillory::argc = argc;

@@ -1,7 +1,9 @@
 // The thread that does the work, while the main thread serves the window and the events.
 #pragma once
 
+#include "launcher/driver.h"
 #include "launcher/prepare_only.h"
+#include "runner/command_runner.h"
 
 namespace quillory {
 
@@ -11,16 +13,18 @@ extern int argc;
 extern char** argv;
 extern int returnCode;
 
-/// Body of the run thread: a whole start, which ends the process. The argument is ignored.
-void* run(void*);
-
-/// What run() calls, one after the other. The driver never returns; the command runner behind it is
-/// there for one that does.
-struct RunCalls {
-  void (*extractWrapperTail)(char* exePath, int argCount, char** args, int fullArgc,
-                             char** fullArgv, bool prepareOnly);
-  void (*runConfiguredCommand)(int argc, char** argv, int* returnCode);
+/// What a run consists of, one after the other. The driver never returns; the command runner behind
+/// it is there for one that does.
+struct RunSteps {
+  void (*drive)(char* exePath, int argCount, char** args, int fullArgc, char** fullArgv,
+                bool prepareOnly) = extractWrapperTail;
+  void (*runCommand)(int argc, char** argv, int* returnCode) = runConfiguredCommand;
 };
-extern RunCalls runCalls;
+
+/// A whole start, which ends the process.
+void runSteps(const RunSteps& steps = {});
+
+/// Body of the run thread: runSteps(). The argument is ignored.
+void* run(void*);
 
 }  // namespace quillory

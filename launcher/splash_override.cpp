@@ -1,29 +1,12 @@
 #include "launcher/splash_override.h"
 
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 
-#include "formats/archive_output.h"
 #include "support/files.h"
 #include "support/log.h"
-#include "support/owned.h"
+#include "support/new_file.h"
 
 namespace quillory {
-namespace {
-
-// 0, or the errno of what failed; then nothing is left at `path`.
-int writeInPlaceOf(const std::string& path, const std::string& bytes) {
-  OwnedFile file = createFile(path);
-  if (!file) return errno;
-  int error = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size() ? 0 : errno;
-  if (std::fclose(file.release()) != 0 && error == 0) error = errno;
-  if (error != 0) removeFileOrLink(path);
-  return error;
-}
-
-}  // namespace
-
 void saveOverrideImageIfAllowed(const std::string& canOverride,
                                 const std::optional<std::string>& image,
                                 const std::string& splashPath) {
@@ -35,9 +18,11 @@ void saveOverrideImageIfAllowed(const std::string& canOverride,
   if (bytes.empty()) return;
 
   logMessage("[Extractor] Overwriting splash image at %s\n", splashPath.c_str());
-  if (const int error = writeInPlaceOf(splashPath, bytes); error != 0) {
+  NewFile picture(splashPath);
+  picture.write(bytes.data(), bytes.size());
+  if (!picture.close()) {
     logError("[Extractor] The splash image %s cannot be replaced: %s\n", splashPath.c_str(),
-             std::strerror(error));
+             std::strerror(picture.error()));
     return;
   }
   chmod777(splashPath.c_str());

@@ -1,35 +1,32 @@
 #include "launcher/wrapper_tail.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 #include "formats/markers.h"
 #include "formats/record_stream.h"
 #include "formats/text_encodings.h"
 #include "install/version_folders.h"
-#include "support/exit_status.h"
 #include "support/log.h"
 
 namespace quillory {
 namespace {
 
-OwnedFile openOrExit(const std::string& path) {
+OwnedFile openOrLog(const std::string& path) {
   OwnedFile file(std::fopen(path.c_str(), "rb"));
   if (file != nullptr) return file;
   logMessage(
       "[Extractor] ************************* Failed to extract wrapper tail - couldn't open file "
       "%s\n",
       path.c_str());
-  std::exit(kExitFailure);
+  return nullptr;
 }
 
-void refuseUnless(bool isUsable, const char* what, const std::string& name,
-                  const std::string& version) {
-  if (isUsable) return;
+bool checkFolderName(const char* what, const std::string& name, const std::string& version) {
+  if (isUsableInFolderName(name, version)) return true;
   logError("[Extractor] %s '%s' with version '%s' cannot be part of a folder name\n", what,
            name.c_str(), version.c_str());
-  std::exit(kExitFailure);
+  return false;
 }
 
 }  // namespace
@@ -37,7 +34,8 @@ void refuseUnless(bool isUsable, const char* what, const std::string& name,
 OwnedFile openWrapperTail(const Executable& exe) {
   logMessage("\n");
   logStartSection("Extracting wrapper tail\n");
-  OwnedFile file = openOrExit(exe.pathAsPassed);
+  OwnedFile file = openOrLog(exe.pathAsPassed);
+  if (file == nullptr) return nullptr;
   const OwnedText marker(allocAndInitMarker());
   if (scanToMarker(file.get(), marker.get(), kTailMarkerLength, "Tail") != kMarkerNotFound) {
     logMessage("[Extractor] Found tail marker\n");
@@ -46,7 +44,7 @@ OwnedFile openWrapperTail(const Executable& exe) {
   logMessage("[Extractor] The executable dir is %s\n", exe.folder.c_str());
   const std::string path = exe.resource(kTailFileName);
   logMessage("[Extractor] No tail found. Trying %s\n", path.c_str());
-  return openOrExit(path);
+  return openOrLog(path);
 }
 
 TailRecords readTailRecords(std::FILE* stream) {
@@ -61,11 +59,9 @@ TailRecords readTailRecords(std::FILE* stream) {
   return tail;
 }
 
-void refuseUnusableNames(const TailRecords& tail) {
-  refuseUnless(isUsableInFolderName(tail.appName, tail.appVersion), "The App Name", tail.appName,
-               tail.appVersion);
-  refuseUnless(isUsableInFolderName(kUpdaterName, tail.guVersion), "The updater", kUpdaterName,
-               tail.guVersion);
+bool hasUsableNames(const TailRecords& tail) {
+  return checkFolderName("The App Name", tail.appName, tail.appVersion) &&
+         checkFolderName("The updater", kUpdaterName, tail.guVersion);
 }
 
 void logUpdateUrlChoice(const UpdateUrl& url) {

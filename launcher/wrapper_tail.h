@@ -14,16 +14,16 @@
 
 namespace quillory {
 
-/// Opens the tail: the executable behind the marker, else Resources/Tail from its first byte. Ends
-/// the process with status 1 when neither can be opened.
+/// Opens the tail: the executable behind the marker, else Resources/Tail from its first byte. Null,
+/// with a log line, when the one that is needed cannot be opened.
 OwnedFile openWrapperTail(const Executable& exe);
 
 /// Reads the records; `stream` then stands on the first archive entry.
 TailRecords readTailRecords(std::FILE* stream);
 
-/// Ends the process with status 1, saying which, when a name or version of the tail cannot be part
-/// of a folder name: it would lead out of the shared directory.
-void refuseUnusableNames(const TailRecords& tail);
+/// Whether the names and versions of the tail can be part of a folder name; the first one that
+/// cannot, which would lead out of the shared directory, is logged.
+bool hasUsableNames(const TailRecords& tail);
 
 /// Log where the update URL comes from, and its final form.
 void logUpdateUrlChoice(const UpdateUrl& url);

@@ -17,6 +17,7 @@ struct ArgumentList {
   ArgumentList(const ArgumentList&) = delete;
   ArgumentList& operator=(const ArgumentList&) = delete;
 
+  /// How many pointers there are, used or not.
   int capacity() const { return static_cast<int>(slots.size()); }
   char*& operator[](int position) { return slots[static_cast<std::size_t>(position)]; }
 

@@ -14,6 +14,7 @@
 #include "runner/config_entry.h"
 #include "runner/debug_lines.h"
 #include "support/exit_status.h"
+#include "support/new_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
 
@@ -51,13 +52,12 @@ bool readCommand(std::FILE* config, const char* name, ArgumentList& list) {
 // The first line is no interpreter line ("#!"), by intent: it is a comment, and whatever shell is
 // told to read the script, or is the default for one, runs it.
 bool writeScript(const char* path, const char* name, ArgumentList& list) {
-  OwnedFile file(std::fopen(path, "wb"));
-  if (file == nullptr) return false;
-  std::fprintf(file.get(), "#/bin/sh\n# %s\n", name);
-  for (int i = 0; i < list.count; ++i) std::fprintf(file.get(), "%s ", list[i]);
-  std::fputs(" &\n", file.get());
-  const bool isWritten = std::ferror(file.get()) == 0;
-  return std::fclose(file.release()) == 0 && isWritten;
+  NewFile file(path, NewFile::Existing::kFollowed);
+  if (!file.isOpen()) return false;
+  std::fprintf(file.stream(), "#/bin/sh\n# %s\n", name);
+  for (int i = 0; i < list.count; ++i) std::fprintf(file.stream(), "%s ", list[i]);
+  std::fputs(" &\n", file.stream());
+  return file.close();
 }
 
 int generateScript(const char* path, const char* name, ArgumentList& list) {

@@ -9,7 +9,7 @@ namespace quillory {
 struct TimeCalls {
   /// Milliseconds since the Unix epoch, from the wall clock; 0 when the clock cannot be read.
   std::uint64_t (*nowMillis)();
-  void (*sleepMicros)(std::uint64_t micros);
+  void (*sleepMicros)(std::uint64_t micros);  ///< returns after that time, or later
 };
 extern TimeCalls timeCalls;
 

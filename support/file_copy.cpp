@@ -1,18 +1,15 @@
 #include "support/file_copy.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <utility>
 
 #include "support/files.h"
 #include "support/folder_listing.h"
 #include "support/log.h"
+#include "support/new_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
 
@@ -28,30 +25,17 @@ constexpr const char* kFileTag = "[Extractor]";
 
 char copyBuf[50000];
 
-void logFailure(const char* tag, const char* what, const char* path) {
-  logMessage("%s *************************** Unable to %s for copy %s\n", tag, what, path);
+void logFailure(const char* tag, const char* what, const std::string& path) {
+  logMessage("%s *************************** Unable to %s for copy %s\n", tag, what, path.c_str());
 }
 
-void logFailure(const char* tag, const char* what, const char* path, int reason) {
-  logMessage("%s *************************** Unable to %s for copy %s (%s)\n", tag, what, path,
-             std::strerror(reason));
-}
-
-// Mode "wb", but never through a link that stands at the path.
-OwnedFile openTarget(const char* path) {
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
-  int descriptor = open(path, kFlags, 0666);
-  if (descriptor == -1 && errno == ELOOP && unlink(path) == 0)
-    descriptor = open(path, kFlags, 0666);
-  if (descriptor == -1) return nullptr;
-  OwnedFile file(fdopen(descriptor, "wb"));
-  if (file == nullptr) close(descriptor);
-  return file;
+void logFailure(const char* tag, const char* what, const std::string& path, int reason) {
+  logMessage("%s *************************** Unable to %s for copy %s (%s)\n", tag, what,
+             path.c_str(), std::strerror(reason));
 }
 
 // A read that is shorter than the buffer is the last one.
-int copyBytes(const char* tag, std::FILE* source, const char* sourcePath, OwnedFile target,
-              const char* targetPath) {
+int copyBytes(const char* tag, std::FILE* source, const std::string& sourcePath, NewFile& target) {
   std::size_t count = 0;
   do {
     count = std::fread(copyBuf, 1, sizeof copyBuf, source);
@@ -59,48 +43,42 @@ int copyBytes(const char* tag, std::FILE* source, const char* sourcePath, OwnedF
       logFailure(tag, "read source file", sourcePath, errno);
       return kFailed;
     }
-    if (count > 0 && std::fwrite(copyBuf, 1, count, target.get()) != count) {
-      logFailure(tag, "write destination file", targetPath, errno);
-      return kFailed;
-    }
+    if (count > 0 && !target.write(copyBuf, count)) break;
   } while (count == sizeof copyBuf);
-  // The last bytes may meet a full disk only now.
-  if (std::fclose(target.release()) != 0) {
-    logFailure(tag, "write destination file", targetPath, errno);
-    return kFailed;
-  }
-  return kDone;
+  if (target.close()) return kDone;
+  logFailure(tag, "write destination file", target.path(), target.error());
+  return kFailed;
 }
 
-int copyOneFile(const char* tag, const char* source, const char* target) {
-  logMessage("%s Copying FILE %s\n", tag, target);
-  const OwnedFile from(std::fopen(source, "rb"));
+int copyOneFile(const char* tag, const std::string& source, const std::string& target) {
+  logMessage("%s Copying FILE %s\n", tag, target.c_str());
+  const OwnedFile from(std::fopen(source.c_str(), "rb"));
   if (from == nullptr) {
     logFailure(tag, "open source file", source);
     return kFailed;
   }
-  OwnedFile to = openTarget(target);
-  if (to == nullptr) {
+  NewFile to(target, NewFile::Existing::kRewritten);
+  if (!to.isOpen()) {
     logFailure(tag, "open destination file", target);
     return kFailed;
   }
-  return copyBytes(tag, from.get(), source, std::move(to), target);
+  return copyBytes(tag, from.get(), source, to);
 }
 
-int copySubfolder(const char* source, const char* target) {
-  logMessage("[CopyFolder] Copying DIR %s\n", target);
-  const int made = makeDir(target);
+int copySubfolder(const std::string& source, const std::string& target) {
+  logMessage("[CopyFolder] Copying DIR %s\n", target.c_str());
+  const int made = makeDir(target.c_str());
   if (made != kDone) {
     logMessage(
         "[CopyFolder] *************************** Failed to copy %s to %s (could not create target "
         "folder)\n",
-        source, target);
+        source.c_str(), target.c_str());
     return made;
   }
-  const int copied = copyFolder(source, target);
+  const int copied = copyFolder(source.c_str(), target.c_str());
   if (copied != kDone) {
-    logMessage("[CopyFolder] *************************** Failed to copy %s to %s\n", source,
-               target);
+    logMessage("[CopyFolder] *************************** Failed to copy %s to %s\n", source.c_str(),
+               target.c_str());
   }
   return copied;
 }
@@ -116,8 +94,7 @@ int copyFolder(const char* source, const char* target) {
   for (const std::string& name : *names) {
     const std::string from = joinPath(source, name);
     const std::string to = joinPath(target, name);
-    const int copied = isFolder(from.c_str()) ? copySubfolder(from.c_str(), to.c_str())
-                                              : copyOneFile(kFolderTag, from.c_str(), to.c_str());
+    const int copied = isFolder(from) ? copySubfolder(from, to) : copyOneFile(kFolderTag, from, to);
     if (copied != kDone) return copied;
   }
   return kDone;

@@ -15,6 +15,7 @@
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/platform.h"
 
 namespace quillory {
 namespace {
@@ -24,24 +25,19 @@ namespace fs = std::filesystem;
 constexpr int kRenameAttempts = 10;
 constexpr std::uint64_t kRenamePauseMicros = 300000;
 
-bool hasNoFileManager(const char* /*from*/, const char* /*to*/, std::string& error) {
-  error = "there is no file manager on this system";
-  return false;
+void deleteFile(const std::string& path) {
+  logMessage("Deleting FILE %s\n", path.c_str());
+  if (std::remove(path.c_str()) != 0) logMessage("Failed to delete file %s\n", path.c_str());
 }
 
-void deleteFile(const char* path) {
-  logMessage("Deleting FILE %s\n", path);
-  if (std::remove(path) != 0) logMessage("Failed to delete file %s\n", path);
-}
-
-void deleteSubfolder(const char* path) {
-  logMessage("Deleting DIR %s\n", path);
-  if (deleteFolder(path) != 0) {
-    logMessage("Failed to delete %s\n", path);
+void deleteSubfolder(const std::string& path) {
+  logMessage("Deleting DIR %s\n", path.c_str());
+  if (deleteFolder(path.c_str()) != 0) {
+    logMessage("Failed to delete %s\n", path.c_str());
     return;
   }
   // It may still hold what could not be removed, which has been logged.
-  rmdir(path);
+  rmdir(path.c_str());
 }
 
 void clearTarget(const char* path) {
@@ -69,7 +65,7 @@ int renameWithRetries(const char* oldPath, const char* newPath, int failure) {
   for (int attempt = 1; attempt <= kRenameAttempts && failure != 0; ++attempt) {
     logMessage("[Rename] Could not rename '%s' to '%s' [%d]\n", oldPath, newPath, failure);
     std::string error;
-    if (fileCalls.moveItem(oldPath, newPath, error)) {
+    if (platformCalls.moveItem(oldPath, newPath, error)) {
       logMessage("[Rename] OSX Rename worked.\n");
       return 0;
     }
@@ -92,8 +88,6 @@ void copyInstead(const char* oldPath, const char* newPath) {
 
 }  // namespace
 
-FileCalls fileCalls{hasNoFileManager};
-
 int deleteFolder(const char* folder) {
   const auto names = isLink(folder) ? std::nullopt : listForWalk(folder);
   if (!names) {
@@ -102,19 +96,24 @@ int deleteFolder(const char* folder) {
   }
   for (const std::string& name : *names) {
     const std::string path = joinPath(folder, name);
-    if (!isLink(path.c_str()) && isFolder(path.c_str()))
-      deleteSubfolder(path.c_str());
+    if (!isLink(path) && isFolder(path))
+      deleteSubfolder(path);
     else
-      deleteFile(path.c_str());
+      deleteFile(path);
   }
   return 0;
 }
 
-bool removeTree(const char* path) {
+bool removeTree(const std::string& path) {
   std::error_code error;
   fs::remove_all(path, error);
   struct stat left {};
-  return lstat(path, &left) != 0 && errno == ENOENT;
+  return lstat(path.c_str(), &left) != 0 && errno == ENOENT;
+}
+
+void removeFileOrLink(const std::string& path) {
+  struct stat found {};
+  if (lstat(path.c_str(), &found) == 0 && !S_ISDIR(found.st_mode)) unlink(path.c_str());
 }
 
 void doRename(const char* oldPath, const char* newPath) {
@@ -138,11 +137,11 @@ int makeDir(const char* path) {
   return made;
 }
 
-int makeDirWithParents(const char* path) {
-  if (isFolder(path)) return 0;
+bool makeDirWithParents(const std::string& path) {
+  if (isFolder(path)) return true;
   const std::string parent = fs::path(path).parent_path();
-  if (!parent.empty() && parent != path && makeDirWithParents(parent.c_str()) != 0) return -1;
-  return makeDir(path);
+  if (!parent.empty() && parent != path && !makeDirWithParents(parent)) return false;
+  return makeDir(path.c_str()) == 0;
 }
 
 bool doesFileExist(const char* path) {
@@ -152,16 +151,16 @@ bool doesFileExist(const char* path) {
   return true;
 }
 
-bool isFolder(const char* path) {
-  DIR* folder = opendir(path);
+bool isFolder(const std::string& path) {
+  DIR* folder = opendir(path.c_str());
   if (folder == nullptr) return false;
   closedir(folder);
   return true;
 }
 
-bool isLink(const char* path) {
+bool isLink(const std::string& path) {
   struct stat found {};
-  return lstat(path, &found) == 0 && S_ISLNK(found.st_mode);
+  return lstat(path.c_str(), &found) == 0 && S_ISLNK(found.st_mode);
 }
 
 }  // namespace quillory

@@ -9,14 +9,6 @@
 
 namespace quillory {
 
-/// What the platform does for files. Replaced at start by the Cocoa layer, where there is one.
-struct FileCalls {
-  /// Moves a file or folder to a path that must not exist, across file systems if need be; false
-  /// with a text for the log when it cannot. Without a Cocoa it always says so.
-  bool (*moveItem)(const char* from, const char* to, std::string& error);
-};
-extern FileCalls fileCalls;
-
 /// Empties `folder`; the folder itself stays. 0 when it could be opened, even if some entries could
 /// not be removed (logged); 1 otherwise. Entries named '.' and one more character are left alone by
 /// intent. A link is removed like a file, never followed; a `folder` that is a link itself counts
@@ -25,7 +17,11 @@ int deleteFolder(const char* folder);
 
 /// Removes `path` with everything in it, whatever the names, following no link and without a log
 /// line a file. True when nothing is left there.
-bool removeTree(const char* path);
+bool removeTree(const std::string& path);
+
+/// Removes what is at `path` unless it is a folder; a link goes, and what it leads to stays.
+/// Without a log line.
+void removeFileOrLink(const std::string& path);
 
 /// Moves a file or folder into place: empties what is there, renames, tries again ten times within
 /// three seconds, and copies when nothing else helps (`oldPath` stays then). A link at `newPath` is
@@ -36,16 +32,17 @@ void doRename(const char* oldPath, const char* newPath);
 /// A path at which no folder can be opened gets mode 0777 in every case.
 int makeDir(const char* path);
 
-/// As makeDir(), with the missing folders above it. Only for folders outside the installation.
-int makeDirWithParents(const char* path);
+/// As makeDir(), with the missing folders above it; whether the folder is there now. Only for
+/// folders outside the installation.
+bool makeDirWithParents(const std::string& path);
 
 /// Whether `path` can be opened for reading (logged then); also true for a folder.
 bool doesFileExist(const char* path);
 
 /// Whether `path` can be opened as a folder, through a link too; without a log line.
-bool isFolder(const char* path);
+bool isFolder(const std::string& path);
 
 /// Whether a link stands at `path`, wherever it leads; without a log line.
-bool isLink(const char* path);
+bool isLink(const std::string& path);
 
 }  // namespace quillory

@@ -8,6 +8,7 @@
 #include "support/clock.h"
 #include "support/log_file.h"
 #include "support/paths.h"
+#include "support/platform.h"
 
 namespace quillory {
 namespace {
@@ -21,13 +22,6 @@ std::atomic<std::uint64_t> lastTimestamp{0};
 // A line of 43 or 48 marks. Made anew each time: the main thread may be logging while the process
 // ends, when a global string would be gone.
 std::string lineOf(char mark, std::size_t length) { return std::string(length, mark) + '\n'; }
-
-void writeToStandardError(const char* message) {
-  const std::string line(message);
-  const char* const end = line.ends_with('\n') ? "" : "\n";
-  std::fprintf(stderr, "%s%s", message, end);
-  std::fflush(stderr);
-}
 
 std::string formatText(const char* format, va_list arguments) {
   va_list again;
@@ -62,12 +56,10 @@ void writeMessage(const std::string& message) {
   flushStandardStreams();
   // Read again, so that the next prefix measures the gap since this line was finished.
   lastTimestamp.store(timeCalls.nowMillis(), std::memory_order_relaxed);
-  logCalls.systemLog(message.c_str());
+  platformCalls.systemLog(message.c_str());
 }
 
 }  // namespace
-
-LogCalls logCalls{writeToStandardError};
 
 void logMessage(const char* format, ...) {
   va_list arguments;
@@ -92,7 +84,7 @@ void logToSystem(const char* format, ...) {
   va_start(arguments, format);
   const std::string message = formatText(format, arguments);
   va_end(arguments);
-  logCalls.systemLog(message.c_str());
+  platformCalls.systemLog(message.c_str());
 }
 
 void logStartSection(const char* name) {

@@ -7,12 +7,6 @@
 
 namespace quillory {
 
-/// The system log: standard error, until installCocoaSupport() says otherwise.
-struct LogCalls {
-  void (*systemLog)(const char* message);
-};
-extern LogCalls logCalls;
-
 /// One message to all sinks. In the file and on standard output a prefix "+%-8llu " tells the
 /// milliseconds since the previous message was finished. All sinks are flushed, so that a crash
 /// loses no line.
@@ -24,8 +18,8 @@ void logError(const char* format, ...) __attribute__((format(printf, 1, 2)));
 /// A line for the system log only.
 void logToSystem(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-void logStartSection(const char* name);
-void logEndSection(const char* name);
+void logStartSection(const char* name);  ///< "+++ Start: <name>" between two lines of 48 '+'
+void logEndSection(const char* name);    ///< "--- End: <name>" between two lines of 48 '-'
 
 /// Makes `file` (may be null) the file sink and takes ownership; closes nothing.
 void setFileToLogTo(std::FILE* file);

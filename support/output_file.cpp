@@ -60,7 +60,10 @@ mode_t currentUmask() {
 
 }  // namespace
 
-OutputFile::OutputFile(std::string path, unsigned mode) : path_(std::move(path)), mode_(mode) {
+OutputFile::OutputFile(std::string path, unsigned mode)
+    : OutputFile(std::move(path), ExactMode{mode & ~currentUmask()}) {}
+
+OutputFile::OutputFile(std::string path, ExactMode mode) : path_(std::move(path)) {
   struct stat there;
   if (lstat(path_.c_str(), &there) == 0 && !S_ISREG(there.st_mode) && !S_ISLNK(there.st_mode)) {
     error_ = path_ + ": is not a plain file";
@@ -74,7 +77,7 @@ OutputFile::OutputFile(std::string path, unsigned mode) : path_(std::move(path))
     return;
   }
   remember(beside_.c_str());
-  fchmod(descriptor, mode_ & ~currentUmask());
+  fchmod(descriptor, mode.bits);
   file_.reset(fdopen(descriptor, "wb"));
   if (!file_) {
     fail("cannot be created", errno);

@@ -1,6 +1,7 @@
 // A file that appears under its name only when it is complete. It is written beside its place, so
 // that a run that fails or is killed by a signal leaves what was there before; a symbolic link that
-// stands at the place is replaced, never followed.
+// stands at the place is replaced, never followed. support/new_file.h has the other of the pair,
+// for places where nothing is worth keeping.
 #pragma once
 #include <cstddef>
 #include <cstdio>
@@ -10,20 +11,28 @@
 
 namespace quillory {
 
+/// The mode of a finished file, whatever the umask.
+struct ExactMode {
+  unsigned bits;
+};
+
 class OutputFile {
  public:
   /// Nothing is created when `path` names something that is neither a plain file nor a link.
   /// `mode` is the mode of the finished file, less the process's umask.
   explicit OutputFile(std::string path, unsigned mode = 0666);
+  OutputFile(std::string path, ExactMode mode);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
   /// Null when it could not be created; error() says why.
   std::FILE* stream() const { return file_.get(); }
+  /// False after this or any earlier failure; error() says what it was.
   bool write(const void* data, std::size_t size);
   /// Moves the file to its place. Without it, the destructor removes what was written.
   bool commit();
+  /// "<path>: <what went wrong>", of the first failure; "" as long as there is none.
   const std::string& error() const { return error_; }
 
  private:
@@ -31,7 +40,6 @@ class OutputFile {
 
   std::string path_;
   std::string beside_;
-  unsigned mode_;
   OwnedFile file_;
   std::string error_;
 };

@@ -14,8 +14,8 @@ struct Spawner {
   const char* arguments[kSpawnerSlots + 1];  ///< one more than can be filled: always terminated
 };
 
-Spawner* createSpawner();
-void deleteSpawner(Spawner* spawner);
+Spawner* createSpawner();              ///< an empty list; deleteSpawner() releases it
+void deleteSpawner(Spawner* spawner);  ///< null is allowed; the texts stay
 
 struct SpawnerDeleter {
   void operator()(Spawner* spawner) const { deleteSpawner(spawner); }

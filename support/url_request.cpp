@@ -1,13 +1,12 @@
 #include "support/url_request.h"
 
 #include "support/log.h"
+#include "support/platform.h"
 
 namespace quillory {
 
-UrlCalls urlCalls = {.requestedUrl = nullptr};
-
 const char* getRequestedURL() {
-  const char* url = urlCalls.requestedUrl == nullptr ? nullptr : urlCalls.requestedUrl();
+  const char* url = platformCalls.requestedUrl == nullptr ? nullptr : platformCalls.requestedUrl();
   if (url == nullptr) {
     logToSystem("[Quillory] [URL] Latest request is NULL\n");
   } else {

@@ -11,8 +11,12 @@ void startCocoa(char** arguments);
 /// it is made when the first window needs it.
 void createApplication();
 
-/// From now on a URL that the user wants opened is kept for getRequestedURL().
+/// From now on a URL that the user wants opened is kept for latestRequestedUrl().
 void registerOSXEventListener();
+
+/// For Platform::requestedUrl: the URL of the latest event, those included that have come and wait
+/// to be handled. Any thread, once the listener is registered.
+const char* latestRequestedUrl();
 
 /// Reads the application's name and gives it to the standard menu, where there is one.
 void setUpApplicationMenu();

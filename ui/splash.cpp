@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "support/log.h"
+#include "support/platform.h"
 #include "ui/progress_tiles.h"
 
 namespace quillory::splash {
@@ -51,13 +52,13 @@ int withMargins(int pixels, int more) {
 
 void stopRedrawing() {
   if (redrawThread == nullptr) return;
-  splashWindowCalls.cancelRedrawThread(redrawThread);
+  platformCalls.window.cancelRedrawThread(redrawThread);
   redrawThread = nullptr;
 }
 
 void startRedrawing() {
-  if (redrawer == nullptr) redrawer = splashWindowCalls.makeRedrawer();
-  redrawThread = splashWindowCalls.startRedrawThread(redrawer);
+  if (redrawer == nullptr) redrawer = platformCalls.window.makeRedrawer();
+  redrawThread = platformCalls.window.startRedrawThread(redrawer);
 }
 
 int clampedProgress(int value) {
@@ -69,7 +70,7 @@ void cleanupOnMainThread() {
   logToSystem("Synced call to splash.cleanup");
   hideSplash();
   stopRedrawing();
-  splashWindowCalls.closeWindow();
+  platformCalls.window.closeWindow();
 }
 
 void appendTiles(std::vector<TileAt>& tiles, Tile tile, int from, int end, int step) {
@@ -78,33 +79,17 @@ void appendTiles(std::vector<TileAt>& tiles, Tile tile, int from, int end, int s
 
 }  // namespace
 
-// Without a platform layer there is no window; what waits for the main thread runs at once.
-WindowCalls splashWindowCalls = {
-    .createWindow = [](int, int) {},
-    .loadPicture = [](const char*) { return PictureSize{}; },
-    .windowFrame = [] { return Frame{}; },
-    .setWindowFrame = [](Frame) {},
-    .showWindow = [] {},
-    .takeOffScreen = [] {},
-    .closeWindow = [] {},
-    .requestRedraw = [] {},
-    .makeRedrawer = []() -> void* { return nullptr; },
-    .startRedrawThread = [](void*) -> void* { return nullptr; },
-    .cancelRedrawThread = [](void*) {},
-    .runOnMainThread = [](void (*work)()) { work(); },
-};
-
 void init() {
   // A line each: whoever reads standard output finds every message at the start of one.
   print("[Splash] Initing splash...\n");
   print("[Splash] Loading images...\n");
-  splashWindowCalls.createWindow(imageWidth, imageHeight);
+  platformCalls.window.createWindow(imageWidth, imageHeight);
   maxFrames = kMaxFrames;
 }
 
 void configureSplash(const char* path) {
   print("[Splash] configureSplash with URL %s\n", path);
-  const PictureSize size = splashWindowCalls.loadPicture(path);
+  const PictureSize size = platformCalls.window.loadPicture(path);
   logToSystem("Image Size: %.0f : %.0f", size.width, size.height);
   imageWidth = truncated(size.width);
   imageHeight = truncated(size.height);
@@ -113,7 +98,7 @@ void configureSplash(const char* path) {
 
 void showSplash() {
   logToSystem("ShowSplash");
-  splashWindowCalls.showWindow();
+  platformCalls.window.showWindow();
 }
 
 void setProgress(int value) {
@@ -124,23 +109,23 @@ void setProgress(int value) {
   stopRedrawing();
   if (progress == kProgressIndefinite) startRedrawing();
   progressPercent = progress;
-  splashWindowCalls.requestRedraw();
+  platformCalls.window.requestRedraw();
 }
 
 void hideProgress() {
   if (progressPercent != kProgressHidden) setFrameSizeWithoutBar();
   progressPercent = kProgressHidden;
-  splashWindowCalls.requestRedraw();
+  platformCalls.window.requestRedraw();
 }
 
 void hideSplash() {
   logToSystem("HideSplash");
-  splashWindowCalls.takeOffScreen();
+  platformCalls.window.takeOffScreen();
 }
 
 void cleanup() {
   logToSystem("Called splash.cleanup");
-  splashWindowCalls.runOnMainThread(cleanupOnMainThread);
+  platformCalls.window.runOnMainThread(cleanupOnMainThread);
 }
 
 void setSplashBuffer(int pixels) { splashBuffer = pixels; }
@@ -148,13 +133,13 @@ void setSplashBuffer(int pixels) { splashBuffer = pixels; }
 int getSplashBuffer() { return splashBuffer; }
 
 void setFrameSize(int width, int height) {
-  const Frame old = splashWindowCalls.windowFrame();
+  const Frame old = platformCalls.window.windowFrame();
   const Frame frame = {.x = old.x - (width - old.width) * 0.5,
                        .y = old.y - (height - old.height) * 0.5,
                        .width = static_cast<double>(width),
                        .height = static_cast<double>(height)};
   print("[Splash] Resizing to %d %d\n", width, height);
-  splashWindowCalls.setWindowFrame(frame);
+  platformCalls.window.setWindowFrame(frame);
 }
 
 void setFrameSizeWithoutBar() {

@@ -1,11 +1,14 @@
 // The splash window: its state, sizes and animation, without a platform call. What is to be done on
-// a screen goes through splashWindowCalls; the platform layer carries it out on the main thread,
-// whatever thread called. Without a display the state changes all the same and nothing is shown.
+// a screen goes through the `window` of support/platform.h; Cocoa carries it out on the main
+// thread, whatever thread called. Without a display the state changes all the same and nothing is
+// shown.
 //
 // One splash a process, and nothing reports a failure: a missing picture is one of size 0 x 0, and
 // what is called before init() acts on no window.
 #pragma once
 #include <vector>
+
+#include "support/platform.h"
 
 namespace quillory::splash {
 
@@ -40,44 +43,12 @@ int getSplashBuffer();
 
 /// Resizes the window about its centre.
 void setFrameSize(int width, int height);
+/// The same, to the size of the picture with its margin, and with the bar below it.
 void setFrameSizeWithoutBar();
 void setFrameSizeWithBar();
 
 /// The bar's state as setProgress() stored it.
 int progress();
-
-/// Where the window is: pixels from the lower left corner of the screen; all 0 without a window.
-struct Frame {
-  double x, y, width, height;
-};
-
-/// Size of a picture as its image reports it, in pixels of a 72-dpi screen.
-struct PictureSize {
-  double width, height;
-};
-
-/// What the platform does for the splash. Every call is complete when it returns, and may come from
-/// any thread; none fails. Handles are the platform's own, null where it has none to give.
-struct WindowCalls {
-  void (*createWindow)(int width, int height);
-  /// Size 0 x 0 for a picture that cannot be loaded, which then is none.
-  PictureSize (*loadPicture)(const char* path);
-  Frame (*windowFrame)();
-  void (*setWindowFrame)(Frame frame);
-  /// Floating level, centred, in front.
-  void (*showWindow)();
-  void (*takeOffScreen)();
-  void (*closeWindow)();
-  void (*requestRedraw)();
-  void* (*makeRedrawer)();
-  /// A thread that asks for a redraw every 0.03 s until it is cancelled.
-  void* (*startRedrawThread)(void* redrawer);
-  /// Takes `thread` back; does not wait for its end.
-  void (*cancelRedrawThread)(void* thread);
-  /// Runs `work` on the main thread and waits for its end.
-  void (*runOnMainThread)(void (*work)());
-};
-extern WindowCalls splashWindowCalls;
 
 enum class Tile { kFill, kTrack, kStripes };
 

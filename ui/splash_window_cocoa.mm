@@ -170,19 +170,19 @@ void runOnMainThread(void (*work)()) { onMainThread(work); }
 
 }  // namespace
 
-void installCocoaSplash() {
-  splash::splashWindowCalls = {.createWindow = createWindow,
-                               .loadPicture = loadPicture,
-                               .windowFrame = windowFrame,
-                               .setWindowFrame = setWindowFrame,
-                               .showWindow = showWindow,
-                               .takeOffScreen = takeOffScreen,
-                               .closeWindow = closeWindow,
-                               .requestRedraw = requestRedraw,
-                               .makeRedrawer = makeRedrawer,
-                               .startRedrawThread = startRedrawThread,
-                               .cancelRedrawThread = cancelRedrawThread,
-                               .runOnMainThread = runOnMainThread};
+splash::WindowCalls cocoaSplashWindow() {
+  return {.createWindow = createWindow,
+          .loadPicture = loadPicture,
+          .windowFrame = windowFrame,
+          .setWindowFrame = setWindowFrame,
+          .showWindow = showWindow,
+          .takeOffScreen = takeOffScreen,
+          .closeWindow = closeWindow,
+          .requestRedraw = requestRedraw,
+          .makeRedrawer = makeRedrawer,
+          .startRedrawThread = startRedrawThread,
+          .cancelRedrawThread = cancelRedrawThread,
+          .runOnMainThread = runOnMainThread};
 }
 
 }  // namespace quillory

@@ -5,7 +5,6 @@
 #include "platform/autorelease_pool.h"
 #include "platform/toolkit.h"
 #include "support/log.h"
-#include "support/url_request.h"
 #include "ui/application_shell_cocoa.h"
 
 namespace {
@@ -14,12 +13,6 @@ constexpr AEEventClass kGetUrl = 0x4755524C;     // 'GURL'
 constexpr AEKeyword kDirectObject = 0x2D2D2D2D;  // '----'
 
 URLHandler* urlHandler = nil;
-
-const char* latestUrl() {
-  // A URL that came before is not to be missed because nobody had the time to handle it.
-  quillory::platform::handleWaitingEvents();
-  return [urlHandler getRequestedURL];
-}
 
 }  // namespace
 
@@ -52,10 +45,15 @@ const char* latestUrl() {
 
 namespace quillory {
 
+const char* latestRequestedUrl() {
+  // A URL that came before is not to be missed because nobody had the time to handle it.
+  platform::handleWaitingEvents();
+  return [urlHandler getRequestedURL];
+}
+
 void registerOSXEventListener() {
   const AutoreleasePool pool;
   urlHandler = [[URLHandler alloc] init];
-  urlCalls.requestedUrl = latestUrl;
   logToSystem("[Wrapper] Registering shared apple event manager handler\n");
   [[NSAppleEventManager sharedAppleEventManager] setEventHandler:urlHandler
                                                      andSelector:@selector(handleURLEvent:

@@ -13,6 +13,7 @@
 #include "packager/commands/named_jar.h"
 #include "packager/content/runtime_image.h"
 #include "packager/writing/launch_file_writer.h"
+#include "support/folder_listing.h"
 
 namespace quillory::pack {
 namespace {
@@ -30,17 +31,14 @@ std::vector<std::string> matchesOf(const std::string& pattern) {
     return isFile(pattern) ? std::vector{pattern} : std::vector<std::string>{};
   }
   const fs::path path(pattern);
+  const fs::path folder = path.parent_path();
   std::vector<std::string> matches;
-  std::error_code error;
-  const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-  for (const auto& entry : fs::directory_iterator(folder, error)) {
-    const std::string name = entry.path().filename().string();
-    if (fnmatch(path.filename().c_str(), name.c_str(), FNM_PERIOD) == 0 &&
-        isFile(entry.path().string())) {
-      matches.push_back(path.has_parent_path() ? entry.path().string() : name);
+  for (const std::string& name : namesIn(folder.empty() ? "." : folder.string())) {
+    const std::string match = folder / name;
+    if (fnmatch(path.filename().c_str(), name.c_str(), FNM_PERIOD) == 0 && isFile(match)) {
+      matches.push_back(match);
     }
   }
-  std::sort(matches.begin(), matches.end());
   return matches;
 }
 

@@ -13,6 +13,7 @@
 #include "packager/config/name_rules.h"
 #include "packager/content/jar_reader.h"
 #include "packager/report/exit_statuses.h"
+#include "support/folder_listing.h"
 
 namespace quillory::pack {
 namespace {
@@ -36,19 +37,13 @@ constexpr std::size_t kLongestName = 100;
 std::vector<FoundJar> findJars(const std::string& folder) {
   std::vector<FoundJar> found;
   for (const char* inside : kJarFolders) {
-    std::vector<std::string> names;
-    std::error_code error;
     const fs::path place = fs::path(folder) / inside;
-    for (const auto& entry : fs::directory_iterator(place, error)) {
-      const std::string name = entry.path().filename().string();
+    for (const std::string& name : namesIn(place)) {
       const bool isExtra = name.find("-sources.") != std::string::npos ||
                            name.find("-javadoc.") != std::string::npos;
-      if (entry.path().extension() == ".jar" && !isExtra) {
-        names.push_back(name);
+      if (fs::path(name).extension() != ".jar" || isExtra) {
+        continue;
       }
-    }
-    std::sort(names.begin(), names.end());
-    for (const std::string& name : names) {
       // The same name twice would be one path in the bundle: build tools copy jars around.
       const bool isThere = std::any_of(found.begin(), found.end(), [&](const FoundJar& jar) {
         return fs::path(jar.path).filename() == name;

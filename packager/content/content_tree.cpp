@@ -7,12 +7,12 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <utility>
 #include <vector>
 
 #include "formats/archive_signature.h"
 #include "formats/record_stream.h"
+#include "support/folder_listing.h"
 #include "support/utf8.h"
 
 namespace quillory::pack {
@@ -29,18 +29,12 @@ std::string joined(const std::string& prefix, const std::string& name) {
   return prefix.empty() ? name : prefix + '/' + name;
 }
 
-std::vector<std::string> namesIn(const std::string& folder) {
-  std::error_code error;
-  fs::directory_iterator listing(folder, error);
-  if (error) {
-    throw PackError("cannot be listed: " + error.message(), "", {folder, 0});
+std::vector<std::string> namesInside(const std::string& folder) {
+  const auto names = listFolder(folder);
+  if (!names) {
+    throw PackError(std::string("cannot be listed: ") + std::strerror(errno), "", {folder, 0});
   }
-  std::vector<std::string> names;
-  for (const auto& entry : listing) {
-    names.push_back(entry.path().filename().string());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
+  return *names;
 }
 
 // For comparing names as a file system does that ignores the case. Only ASCII letters are folded.
@@ -108,7 +102,7 @@ void ContentTree::addInside(const std::string& source, const std::string& path, 
   sources_.try_emplace(id, source);
   addFolder(path);
   above_.push_back(id);
-  for (const std::string& name : namesIn(source)) {
+  for (const std::string& name : namesInside(source)) {
     addAnything(source + '/' + name, joined(path, name));
   }
   above_.pop_back();

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "support/log.h"
+#include "support/platform.h"
 
 namespace quillory::pack {
 namespace {
@@ -26,7 +27,7 @@ void keepMessage(const char* message) {
 
 }  // namespace
 
-QuietStdout::QuietStdout(bool shown) : savedSystemLog_(logCalls.systemLog) {
+QuietStdout::QuietStdout(bool shown) : savedSystemLog_(platformCalls.systemLog) {
   std::fflush(stdout);
   saved_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
   const int target =
@@ -34,7 +35,7 @@ QuietStdout::QuietStdout(bool shown) : savedSystemLog_(logCalls.systemLog) {
   dup2(target, STDOUT_FILENO);
   close(target);
   last.clear();
-  logCalls.systemLog = keepMessage;
+  platformCalls.systemLog = keepMessage;
 }
 
 QuietStdout::~QuietStdout() { end(); }
@@ -49,7 +50,7 @@ void QuietStdout::end() {
   dup2(saved_, STDOUT_FILENO);
   close(saved_);
   saved_ = -1;
-  logCalls.systemLog = savedSystemLog_;
+  platformCalls.systemLog = savedSystemLog_;
 }
 
 }  // namespace quillory::pack

@@ -7,6 +7,7 @@
 #include "formats/params_format.h"
 #include "formats/tail_format.h"
 #include "packager/bytes/byte_sinks.h"
+#include "support/folder_listing.h"
 
 namespace quillory::pack {
 namespace {
@@ -31,12 +32,8 @@ std::string findExecutable(const BundleView& bundle) {
   if (!named.empty()) {
     return bundle.inside("MacOS/" + named);
   }
-  std::vector<std::string> files;
-  std::error_code error;
-  for (const auto& entry : fs::directory_iterator(bundle.inside("MacOS"), error)) {
-    files.push_back(entry.path().string());
-  }
-  return files.size() == 1 ? files[0] : "";
+  const std::vector<std::string> files = namesIn(bundle.inside("MacOS"));
+  return files.size() == 1 ? bundle.inside("MacOS/" + files[0]) : "";
 }
 
 void readParamsOf(BundleView& bundle, Findings& findings) {

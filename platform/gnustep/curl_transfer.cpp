@@ -1,15 +1,14 @@
 #include "platform/gnustep/curl_transfer.h"
 
-#include <fcntl.h>
 #include <strings.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string_view>
-#include <utility>
 
 #include "platform/gnustep/curl_library.h"
+#include "support/new_file.h"
 
 namespace quillory::platform {
 namespace {
@@ -19,56 +18,13 @@ constexpr long kReceiveBufferBytes = 256 * 1024;
 
 using Clock = std::chrono::steady_clock;
 
-/// The file that is written; removed unless it was closed in good order.
-class OutputFile {
- public:
-  explicit OutputFile(std::string path) : path_(std::move(path)) {}
-  ~OutputFile() {
-    if (descriptor_ < 0) return;
-    ::close(descriptor_);
-    unlink(path_.c_str());
-  }
-  OutputFile(const OutputFile&) = delete;
-  OutputFile& operator=(const OutputFile&) = delete;
-
-  bool isOpen() const { return descriptor_ >= 0; }
-
-  // Others may write to the folder: what they put at the path is replaced, never followed.
-  bool open() {
-    unlink(path_.c_str());
-    descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    return isOpen();
-  }
-
-  bool write(const char* bytes, std::size_t length) const {
-    while (length > 0) {
-      const ssize_t written = ::write(descriptor_, bytes, length);
-      if (written < 0) return false;
-      bytes += written;
-      length -= static_cast<std::size_t>(written);
-    }
-    return true;
-  }
-
-  bool close() {
-    if (::close(std::exchange(descriptor_, -1)) == 0) return true;
-    unlink(path_.c_str());
-    return false;
-  }
-
- private:
-  std::string path_;
-  int descriptor_ = -1;
-};
-
 class Transfer {
  public:
   Transfer(const CurlLibrary& curl, const TransferRequest& request, TransferObserver& observer)
       : curl_(curl),
         request_(request),
         observer_(observer),
-        handle_(curl.easyInit(), curl.cleanUp),
-        file_(request.path) {}
+        handle_(curl.easyInit(), curl.cleanUp) {}
 
   TransferResult run() {
     if (handle_ == nullptr) return {TransferError::kUnknown, "out of memory"};
@@ -76,9 +32,8 @@ class Transfer {
     const CURLcode code = curl_.perform(handle_.get());
     if (code != CURLE_OK) return failure(code);
     // A content of no bytes is a file, too.
-    if (!file_.isOpen() && !begin()) return failure(CURLE_WRITE_ERROR);
-    if (!file_.close()) return failure(CURLE_WRITE_ERROR);
-    return {};
+    if (!file_ && !begin()) return failure(CURLE_WRITE_ERROR);
+    return file_->close() ? TransferResult{} : failure(CURLE_WRITE_ERROR);
   }
 
  private:
@@ -109,7 +64,8 @@ class Transfer {
 
   bool begin() {
     announceResponse();
-    return file_.open();
+    // Others may write to the folder: what they put at the path is replaced, never followed.
+    return file_.emplace(request_.path).isOpen();
   }
 
   void announceResponse() {
@@ -129,8 +85,8 @@ class Transfer {
   static std::size_t onContent(const char* bytes, std::size_t, std::size_t length, void* context) {
     Transfer& transfer = *static_cast<Transfer*>(context);
     transfer.lastSign_ = Clock::now();
-    if (!transfer.file_.isOpen() && !transfer.begin()) return CURL_WRITEFUNC_ERROR;
-    if (!transfer.file_.write(bytes, length)) return CURL_WRITEFUNC_ERROR;
+    if (!transfer.file_ && !transfer.begin()) return CURL_WRITEFUNC_ERROR;
+    if (!transfer.file_->write(bytes, length)) return CURL_WRITEFUNC_ERROR;
     transfer.observer_.dataArrived(length);
     return length;
   }
@@ -195,7 +151,7 @@ class Transfer {
   const TransferRequest& request_;
   TransferObserver& observer_;
   const std::unique_ptr<CURL, decltype(CurlLibrary::cleanUp)> handle_;
-  OutputFile file_;
+  std::optional<NewFile> file_;  // from the response on
   Clock::time_point lastSign_ = Clock::now();
   bool isSilent_ = false;
   char message_[CURL_ERROR_SIZE] = "";

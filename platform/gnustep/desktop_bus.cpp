@@ -102,7 +102,8 @@ int DesktopBus::onOpen(sd_bus_message* call, void* self, sd_bus_error*) {
   return result < 0 ? result : sd_bus_reply_method_return(call, "");
 }
 
-// The launcher is active already: it starts the application.
+// The desktop asks a running application to come forward. Nothing has to be done for that: a
+// launcher that runs is on its way to start the application.
 int DesktopBus::onActivate(sd_bus_message* call, void*, sd_bus_error*) {
   return sd_bus_reply_method_return(call, "");
 }

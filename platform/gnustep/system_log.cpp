@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/cocoa_support.h"
+#include "platform/support_cocoa.h"
 #include "support/utf8.h"
 
 namespace quillory {

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "platform/autorelease_pool.h"
-#include "platform/cocoa_support.h"
+#include "platform/support_cocoa.h"
 
 namespace quillory {
 namespace {

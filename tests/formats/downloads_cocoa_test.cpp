@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "formats/downloads.h"
+#include "support/platform.h"
 #include "tests/harness/http_server.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
@@ -23,13 +24,17 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
+// Bounds every test whose server falls silent; those that wait for it set a shorter one.
+constexpr double kBoundSeconds = 5;
+double timeoutSeconds = kBoundSeconds;
+
 class DownloadFile : public ::testing::Test {
  protected:
   DownloadFile() {
     for (const char* name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY",
                              "no_proxy", "NO_PROXY"})
       unsetenv(name);
-    installCocoaDownloads();
+    timeoutSeconds = kBoundSeconds;
   }
 
   /// Downloads to "file" in a folder of its own; what the platform's log got is in `log_`.
@@ -67,8 +72,10 @@ class DownloadFile : public ::testing::Test {
   double seconds_ = 0;
 
  private:
-  // Bounds every test whose server falls silent; those that wait for it set a shorter one.
-  ScopedReplace<double> timeout_{downloadTimeoutSeconds, 5.0};
+  ScopedReplace<decltype(platformCalls.downloadFile)> transport_{
+      platformCalls.downloadFile, +[](const char* url, const char* destPath) {
+        return downloadThroughCocoa(url, destPath, timeoutSeconds);
+      }};
 };
 
 TEST_F(DownloadFile, FetchesAFile) {
@@ -234,7 +241,7 @@ TEST_F(DownloadFile, FailsOnAReplyThatIsNotHttp) {
 }
 
 TEST_F(DownloadFile, FailsAfterTheTimeWithoutAByte) {
-  const ScopedReplace timeout(downloadTimeoutSeconds, 0.5);
+  timeoutSeconds = 0.5;
   server_.answer("/silent", answerSilence());
   server_.answer("/stalled", answerStalled("content that never comes whole", 10));
   for (const char* path : {"/silent", "/stalled"}) {
@@ -354,7 +361,17 @@ TEST_F(DownloadFile, SucceedsAfterAFailure) {
   expectContent("whole");
 }
 
-TEST(DownloadTimeout, IsSixtySeconds) { EXPECT_EQ(downloadTimeoutSeconds, 60); }
+TEST(DownloadTimeout, IsSixtySeconds) { EXPECT_EQ(kDownloadTimeoutSeconds, 60); }
+
+TEST(DownloadThroughCocoa, FetchesWithoutATimeOfItsCaller) {
+  const TempDir folder;
+  HttpServer server;
+  server.answer("/file", answerFile("content"));
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(downloadThroughCocoa(server.url("/file").c_str(), (folder / "file").c_str()), 1);
+  ::testing::internal::GetCapturedStderr();
+  EXPECT_EQ(readFile(folder / "file"), "content");
+}
 
 }  // namespace
 }  // namespace quillory

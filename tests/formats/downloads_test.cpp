@@ -11,6 +11,7 @@
 
 #include "support/clock.h"
 #include "support/owned.h"
+#include "support/platform.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
@@ -34,7 +35,7 @@ class RecordedTransfers {
  public:
   RecordedTransfers()
       : transport_(
-            downloadCalls.downloadFile, +[](const char* url, const char* destPath) {
+            platformCalls.downloadFile, +[](const char* url, const char* destPath) {
               transfers.push_back(std::string(url) + " -> " + destPath);
               return 1;
             }) {
@@ -42,7 +43,7 @@ class RecordedTransfers {
   }
 
  private:
-  ScopedReplace<decltype(downloadCalls.downloadFile)> transport_;
+  ScopedReplace<decltype(platformCalls.downloadFile)> transport_;
 };
 
 class FixedClock {
@@ -105,7 +106,7 @@ TEST(DownloadVersionFile, TakesAMissingUpdateUrlForAnEmptyOne) {
 
 TEST(DownloadFile, ReturnsOneWhateverTheTransportSays) {
   const ScopedReplace transport(
-      downloadCalls.downloadFile, +[](const char*, const char*) { return 0; });
+      platformCalls.downloadFile, +[](const char*, const char*) { return 0; });
   EXPECT_EQ(downloadFile("http://host/", "/nonexistent/file"), 1);
 }
 
@@ -113,7 +114,7 @@ TEST(DownloadFile, RemovesWhatAnEarlierStartLeftBeforeItBegins) {
   const TempDir folder;
   writeFile(folder / "file", "old");
   const ScopedReplace transport(
-      downloadCalls.downloadFile, +[](const char*, const char* destPath) {
+      platformCalls.downloadFile, +[](const char*, const char* destPath) {
         EXPECT_FALSE(fs::exists(destPath));
         return 1;
       });
@@ -134,7 +135,7 @@ TEST(DownloadFile, RemovesALinkAndNotWhatItLeadsTo) {
 TEST(DownloadFile, FailsAtOnceWhereThereIsNoTransport) {
   const TempDir folder;
   writeFile(folder / "file", "old");
-  const ScopedReplace transport(downloadCalls.downloadFile, nullptr);
+  const ScopedReplace transport(platformCalls.downloadFile, nullptr);
   const CapturedLog log;
   EXPECT_EQ(downloadFile("http://host/", (folder / "file").c_str()), 1);
   EXPECT_FALSE(fs::exists(folder / "file"));

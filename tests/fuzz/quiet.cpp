@@ -3,11 +3,12 @@
 #include <cstdio>
 
 #include "support/log.h"
+#include "support/platform.h"
 
 namespace quillory::fuzz {
 
 void silence() {
-  logCalls.systemLog = +[](const char*) {};
+  platformCalls.systemLog = +[](const char*) {};
   if (std::freopen("/dev/null", "w", stdout) == nullptr) std::abort();
 }
 

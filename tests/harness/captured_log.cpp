@@ -1,5 +1,7 @@
 #include "tests/harness/captured_log.h"
 
+#include "support/platform.h"
+
 namespace quillory::testing {
 namespace {
 
@@ -9,7 +11,7 @@ std::vector<std::string> captured;
 
 CapturedLog::CapturedLog()
     : sink_(
-          logCalls.systemLog, +[](const char* message) { captured.emplace_back(message); }) {
+          platformCalls.systemLog, +[](const char* message) { captured.emplace_back(message); }) {
   captured.clear();
 }
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "support/log.h"
+#include "support/platform.h"
 #include "tests/harness/scoped_replace.h"
 
 namespace quillory::testing {
@@ -20,7 +21,7 @@ class CapturedLog {
   bool contains(const std::string& part) const;
 
  private:
-  ScopedReplace<decltype(logCalls.systemLog)> sink_;
+  ScopedReplace<decltype(platformCalls.systemLog)> sink_;
 };
 
 }  // namespace quillory::testing

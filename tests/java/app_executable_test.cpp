@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "tests/harness/captured_log.h"
+#include "tests/harness/file_size_limit.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory {
@@ -14,6 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::quillory::testing::CapturedLog;
+using ::quillory::testing::FileSizeLimit;
 using ::quillory::testing::modeOf;
 using ::quillory::testing::readFile;
 using ::quillory::testing::TempDir;
@@ -88,6 +90,17 @@ TEST_F(ProvideAppExecutable, LeavesNothingWhenJavaCannotBeCopied) {
               Contains("[Extractor] *************************** Unable to open destination file "
                        "for copy " +
                        bin_ + "/app\n"));
+}
+
+TEST_F(ProvideAppExecutable, LeavesNoPartOfACopyOnAFullDisk) {
+  writeFile(java_, std::string(300'000, 'x'));
+  const CapturedLog log;
+  {
+    const FileSizeLimit limit(200'000);
+    provideAppExecutable(bin_, "app");
+  }
+  EXPECT_THAT(namesIn(bin_), ElementsAre("java"));
+  EXPECT_THAT(log.messages(), Contains("Error setting app binary executable!\n"));
 }
 
 TEST_F(ProvideAppExecutable, ReplacesALinkThatLeadsNowhere) {

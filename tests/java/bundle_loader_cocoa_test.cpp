@@ -1,12 +1,13 @@
 // Bundles as the platform's own service, or its stand-in, loads them.
+#include "java/bundle_loader_cocoa.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <thread>
 
 #include "java/bundle_loader.h"
-#include "java/jni_launch.h"
+#include "support/platform.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/temp_dir.h"
 
@@ -31,8 +32,6 @@ constexpr char kInfo[] = R"(<?xml version="1.0" encoding="UTF-8"?>
 
 class CocoaBundle : public ::testing::Test {
  protected:
-  CocoaBundle() { installCocoaBundleLoader(); }
-
   void addExecutable(const std::string& name) const {
     fs::create_directories(bundle_ + "/Contents/MacOS");
     fs::copy_file(QUILLORY_STUB_NO_JVM, bundle_ + "/Contents/MacOS/" + name);
@@ -53,8 +52,7 @@ class CocoaBundle : public ::testing::Test {
                                              "[BundleLoader] Could not load JRE bundle!"));
   }
 
-  ScopedReplace<BundleCalls> bundles_{bundleCalls, BundleCalls(bundleCalls)};
-  ScopedReplace<ThreadCalls> threads_{threadCalls, ThreadCalls(threadCalls)};
+  ScopedReplace<BundleCalls> bundles_{platformCalls.bundles, cocoaBundles()};
   TempDir dir_;
   std::string bundle_ = dir_ / "Quillory-JRE-17-complete.plugin";
   CapturedLog log_;
@@ -129,13 +127,6 @@ TEST_F(CocoaBundle, SurvivesInformationThatIsNone) {
     load();
     EXPECT_EQ(log.messages().back(), "[BundleLoader] Bundle Loaded OK\n");
   }
-}
-
-TEST_F(CocoaBundle, KnowsTheMainThread) {
-  EXPECT_TRUE(threadCalls.isMainThread());
-  bool isMain = true;
-  std::thread([&] { isMain = threadCalls.isMainThread(); }).join();
-  EXPECT_FALSE(isMain);
 }
 
 }  // namespace

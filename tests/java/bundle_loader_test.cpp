@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/platform.h"
 #include "tests/harness/captured_log.h"
 
 namespace quillory {
@@ -26,7 +27,7 @@ TEST(LoadOSXBundle, SaysThatThereIsNoBundleWithoutAPlatformThatHasThem) {
 
 TEST(LoadOSXBundle, LoadsTheBundleThatWasCreated) {
   loads = 0;
-  const ScopedReplace calls(bundleCalls,
+  const ScopedReplace calls(platformCalls.bundles,
                             BundleCalls{.createBundle = someBundle, .loadExecutable = [](void* b) {
                                           loads += b == &loads;
                                           return true;
@@ -41,7 +42,7 @@ TEST(LoadOSXBundle, LoadsTheBundleThatWasCreated) {
 
 TEST(LoadOSXBundle, OnlyLogsThatABundleCannotBeLoaded) {
   const ScopedReplace calls(
-      bundleCalls,
+      platformCalls.bundles,
       BundleCalls{.createBundle = someBundle, .loadExecutable = [](void*) { return false; }});
   const CapturedLog log;
   loadOSXBundle("/m/JRE.plugin");

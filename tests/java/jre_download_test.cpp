@@ -11,6 +11,7 @@
 
 #include "support/clock.h"
 #include "support/log.h"
+#include "support/platform.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
@@ -294,7 +295,7 @@ TEST_F(DownloadJre, EndsWhenAKilledToolLeftNothing) {
   EXPECT_EXIT(
       {
         const ScopedReplace toStderr(
-            logCalls.systemLog, +[](const char* text) { std::fputs(text, stderr); });
+            platformCalls.systemLog, +[](const char* text) { std::fputs(text, stderr); });
         tryToDownload();
       },
       ::testing::ExitedWithCode(1),
@@ -313,7 +314,7 @@ TEST_F(DownloadJre, TreatsAVersionFileThatCannotBeOpenedAsEmpty) {
   serveArchive("", "LZMA:" + jreArchive());
   // A socket: it is there, and cannot be opened.
   const ScopedReplace transport(
-      downloadCalls.downloadFile, +[](const char* url, const char* destPath) {
+      platformCalls.downloadFile, +[](const char* url, const char* destPath) {
         if (std::string(url).find("version.txt") == std::string::npos) {
           writeFile(destPath, "LZMA:" + jreArchive());
           return 1;

@@ -6,6 +6,7 @@
 
 #include "java/launch_flow.h"
 #include "support/log.h"
+#include "support/platform.h"
 #include "tests/harness/records.h"
 #include "tests/harness/temp_dir.h"
 
@@ -29,7 +30,7 @@ int download(const char* url, const char* destPath) {
 }
 
 splash::WindowCalls recordingWindow() {
-  splash::WindowCalls calls = splash::splashWindowCalls;
+  splash::WindowCalls calls = platformCalls.window;
   calls.showWindow = [] { splashCalls.emplace_back("show"); };
   calls.closeWindow = [] { splashCalls.emplace_back("close"); };
   calls.startRedrawThread = [](void*) -> void* {
@@ -40,7 +41,7 @@ splash::WindowCalls recordingWindow() {
 }
 
 splash::WindowCalls loggingWindow() {
-  splash::WindowCalls calls = splash::splashWindowCalls;
+  splash::WindowCalls calls = platformCalls.window;
   calls.showWindow = [] { logMessage("splash: show\n"); };
   calls.closeWindow = [] { logMessage("splash: close\n"); };
   return calls;
@@ -108,7 +109,7 @@ ScopedEnvironment::ScopedEnvironment(const char* name, const std::string& value)
 
 ScopedEnvironment::~ScopedEnvironment() { setenv(name_.c_str(), saved_.c_str(), 1); }
 
-FakeServer::FakeServer() : transport_(downloadCalls.downloadFile, download) {
+FakeServer::FakeServer() : transport_(platformCalls.downloadFile, download) {
   served.clear();
   asked.clear();
   destination.clear();
@@ -140,7 +141,7 @@ std::function<bool(const std::string& updaterFolder, const std::string& java)> c
   };
 }
 
-SplashWatch::SplashWatch() : window_(splash::splashWindowCalls, recordingWindow()) {
+SplashWatch::SplashWatch() : window_(platformCalls.window, recordingWindow()) {
   splashCalls.clear();
 }
 
@@ -148,6 +149,6 @@ SplashWatch::~SplashWatch() { splashCalls.clear(); }
 
 const std::vector<std::string>& SplashWatch::calls() const { return splashCalls; }
 
-SplashInTheLog::SplashInTheLog() : window_(splash::splashWindowCalls, loggingWindow()) {}
+SplashInTheLog::SplashInTheLog() : window_(platformCalls.window, loggingWindow()) {}
 
 }  // namespace quillory::testing

@@ -8,6 +8,7 @@
 
 #include "formats/downloads.h"
 #include "java/jre_request.h"
+#include "support/platform.h"
 #include "tests/harness/scoped_replace.h"
 #include "ui/splash.h"
 
@@ -58,7 +59,7 @@ class FakeServer {
   std::string lastDestination() const;
 
  private:
-  ScopedReplace<decltype(downloadCalls.downloadFile)> transport_;
+  ScopedReplace<decltype(platformCalls.downloadFile)> transport_;
 };
 
 /// The splash, as a start that is not silent shows it.

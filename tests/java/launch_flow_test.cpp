@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "java/for_embedders.h"
+#include "support/platform.h"
 #include "support/url_request.h"
 #include "tests/harness/records.h"
 #include "tests/java/launch_fixture.h"
@@ -71,7 +72,7 @@ TEST_F(LaunchFromLaunchFile, WritesThePropertiesOfTheLaunch) {
   writeFile(master_ + "/QYApps/JRE-LastSuccessfulOptions-Quillory-JRE-17-complete",
             records({"1", "-Dremembered=1"}));
   const ScopedReplace request(
-      urlCalls.requestedUrl, +[] { return "demo://x"; });
+      platformCalls.requestedUrl, +[] { return "demo://x"; });
   updateUrl_ = "D";
   dynamicUpdateUrl_ = "http://dynamic/";
   recordSpawn();
@@ -251,7 +252,7 @@ TEST_F(LaunchFromLaunchFile, EndsTheProcessWithoutALaunchFile) {
   EXPECT_EXIT(
       {
         const ScopedReplace toStderr(
-            logCalls.systemLog, +[](const char* text) { std::fputs(text, stderr); });
+            platformCalls.systemLog, +[](const char* text) { std::fputs(text, stderr); });
         launch(kLaunchCompatibilityCheck, "/java");
       },
       ::testing::ExitedWithCode(1), "\\*{43}\nUnable to open launch file .*/QuilloryLaunch\n\\*");
@@ -269,7 +270,7 @@ TEST_F(LaunchFromLaunchFile, EndsTheProcessWithoutAPrivateJre) {
   EXPECT_EXIT(
       {
         const ScopedReplace toStderr(
-            logCalls.systemLog, +[](const char* text) { std::fputs(text, stderr); });
+            platformCalls.systemLog, +[](const char* text) { std::fputs(text, stderr); });
         launch(kLaunchApplication, "Other");
       },
       ::testing::ExitedWithCode(1), "\\*{43}\nNo private JRE available!\n\\*{43}\n");

@@ -13,8 +13,10 @@
 #include "support/clock.h"
 #include "support/exit_status.h"
 #include "support/paths.h"
+#include "support/platform.h"
 #include "support/url_request.h"
 #include "tests/harness/captured_log.h"
+#include "tests/harness/file_size_limit.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
 #include "tests/harness/temp_dir.h"
@@ -24,6 +26,7 @@ namespace {
 
 using namespace std::string_literals;
 using ::quillory::testing::CapturedLog;
+using ::quillory::testing::FileSizeLimit;
 using ::quillory::testing::pageExample;
 using ::quillory::testing::readFile;
 using ::quillory::testing::records;
@@ -126,7 +129,7 @@ TEST_F(AddLaunchTimeProperties, PutsTheDynamicUrlRightBehindTheStaticOne) {
 
 TEST_F(AddLaunchTimeProperties, AddsARequestedUrlLastAndLogsIt) {
   const ScopedReplace request(
-      urlCalls.requestedUrl, +[] { return "demo://open?x=1"; });
+      platformCalls.requestedUrl, +[] { return "demo://open?x=1"; });
   const CapturedLog log;
   PropertyBlock block;
   addLaunchTimeProperties(someFacts(), block);
@@ -137,7 +140,7 @@ TEST_F(AddLaunchTimeProperties, AddsARequestedUrlLastAndLogsIt) {
 
 TEST_F(AddLaunchTimeProperties, AddsNoRequestWhereThereIsNone) {
   const ScopedReplace request(
-      urlCalls.requestedUrl, +[]() -> const char* { return nullptr; });
+      platformCalls.requestedUrl, +[]() -> const char* { return nullptr; });
   PropertyBlock block;
   addLaunchTimeProperties(someFacts(), block);
   EXPECT_EQ(contentOf(block).find("url_req"), std::string::npos);
@@ -351,14 +354,28 @@ TEST_F(WriteLaunchProperties, GivesUpAfterFiveRetries) {
 }
 
 TEST_F(WriteLaunchProperties, GivesUpWhenTheContentCannotBeWritten) {
-  if (access("/dev/full", W_OK) != 0) GTEST_SKIP() << "needs /dev/full";
-  const std::string path = dir_ / "QYLaunchProperties-1700000000123-3";
-  ASSERT_EQ(symlink("/dev/full", path.c_str()), 0);
+  const std::string path = dir_ / "QYLaunchProperties-1700000000123-2";
   PropertyBlock block;
-  appendProp(block, "x");
+  addStaticProperty(block, "large", std::string(300'000, 'x'));
   const CapturedLog log;
-  EXPECT_EQ(writeLaunchProperties(block, dir_.str()), std::nullopt);
+  {
+    const FileSizeLimit diskIsFull(200'000);
+    EXPECT_EQ(writeLaunchProperties(block, dir_.str()), std::nullopt);
+  }
   EXPECT_TRUE(log.contains("Unable to write Launch Properties file! Cannot run!\n"));
+  EXPECT_EQ(access(path.c_str(), F_OK), -1);
+}
+
+// The folder may be open to everybody.
+TEST_F(WriteLaunchProperties, ReplacesAPlantedLinkAndLeavesItsTargetAlone) {
+  const std::string path = dir_ / "QYLaunchProperties-1700000000123-4";
+  writeFile(dir_ / "victim", "precious");
+  ASSERT_EQ(symlink((dir_ / "victim").c_str(), path.c_str()), 0);
+  PropertyBlock block;
+  appendProp(block, "new");
+  EXPECT_EQ(writeLaunchProperties(block, dir_.str()), path);
+  EXPECT_EQ(readFile(path), "new");
+  EXPECT_EQ(readFile(dir_ / "victim"), "precious");
 }
 
 TEST(LaunchPropertiesPage, ShowsTheFileOfTheBlockThatItDescribes) {

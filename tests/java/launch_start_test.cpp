@@ -8,6 +8,7 @@
 
 #include "java/bundle_loader.h"
 #include "java/launch_flow.h"
+#include "support/platform.h"
 #include "tests/harness/child_process.h"
 #include "tests/harness/records.h"
 #include "tests/java/launch_fixture.h"
@@ -104,7 +105,7 @@ TEST_F(StartApplication, LoadsNoJvmLibraryButTheBundleWhenTheSpawnIsForced) {
   const ScopedReplace forced(forceSpawn, true);
   static std::string loaded;
   loaded.clear();
-  const ScopedReplace bundles(bundleCalls,
+  const ScopedReplace bundles(platformCalls.bundles,
                               BundleCalls{.createBundle =
                                               [](const char* path) {
                                                 loaded = path;

@@ -6,11 +6,9 @@
 #include <filesystem>
 
 #include "support/clock.h"
-#include "support/exit_status.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/harness/stream_of.h"
-#include "tests/launcher/in_child.h"
 #include "tests/launcher/test_bundle.h"
 
 namespace quillory::testing {
@@ -142,7 +140,8 @@ TEST(ExtractApplication, TakesTwoEntriesAndMovesThemIntoPlace) {
   const StreamOf stream(fileEntry("App.p2", archiveOf(fileEntry("lib/app.jar", "jar"))) +
                         emptyEntry("App.extra") + "!");
   const CapturedLog log;
-  extractApplication({stream.get(), nullptr}, folders, "/bin/true", nullptr);
+  EXPECT_TRUE(
+      extractApplication({stream.get(), nullptr}, folders, {.lzma = "/bin/true", .unpack200 = ""}));
   EXPECT_EQ(readFile(folders.app + "/lib/app.jar"), "jar");
   EXPECT_FALSE(fs::exists(folders.appTemp));
   EXPECT_EQ(std::fgetc(stream.get()), '!');
@@ -157,16 +156,30 @@ TEST(ExtractApplication, TakesTwoEntriesAndMovesThemIntoPlace) {
   EXPECT_EQ(log.messages().back(), "[Extractor] Renaming App folder to " + folders.app + "\n");
 }
 
-TEST(ExtractApplication, EndsTheProcessWithoutATemporaryFolder) {
+TEST(ExtractApplication, FailsWithoutATemporaryFolder) {
   const TempDir master;
-  const Ended ended = inChild([&] {
-    const StreamOf stream(emptyEntry("a") + emptyEntry("b"));
-    extractApplication({stream.get(), nullptr}, {"", "", master / "app", master / "no/temp"},
-                       nullptr, nullptr);
-  });
-  EXPECT_EQ(ended.status, kExitFailure);
+  const StreamOf stream(emptyEntry("a") + emptyEntry("b"));
+  const CapturedLog log;
+  EXPECT_FALSE(extractApplication({stream.get(), nullptr},
+                                  {"", "", master / "app", master / "no/temp"}, {}));
   const std::string frame(43, '*');
-  EXPECT_TRUE(ended.logs(frame + "\nUnable to create App Temp folder\n" + frame));
+  EXPECT_TRUE(log.contains(frame + "\nUnable to create App Temp folder\n" + frame));
+  EXPECT_FALSE(fs::exists(master / "app"));
+}
+
+TEST(ExtractTailEntry, UnpacksOnlyWithATool) {
+  const TempDir folder;
+  const TempDir tools;
+  writeFile(tools / "lzma64", kCopyingTool);
+  fs::permissions(tools / "lzma64", fs::perms::owner_all);
+  const std::string entry = fileEntry("a.p2.l2", archiveOf(fileEntry("inside", "x")));
+  const StreamOf stream(entry + entry);
+  const CapturedLog log;
+  extractTailEntry({stream.get(), nullptr}, {}, folder.str());
+  EXPECT_TRUE(fs::exists(folder / "a.p2.l2"));
+  extractTailEntry({stream.get(), nullptr}, {.lzma = tools / "lzma64", .unpack200 = ""},
+                   folder.str());
+  EXPECT_EQ(readFile(folder / "inside"), "x");
 }
 
 }  // namespace

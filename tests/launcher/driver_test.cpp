@@ -8,7 +8,6 @@
 #include <thread>
 
 #include "install/install_locations.h"
-#include "launcher/elevated_setup.h"
 #include "support/clock.h"
 #include "support/exit_status.h"
 #include "tests/harness/scoped_replace.h"
@@ -80,9 +79,9 @@ class ExtractWrapperTail : public ::testing::Test {
     const int argc = static_cast<int>(argv.size());
     fs::remove(master_ + "/started");
     return inChild([&] {
-      elevationCalls.parentRunsThisExecutable = +[] { return false; };
-      runStart(argv[0], {argc - 1, argv.data() + 1, argc, argv.data(), prepareOnly},
-               {.homeFolder = [this] { return home_.str(); }});
+      runStart(
+          argv[0], {argc - 1, argv.data() + 1, argc, argv.data(), prepareOnly},
+          {.homeFolder = [this] { return home_.str(); }, .isRelaunchedCopy = [] { return false; }});
     });
   }
 
@@ -363,6 +362,42 @@ TEST_F(ExtractWrapperTail, RefusesNamesThatLeadOutOfTheSharedDirectory) {
   EXPECT_FALSE(fs::exists(installed("Quillory-Quillory-7-complete")));
 }
 
+TEST_F(ExtractWrapperTail, EndsWithoutParameters) {
+  fs::remove(bundle_.resource("AppParams.excludefromsigning"));
+  Ended ended = start();
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.log.ends_with("couldn't open params file\n"));
+
+  bundle_.writeResource("AppParams.excludefromsigning", "no marker");
+  ended = start();
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.log.ends_with("Could not find marker: Params\n"));
+}
+
+TEST_F(ExtractWrapperTail, EndsWithoutATail) {
+  fs::remove(bundle_.resource("Tail"));
+  Ended ended = start();
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.log.ends_with("/../Resources/Tail\n"));
+
+  fs::remove(bundle_.exePath());
+  ended = start();
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.log.ends_with("couldn't open file " + bundle_.exePath() + "\n"));
+}
+
+TEST_F(ExtractWrapperTail, EndsWhereTheApplicationHasNoTemporaryFolder) {
+  const ScopedReplace clock(
+      timeCalls.nowMillis, +[] { return std::uint64_t{9000}; });
+  writeTail(offlineTail(),
+            updaterEntries("First") +
+                jreEntry("#!/bin/sh\n: >\"${0%/*/*/*/*/*}\"/QuilloryTemp-9-4-app\n") +
+                appEntries("hello"));
+  const Ended ended = start();
+  EXPECT_EQ(ended.status, kExitFailure);
+  EXPECT_TRUE(ended.logs("\nUnable to create App Temp folder\n")) << ended.log;
+}
+
 TEST_F(ExtractWrapperTail, EndsWithoutASharedDirectory) {
   const Ended ended = inChild([&] {
     std::string path = bundle_.exePath();
@@ -413,10 +448,11 @@ class ExtractWrapperTailElevated : public ExtractWrapperTail {
     std::string path = bundle_.exePath(), one = "one", last = kLast;
     char* argv[] = {path.data(), one.data(), last.data(), nullptr};
     return inChild([&] {
-      elevationCalls.temporaryFolder = shared.c_str();
-      if (!isRelaunched) elevationCalls.parentRunsThisExecutable = +[] { return false; };
-      runStart(argv[0], {2, argv + 1, 3, argv, prepareOnly},
-               {.homeFolder = [this] { return home_.str(); }});
+      StartSurroundings around{.homeFolder = [this] { return home_.str(); },
+                               .sharedTemporaryFolder = shared};
+      // A forked child has a parent that runs the same executable, as a relaunched copy has.
+      if (!isRelaunched) around.isRelaunchedCopy = [] { return false; };
+      runStart(argv[0], {2, argv + 1, 3, argv, prepareOnly}, around);
     });
   }
 

@@ -8,14 +8,12 @@
 
 #include "formats/record_stream.h"
 #include "java/launch_flow.h"
-#include "support/exit_status.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/harness/stream_of.h"
 #include "tests/harness/temp_dir.h"
-#include "tests/launcher/in_child.h"
 #include "tests/launcher/test_bundle.h"
 #include "ui/splash.h"
 
@@ -195,7 +193,7 @@ TEST(ReadDynamicParams, PrefersTheFileOutsideTheSignature) {
   bundle.writeResource("AppParams.excludefromsigning", paramsFile({{"jre_name", "outside"}}));
   bundle.writeResource("params.lproj/locversion.plist", paramsFile({{"jre_name", "inside"}}));
   PropertyBlock properties;
-  EXPECT_EQ(readDynamicParams(bundle.executable(), false, properties).jreName, "outside");
+  EXPECT_EQ(readDynamicParams(bundle.executable(), false, properties)->jreName, "outside");
 }
 
 TEST(ReadDynamicParams, FallsBackToTheOtherFile) {
@@ -203,7 +201,7 @@ TEST(ReadDynamicParams, FallsBackToTheOtherFile) {
   bundle.writeResource("params.lproj/locversion.plist", paramsFile({{"jre_name", "inside"}}));
   PropertyBlock properties;
   const CapturedLog log;
-  EXPECT_EQ(readDynamicParams(bundle.executable(), false, properties).jreName, "inside");
+  EXPECT_EQ(readDynamicParams(bundle.executable(), false, properties)->jreName, "inside");
   EXPECT_TRUE(log.contains("[Extractor] Found Params marker. Extracting now...\n"));
   EXPECT_FALSE(log.contains("elevated run"));
 }
@@ -213,33 +211,29 @@ TEST(ReadDynamicParams, SaysThatAnElevatedRunOnlyPrepares) {
   bundle.writeResource("AppParams.excludefromsigning", paramsFile({}));
   PropertyBlock properties;
   const CapturedLog log;
-  readDynamicParams(bundle.executable(), true, properties);
+  EXPECT_TRUE(readDynamicParams(bundle.executable(), true, properties));
   EXPECT_EQ(log.messages().back(),
             "[Extractor] This is an elevated run purely to prepare an installation. Will not show "
             "UI or launch an app\n");
 }
 
-TEST(ReadDynamicParams, EndsTheProcessWithoutAFile) {
+TEST(ReadDynamicParams, AreNoneWithoutAFile) {
   const TestBundle bundle;
-  const Ended ended = inChild([&] {
-    PropertyBlock properties;
-    readDynamicParams(bundle.executable(), false, properties);
-  });
-  EXPECT_EQ(ended.status, kExitFailure);
-  EXPECT_TRUE(
-      ended.logs("[Extractor] *********************** Failed to extract wrapper params - "
-                 "couldn't open params file\n"));
+  PropertyBlock properties;
+  const CapturedLog log;
+  EXPECT_FALSE(readDynamicParams(bundle.executable(), false, properties));
+  EXPECT_EQ(log.messages().back(),
+            "[Extractor] *********************** Failed to extract wrapper params - couldn't open "
+            "params file\n");
 }
 
-TEST(ReadDynamicParams, EndsTheProcessWithoutAMarker) {
+TEST(ReadDynamicParams, AreNoneWithoutAMarker) {
   const TestBundle bundle;
   bundle.writeResource("AppParams.excludefromsigning", paramRecords({{"jre_name", "jre"}}));
-  const Ended ended = inChild([&] {
-    PropertyBlock properties;
-    readDynamicParams(bundle.executable(), false, properties);
-  });
-  EXPECT_EQ(ended.status, kExitFailure);
-  EXPECT_TRUE(ended.logs("Could not find marker: Params\n"));
+  PropertyBlock properties;
+  const CapturedLog log;
+  EXPECT_FALSE(readDynamicParams(bundle.executable(), false, properties));
+  EXPECT_EQ(log.messages().back(), "Could not find marker: Params\n");
 }
 
 TEST(OverrideJreName, KeepsTheNameWithoutAFile) {

@@ -8,7 +8,6 @@
 
 #include "support/exit_status.h"
 #include "tests/harness/captured_log.h"
-#include "tests/harness/scoped_replace.h"
 #include "tests/harness/stream_of.h"
 #include "tests/launcher/in_child.h"
 #include "tests/launcher/test_bundle.h"
@@ -42,41 +41,38 @@ TEST(CreateDirectoryForAllUsers, LeavesWhatIsThereAlone) {
   EXPECT_EQ(modeOf(root / "Library"), 0700U);
 }
 
-TEST(RefuseSecondElevation, LetsAFirstCopyPass) {
-  const ScopedReplace parent(
-      elevationCalls.parentRunsThisExecutable, +[] { return false; });
+TEST(MayElevate, LetsAFirstCopyPass) {
   const CapturedLog log;
-  refuseSecondElevation(false);
+  EXPECT_TRUE(mayElevate(false, false));
   EXPECT_EQ(log.text(), "");
 }
 
-TEST(RefuseSecondElevation, EndsTheElevatedCopy) {
-  const Ended ended = inChild([] {
-    elevationCalls.parentRunsThisExecutable = +[] { return false; };
-    refuseSecondElevation(true);
-  });
-  EXPECT_EQ(ended.status, kExitFailure);
-  EXPECT_TRUE(ended.logs(
-      "[SUDO] The elevated setup cannot write to the install location either. Giving up.\n"));
+TEST(MayElevate, RefusesTheElevatedCopy) {
+  for (const bool isRelaunched : {false, true}) {
+    const CapturedLog log;
+    EXPECT_FALSE(mayElevate(true, isRelaunched));
+    EXPECT_TRUE(log.contains(
+        "[SUDO] The elevated setup cannot write to the install location either. Giving up.\n"));
+    EXPECT_FALSE(log.contains("Will not elevate again.\n"));
+  }
 }
 
-TEST(RefuseSecondElevation, EndsARelaunchedCopy) {
-  // A forked child has a parent that runs the same executable, as a relaunched copy has.
-  const Ended ended = inChild([] { refuseSecondElevation(false); });
-  EXPECT_EQ(ended.status, kExitFailure);
+TEST(MayElevate, RefusesARelaunchedCopy) {
+  const CapturedLog log;
+  EXPECT_FALSE(mayElevate(false, true));
   EXPECT_TRUE(
-      ended.logs("[SUDO] The install location still cannot be written after an elevated "
-                 "setup. Will not elevate again.\n"));
+      log.contains("[SUDO] The install location still cannot be written after an elevated "
+                   "setup. Will not elevate again.\n"));
 }
+
+TEST(SharedTemporaryFolder, IsThatOfTheSystem) { EXPECT_STREQ(kSharedTemporaryFolder, "/tmp"); }
 
 class ExtractSplashForElevation : public ::testing::Test {
  protected:
   void extract(const SplashOverride& splashOverride = {}) {
-    const std::string folder = shared_.str();
-    const ScopedReplace place(elevationCalls.temporaryFolder, folder.c_str());
     const StreamOf stream(fileEntry("lzma64", "#!/bin/sh\ntouch \"$0.was-run\"\n") +
                           fileEntry("nativesplash.png", "picture") + "!");
-    extractSplashForElevation({stream.get(), nullptr}, splashOverride);
+    extractSplashForElevation({stream.get(), nullptr}, splashOverride, shared_.str());
     EXPECT_EQ(std::fgetc(stream.get()), '!');
   }
 
@@ -148,7 +144,7 @@ class DoElevatedSetupAndLaunch : public ::testing::Test {
 
 TEST_F(DoElevatedSetupAndLaunch, RunsTheToolThenItself) {
   const Ended ended = elevate({"-x", "two words", "", "$HOME \"q\""});
-  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_EQ(ended.status, kReturned);
   EXPECT_EQ(readFile(tool_ + ".arguments"),
             "<--prompt=My App>\n<" + bundle_.exePath() +
                 ">\n<-x>\n<two words>\n<>\n<$HOME \"q\">\n<QYPREPARE_FOR_LAUNCH_ONLY>\n");
@@ -156,7 +152,7 @@ TEST_F(DoElevatedSetupAndLaunch, RunsTheToolThenItself) {
 }
 
 TEST_F(DoElevatedSetupAndLaunch, RelaunchesWithoutArgumentsWhereThereWereNone) {
-  EXPECT_EQ(elevate({}).status, kExitSuccess);
+  EXPECT_EQ(elevate({}).status, kReturned);
   EXPECT_EQ(readFile(tool_ + ".arguments"),
             "<--prompt=My App>\n<" + bundle_.exePath() + ">\n<QYPREPARE_FOR_LAUNCH_ONLY>\n");
   EXPECT_EQ(readFile(bundle_.exePath() + ".arguments"), "");
@@ -187,7 +183,7 @@ TEST_F(DoElevatedSetupAndLaunch, LogsItsStepsInOrder) {
 
 TEST_F(DoElevatedSetupAndLaunch, NeverShowsTheSplashInASilentRun) {
   const Ended ended = elevate({"a"}, true);
-  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_EQ(ended.status, kReturned);
   EXPECT_FALSE(ended.logs("ShowSplash"));
   EXPECT_FALSE(ended.logs("HideSplash"));
   EXPECT_TRUE(fs::exists(tool_ + ".arguments"));
@@ -196,7 +192,7 @@ TEST_F(DoElevatedSetupAndLaunch, NeverShowsTheSplashInASilentRun) {
 TEST_F(DoElevatedSetupAndLaunch, SaysWhenTheToolIsMissingAndRelaunches) {
   fs::remove(tool_);
   const Ended ended = elevate({});
-  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_EQ(ended.status, kReturned);
   EXPECT_TRUE(ended.logs("Launch Error 2.\n"));
   EXPECT_TRUE(ended.logs("[SUDO] elev_mac could not be started: nothing has been installed\n"));
   EXPECT_TRUE(fs::exists(bundle_.exePath() + ".arguments"));
@@ -205,7 +201,7 @@ TEST_F(DoElevatedSetupAndLaunch, SaysWhenTheToolIsMissingAndRelaunches) {
 TEST_F(DoElevatedSetupAndLaunch, SaysWhenTheToolIsNotExecutable) {
   chmod(tool_.c_str(), 0644);
   const Ended ended = elevate({});
-  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_EQ(ended.status, kReturned);
   EXPECT_TRUE(ended.logs("Launch Error 13.\n"));
   EXPECT_TRUE(ended.logs("[SUDO] elev_mac could not be started: nothing has been installed\n"));
 }
@@ -213,7 +209,7 @@ TEST_F(DoElevatedSetupAndLaunch, SaysWhenTheToolIsNotExecutable) {
 TEST_F(DoElevatedSetupAndLaunch, SaysWhenElevationWasDenied) {
   bundle_.writeScript(tool_, "#!/bin/sh\nexit 126\n");
   const Ended ended = elevate({});
-  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_EQ(ended.status, kReturned);
   EXPECT_TRUE(ended.logs(
       "[SUDO] elev_mac ended with status 126: elevation was denied, or set-up failed\n"));
   EXPECT_TRUE(fs::exists(bundle_.exePath() + ".arguments"));

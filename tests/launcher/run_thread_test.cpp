@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "launcher/driver.h"
 #include "tests/harness/scoped_replace.h"
 
 namespace quillory {
@@ -38,13 +37,12 @@ class Run : public ::testing::Test {
     *status = -1;
   };
 
-  Run()
-      : calls_(runCalls, RunCalls{.extractWrapperTail = kDriver, .runConfiguredCommand = kRunner}) {
+  Run() {
     driverCalls.clear();
     runnerCalls.clear();
   }
 
-  // What run() prints with these arguments.
+  // What a run prints with these arguments.
   std::string runWith(std::vector<std::string> arguments) {
     std::vector<char*> pointers;
     for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -52,11 +50,10 @@ class Run : public ::testing::Test {
     const ScopedReplace count(argc, static_cast<int>(arguments.size()));
     const ScopedReplace values(argv, pointers.data());
     ::testing::internal::CaptureStdout();
-    EXPECT_EQ(run(nullptr), nullptr);
+    runSteps({.drive = kDriver, .runCommand = kRunner});
     return ::testing::internal::GetCapturedStdout();
   }
 
-  ScopedReplace<RunCalls> calls_;
   ScopedReplace<int> status_{returnCode, 0};
 };
 
@@ -95,8 +92,10 @@ TEST_F(Run, ReachesTheCommandRunnerBehindADriverThatReturns) {
   EXPECT_EQ(returnCode, -1);
 }
 
-TEST(RunCalls, AreTheDriverAndTheRunner) {
-  EXPECT_EQ(runCalls.extractWrapperTail, &extractWrapperTail);
+TEST(RunSteps, AreTheDriverAndTheRunner) {
+  const RunSteps steps;
+  EXPECT_EQ(steps.drive, &extractWrapperTail);
+  EXPECT_EQ(steps.runCommand, &runConfiguredCommand);
 }
 
 }  // namespace

@@ -3,12 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/exit_status.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/records.h"
 #include "tests/harness/stream_of.h"
-#include "tests/launcher/in_child.h"
 #include "tests/launcher/test_bundle.h"
 
 namespace quillory::testing {
@@ -55,24 +53,24 @@ TEST(OpenWrapperTail, FallsBackToTheFileBesideItWithoutLookingForAMarker) {
                            "/../Resources/Tail\n"));
 }
 
-TEST(OpenWrapperTail, EndsTheProcessWithoutAnExecutable) {
+TEST(OpenWrapperTail, OpensNothingWithoutAnExecutable) {
   Executable exe;
   exe.pathAsPassed = "/nonexistent/launcher";
-  const Ended ended = inChild([&] { openWrapperTail(exe); });
-  EXPECT_EQ(ended.status, kExitFailure);
-  EXPECT_TRUE(
-      ended.logs("[Extractor] ************************* Failed to extract wrapper tail - couldn't "
-                 "open file /nonexistent/launcher\n"));
+  const CapturedLog log;
+  EXPECT_EQ(openWrapperTail(exe), nullptr);
+  EXPECT_EQ(log.messages().back(),
+            "[Extractor] ************************* Failed to extract wrapper tail - couldn't open "
+            "file /nonexistent/launcher\n");
 }
 
-TEST(OpenWrapperTail, EndsTheProcessWithoutAnyTail) {
+TEST(OpenWrapperTail, OpensNothingWithoutAnyTail) {
   const TestBundle bundle;
-  const Ended ended = inChild([&] { openWrapperTail(bundle.executable()); });
-  EXPECT_EQ(ended.status, kExitFailure);
-  EXPECT_TRUE(
-      ended.logs("[Extractor] ************************* Failed to extract wrapper tail - couldn't "
-                 "open file " +
-                 bundle.executable().folder + "/../Resources/Tail\n"));
+  const CapturedLog log;
+  EXPECT_EQ(openWrapperTail(bundle.executable()), nullptr);
+  EXPECT_EQ(log.messages().back(),
+            "[Extractor] ************************* Failed to extract wrapper tail - couldn't open "
+            "file " +
+                bundle.executable().folder + "/../Resources/Tail\n");
 }
 
 TEST(ReadTailRecords, TakesElevenRecordsInTheirOrder) {
@@ -143,23 +141,30 @@ TEST(ReadTailRecords, ReadsTheExampleOfTheFormatPage) {
   EXPECT_EQ(rest(stream.get()), fileEntry("lzma64", "#!"));
 }
 
-TEST(RefuseUnusableNames, LetsOrdinaryNamesPass) {
+TEST(HasUsableNames, IsTrueForOrdinaryNames) {
   TailRecords tail;
   tail.appName = "My App";
   tail.appVersion = "3";
   tail.guVersion = "7";
   const CapturedLog log;
-  refuseUnusableNames(tail);
+  EXPECT_TRUE(hasUsableNames(tail));
   EXPECT_EQ(log.text(), "");
 }
 
-TEST(RefuseUnusableNames, EndsTheProcessForANameThatLeadsElsewhere) {
+TEST(HasUsableNames, IsFalseForANameThatLeadsElsewhereAndSaysWhich) {
   TailRecords name, version, updater;
   name.appName = "../../x";
   version.appVersion = "1/../2";
   updater.guVersion = "/7";
-  for (const TailRecords& tail : {name, version, updater})
-    EXPECT_EQ(inChild([&] { refuseUnusableNames(tail); }).status, kExitFailure);
+  const std::pair<TailRecords, std::string> kCases[] = {
+      {name, "The App Name '../../x' with version ''"},
+      {version, "The App Name '' with version '1/../2'"},
+      {updater, "The updater 'Quillory' with version '/7'"}};
+  for (const auto& [tail, what] : kCases) {
+    const CapturedLog log;
+    EXPECT_FALSE(hasUsableNames(tail));
+    EXPECT_TRUE(log.contains("[Extractor] " + what + " cannot be part of a folder name\n"));
+  }
 }
 
 /// What a start logs of its URL, from choice to final slash.

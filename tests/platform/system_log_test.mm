@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "platform/autorelease_pool.h"
-#include "platform/cocoa_support.h"
+#include "platform/support_cocoa.h"
 
 namespace quillory {
 namespace {

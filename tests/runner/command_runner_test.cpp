@@ -20,6 +20,8 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ChildOptions;
 using testing::ChildResult;
+using ::testing::HasSubstr;
+using ::testing::Not;
 using testing::readFile;
 using testing::runChild;
 using testing::RunnerTest;
@@ -73,6 +75,16 @@ TEST_F(RunConfiguredCommand, AppendsMoreArgumentsThanTheListHasPlaces) {
   writeConfig("app:" + teller() + "\n");
   const ChildResult child = start(std::vector<std::string>(2000, "x"));
   EXPECT_EQ(std::count(child.out.begin(), child.out.end(), '\n'), 2000);
+}
+
+TEST_F(RunConfiguredCommand, LeavesTheConfigurationToNoCommand) {
+  const std::string lister = folder_ / "lister";
+  writeFile(lister, "#!/bin/sh\nfor file in /proc/$$/fd/*; do readlink \"$file\"; done\n");
+  fs::permissions(lister, fs::perms::owner_all);
+  writeConfig("app:" + lister + "\napp:[more]\nmore:x\n");
+  const std::string open = start().out;
+  EXPECT_THAT(open, HasSubstr("lister")) << "the shell reads its script";
+  EXPECT_THAT(open, Not(HasSubstr("runner.cfg")));
 }
 
 TEST_F(RunConfiguredCommand, SearchesThePathForTheProgram) {

@@ -99,6 +99,7 @@ TEST(CopyFile, FailsWhenTheSourceCannotBeRead) {
   EXPECT_EQ(copyFile((folder / "from").c_str(), (folder / "to").c_str()), 1);
   EXPECT_TRUE(log.contains("[Extractor] " + kStars + " Unable to read source file for copy " +
                            (folder / "from") + " (Is a directory)\n"));
+  EXPECT_FALSE(fs::exists(folder / "to"));
 }
 
 TEST(CopyFile, ReplacesALinkAtTheTargetInsteadOfWritingThroughIt) {
@@ -136,6 +137,19 @@ TEST(CopyFile, FailsWhenTheTargetCannotGrowToItsEnd) {
   }
   EXPECT_TRUE(log.contains("Unable to write destination file for copy " + (folder / "to") +
                            " (File too large)\n"));
+  EXPECT_FALSE(fs::exists(folder / "to"));
+}
+
+TEST(CopyFile, KeepsTheModeAndTheOtherNamesOfAFileThatIsThere) {
+  const QuietLog log;
+  const TempDir folder;
+  writeFile(folder / "from", "new");
+  writeFile(folder / "to", "old");
+  fs::permissions(folder / "to", fs::perms{0751});
+  fs::create_hard_link(folder / "to", folder / "other");
+  EXPECT_EQ(copyFile((folder / "from").c_str(), (folder / "to").c_str()), 0);
+  EXPECT_EQ(modeOf(folder / "to"), 0751U);
+  EXPECT_EQ(readFile(folder / "other"), "new");
 }
 
 // A disk of 64 KiB, in a mount namespace that ends with this process.

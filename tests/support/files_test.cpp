@@ -156,7 +156,7 @@ TEST(RemoveTree, RemovesEverythingWithoutALogLine) {
   writeFile(folder / "top/sub/.x", "");
   writeFile(folder / "outside", "kept");
   fs::create_symlink(folder / "outside", folder / "top/link");
-  EXPECT_TRUE(removeTree((folder / "top").c_str()));
+  EXPECT_TRUE(removeTree(folder / "top"));
   EXPECT_FALSE(fs::exists(folder / "top"));
   EXPECT_EQ(readFile(folder / "outside"), "kept");
   EXPECT_THAT(log.messages(), IsEmpty());
@@ -166,14 +166,14 @@ TEST(RemoveTree, RemovesALinkAndNotWhatItPointsTo) {
   const TempDir folder;
   writeFile(folder / "outside/file", "kept");
   fs::create_directory_symlink(folder / "outside", folder / "link");
-  EXPECT_TRUE(removeTree((folder / "link").c_str()));
+  EXPECT_TRUE(removeTree(folder / "link"));
   EXPECT_FALSE(fs::is_symlink(folder / "link"));
   EXPECT_EQ(readFile(folder / "outside/file"), "kept");
 }
 
 TEST(RemoveTree, IsTrueWhereNothingIs) {
   const TempDir folder;
-  EXPECT_TRUE(removeTree((folder / "missing").c_str()));
+  EXPECT_TRUE(removeTree(folder / "missing"));
 }
 
 TEST(RemoveTree, IsFalseWhenSomethingIsLeft) {
@@ -181,7 +181,7 @@ TEST(RemoveTree, IsFalseWhenSomethingIsLeft) {
   const TempDir folder;
   writeFile(folder / "locked/file", "");
   fs::permissions(folder / "locked", fs::perms::owner_read | fs::perms::owner_exec);
-  EXPECT_FALSE(removeTree((folder / "locked").c_str()));
+  EXPECT_FALSE(removeTree(folder / "locked"));
 }
 
 TEST(MakeDir, RunsNoShellForAFolderThatExists) {
@@ -233,7 +233,7 @@ TEST(MakeDir, ReturnsTheFailureButRunsChmodAllTheSame) {
 TEST(MakeDirWithParents, MakesEveryMissingLevel) {
   const QuietLog log;
   const TempDir folder;
-  EXPECT_EQ(makeDirWithParents((folder / "a/b c/d").c_str()), 0);
+  EXPECT_TRUE(makeDirWithParents(folder / "a/b c/d"));
   for (const char* made : {"a", "a/b c", "a/b c/d"}) EXPECT_EQ(modeOf(folder / made), 0777U);
 }
 
@@ -242,15 +242,15 @@ TEST(MakeDirWithParents, LeavesExistingFoldersAsTheyAre) {
   const TempDir folder;
   fs::create_directory(folder / "a");
   fs::permissions(folder / "a", fs::perms::owner_all);
-  EXPECT_EQ(makeDirWithParents((folder / "a/b").c_str()), 0);
+  EXPECT_TRUE(makeDirWithParents(folder / "a/b"));
   EXPECT_EQ(modeOf(folder / "a"), 0700U);
-  EXPECT_EQ(makeDirWithParents((folder / "a/b").c_str()), 0);
+  EXPECT_TRUE(makeDirWithParents(folder / "a/b"));
 }
 
 TEST(MakeDirWithParents, TakesATrailingSlash) {
   const QuietLog log;
   const TempDir folder;
-  EXPECT_EQ(makeDirWithParents((folder / "a/b/").c_str()), 0);
+  EXPECT_TRUE(makeDirWithParents(folder / "a/b/"));
   EXPECT_TRUE(fs::is_directory(folder / "a/b"));
 }
 
@@ -259,8 +259,8 @@ TEST(MakeDirWithParents, FailsBehindAFileThatIsInTheWay) {
   const RecordedShell shell;
   const TempDir folder;
   writeFile(folder / "file", "");
-  EXPECT_EQ(makeDirWithParents((folder / "file/a/b").c_str()), -1);
-  EXPECT_EQ(makeDirWithParents(""), -1);
+  EXPECT_FALSE(makeDirWithParents(folder / "file/a/b"));
+  EXPECT_FALSE(makeDirWithParents(""));
 }
 
 TEST(DoesFileExist, IsTrueAndLoggedForWhatCanBeOpened) {
@@ -292,10 +292,10 @@ TEST(IsFolder, IsTrueForFoldersAndLinksToThem) {
   const TempDir folder;
   writeFile(folder / "file", "");
   fs::create_directory_symlink(folder.path(), folder / "link");
-  EXPECT_TRUE(isFolder(folder.str().c_str()));
-  EXPECT_TRUE(isFolder((folder / "link").c_str()));
-  EXPECT_FALSE(isFolder((folder / "file").c_str()));
-  EXPECT_FALSE(isFolder((folder / "missing").c_str()));
+  EXPECT_TRUE(isFolder(folder.str()));
+  EXPECT_TRUE(isFolder(folder / "link"));
+  EXPECT_FALSE(isFolder(folder / "file"));
+  EXPECT_FALSE(isFolder(folder / "missing"));
   EXPECT_THAT(log.messages(), IsEmpty());
 }
 

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "tests/harness/temp_dir.h"
 #include "tests/support/ordinary_user.h"
 
@@ -10,6 +12,7 @@ namespace quillory {
 namespace {
 
 using testing::AsOrdinaryUser;
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using testing::TempDir;
 using ::testing::UnorderedElementsAre;
@@ -47,15 +50,37 @@ TEST(ListForWalk, IsNothingForWhatCannotBeOpenedAsAFolder) {
   EXPECT_FALSE(listForWalk((folder / "closed").c_str()));
 }
 
-TEST(ListFolder, NamesEverythingTheDotsIncluded) {
+TEST(ListFolder, NamesEverythingButTheDotsInByteOrder) {
   const TempDir folder;
-  writeFile(folder / ".a", "");
-  EXPECT_THAT(*listFolder(folder.str().c_str()), UnorderedElementsAre(".", "..", ".a"));
+  for (const char* name : {"b", "a", ".a", "B", "\xC3\xA4", "...", "10", "9"})
+    writeFile(folder / name, "");
+  EXPECT_THAT(*listFolder(folder.str()),
+              ElementsAre("...", ".a", "10", "9", "B", "a", "b", "\xC3\xA4"));
 }
 
-TEST(ListFolder, IsNothingForWhatCannotBeOpened) {
+TEST(ListFolder, IsNothingWithAReasonForWhatCannotBeOpened) {
   const TempDir folder;
-  EXPECT_FALSE(listFolder((folder / "missing").c_str()));
+  EXPECT_FALSE(listFolder(folder / "missing"));
+  EXPECT_EQ(errno, ENOENT);
+  writeFile(folder / "file", "");
+  EXPECT_FALSE(listFolder(folder / "file"));
+  EXPECT_EQ(errno, ENOTDIR);
+}
+
+TEST(NamesIn, AreThoseOfListFolderOrNone) {
+  const TempDir folder;
+  writeFile(folder / "b", "");
+  writeFile(folder / "a", "");
+  EXPECT_THAT(namesIn(folder.str()), ElementsAre("a", "b"));
+  EXPECT_THAT(namesIn(folder / "missing"), IsEmpty());
+}
+
+TEST(CountEntries, CountsTheDots) {
+  const TempDir folder;
+  EXPECT_EQ(countEntries(folder.str()), 2);
+  writeFile(folder / ".a", "");
+  EXPECT_EQ(countEntries(folder.str()), 3);
+  EXPECT_EQ(countEntries(folder / "missing"), 0);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 
 #include "support/clock.h"
 #include "support/paths.h"
+#include "support/platform.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/captured_output.h"
 #include "tests/harness/scoped_replace.h"
@@ -99,7 +100,7 @@ TEST(LogMessage, ReadsTheClockBeforeTheSystemLogIsTold) {
   const ScriptedClock clock({1000, 2000, 3000});
   static std::uint64_t toldAt = 0;
   const ScopedReplace system(
-      logCalls.systemLog, +[](const char*) { toldAt = timeCalls.nowMillis(); });
+      platformCalls.systemLog, +[](const char*) { toldAt = timeCalls.nowMillis(); });
   const CapturedOutput out;
   logMessage("message\n");
   EXPECT_EQ(toldAt, 3000U);
@@ -162,7 +163,7 @@ TEST(LogMessage, IgnoresAFileThatCannotBeWritten) {
 // A process of its own, whose standard output is what the test reads.
 void logInAFreshProcess() {
   dup2(STDERR_FILENO, STDOUT_FILENO);
-  logCalls.systemLog = +[](const char*) {};
+  platformCalls.systemLog = +[](const char*) {};
   logMessage("first\n");
   std::_Exit(0);
 }

@@ -67,6 +67,15 @@ TEST(OutputFile, HasTheModeThatTheUmaskLeaves) {
   EXPECT_EQ(testing::modeOf(dir / "secret"), 0600u);
 }
 
+TEST(OutputFile, HasAnExactModeWhateverTheUmask) {
+  TempDir dir;
+  const mode_t saved = umask(077);
+  OutputFile program(dir / "program", ExactMode{0777});
+  program.commit();
+  umask(saved);
+  EXPECT_EQ(testing::modeOf(dir / "program"), 0777u);
+}
+
 TEST(OutputFile, RefusesToReplaceAFolderOrADevice) {
   TempDir dir;
   fs::create_directory(dir / "folder");

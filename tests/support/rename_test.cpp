@@ -9,6 +9,7 @@
 
 #include "support/clock.h"
 #include "support/files.h"
+#include "support/platform.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/support/quiet_log.h"
@@ -73,7 +74,7 @@ class DoRename : public ::testing::Test {
       "[Extractor] Working dir is '" + fs::current_path().string() + "'\n";
   std::string old_ = folder_ / "old";
   std::string new_ = folder_ / "new";
-  const ScopedReplace<decltype(fileCalls.moveItem)> move_{fileCalls.moveItem, askedToMove};
+  const ScopedReplace<decltype(platformCalls.moveItem)> move_{platformCalls.moveItem, askedToMove};
   const ScopedReplace<decltype(timeCalls.sleepMicros)> sleep_{
       timeCalls.sleepMicros, +[](std::uint64_t micros) { waits.push_back(micros); }};
   const QuietLog log_;
@@ -211,7 +212,7 @@ TEST_F(DoRename, LogsTheErrnoOfTheRenameAcrossFileSystems) {
 
 TEST(MoveItem, AlwaysFailsWithATextWithoutACocoa) {
   std::string error;
-  EXPECT_FALSE(fileCalls.moveItem("/tmp/no such a", "/tmp/no such b", error));
+  EXPECT_FALSE(platformCalls.moveItem("/tmp/no such a", "/tmp/no such b", error));
   EXPECT_EQ(error, "there is no file manager on this system");
 }
 

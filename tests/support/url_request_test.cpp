@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/platform.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
 
@@ -21,7 +22,7 @@ TEST(GetRequestedURL, IsNullWhenNobodyListens) {
 TEST(GetRequestedURL, IsNullWhenNoUrlCame) {
   const CapturedLog log;
   const ScopedReplace source(
-      urlCalls.requestedUrl, +[]() -> const char* { return nullptr; });
+      platformCalls.requestedUrl, +[]() -> const char* { return nullptr; });
   EXPECT_EQ(getRequestedURL(), nullptr);
   EXPECT_EQ(log.text(), "[Quillory] [URL] Latest request is NULL\n");
 }
@@ -30,7 +31,7 @@ TEST(GetRequestedURL, IsTheLatestUrlBorrowed) {
   const CapturedLog log;
   static const char kUrl[] = "hello://x?y=%20%s&z=\xc3\xa4";
   const ScopedReplace source(
-      urlCalls.requestedUrl, +[]() -> const char* { return kUrl; });
+      platformCalls.requestedUrl, +[]() -> const char* { return kUrl; });
   EXPECT_EQ(getRequestedURL(), kUrl);
   EXPECT_EQ(log.text(), std::string("[Quillory] [URL] Latest request is '") + kUrl + "'\n");
 }

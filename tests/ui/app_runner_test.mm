@@ -38,7 +38,7 @@ TEST_F(AppRunnerThread, ShowsEveryStateAndTakesTheWindowOffTheScreen) {
   const CapturedLog log;
   seen.clear();
   const ScopedReplace<void (*)()> off(
-      splash::splashWindowCalls.takeOffScreen, +[] { seen.push_back("off"); });
+      platformCalls.window.takeOffScreen, +[] { seen.push_back("off"); });
   const ScopedMethod sleep(class_getClassMethod([NSThread class], @selector(sleepForTimeInterval:)),
                            noteSleep);
   splash::setProgress(50);

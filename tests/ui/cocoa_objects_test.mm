@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/platform.h"
 #include "support/url_request.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
@@ -171,7 +172,7 @@ void noteRegistration(id, SEL, id handler, SEL selector, AEEventClass eventClass
 
 TEST_F(RegisterOSXEventListener, AsksForTheGetUrlEventWhoseCodesAreGURL) {
   const CapturedLog log;
-  const ScopedReplace<const char* (*)()> requestedUrl(urlCalls.requestedUrl, nullptr);
+  const ScopedReplace requestedUrl(platformCalls.requestedUrl, latestRequestedUrl);
   const ScopedMethod manager(class_getInstanceMethod([NSAppleEventManager class], @selector
                                                      (setEventHandler:
                                                           andSelector:forEventClass:andEventID:)),
@@ -181,7 +182,10 @@ TEST_F(RegisterOSXEventListener, AsksForTheGetUrlEventWhoseCodesAreGURL) {
   EXPECT_STREQ(sel_getName(registered.selector), "handleURLEvent:withReplyEvent:");
   EXPECT_EQ(registered.eventClass, 0x4755524CU);
   EXPECT_EQ(registered.eventID, 0x4755524CU);
-  EXPECT_NE(urlCalls.requestedUrl, nullptr);
+  EventOfTest* event = [[[EventOfTest alloc] init] autorelease];
+  event->text = @"demo:x";
+  [registered.handler handleURLEvent:event withReplyEvent:nil];
+  EXPECT_STREQ(getRequestedURL(), "demo:x");
 }
 
 using RedrawerThread = CocoaObjects;

@@ -22,9 +22,10 @@
 #include <string>
 
 #include "platform/autorelease_pool.h"
-#include "platform/cocoa_support.h"
 #include "platform/main_thread.h"
+#include "platform/support_cocoa.h"
 #include "support/clock.h"
+#include "support/platform.h"
 #include "support/process.h"
 #include "support/url_request.h"
 #import "ui/app_runner_cocoa.h"
@@ -116,8 +117,9 @@ void* runCommands(void*) {
 
 int main(int, char** argv) {
   quillory::startCocoa(argv);
-  quillory::installCocoaSupport();
-  quillory::installCocoaSplash();
+  quillory::platformCalls.systemLog = quillory::logThroughCocoa;
+  quillory::platformCalls.requestedUrl = quillory::latestRequestedUrl;
+  quillory::platformCalls.window = quillory::cocoaSplashWindow();
   quillory::createApplication();
   quillory::registerOSXEventListener();
   pthread_t thread;

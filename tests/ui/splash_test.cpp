@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "support/platform.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
 
@@ -83,7 +84,7 @@ const WindowCalls kRecording = {
 // splash is one a process, so each test leaves it without a bar, a thread and a margin.
 class Splash : public ::testing::Test {
  protected:
-  Splash() : calls_(splashWindowCalls, kRecording) {
+  Splash() : calls_(platformCalls.window, kRecording) {
     pictureNow = {400, 200};
     init();
     configureSplash("p.png");
@@ -242,7 +243,7 @@ std::vector<int> drawn;
 TEST_F(SetProgress, StoresTheStateBeforeItAsksForARedraw) {
   drawn.clear();
   const ScopedReplace<void (*)()> redraw(
-      splashWindowCalls.requestRedraw, +[] { drawn.push_back(progress()); });
+      platformCalls.window.requestRedraw, +[] { drawn.push_back(progress()); });
   for (const int value : {40, kProgressIndefinite, -50, 41, kProgressHidden}) setProgress(value);
   EXPECT_THAT(drawn, ElementsAre(40, kProgressIndefinite, -50, 41, kProgressHidden));
 }
@@ -253,7 +254,7 @@ TEST_F(HideProgress, StoresTheStateBeforeItAsksForARedraw) {
   setProgress(10);
   drawn.clear();
   const ScopedReplace<void (*)()> redraw(
-      splashWindowCalls.requestRedraw, +[] { drawn.push_back(progress()); });
+      platformCalls.window.requestRedraw, +[] { drawn.push_back(progress()); });
   hideProgress();
   EXPECT_THAT(drawn, ElementsAre(kProgressHidden));
 }

@@ -19,8 +19,7 @@ using testing::ScopedReplace;
 
 class SplashWindowObject : public CocoaObjects {
  protected:
-  SplashWindowObject() : calls_(splash::splashWindowCalls, splash::splashWindowCalls) {
-    installCocoaSplash();
+  SplashWindowObject() : calls_(platformCalls.window, cocoaSplashWindow()) {
     splash::init();
     splash::showSplash();
   }

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "platform/autorelease_pool.h"
-#include "platform/cocoa_support.h"
+#include "platform/support_cocoa.h"
 
 namespace quillory {
 namespace {
@@ -14,6 +14,8 @@ NSString* asPath(const char* path) {
 }
 
 }  // namespace
+
+bool isMainThreadOfCocoa() { return [NSThread isMainThread] == YES; }
 
 bool moveThroughCocoa(const char* from, const char* to, std::string& error) {
   const AutoreleasePool pool;

@@ -1,5 +1,5 @@
 // What Cocoa does for the support library. Plain C++, as its callers are.
-#include "platform/cocoa_support.h"
+#include "platform/support_cocoa.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -9,9 +9,6 @@
 #include <string>
 #include <thread>
 
-#include "support/files.h"
-#include "support/log.h"
-#include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory {
@@ -20,7 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::modeOf;
 using testing::readFile;
-using testing::ScopedReplace;
 using testing::TempDir;
 using testing::writeFile;
 
@@ -126,18 +122,11 @@ TEST(MoveThroughCocoa, FailsWithATextForANameThatIsNoText) {
   EXPECT_EQ(readFile(folder / "bad \xff name"), "content");
 }
 
-TEST(InstallCocoaSupport, TakesTheSystemLogAndTheMove) {
-  const ScopedReplace system(
-      logCalls.systemLog, +[](const char*) {});
-  const ScopedReplace mover(
-      fileCalls.moveItem, +[](const char*, const char*, std::string&) { return false; });
-  installCocoaSupport();
-  EXPECT_EQ(logCalls.systemLog, logThroughCocoa);
-  EXPECT_EQ(fileCalls.moveItem, moveThroughCocoa);
-  ::testing::internal::CaptureStderr();
-  logToSystem("[Rename] Unable to move item: %s", "why");
-  EXPECT_TRUE(
-      ::testing::internal::GetCapturedStderr().ends_with("] [Rename] Unable to move item: why\n"));
+TEST(IsMainThreadOfCocoa, KnowsTheMainThread) {
+  EXPECT_TRUE(isMainThreadOfCocoa());
+  bool isMain = true;
+  std::thread([&] { isMain = isMainThreadOfCocoa(); }).join();
+  EXPECT_FALSE(isMain);
 }
 
 }  // namespace

@@ -1,0 +1,78 @@
+// What the platform answers: one table for everything that Cocoa does for the floors below it. The
+// launcher installs Cocoa's answers once, at its start (launcher/cocoa_platform.h); without them
+// the plain ones stand, which need no Cocoa. A test replaces a member through ScopedReplace.
+//
+// Clock and processes are no part of it: they are the same everywhere (clock.h, process.h).
+#pragma once
+#include <string>
+
+namespace quillory {
+
+/// Loading a JRE's bundle. The plain answer: there are no bundles.
+struct BundleCalls {
+  /// Makes a URL of the folder `path`, logging it, and a bundle of that; null when there is none.
+  /// A bundle is never released: that would unload its code.
+  void* (*createBundle)(const char* path);
+  /// Loads the bundle's executable; true for success without an error object.
+  bool (*loadExecutable)(void* bundle);
+};
+
+namespace splash {
+
+/// Where the window is: pixels from the lower left corner of the screen; all 0 without a window.
+struct Frame {
+  double x, y, width, height;
+};
+
+/// Size of a picture as its image reports it, in pixels of a 72-dpi screen.
+struct PictureSize {
+  double width, height;
+};
+
+/// What the platform does for the splash (ui/splash.h). Every call is complete when it returns, and
+/// may come from any thread; none fails. Handles are the platform's own, null where it has none to
+/// give. The plain answer: no window, and what waits for the main thread runs at once.
+struct WindowCalls {
+  void (*createWindow)(int width, int height);
+  /// Size 0 x 0 for a picture that cannot be loaded, which then is none.
+  PictureSize (*loadPicture)(const char* path);
+  Frame (*windowFrame)();
+  void (*setWindowFrame)(Frame frame);
+  /// Floating level, centred, in front.
+  void (*showWindow)();
+  void (*takeOffScreen)();
+  void (*closeWindow)();
+  void (*requestRedraw)();
+  void* (*makeRedrawer)();
+  /// A thread that asks for a redraw every 0.03 s until it is cancelled.
+  void* (*startRedrawThread)(void* redrawer);
+  /// Takes `thread` back; does not wait for its end.
+  void (*cancelRedrawThread)(void* thread);
+  /// Runs `work` on the main thread and waits for its end.
+  void (*runOnMainThread)(void (*work)());
+};
+
+}  // namespace splash
+
+struct Platform {
+  /// A line for the system log. The plain answer: standard error.
+  void (*systemLog)(const char* message);
+  /// Moves a file or folder to a path that must not exist, across file systems if need be; false
+  /// with a text for the log when it cannot. The plain answer: it cannot.
+  bool (*moveItem)(const char* from, const char* to, std::string& error);
+  /// The transport of formats/downloads.h, whose file tells the outcome; the value says nothing.
+  /// Null, as in the plain table: every download fails at once.
+  int (*downloadFile)(const char* url, const char* destPath);
+  BundleCalls bundles;
+  /// The plain answer takes the thread that initialised the program for the main thread.
+  bool (*isMainThread)();
+  /// The latest URL that the user asked for, borrowed, or null. Null itself, as in the plain table:
+  /// nobody listens.
+  const char* (*requestedUrl)();
+  splash::WindowCalls window;
+};
+
+/// Written before a second thread starts, and by tests.
+extern Platform platformCalls;
+
+}  // namespace quillory
