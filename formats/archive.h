@@ -1,21 +1,16 @@
 // Archives ("p2"): record streams of folders and files with their bytes inline, closed by an empty
-// record or by a signature block. docs/formats/archive.md has the bytes. Not reentrant: all
-// extractions share one copy buffer.
-//
-// Nothing is written outside the destination folder: an entry whose path holds a ".." component or
-// does not fit ends the process with status 1 before anything of it is written, and a link that
-// stands at an output path, or on the way to it, is replaced, never followed.
+// record or by a signature block. docs/formats/archive.md has the bytes. These functions end the
+// process where an extraction cannot go on; those of extraction.h, which they stand on, say why.
 #pragma once
 #include <cstdio>
 
 #include "formats/archive_signature.h"
+#include "formats/extraction.h"
+#include "formats/hash_ahead.h"
 
 namespace quillory {
 
 inline constexpr int kEndOfArchive = -1;
-
-/// Set to 1 once a pack200 entry has been unpacked.
-extern int up200modified;
 
 /// Extracts one entry. `lzmaTool` null: no ".l2" and ".p2" handling. `unpack200Tool` may be null
 /// where no pack200 entry is expected. `*signatureOffset` is -1 on entry.
@@ -24,9 +19,8 @@ extern int up200modified;
 /// block (whose offset and text, to be released with free(), it hands out), or when
 /// `*signatureOffset` is not -1. `signatureHex` may be null: the text is then skipped.
 ///
-/// Ends the process with status 1 when a file cannot be created or written to its end, or when its
-/// length is negative; with 101 when unpack200 produced nothing. A stream that ends inside a file's
-/// bytes is waited for, for ever: a log line says so.
+/// Ends the process with status 1 when the entry is refused, or its file cannot be created or
+/// written to its end; with 101 when unpack200 produced nothing.
 int extractArchiveFileCheckSignature(const char* lzmaTool, const char* unpack200Tool,
                                      const char* destDir, std::FILE* stream, long* signatureOffset,
                                      char** signatureHex, Rsa_key* key);
@@ -40,5 +34,11 @@ int extractArchiveFileIgnoreSignature(const char* lzmaTool, const char* unpack20
 /// 1 when the archive cannot be opened, and where the extraction of an entry does.
 int extractArchive(const char* unpack200Tool, const char* archivePath, const char* destDir,
                    Rsa_key* key);
+
+/// Checks the archive at `archivePath` against the signature block at `signatureOffset`, whose text
+/// was `signatureHex` when the entries were read, as checkSignature() does. Ends the process with
+/// status 1 when the archive cannot be opened.
+bool verifyArchive(const char* archivePath, const char* destDir, long signatureOffset,
+                   const char* signatureHex, Rsa_key* key, const HashedPart* begun = nullptr);
 
 }  // namespace quillory

@@ -1,23 +1,11 @@
 #include "formats/archive_signature.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdlib>
-#include <cstring>
-#include <string>
-#include <vector>
+#include <memory>
 
 #include "formats/keccak.h"
 #include "formats/mixed_hash.h"
-#include "formats/patient_reader.h"
-#include "formats/record_stream.h"
-#include "formats/text_encodings.h"
-#include "support/exit_status.h"
-#include "support/files.h"
-#include "support/folder_listing.h"
-#include "support/log.h"
 #include "support/owned.h"
-#include "support/paths.h"
 
 namespace quillory {
 namespace {
@@ -25,109 +13,11 @@ namespace {
 constexpr const char* kMixedName = "mixed";
 constexpr int kDigestLength = 64;
 constexpr int kSaltLength = 64;
-constexpr int kLoggedDigestLength = 32;
-
-constexpr std::size_t kChunkLength = 50'000;
-
 using Digest = std::unique_ptr<unsigned char, HeapFreer>;
 
 const ltc_hash_descriptor* findMixed() {
   const int index = find_hash(kMixedName);
   return index < 0 ? nullptr : &hash_descriptor[index];
-}
-
-void logStars() { logMessage("%s\n", std::string(71, '*').c_str()); }
-
-OwnedFile openArchive(const char* path) {
-  OwnedFile archive(std::fopen(path, "rb"));
-  if (!archive) {
-    logMessage("[ExtractArchive] Failed to extract archive - couldn't open file %s\n", path);
-    std::exit(kExitFailure);
-  }
-  return archive;
-}
-
-// The block's "Signature Hex", with a log line for each record that is not what it was or should
-// be.
-std::string readBlockAgain(std::FILE* archive, long offset, const char* hexBefore) {
-  std::fseek(archive, offset, SEEK_SET);  // A place that cannot be reached shows in the records.
-  readInt(archive, "Signature Check File Type");
-  const std::string name = readText(archive, "Signature Check ASB name");
-  readInt(archive, "ASB Length");
-  const long length = readLong(archive, "Signature Length");
-  const std::string hex = readText(archive, "Signature Hex", kCheckedHexCapacity);
-
-  constexpr const char* kMismatch =
-      "[ExtractArchive] Archive INVALID.  Archive signature did not match place in file (%s "
-      "mismatch)\n";
-  if (name != kSignatureBlockPath) logMessage(kMismatch, "asb name");
-  if (length != offset) logMessage(kMismatch, "len");
-  if (hex != hexBefore) logMessage(kMismatch, "sig");
-  return hex;
-}
-
-std::vector<unsigned char> signatureOf(const std::string& hex) {
-  std::vector<unsigned char> bytes = bytesOfHex(hex);
-  logMessage("[ExtractArchive] Produced a signature of length %d\n",
-             static_cast<int>(bytes.size()));
-  return bytes;
-}
-
-void hashRegion(std::FILE* archive, long length, std::vector<char>& buffer, Hash_state* state) {
-  PatientReader reader(archive, "the signed part of the archive");
-  std::size_t remaining = length < 0 ? 0 : static_cast<std::size_t>(length);
-  while (remaining > 0) {
-    const std::size_t count = reader.read(buffer.data(), std::min(remaining, buffer.size()));
-    updateHash(state, reinterpret_cast<const unsigned char*>(buffer.data()),
-               static_cast<int>(count));
-    remaining -= count;
-  }
-}
-
-// Null when the library cannot make a digest. Goes on behind what has been hashed already, unless
-// that is more than is signed.
-Digest digestOfRegion(std::FILE* archive, long length, const HashedPart* begun,
-                      std::vector<char>& buffer) {
-  logMessage("[ExtractArchive] Starting hash...\n");
-  Hash_state state;
-  std::memset(&state, 0, sizeof(state));
-  initHash(&state);  // Without the hash there is no digest, and so no signature that holds.
-  long start = 0;
-  if (begun != nullptr && begun->length <= length) {
-    state = begun->state;
-    start = begun->length;
-  }
-  logMessage("[ExtractArchive] Seeking to start of data...\n");
-  std::fflush(archive);
-  if (std::fseek(archive, start, SEEK_SET) == 0) {
-    logMessage("[ExtractArhive] At start of file.\n");  // Spelled so in every log there is.
-  } else {
-    logMessage("[ExtractArchive] fseek() Error?!\n");
-  }
-  hashRegion(archive, length - start, buffer, &state);
-  logMessage("[ExtractArchive] Completed hash\n");
-
-  Digest digest(doFinal(&state));
-  if (digest) {
-    std::array<char, 2 * kLoggedDigestLength + 1> text;
-    bytesToHex(text.data(), digest.get(), kLoggedDigestLength);
-    logMessage("[ExtractArchive] Produced hash: %s\n", text.data());
-  }
-  return digest;
-}
-
-// deleteFolder() leaves two-character dot names alone; a rejected archive leaves nothing.
-void deleteWhatIsLeft(const char* folder) {
-  for (const std::string& name : namesIn(folder)) removeTree(joinPath(folder, name));
-}
-
-void reject(const char* destDir) {
-  logStars();
-  logMessage("[ExtractArchive] ERROR - unable to verify signature of hash of archive.\n");
-  logMessage("[ExtractArchive] Quillory will disregard this update.\n");
-  deleteFolder(destDir);
-  deleteWhatIsLeft(destDir);
-  logStars();
 }
 
 }  // namespace
@@ -157,13 +47,14 @@ unsigned char* doFinal(Hash_state* state) {
   return digest.release();
 }
 
-Rsa_key* loadDEREncodedPublicKey(const unsigned char* der, int length) {
+bool importPublicKey(const unsigned char* der, int length, Rsa_key* key) {
   ltc_mp = ltm_desc;
+  return length > 0 && rsa_import(der, static_cast<unsigned long>(length), key) == CRYPT_OK;
+}
+
+Rsa_key* loadDEREncodedPublicKey(const unsigned char* der, int length) {
   std::unique_ptr<Rsa_key, HeapFreer> key(static_cast<Rsa_key*>(std::calloc(1, sizeof(Rsa_key))));
-  const bool isImported =
-      key && length > 0 &&
-      rsa_import(der, static_cast<unsigned long>(length), key.get()) == CRYPT_OK;
-  if (isImported) return key.release();
+  if (key && importPublicKey(der, length, key.get())) return key.release();
   std::printf("ERROR - unable to import public key.\n");
   return nullptr;
 }
@@ -174,45 +65,24 @@ void freePublicKey(Rsa_key* key) {
   std::free(key);
 }
 
-bool verifySignature(const unsigned char* signature, int signatureLength, const unsigned char* hash,
-                     Rsa_key* key) {
+SignatureMatch matchSignature(const unsigned char* signature, int signatureLength,
+                              const unsigned char* hash, Rsa_key* key) {
   // Without a key nothing can be verified, and the library would end the process.
-  if (key == nullptr) return false;
+  if (key == nullptr) return SignatureMatch::kDiffers;
+  if (signatureLength < 1) return SignatureMatch::kMalformed;
   int status = -1;
-  const int error = signatureLength < 1
-                        ? CRYPT_INVALID_PACKET
-                        : rsa_verify_hash_ex(signature, static_cast<unsigned long>(signatureLength),
-                                             hash, kDigestLength, LTC_PKCS_1_PSS,
-                                             find_hash(kMixedName), kSaltLength, &status, key);
-  if (error != CRYPT_OK) {
-    std::printf("ERROR - signature verification failed.\n");
-    return false;
-  }
-  return status == 1;
+  const int error = rsa_verify_hash_ex(signature, static_cast<unsigned long>(signatureLength), hash,
+                                       kDigestLength, LTC_PKCS_1_PSS, find_hash(kMixedName),
+                                       kSaltLength, &status, key);
+  if (error != CRYPT_OK) return SignatureMatch::kMalformed;
+  return status == 1 ? SignatureMatch::kMatches : SignatureMatch::kDiffers;
 }
 
-bool verifyArchive(const char* archivePath, const char* destDir, long signatureOffset,
-                   const char* signatureHex, Rsa_key* key, const HashedPart* begun) {
-  logMessage("[ExtractArchive] Pre-Alloc\n");
-  std::vector<char> buffer(kChunkLength);
-  logMessage("[ExtractArchive] Post-Alloc\n");
-  OwnedFile archive = openArchive(archivePath);
-  const std::vector<unsigned char> signature =
-      signatureOf(readBlockAgain(archive.get(), signatureOffset, signatureHex));
-  const Digest digest = digestOfRegion(archive.get(), signatureOffset, begun, buffer);
-  archive.reset();
-
-  if (key == nullptr) logMessage("[ExtractArchive] There is no public key to verify with.\n");
-  // A negative offset signs nothing, not even an empty archive.
-  const bool holds =
-      signatureOffset >= 0 && digest &&
-      verifySignature(signature.data(), static_cast<int>(signature.size()), digest.get(), key);
-  if (!holds) {
-    reject(destDir);
-    return false;
-  }
-  logMessage("[ExtractArchive] Archive signature verified.\n");
-  return true;
+bool verifySignature(const unsigned char* signature, int signatureLength, const unsigned char* hash,
+                     Rsa_key* key) {
+  const SignatureMatch match = matchSignature(signature, signatureLength, hash, key);
+  if (match == SignatureMatch::kMalformed) std::printf("ERROR - signature verification failed.\n");
+  return match == SignatureMatch::kMatches;
 }
 
 }  // namespace quillory

@@ -4,10 +4,7 @@
 #include <tomcrypt.h>
 
 #include <cstdio>
-#include <memory>
 #include <string_view>
-
-#include "formats/hash_ahead.h"
 
 namespace quillory {
 
@@ -25,25 +22,34 @@ using Rsa_key = rsa_key;
 /// Registers "mixed", "sha256" and "sha3_256" and starts a mixed digest; false, with a warning on
 /// standard output, when one cannot be registered.
 bool initHash(Hash_state* state);
+/// Adds `length` bytes; false when initHash() has registered nothing, or `length` is negative.
 bool updateHash(Hash_state* state, const unsigned char* data, int length);
 /// The 64-byte digest in a new block (release with free()), or null.
 unsigned char* doFinal(Hash_state* state);
+
+/// Fills `key` from its DER encoding; release what is in it with rsa_free(). False, with nothing in
+/// it, when that is no RSA key.
+bool importPublicKey(const unsigned char* der, int length, Rsa_key* key);
 
 /// The key, or null with "ERROR - unable to import public key." on standard output. Release it with
 /// freePublicKey().
 Rsa_key* loadDEREncodedPublicKey(const unsigned char* der, int length);
 void freePublicKey(Rsa_key* key);
 
-/// Whether `signature` is one of `hash` (64 bytes) under `key`: PSS, mask and digest "mixed", salt
-/// of 64 bytes. A null key never verifies.
+enum class SignatureMatch {
+  kMatches,
+  kDiffers,    ///< of other bytes, or of another key; or there is no key
+  kMalformed,  ///< nothing that the key could have made
+};
+
+/// How `signature` goes with `hash` (64 bytes) under `key`: PSS, mask and digest "mixed", salt of
+/// 64 bytes.
+SignatureMatch matchSignature(const unsigned char* signature, int signatureLength,
+                              const unsigned char* hash, Rsa_key* key);
+
+/// Whether it matches; with "ERROR - signature verification failed." on standard output when it is
+/// malformed.
 bool verifySignature(const unsigned char* signature, int signatureLength, const unsigned char* hash,
                      Rsa_key* key);
-
-/// Checks the archive at `archivePath` against the signature block at `signatureOffset`, whose text
-/// was `signatureHex` when the entries were read. Logs its way; when the signature does not hold,
-/// deletes what is in `destDir`. Ends the process with status 1 when the archive cannot be opened.
-/// `begun` is what of the archive has been hashed already.
-bool verifyArchive(const char* archivePath, const char* destDir, long signatureOffset,
-                   const char* signatureHex, Rsa_key* key, const HashedPart* begun = nullptr);
 
 }  // namespace quillory

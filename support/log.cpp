@@ -23,6 +23,10 @@ std::atomic<std::uint64_t> lastTimestamp{0};
 // ends, when a global string would be gone.
 std::string lineOf(char mark, std::size_t length) { return std::string(length, mark) + '\n'; }
 
+void writeToStandardOutput(const char* line, std::size_t length) {
+  std::fwrite(line, 1, length, stdout);
+}
+
 std::string formatText(const char* format, va_list arguments) {
   va_list again;
   va_copy(again, arguments);
@@ -52,7 +56,7 @@ void flushStandardStreams() {
 void writeMessage(const std::string& message) {
   const std::string line = elapsedPrefix() + message;
   logFile.write(line);
-  std::fwrite(line.data(), 1, line.size(), stdout);
+  logCalls.show(line.data(), line.size());
   flushStandardStreams();
   // Read again, so that the next prefix measures the gap since this line was finished.
   lastTimestamp.store(timeCalls.nowMillis(), std::memory_order_relaxed);
@@ -60,6 +64,8 @@ void writeMessage(const std::string& message) {
 }
 
 }  // namespace
+
+LogCalls logCalls{writeToStandardOutput};
 
 void logMessage(const char* format, ...) {
   va_list arguments;

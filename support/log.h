@@ -3,9 +3,17 @@
 // A message may have any length. No call reports a failure. No lock is taken but that of a sink, so
 // that two threads' lines may stand in another order in each of them.
 #pragma once
+#include <cstddef>
 #include <cstdio>
 
 namespace quillory {
+
+struct LogCalls {
+  /// Where a line is shown, prefix included: standard output. quillory-pack, whose results stand
+  /// there, has another place.
+  void (*show)(const char* line, std::size_t length);
+};
+extern LogCalls logCalls;
 
 /// One message to all sinks. In the file and on standard output a prefix "+%-8llu " tells the
 /// milliseconds since the previous message was finished. All sinks are flushed, so that a crash

@@ -1,13 +1,15 @@
 #include "packager/commands/extract.h"
 
-#include <cstdlib>
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <memory>
+#include <optional>
 
-#include "formats/archive.h"
+#include "formats/extraction.h"
+#include "packager/bytes/work_folder.h"
+#include "packager/commands/launcher_log.h"
 #include "packager/commands/verify.h"
-#include "packager/keys/quiet_stdout.h"
 #include "packager/reading/file_kind.h"
 #include "packager/reading/plain_archive.h"
 #include "packager/report/exit_statuses.h"
@@ -43,27 +45,6 @@ void refuseUnextractable(const ArchiveListing& listing, const Findings& findings
   }
 }
 
-// The launcher's code ends the process where it cannot go on. What has to be done before that.
-std::function<void()> beforeExit;
-
-class BeforeExit {
- public:
-  explicit BeforeExit(std::function<void()> action) {
-    static const int registered = std::atexit([] {
-      if (beforeExit) {
-        beforeExit();
-      }
-    });
-    if (registered != 0) {
-      throw PackError("the end of the extraction could not be watched");
-    }
-    beforeExit = std::move(action);
-  }
-  ~BeforeExit() { beforeExit = nullptr; }
-  BeforeExit(const BeforeExit&) = delete;
-  BeforeExit& operator=(const BeforeExit&) = delete;
-};
-
 struct ExtractOptions {
   std::string archive;
   std::string folder;
@@ -71,11 +52,7 @@ struct ExtractOptions {
 };
 
 int runExtract(const ExtractOptions& options, Reporter& reporter) {
-  extractTo(options.archive, options.folder, options.key, reporter.showsDetail(),
-            [&](const PackError& error) {
-              reporter.finding(error.finding());
-              reporter.finish("extract", kFailed);
-            });
+  extractTo(options.archive, options.folder, options.key, reporter.showsDetail());
   reporter.value("folder", options.folder);
   reporter.result(options.folder);
   return kDone;
@@ -84,7 +61,7 @@ int runExtract(const ExtractOptions& options, Reporter& reporter) {
 }  // namespace
 
 void extractTo(const std::string& archive, const std::string& folder, const std::string& keyFile,
-               bool showLog, const std::function<void(const PackError&)>& givenUp) {
+               bool showLog) {
   const FileKind kind = fileKindOf(archive);
   if (kind != FileKind::kArchive && kind != FileKind::kCompressedArchive) {
     throw PackError("is no archive", "inspect shows what it is", {archive, 0});
@@ -101,21 +78,24 @@ void extractTo(const std::string& archive, const std::string& folder, const std:
     }
   }
   makeEmptyFolder(folder);
-  QuietStdout quiet(showLog);
-  const BeforeExit report([&] {
-    quiet.end();
-    plain.remove();
-    givenUp(PackError("cannot be extracted: " + QuietStdout::lastMessage(), "", {archive, 0}));
-  });
-  // Entry by entry, as extractArchive() does it; but that would delete the archive, and everything
-  // extracted from a signed one when there is no key.
+  const LauncherLog log(showLog);
+  // Entry by entry, as the launcher does it with a whole archive; but that would delete it, and
+  // everything extracted from a signed one when there is no key.
   const OwnedFile stream(std::fopen(plain.path().c_str(), "rb"));
-  long signatureOffset = -1;
-  char* signatureHex = nullptr;
-  while (extractArchiveFileCheckSignature(nullptr, nullptr, folder.c_str(), stream.get(),
-                                          &signatureOffset, &signatureHex, nullptr) == 0) {
+  if (!stream) {
+    throwFileError(archive, "cannot be read again", errno);
   }
-  const OwnedText owned(signatureHex);
+  std::optional<MetSignature> unused;
+  ExtractionResult result;
+  while (result.end == ExtractionEnd::kEntryDone) {
+    stopIfInterrupted();
+    result = extractEntry({}, folder, stream.get(), unused, nullptr);
+  }
+  if (result.isFailure()) {
+    throw PackError("cannot be extracted: Unable to extract archive file " + result.entry + " (" +
+                        std::to_string(result.length) + "), " + result.reason,
+                    "", {archive, 0});
+  }
 }
 
 Command extractCommand() {

@@ -1,6 +1,5 @@
 // Extracts an archive with the launcher's own code.
 #pragma once
-#include <functional>
 #include <string>
 
 #include "packager/commands/command.h"
@@ -11,10 +10,10 @@ namespace quillory::pack {
 /// Extracts a ".p2" or ".p2.l2" file into `folder`, which is made when missing and must be empty.
 /// The archive stays. With a key a signature must be there and hold, else everything extracted is
 /// gone again and PackError is thrown; without one a signature is not checked. `showLog`: the
-/// launcher's log goes to standard error. Where the launcher's code cannot go on, on a full disk
-/// say, it ends the process with status 1; `givenUp` is called before that.
+/// launcher's log goes to standard error. Throws PackError where it cannot go on, on a full disk
+/// say; what was extracted before stays.
 void extractTo(const std::string& archive, const std::string& folder, const std::string& keyFile,
-               bool showLog, const std::function<void(const PackError&)>& givenUp);
+               bool showLog);
 
 /// "extract": the same, with the log when details were asked for.
 Command extractCommand();

@@ -7,7 +7,6 @@
 #include "formats/text_encodings.h"
 #include "packager/keys/crypto_setup.h"
 #include "packager/keys/pem.h"
-#include "packager/keys/quiet_stdout.h"
 #include "packager/keys/rsa_holder.h"
 #include "packager/keys/signing_key.h"
 #include "packager/report/findings.h"
@@ -35,7 +34,7 @@ PublicKey::~PublicKey() = default;
 PublicKey PublicKey::fromDer(const std::string& der, const std::string& source) {
   setUpCrypto();
   auto read = std::make_unique<RsaHolder>();
-  if (der.empty() || rsa_import(bytesOf(der), der.size(), &read->key) != CRYPT_OK) {
+  if (!importPublicKey(bytesOf(der), static_cast<int>(der.size()), &read->key)) {
     throw PackError("holds no RSA public key", "", {source, 0});
   }
   read->filled = true;
@@ -57,9 +56,8 @@ PublicKey PublicKey::load(const std::string& path) {
 int PublicKey::modulusBytes() const { return static_cast<int>(ltc_mp.unsigned_size(key_->key.N)); }
 
 bool PublicKey::verifies(const std::string& signature, const Digest& digest) const {
-  const QuietStdout quiet(false);  // the launcher prints a line about malformed signatures
-  return verifySignature(bytesOf(signature), static_cast<int>(signature.size()), digest.data(),
-                         &key_->key);
+  return matchSignature(bytesOf(signature), static_cast<int>(signature.size()), digest.data(),
+                        &key_->key) == SignatureMatch::kMatches;
 }
 
 }  // namespace quillory::pack

@@ -70,11 +70,6 @@ PlainArchive::PlainArchive(const FileRegion& region, bool compressed)
   file.commit();
 }
 
-void PlainArchive::remove() const {
-  std::error_code ignored;
-  std::filesystem::remove_all(work_->path(), ignored);
-}
-
 ArchiveListing PlainArchive::list(Findings& findings, const std::string& name) const {
   Findings found;
   RecordInput input(path_, found);

@@ -32,8 +32,6 @@ class PlainArchive {
   ArchiveListing list(Findings& findings, const std::string& name) const;
   /// Up to `count` bytes of an entry's content.
   std::string contentOf(const ListedEntry& entry, std::size_t count) const;
-  /// Removes the temporary file, where a process ends without destructors.
-  void remove() const;
 
  private:
   std::unique_ptr<WorkFolder> work_;

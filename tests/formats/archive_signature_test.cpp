@@ -167,6 +167,38 @@ TEST(LoadDEREncodedPublicKey, RefusesAKeyCutAnywhere) {
   });
 }
 
+TEST(ImportPublicKey, AnswersWithoutAWord) {
+  const std::string der = fromHex(signatureData("key_2048"));
+  const auto import = [](const std::string& bytes, Rsa_key* key) {
+    return importPublicKey(bytesIn(bytes), static_cast<int>(bytes.size()), key);
+  };
+  const std::string printed = printedBy([&] {
+    Rsa_key key{};
+    EXPECT_FALSE(import("", &key));
+    EXPECT_FALSE(import(std::string(500, '\xFF'), &key));
+    EXPECT_TRUE(import(der, &key));
+    rsa_free(&key);
+  });
+  EXPECT_EQ(printed, "");
+}
+
+TEST_F(WithHashes, MatchSignatureTellsWrongFromMalformedWithoutAWord) {
+  const OwnedKey key = keyFrom("key_2048");
+  const auto match = [&](const std::string& signature, Rsa_key* with) {
+    return matchSignature(bytesIn(signature), static_cast<int>(signature.size()),
+                          bytesIn(digestOfBody()), with);
+  };
+  const std::string printed = printedBy([&] {
+    EXPECT_EQ(match(fromHex(signatureData("pss_2048")), key.get()), SignatureMatch::kMatches);
+    EXPECT_EQ(match(fromHex(signatureData("pss_of_nothing_2048")), key.get()),
+              SignatureMatch::kDiffers);
+    EXPECT_EQ(match(fromHex(signatureData("pss_2048")), nullptr), SignatureMatch::kDiffers);
+    EXPECT_EQ(match("short", key.get()), SignatureMatch::kMalformed);
+    EXPECT_EQ(match("", key.get()), SignatureMatch::kMalformed);
+  });
+  EXPECT_EQ(printed, "");
+}
+
 TEST(FreePublicKey, TakesNull) { freePublicKey(nullptr); }
 
 TEST_F(WithHashes, PssSignatureOverTheDigestIsVerified) {

@@ -106,6 +106,19 @@ TEST(LogMessage, ReadsTheClockBeforeTheSystemLogIsTold) {
   EXPECT_EQ(toldAt, 3000U);
 }
 
+TEST(LogMessage, IsShownWhereTheTableSays) {
+  static std::string shown;
+  shown.clear();
+  const StoppedClock clock;
+  const ScopedReplace elsewhere(
+      logCalls.show, +[](const char* line, std::size_t length) { shown.append(line, length); });
+  const CapturedLog system;
+  CapturedOutput out;
+  logMessage("a%cb\n", '\0');
+  EXPECT_EQ(out.take(), "");
+  EXPECT_EQ(shown, std::string("+0        a\0b\n", 14));
+}
+
 TEST(LogMessage, ComesOutWholeWhateverItsLength) {
   const TempDir folder;
   const StoppedClock clock;

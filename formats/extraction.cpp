@@ -1,0 +1,247 @@
+#include "formats/extraction.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include "formats/archive_check.h"
+#include "formats/archive_output.h"
+#include "formats/archive_tools.h"
+#include "formats/hash_ahead.h"
+#include "formats/patient_reader.h"
+#include "formats/record_stream.h"
+#include "support/files.h"
+#include "support/log.h"
+#include "support/new_file.h"
+#include "support/owned.h"
+#include "support/paths.h"
+
+namespace quillory {
+
+int up200modified = 0;
+
+namespace {
+
+using End = ExtractionEnd;
+
+constexpr long kFolder = 1;
+constexpr long kPack200 = 2;
+
+constexpr std::string_view kSignatureName = kSignatureBlockPath.substr(kSpecialBlockPrefix.size());
+constexpr std::string_view kLzmaSuffix = ".l2";
+constexpr std::string_view kArchiveSuffix = ".p2";
+constexpr std::size_t kShortestWithSuffix = 4;
+
+// Shared by all extractions, which therefore cannot run side by side. A nested archive is opened
+// only after the file that holds it has been written.
+std::array<char, 1'000'000> copyBuffer;
+
+struct Entry {
+  long type;
+  std::string path;
+  long length;
+};
+
+ExtractionResult endOfArchive() { return {End::kEndOfArchive, "", 0, "", ""}; }
+
+ExtractionResult failure(End end, const Entry& entry, const std::string& path,
+                         const std::string& reason) {
+  return {end, entry.path, entry.length, path, reason};
+}
+
+ExtractionResult noArchive(const std::string& path) {
+  return {End::kNoArchive, "", 0, path, "the archive cannot be opened"};
+}
+
+ExtractionResult refuse(const Entry& entry, const char* reason) {
+  logError("[ExtractArchiveFile] Refusing archive file %s (%ld): %s\n", entry.path.c_str(),
+           entry.length, reason);
+  return failure(End::kEntryRefused, entry, "", reason);
+}
+
+ExtractionResult failToCreate(const Entry& entry, const std::string& output) {
+  logMessage(
+      "\t[ExtractArchiveFile] *************************** Unable to extract archive file %s "
+      "(%ld), unable to open file for writing\n",
+      entry.path.c_str(), entry.length);
+  return failure(End::kFileNotCreated, entry, output, "unable to open file for writing");
+}
+
+ExtractionResult failToWrite(const Entry& entry, const std::string& output, int error) {
+  logError("[ExtractArchiveFile] Unable to extract archive file %s (%ld), unable to write %s: %s\n",
+           entry.path.c_str(), entry.length, output.c_str(), std::strerror(error));
+  return failure(End::kFileNotWritten, entry, output,
+                 "unable to write " + output + ": " + std::strerror(error));
+}
+
+// Whether the entry is the signature block, whose last two records are then in `signature`.
+bool readSignatureBlock(const std::string& path, std::FILE* stream,
+                        std::optional<MetSignature>& signature) {
+  if (!path.starts_with(kSpecialBlockPrefix)) return false;
+  logMessage("[ExtractArchiveFile] Found special block %s\n", path.c_str());
+  const std::string name = path.substr(kSpecialBlockPrefix.size());
+  if (name != kSignatureName) return false;
+
+  logMessage("[ExtractArchiveFile] Found signature block %s\n", name.c_str());
+  signature.emplace();
+  signature->offset = readLong(stream, "Signature Length");
+  signature->hex = readText(stream, "Signature Hex", kSignatureHexCapacity);
+  return true;
+}
+
+// Whether all of it could be written; `output` has the errno if not.
+bool copyContent(std::FILE* stream, const Entry& entry, NewFile& output) {
+  PatientReader reader(stream, entry.path);
+  std::size_t remaining = static_cast<std::size_t>(entry.length);
+  while (remaining > 0) {
+    const std::size_t count =
+        reader.read(copyBuffer.data(), std::min(remaining, copyBuffer.size()));
+    if (!output.write(copyBuffer.data(), count)) return false;
+    remaining -= count;
+  }
+  return output.close();
+}
+
+ExtractionResult writeContent(std::FILE* stream, const Entry& entry, const std::string& output) {
+  NewFile file(output);
+  logMessage("\t[ExtractArchiveFile] Extracting to %s\n", output.c_str());
+  if (!file.isOpen()) return failToCreate(entry, output);
+  if (!copyContent(stream, entry, file)) return failToWrite(entry, output, file.error());
+  chmodR755(output.c_str());
+  return {};
+}
+
+// What the suffixes of a written file ask for.
+ExtractionResult followSuffixes(const ExtractionTools& tools, std::string path,
+                                const std::string& destDir, Rsa_key* key) {
+  if (path.size() < kShortestWithSuffix) {
+    logMessage("\t[ExtractArchiveFile] Path to file too short to check for LZMA\n");
+  } else if (path.ends_with(kLzmaSuffix)) {
+    path = decompressLzma(tools.lzma, path);
+  }
+  if (path.size() < kShortestWithSuffix || !path.ends_with(kArchiveSuffix)) return {};
+
+  logMessage("\t[ExtractArchiveFile] Starting un-p2Archiving\n");
+  ExtractionResult result = extractAllOf(tools.unpack200, path, destDir, key);
+  if (result.isFailure()) return result;
+  logMessage("\t[ExtractArchiveFile] Finished un-archiving\n");
+  return {};
+}
+
+ExtractionResult extractFile(const ExtractionTools& tools, const std::string& destDir,
+                             std::FILE* stream, const Entry& entry, Rsa_key* key) {
+  if (entry.length < 0) return refuse(entry, "its length is negative");
+  const std::string path = pathBelow(destDir.c_str(), entry.path);
+  const bool isPacked = entry.type == kPack200;
+  const std::string output = isPacked ? path + std::string(kArchiveSuffix) : path;
+
+  ExtractionResult result = writeContent(stream, entry, output);
+  if (result.isFailure()) return result;
+  if (isPacked) {
+    up200modified = 1;
+    if (!unpackPack200(tools.unpack200, output, path))
+      return failure(End::kNotUnpacked, entry, path, "unpack200 left nothing");
+  }
+  if (tools.lzma == nullptr) return {};
+  return followSuffixes(tools, path, destDir, key);
+}
+
+bool isSameFile(const struct stat& file, const std::string& path) {
+  struct stat found;
+  return lstat(path.c_str(), &found) == 0 && found.st_dev == file.st_dev &&
+         found.st_ino == file.st_ino;
+}
+
+// Whether the entry, or a folder above it, would take the place of the file that it is read from:
+// another one would be verified than the one that is being extracted.
+bool replacesItsSource(const std::string& destDir, const Entry& entry, std::FILE* stream) {
+  struct stat source;
+  const int descriptor = fileno(stream);
+  if (descriptor < 0 || fstat(descriptor, &source) != 0) return false;
+  const std::string path = pathBelow(destDir.c_str(), entry.path);
+  if (isSameFile(source, path + std::string(kArchiveSuffix))) return true;
+  const std::size_t folder = path.size() - entry.path.size();
+  for (std::size_t slash = path.find('/', folder); slash != std::string::npos;
+       slash = path.find('/', slash + 1)) {
+    if (isSameFile(source, path.substr(0, slash))) return true;
+  }
+  return isSameFile(source, path);
+}
+
+// Entry after entry, up to the end of the archive or a failure.
+ExtractionResult extractEntries(const ExtractionTools& tools, const std::string& archivePath,
+                                const std::string& destDir, HashAhead& digest,
+                                std::optional<MetSignature>& signature, Rsa_key* key) {
+  const OwnedFile archive(std::fopen(archivePath.c_str(), "rb"));
+  if (!archive) {
+    logMessage("[ExtractArchive] Failed to extract archive - couldn't open file %s\n",
+               archivePath.c_str());
+    return noArchive(archivePath);
+  }
+  ExtractionResult result;
+  while (result.end == End::kEntryDone) {
+    digest.allow(std::ftell(archive.get()));  // The signature block is none of what it signs.
+    result = extractEntry(tools, destDir, archive.get(), signature, key);
+  }
+  if (!result.isFailure()) logMessage("[ExtractArchive] Done extracting archive.\n");
+  return result;
+}
+
+}  // namespace
+
+ExtractionResult extractEntry(const ExtractionTools& tools, const std::string& destDir,
+                              std::FILE* stream, std::optional<MetSignature>& signature,
+                              Rsa_key* key) {
+  if (signature) return endOfArchive();
+  const std::string type = readText(stream, "Archive File Type");
+  if (type.empty()) return endOfArchive();
+
+  Entry entry{std::atol(type.c_str()), readText(stream, "Archive File Path"), 0};
+  toNativePath(entry.path.data());
+  logMessage("[ExtractArchiveFile] Extracting %s (::%ld)\n", entry.path.c_str(), entry.type);
+  const std::size_t suffixLength = entry.type == kPack200 ? kArchiveSuffix.size() : 0;
+  if (const char* reason = whyRefused(destDir, entry.path, suffixLength))
+    return refuse(entry, reason);
+  if (replacesItsSource(destDir, entry, stream))
+    return refuse(entry, "it would take the place of its archive");
+
+  createParents(destDir.c_str(), entry.path);
+  if (entry.type == kFolder) {
+    const std::string folder = pathBelow(destDir.c_str(), entry.path);
+    createFolder(folder);
+    logMessage("\t[ExtractArchiveFile] Created folder %s\n", folder.c_str());
+    return {};
+  }
+  entry.length = readLong(stream, "Archive File Length");
+  if (entry.length == 0) {
+    logMessage("[ExtractArchiveFile] Skipping empty file\n");  // Not reproduced, by intent.
+    return {};
+  }
+  if (readSignatureBlock(entry.path, stream, signature)) return endOfArchive();
+  return extractFile(tools, destDir, stream, entry, key);
+}
+
+ExtractionResult extractAllOf(const char* unpack200Tool, const std::string& archivePath,
+                              const std::string& destDir, Rsa_key* key) {
+  logMessage("[ExtractArchive] Extracting archive %s into %s\n", archivePath.c_str(),
+             destDir.c_str());
+  std::optional<MetSignature> signature;
+  HashAhead digest(archivePath.c_str());
+  // Without the LZMA tool: inside an archive the suffixes mean nothing.
+  const ExtractionTools tools{.lzma = nullptr, .unpack200 = unpack200Tool};
+  ExtractionResult result = extractEntries(tools, archivePath, destDir, digest, signature, key);
+  if (result.isFailure()) return result;
+  if (signature) {
+    const SignatureCheck check = checkSignature(archivePath, destDir, signature->offset,
+                                                signature->hex, key, &digest.finish());
+    if (check == SignatureCheck::kNoArchive) return noArchive(archivePath);
+  }
+  std::remove(archivePath.c_str());
+  return result;
+}
+
+}  // namespace quillory

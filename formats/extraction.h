@@ -1,0 +1,74 @@
+// Extraction of archives, with a result that says what went wrong and where, for whoever goes on
+// then. docs/formats/archive.md has the bytes; archive.h has the functions that end the process.
+// Each step is in the log, failures too. Not reentrant: all extractions share one copy buffer.
+//
+// Nothing is written outside the destination folder: an entry whose path holds a ".." component or
+// does not fit is refused before anything of it is written, and a link that stands at an output
+// path, or on the way to it, is replaced, never followed.
+#pragma once
+#include <cstdio>
+#include <optional>
+#include <string>
+
+#include "formats/archive_signature.h"
+
+namespace quillory {
+
+/// Set to 1 once a pack200 entry has been written, to be unpacked.
+extern int up200modified;
+
+/// The programs that entries may need, by their paths; both may be null. Without `lzma` suffixes
+/// mean nothing; `unpack200` may be null where no pack200 entry is expected. Borrowed.
+struct ExtractionTools {
+  const char* lzma = nullptr;
+  const char* unpack200 = nullptr;
+};
+
+/// What a step of an extraction came to.
+enum class ExtractionEnd {
+  kEntryDone,     ///< a folder, a file or a skipped empty file: the next entry follows
+  kEndOfArchive,  ///< the empty record, or a signature block
+  // The others are failures.
+  kNoArchive,       ///< it cannot be opened
+  kEntryRefused,    ///< its path or length may not be what it is
+  kFileNotCreated,  ///< the file's place is taken, or may not be written to
+  kFileNotWritten,  ///< the disk is full, say; nothing of the file is left
+  kNotUnpacked,     ///< unpack200 left nothing
+};
+
+struct ExtractionResult {
+  ExtractionEnd end = ExtractionEnd::kEntryDone;
+  // Of a failure; else empty.
+  std::string entry;   ///< the entry's path as the archive has it; "" for the whole archive
+  long length = 0;     ///< what the entry says that it has
+  std::string path;    ///< the file that could not be read, written or made
+  std::string reason;  ///< in words, without a line end
+
+  bool isFailure() const {
+    return end != ExtractionEnd::kEntryDone && end != ExtractionEnd::kEndOfArchive;
+  }
+};
+
+/// The signature block with which an archive ended.
+struct MetSignature {
+  long offset = 0;  ///< where it says that it stands
+  std::string hex;
+};
+
+/// Extracts the entry at which `stream` stands into `destDir`, which is there. With the LZMA tool a
+/// file that is an archive itself, compressed or not, is extracted into the same folder, verified
+/// with `key` (may be null) where it is signed, and deleted. `signature` gets a signature block;
+/// once it has one, that is the end.
+///
+/// A stream that ends inside a file's bytes is waited for, for ever: a log line says so.
+ExtractionResult extractEntry(const ExtractionTools& tools, const std::string& destDir,
+                              std::FILE* stream, std::optional<MetSignature>& signature,
+                              Rsa_key* key);
+
+/// Extracts a whole archive, verifies it with `key` (may be null) where it is signed, and deletes
+/// it; after a failure it stays, and so do the entries before. kEndOfArchive, also when the
+/// signature does not hold: then `destDir` is empty afterwards.
+ExtractionResult extractAllOf(const char* unpack200Tool, const std::string& archivePath,
+                              const std::string& destDir, Rsa_key* key);
+
+}  // namespace quillory
