@@ -7,6 +7,7 @@
 #include <string>
 
 #include "formats/archive_check.h"
+#include "formats/archive_format.h"
 #include "formats/extraction.h"
 #include "support/exit_status.h"
 #include "support/owned.h"

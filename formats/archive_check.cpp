@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/archive_format.h"
 #include "formats/patient_reader.h"
 #include "formats/record_stream.h"
 #include "formats/text_encodings.h"
@@ -28,15 +29,15 @@ using Digest = std::unique_ptr<unsigned char, HeapFreer>;
 
 void logStars() { logMessage("%s\n", std::string(71, '*').c_str()); }
 
-// The block's "Signature Hex", with a log line for each record that is not what it was or should
-// be.
+// The block's kSignatureHexRecord, with a log line for each record that is not what it was or
+// should be.
 std::string readBlockAgain(std::FILE* archive, long offset, const std::string& hexBefore) {
   std::fseek(archive, offset, SEEK_SET);  // A place that cannot be reached shows in the records.
   readInt(archive, "Signature Check File Type");
   const std::string name = readText(archive, "Signature Check ASB name");
   readInt(archive, "ASB Length");
-  const long length = readLong(archive, "Signature Length");
-  const std::string hex = readText(archive, "Signature Hex", kCheckedHexCapacity);
+  const long length = readLong(archive, kSignaturePlaceRecord);
+  const std::string hex = readText(archive, kSignatureHexRecord, kCheckedHexCapacity);
 
   constexpr const char* kMismatch =
       "[ExtractArchive] Archive INVALID.  Archive signature did not match place in file (%s "

@@ -4,17 +4,8 @@
 #include <tomcrypt.h>
 
 #include <cstdio>
-#include <string_view>
 
 namespace quillory {
-
-/// Paths that begin so are kept for blocks that are no files. The signature is the only one so far.
-inline constexpr std::string_view kSpecialBlockPrefix = "qyArcSpBlock_";
-inline constexpr std::string_view kSignatureBlockPath = "qyArcSpBlock_DigitalSignature1";
-/// What an extraction reads of the "Signature Hex", and what the check after it reads: that is how
-/// long the text of a signature may be.
-inline constexpr int kSignatureHexCapacity = 8192;
-inline constexpr int kCheckedHexCapacity = 4096;
 
 using Hash_state = hash_state;
 using Rsa_key = rsa_key;

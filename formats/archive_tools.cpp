@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "formats/archive_format.h"
 #include "formats/archive_output.h"
 #include "support/files.h"
 #include "support/log.h"
@@ -9,8 +10,6 @@
 
 namespace quillory {
 namespace {
-
-constexpr std::size_t kLzmaSuffixLength = 3;  // ".l2"
 
 // Tools are judged by what they leave behind, not by their status.
 void runIgnoringStatus(const std::vector<const char*>& arguments) {
@@ -33,7 +32,7 @@ bool unpackPack200(const char* tool, const std::string& packed, const std::strin
 
 std::string decompressLzma(const char* tool, const std::string& compressed) {
   logMessage("\t[ExtractArchiveFile] Requires un-LZMA\n");
-  const std::string plain = compressed.substr(0, compressed.size() - kLzmaSuffixLength);
+  const std::string plain(withoutCompression(compressed));
   logMessage("\t[ExtractArchiveFile] Created outpath %s and spawning\n", plain.c_str());
   removeFileOrLink(plain);
   runIgnoringStatus({tool, "d", compressed.c_str(), plain.c_str()});

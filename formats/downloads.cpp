@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "formats/update_url.h"
+#include "formats/version_file_format.h"
 #include "support/clock.h"
 #include "support/log.h"
 #include "support/owned.h"
@@ -39,8 +40,6 @@ char* allocTimeMillisString() {
                 static_cast<unsigned long>(getCurrentTimeMillis()));
   return text.release();
 }
-
-std::string versionFileName(const std::string& name) { return "Quillory-" + name + "-version.txt"; }
 
 void downloadVersionFile(const char* destFolder, const char* updateURL, const char* name) {
   if (isInvalidUpdateURL(updateURL)) {

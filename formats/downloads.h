@@ -17,9 +17,6 @@ int downloadFile(const char* url, const char* destPath);
 /// The current time in milliseconds as decimal text, in a new block of 101 bytes; free() it.
 char* allocTimeMillisString();
 
-/// "Quillory-<name>-version.txt", at the update URL and where it is fetched to.
-std::string versionFileName(const std::string& name);
-
 /// Fetches <updateURL>Quillory-<name>-version.txt?time=<millis> into `destFolder`. Whether it came
 /// is judged by the file. No separator is put between the URL and the name.
 void downloadVersionFile(const char* destFolder, const char* updateURL, const char* name);

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "formats/archive_check.h"
+#include "formats/archive_format.h"
 #include "formats/archive_output.h"
 #include "formats/archive_tools.h"
 #include "formats/hash_ahead.h"
@@ -28,12 +29,7 @@ namespace {
 
 using End = ExtractionEnd;
 
-constexpr long kFolder = 1;
-constexpr long kPack200 = 2;
-
 constexpr std::string_view kSignatureName = kSignatureBlockPath.substr(kSpecialBlockPrefix.size());
-constexpr std::string_view kLzmaSuffix = ".l2";
-constexpr std::string_view kArchiveSuffix = ".p2";
 constexpr std::size_t kShortestWithSuffix = 4;
 
 // Shared by all extractions, which therefore cannot run side by side. A nested archive is opened
@@ -88,8 +84,8 @@ bool readSignatureBlock(const std::string& path, std::FILE* stream,
 
   logMessage("[ExtractArchiveFile] Found signature block %s\n", name.c_str());
   signature.emplace();
-  signature->offset = readLong(stream, "Signature Length");
-  signature->hex = readText(stream, "Signature Hex", kSignatureHexCapacity);
+  signature->offset = readLong(stream, kSignaturePlaceRecord);
+  signature->hex = readText(stream, kSignatureHexRecord, kSignatureHexCapacity);
   return true;
 }
 
@@ -120,7 +116,7 @@ ExtractionResult followSuffixes(const ExtractionTools& tools, std::string path,
                                 const std::string& destDir, Rsa_key* key) {
   if (path.size() < kShortestWithSuffix) {
     logMessage("\t[ExtractArchiveFile] Path to file too short to check for LZMA\n");
-  } else if (path.ends_with(kLzmaSuffix)) {
+  } else if (compressionOf(path) != nullptr) {
     path = decompressLzma(tools.lzma, path);
   }
   if (path.size() < kShortestWithSuffix || !path.ends_with(kArchiveSuffix)) return {};
@@ -136,7 +132,7 @@ ExtractionResult extractFile(const ExtractionTools& tools, const std::string& de
                              std::FILE* stream, const Entry& entry, Rsa_key* key) {
   if (entry.length < 0) return refuse(entry, "its length is negative");
   const std::string path = pathBelow(destDir.c_str(), entry.path);
-  const bool isPacked = entry.type == kPack200;
+  const bool isPacked = entry.type == kPack200Entry;
   const std::string output = isPacked ? path + std::string(kArchiveSuffix) : path;
 
   ExtractionResult result = writeContent(stream, entry, output);
@@ -197,26 +193,26 @@ ExtractionResult extractEntry(const ExtractionTools& tools, const std::string& d
                               std::FILE* stream, std::optional<MetSignature>& signature,
                               Rsa_key* key) {
   if (signature) return endOfArchive();
-  const std::string type = readText(stream, "Archive File Type");
+  const std::string type = readText(stream, kEntryTypeRecord);
   if (type.empty()) return endOfArchive();
 
-  Entry entry{std::atol(type.c_str()), readText(stream, "Archive File Path"), 0};
+  Entry entry{std::atol(type.c_str()), readText(stream, kEntryPathRecord), 0};
   toNativePath(entry.path.data());
   logMessage("[ExtractArchiveFile] Extracting %s (::%ld)\n", entry.path.c_str(), entry.type);
-  const std::size_t suffixLength = entry.type == kPack200 ? kArchiveSuffix.size() : 0;
+  const std::size_t suffixLength = entry.type == kPack200Entry ? kArchiveSuffix.size() : 0;
   if (const char* reason = whyRefused(destDir, entry.path, suffixLength))
     return refuse(entry, reason);
   if (replacesItsSource(destDir, entry, stream))
     return refuse(entry, "it would take the place of its archive");
 
   createParents(destDir.c_str(), entry.path);
-  if (entry.type == kFolder) {
+  if (entry.type == kFolderEntry) {
     const std::string folder = pathBelow(destDir.c_str(), entry.path);
     createFolder(folder);
     logMessage("\t[ExtractArchiveFile] Created folder %s\n", folder.c_str());
     return {};
   }
-  entry.length = readLong(stream, "Archive File Length");
+  entry.length = readLong(stream, kEntryLengthRecord);
   if (entry.length == 0) {
     logMessage("[ExtractArchiveFile] Skipping empty file\n");  // Not reproduced, by intent.
     return {};

@@ -1,30 +1,48 @@
 #include "formats/launch_file.h"
 
+#include <variant>
+
 #include "formats/record_stream.h"
 #include "support/log.h"
 
 namespace quillory {
 namespace {
 
-// The first file versions that have these records.
-constexpr int kVersionWithCompatibilityClass = 3;
-constexpr int kVersionWithInstallClasses = 4;
-constexpr int kVersionWithJvmOptions = 5;
-constexpr int kVersionWithMustFork = 6;
+// Reads one record of `file`, of the kind that its place has.
+struct RecordReader {
+  std::FILE* stream;
+  const LaunchFileRecord& record;
+  LaunchFile& file;
+
+  void operator()(int LaunchFile::*place) const { file.*place = readInt(stream, record.name); }
+  void operator()(bool LaunchFile::*place) const { file.*place = readBoolean(stream, record.name); }
+  void operator()(std::string LaunchFile::*place) const {
+    file.*place = readText(stream, record.name);
+  }
+  void operator()(std::vector<std::string> LaunchFile::*place) const {
+    const long count = readLong(stream, record.name);
+    file.*place = readLaunchEntries(stream, count, record.entryName);
+  }
+};
+
+void readRecord(std::FILE* stream, const LaunchFileRecord& record, LaunchFile& file) {
+  std::visit(RecordReader{stream, record, file}, record.value);
+}
 
 }  // namespace
 
 LaunchHeader readLaunchHeader(std::FILE* stream) {
-  LaunchHeader header;
-  header.version = readInt(stream, "LaunchFile VER");
-  header.mainClass = readText(stream, "Class");
-  header.mainClassOnUpdate = readText(stream, "Class OnUpdate");
-  header.appName = readText(stream, "App Name");
-  header.icns = readText(stream, "OS ICNS");
-  header.urlRequired = readBoolean(stream, "URL Required");
-  header.jvmMemory = readInt(stream, "jvmMem (old)");
-  header.jvmStack = readInt(stream, "jvmStack (old)");
-  return header;
+  LaunchFile file;
+  for (std::size_t i = 0; i < kLaunchHeaderRecords; ++i)
+    readRecord(stream, kLaunchFileRecords[i], file);
+  return {.version = file.version,
+          .mainClass = file.mainClass,
+          .mainClassOnUpdate = file.mainClassOnUpdate,
+          .appName = file.appName,
+          .icns = file.icns,
+          .urlRequired = file.urlRequired,
+          .jvmMemory = file.maximumHeap,
+          .jvmStack = file.initialHeap};
 }
 
 std::vector<std::string> readLaunchEntries(std::FILE* stream, long count, const char* entryName) {
@@ -36,20 +54,18 @@ std::vector<std::string> readLaunchEntries(std::FILE* stream, long count, const 
 
 LaunchTrailer readLaunchTrailer(std::FILE* stream, int version) {
   LaunchTrailer trailer;
-  if (version < kVersionWithCompatibilityClass) return trailer;
-  trailer.hasCompatibilityClass = true;
-  trailer.compatibilityClass = readText(stream, "Main Class JRECompatibility");
-  logMessage("[Extractor] Read JRE compatibility class %s\n", trailer.compatibilityClass.c_str());
-
-  // What follows is for the Java side. It is read, so that a value that does not fit shows up in
-  // the output of this start too, and then dropped.
-  if (version < kVersionWithInstallClasses) return trailer;
-  readText(stream, "Main Class PostInstall");
-  readText(stream, "Main Class PreUninstall");
-  if (version < kVersionWithJvmOptions) return trailer;
-  readLaunchEntries(stream, readLong(stream, "App JVM Option Count"), "App JVM Option Entry");
-  if (version < kVersionWithMustFork) return trailer;
-  readBoolean(stream, "Must Fork");
+  LaunchFile file;
+  // What follows the compatibility class is for the Java side. It is read, so that a value that
+  // does not fit shows up in the output of this start too, and then dropped.
+  for (std::size_t i = kLaunchTrailerStart; i < kLaunchFileRecords.size(); ++i) {
+    const LaunchFileRecord& record = kLaunchFileRecords[i];
+    if (version < record.sinceVersion) return trailer;
+    readRecord(stream, record, file);
+    if (i != kLaunchTrailerStart) continue;
+    trailer.hasCompatibilityClass = true;
+    trailer.compatibilityClass = file.compatibilityClass;
+    logMessage("[Extractor] Read JRE compatibility class %s\n", file.compatibilityClass.c_str());
+  }
   return trailer;
 }
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace quillory {
+#include "formats/launch_file_format.h"
 
-inline constexpr char kLaunchFileName[] = "QuilloryLaunch";
+namespace quillory {
 
 /// Records 1 to 8.
 struct LaunchHeader {

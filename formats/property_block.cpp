@@ -4,9 +4,6 @@ namespace quillory {
 namespace {
 
 constexpr std::size_t kEndLength = 2;
-constexpr std::string_view kStoredForEmpty = "\x04";
-constexpr std::string_view kStaticPrefix = "qystat_";
-constexpr std::string_view kDynamicPrefix = "qydyna_";
 
 // A zero byte inside a text would be read as the end of its entry, or of the block.
 std::string_view untilZeroByte(std::string_view text) { return text.substr(0, text.find('\0')); }

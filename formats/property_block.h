@@ -8,6 +8,11 @@
 
 namespace quillory {
 
+/// What a key begins with, and what stands for an empty text, which would end the block.
+inline constexpr std::string_view kStaticPrefix = "qystat_";
+inline constexpr std::string_view kDynamicPrefix = "qydyna_";
+inline constexpr std::string_view kStoredForEmpty = "\x04";
+
 /// A block that grows as needed. Copying it copies the entries.
 class PropertyBlock {
  public:

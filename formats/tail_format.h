@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "formats/archive_format.h"
 #include "formats/record_stream.h"
 
 namespace quillory {
@@ -53,9 +54,14 @@ inline constexpr std::array<TailRecord, 11> kTailRecords = {{
 /// The entries behind the records, in order: the tool that decompresses the others, the splash
 /// picture, those of the updater, where "JRE Version" is not empty one of the JRE, and where
 /// "App Version" is not empty those of the application.
-inline constexpr char kLzmaToolName[] = "lzma64";
+inline constexpr const char* kLzmaToolName = kPackedWith.tool;
 inline constexpr char kSplashPictureName[] = "nativesplash.png";
 inline constexpr char kTrustStoreName[] = "cacerts";
+/// What quillory-pack calls the archives of updater, JRE and application: packedArchiveName() of
+/// these.
+inline constexpr char kUpdaterPart[] = "GU";
+inline constexpr char kJrePart[] = "JRE";
+inline constexpr char kApplicationPart[] = "App";
 inline constexpr int kUpdaterEntries = 3;
 inline constexpr int kApplicationEntries = 2;
 

@@ -64,8 +64,7 @@ std::optional<std::string> downloadVersion(const Fetch& fetch) {
 }
 
 bool downloadArchive(const Fetch& fetch, const std::string& version, const std::string& packed) {
-  const std::string url =
-      fetch.server.url + "Quillory-" + fetch.place.name.text() + '-' + version + "-archive.p2.l2";
+  const std::string url = fetch.server.url + releaseArchiveName(fetch.place.name.text(), version);
   fetch.display.show();
   logMessage("[JREDownload] Downloading JRE\n");
   logMessage("[JREDownload] JRE archive is at %s\n", url.c_str());
@@ -106,8 +105,8 @@ bool isComplete(const std::string& version, const std::string& folder) {
 
 // Fills `folder` with the JRE. False when a step fails.
 bool fetchInto(const Fetch& fetch, const std::string& version, const std::string& folder) {
-  const std::string archive = folder + "/JREArchive.p2";
-  const std::string packed = archive + ".l2";
+  const std::string archive = archiveName(folder + "/JREArchive");
+  const std::string packed = packedArchiveName(folder + "/JREArchive");
   if (!downloadArchive(fetch, version, packed)) return false;
   if (!decompress(fetch.tools, packed, archive)) return false;
   extract(fetch.tools, folder, archive);
@@ -125,7 +124,7 @@ std::optional<std::string> readJreVersion(std::FILE* file) {
   std::string version;
   logMessage("[JREDownload] Extracting version: ");
   for (int c = file == nullptr ? EOF : std::fgetc(file); c != EOF; c = std::fgetc(file)) {
-    if (c == '\n' || c == '\r' || c == ' ') {
+    if (kVersionEnds.find(static_cast<char>(c)) != std::string_view::npos) {
       logMessage("\n[JREDownload] Spaces in version file, assuming EOF\n");
       break;
     }

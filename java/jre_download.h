@@ -5,11 +5,10 @@
 #include <optional>
 #include <string>
 
+#include "formats/version_file_format.h"
 #include "java/jre_request.h"
 
 namespace quillory {
-
-inline constexpr int kMaxVersionLength = 50;
 
 struct FetchedJre {
   std::string version;

@@ -9,6 +9,7 @@
 
 #include "formats/launch_file.h"
 #include "formats/record_stream.h"
+#include "formats/remembered_options_format.h"
 #include "install/version_folders.h"
 #include "java/app_executable.h"
 #include "java/launch_command.h"
@@ -73,15 +74,16 @@ std::optional<LaunchRuntime> chooseRuntime(const LaunchRequest& request,
   runtime.folder = joinPath(request.masterFolder, *privateJre);
   runtime.executable = provideAppExecutable(runtime.folder + "/bin", appName);
   runtime.rememberedOptionsPath =
-      joinPath(request.masterFolder, "QYApps") + "/JRE-LastSuccessfulOptions-" + *privateJre;
+      joinPath(request.masterFolder, "QYApps") + '/' + kRememberedOptionsPrefix + *privateJre;
   logMessage("[Extractor] JRE LSO file is %s\n", runtime.rememberedOptionsPath.c_str());
   return runtime;
 }
 
 void readClassPath(std::FILE* launchFile, const std::string& appFolder, LaunchCommand& command) {
   logMessage("[Extractor] Building classpath\n");
-  const long count = readLong(launchFile, "Classpath Count");
-  setClassPath(appFolder, readLaunchEntries(launchFile, count, "Classpath Entry"), command);
+  const long count = readLong(launchFile, kClassPathRecord.name);
+  setClassPath(appFolder, readLaunchEntries(launchFile, count, kClassPathRecord.entryName),
+               command);
 }
 
 /// Writes the properties of this launch; their file becomes the first application argument. False
@@ -105,9 +107,9 @@ bool passProperties(const LaunchRequest& request, const LaunchRuntime& runtime,
 }
 
 void passExtraArguments(std::FILE* launchFile, LaunchCommand& command) {
-  const long count = readLong(launchFile, "Extra Args Count");
+  const long count = readLong(launchFile, kArgumentsRecord.name);
   logMessage("[Extractor] Reading %ld extra args\n", count);
-  for (std::string& argument : readLaunchEntries(launchFile, count, "Extra Args Entry"))
+  for (std::string& argument : readLaunchEntries(launchFile, count, kArgumentsRecord.entryName))
     command.applicationArguments.push_back(std::move(argument));
 }
 

@@ -6,7 +6,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "formats/launch_properties_format.h"
 #include "formats/record_stream.h"
+#include "formats/remembered_options_format.h"
 #include "formats/update_url.h"
 #include "install/version_folders.h"
 #include "support/clock.h"
@@ -22,7 +24,6 @@ namespace {
 constexpr int kRetries = 5;
 constexpr std::uint64_t kRetryPauseMicros = 500'000'000;
 constexpr int kLoggedValueLength = 99;
-constexpr char kPropertiesFilePrefix[] = "QYLaunchProperties-";
 
 /// Whether there is a file, also one that cannot be opened (which doesFileExist() would deny).
 bool isThere(const std::string& path) {
@@ -108,11 +109,11 @@ std::vector<std::string> readRememberedOptions(const std::string& lsoPath, Prope
     return options;
   }
   logMessage("[Extractor] JRE LSO file exists\n");
-  const long count = readLong(file.get(), "LSO Count");
+  const long count = readLong(file.get(), kRememberedCountRecord);
   logMessage("[Extractor] Found %ld JVM Options\n", count);
   addStaticProperty(block, "jvm_options_count", std::to_string(count));
   for (long i = 0; i < count && !isAtEnd(file.get()); ++i) {
-    const std::string option = readText(file.get(), "LSO Entry");
+    const std::string option = readText(file.get(), kRememberedEntryRecord);
     const std::string key = "jvm_options_" + std::to_string(i);
     addStaticProperty(block, key, option);
     logLaunchProperty(key.c_str(), option);
@@ -126,7 +127,7 @@ std::string newLaunchPropertiesPath(const std::string& folder) {
   std::snprintf(stamp.data(), stamp.size(), "%lu-%ld",
                 static_cast<unsigned long>(getCurrentTimeMillis()), countFolderEntries(folder));
   const char* separator = folder.ends_with('/') ? "" : "/";
-  return folder + separator + kPropertiesFilePrefix + stamp.data();
+  return folder + separator + kLaunchPropertiesPrefix + stamp.data();
 }
 
 std::optional<std::string> writeLaunchProperties(const PropertyBlock& block,

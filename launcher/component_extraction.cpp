@@ -39,15 +39,26 @@ void extractTailEntry(const TailArchives& tail, const UnpackingTools& tools,
   std::free(signatureHex);
 }
 
+namespace {
+
+// A tool of the tail, which is there to be run.
+void extractTool(const TailArchives& tail, const UnpackingTools& tools, const std::string& tool,
+                 const std::string& destination) {
+  extractTailEntry(tail, tools, destination);
+  logMessage("[Extractor] Ensuring LZMA is executable.\n");
+  if (chmod777(tool.c_str()) != 0)
+    logMessage("[Extractor] ***************************** Error setting LZMA executable!\n");
+}
+
+}  // namespace
+
 void extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
                     const SplashOverride& splashOverride) {
   const std::string lzmaTool = joinPath(folders.guTemp, kLzmaToolName);
   logMessage("[Extractor] LZMA path is %s\n", lzmaTool.c_str());
   const UnpackingTools tools = {.lzma = lzmaTool, .unpack200 = ""};
-  extractTailEntry(tail, tools, folders.guTemp);
-  logMessage("[Extractor] Ensuring LZMA is executable.\n");
-  if (chmod777(lzmaTool.c_str()) != 0)
-    logMessage("[Extractor] ***************************** Error setting LZMA executable!\n");
+  for (const Compression& compression : kCompressions)
+    extractTool(tail, tools, joinPath(folders.guTemp, compression.tool), folders.guTemp);
 
   extractTailEntry(tail, tools, folders.guTemp);
   saveOverrideImageIfAllowed(splashOverride.canOverride, splashOverride.image,

@@ -50,11 +50,11 @@ void writeTail(ByteSink& sink, const Config& config, const BundleTools& tools,
   writeTailEntry(sink, {kSplashPictureName, resolved(config, config.application.splash)});
   writeTailEntry(sink, {kTrustStoreName, resolved(config, config.updater.cacerts)});
   writeTailEntry(sink, {"verpatch.exe", ""});
-  writeTailEntry(sink, {"GU.p2.l2", parts.updater.archive});
+  writeTailEntry(sink, {packedArchiveName(kUpdaterPart), parts.updater.archive});
   if (parts.runtime) {
-    writeTailEntry(sink, {"JRE.p2.l2", parts.runtime->archive});
+    writeTailEntry(sink, {packedArchiveName(kJrePart), parts.runtime->archive});
   }
-  writeTailEntry(sink, {"App.p2.l2", parts.application.archive});
+  writeTailEntry(sink, {packedArchiveName(kApplicationPart), parts.application.archive});
   // The launcher reads two entries for the application; the second one is a leftover that the
   // format keeps.
   writeTailEntry(sink, {"App2", ""});

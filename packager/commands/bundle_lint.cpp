@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "formats/tail_format.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/commands/named_jar.h"
 #include "packager/content/icns.h"
@@ -106,12 +107,13 @@ Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
 
 Findings lintApplicationPaths(const ContentTree& application) {
   Findings findings;
-  for (const char* name : {"App.p2", "App.p2.l2"}) {
+  for (const std::string& name :
+       {archiveName(kApplicationPart), packedArchiveName(kApplicationPart)}) {
     if (application.contains(name)) {
       findings.push_back(
           {Severity::kError,
            "path-taken",
-           std::string("\"") + name +
+           "\"" + name +
                "\" of the application is where the archive itself is put while it is "
                "extracted",
            {application.entries().at(name).source, 0},

@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-#include "formats/launch_file.h"
+#include "formats/launch_file_format.h"
 #include "install/version_folders.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/commands/named_jar.h"

@@ -5,11 +5,16 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <utility>
+#include <variant>
 
+#include "formats/property_block.h"
+#include "formats/remembered_options_format.h"
+#include "formats/version_file_format.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/keys/pem.h"
 #include "packager/keys/public_key.h"
 #include "packager/reading/bundle_view.h"
+#include "packager/reading/launch_file_view.h"
 #include "packager/reading/plain_archive.h"
 #include "packager/reading/target.h"
 #include "packager/report/exit_statuses.h"
@@ -153,35 +158,16 @@ Json textsOf(RecordInput& input, const std::string& countName, const std::string
   return list;
 }
 
-// As formats/launch_file.h has the records.
 Json inspectLaunchFile(const std::string& path, Findings& findings) {
   RecordInput input(path, findings);
-  Json file;
-  const std::int64_t version = input.number("LaunchFile VER");
-  file["version"] = version;
-  file["main class"] = input.text("Class");
-  file["class on update"] = input.text("Class OnUpdate");
-  file["application"] = input.text("App Name");
-  file["icon"] = input.text("OS ICNS");
-  file["url required"] = input.boolean("URL Required");
-  file["largest heap MiB"] = input.number("jvmMem (old)");
-  file["initial heap MiB"] = input.number("jvmStack (old)");
-  file["class path"] = textsOf(input, "Classpath Count", "Classpath Entry");
-  file["arguments"] = textsOf(input, "Extra Args Count", "Extra Args Entry");
-  if (version >= 3) {
-    file["compatibility class"] = input.text("Main Class JRECompatibility");
+  const LaunchFile file = readLaunchFile(input);
+  Json shown;
+  for (const LaunchFileRecord& record : kLaunchFileRecords) {
+    if (record.sinceVersion == 1 || file.version >= record.sinceVersion) {
+      std::visit([&](auto place) { shown[record.shownAs] = file.*place; }, record.value);
+    }
   }
-  if (version >= 4) {
-    file["class after install"] = input.text("Main Class PostInstall");
-    file["class before uninstall"] = input.text("Main Class PreUninstall");
-  }
-  if (version >= 5) {
-    file["jvm options"] = textsOf(input, "App JVM Option Count", "App JVM Option Entry");
-  }
-  if (version >= 6) {
-    file["must fork"] = input.boolean("Must Fork");
-  }
-  return file;
+  return shown;
 }
 
 // Keys and values take turns; the last value has no terminator.
@@ -196,25 +182,26 @@ Json inspectLaunchProperties(const std::string& path) {
   Json list = Json::array();
   for (std::size_t i = 0; i < texts.size(); i += 2) {
     const std::string& key = texts[i];
-    const bool isStatic = key.starts_with("qystat_");
+    const bool isStatic = key.starts_with(kStaticPrefix);
     const std::string value = i + 1 < texts.size() ? texts[i + 1] : "";
-    list.push_back({{"kind", isStatic                     ? "static"
-                             : key.starts_with("qydyna_") ? "dynamic"
-                                                          : "unknown"},
-                    {"name", key.size() > 7 ? key.substr(7) : key},
-                    {"value", value == "\x04" ? "" : value}});
+    list.push_back(
+        {{"kind", isStatic                          ? "static"
+                  : key.starts_with(kDynamicPrefix) ? "dynamic"
+                                                    : "unknown"},
+         {"name", key.size() > kStaticPrefix.size() ? key.substr(kStaticPrefix.size()) : key},
+         {"value", value == kStoredForEmpty ? "" : value}});
   }
   return {{"count", list.size()}, {"properties", list}};
 }
 
 Json inspectRememberedOptions(const std::string& path, Findings& findings) {
   RecordInput input(path, findings);
-  return {{"options", textsOf(input, "LSO Count", "LSO Entry")}};
+  return {{"options", textsOf(input, kRememberedCountRecord, kRememberedEntryRecord)}};
 }
 
 Json inspectVersionFile(const std::string& path) {
   const std::string text = readWholeFile(path);
-  return {{"version", text.substr(0, text.find_first_of(" \r\n"))}};
+  return {{"version", text.substr(0, text.find_first_of(kVersionEnds))}};
 }
 
 Json inspectKey(const std::string& path) {

@@ -1,5 +1,7 @@
 #include "packager/commands/packed_parts.h"
 
+#include "formats/tail_format.h"
+
 namespace quillory::pack {
 namespace {
 
@@ -11,11 +13,13 @@ PackedPart placeFor(const BundlePart& part, const std::string& archive) {
 
 PackedParts packParts(const BundleParts& parts, const PackingOptions& options,
                       const std::string& folder, Reporter& reporter) {
-  PackedParts packed{placeFor(parts.updater, folder + "/GU.p2.l2"),
-                     placeFor(parts.application, folder + "/App.p2.l2"), std::nullopt};
+  PackedParts packed{
+      placeFor(parts.updater, folder + '/' + packedArchiveName(kUpdaterPart)),
+      placeFor(parts.application, folder + '/' + packedArchiveName(kApplicationPart)),
+      std::nullopt};
   std::vector<PackingJob> jobs;
   if (parts.runtime) {
-    packed.runtime = placeFor(*parts.runtime, folder + "/JRE.p2.l2");
+    packed.runtime = placeFor(*parts.runtime, folder + '/' + packedArchiveName(kJrePart));
     jobs.push_back({&parts.runtime->content, packed.runtime->archive});
   }
   jobs.push_back({&parts.updater.content, packed.updater.archive});

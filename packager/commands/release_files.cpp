@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "formats/downloads.h"
+#include "formats/version_file_format.h"
 #include "packager/bytes/byte_sinks.h"
 
 namespace quillory::pack {
@@ -10,7 +10,7 @@ namespace quillory::pack {
 void addRelease(const std::string& folder, const std::string& name, const std::string& version,
                 const std::string& archive) {
   std::filesystem::create_directories(folder);
-  FileSink copy(folder + "/Quillory-" + name + '-' + version + "-archive.p2.l2");
+  FileSink copy(folder + '/' + releaseArchiveName(name, version));
   copyFileInto(copy, archive);
   copy.commit();
   writeWholeFile(folder + '/' + versionFileName(name), version + '\n');

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "formats/archive_signature.h"
+#include "formats/archive_format.h"
 #include "packager/bytes/work_folder.h"
 #include "packager/keys/mixed_digest.h"
 #include "packager/reading/archive_checks.h"

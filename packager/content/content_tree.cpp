@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "formats/archive_signature.h"
+#include "formats/archive_format.h"
 #include "formats/record_stream.h"
 #include "support/folder_listing.h"
 #include "support/utf8.h"

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "formats/launch_file.h"
 #include "packager/reading/bundle_view.h"
+#include "packager/reading/launch_file_view.h"
 #include "packager/reading/target.h"
 
 namespace quillory::pack {
@@ -17,14 +17,11 @@ void add(Findings& findings, Severity severity, const char* rule, const std::str
   findings.push_back({severity, rule, what, {file, 0}, advice});
 }
 
-// The launcher makes -Xmx of the first record and -Xms of the second, whatever its name says.
-void checkMemory(RecordInput& input, const std::string& name, Findings& findings) {
-  const std::int64_t maximum = input.number("jvmMem (old)");
-  const std::int64_t initial = input.number("jvmStack (old)");
-  if (maximum > 0 && initial > maximum) {
+void checkMemory(const LaunchFile& launch, const std::string& name, Findings& findings) {
+  if (launch.maximumHeap > 0 && launch.initialHeap > launch.maximumHeap) {
     add(findings, Severity::kError, "memory",
-        "the launch file begins with a heap of " + std::to_string(initial) +
-            " MiB, more than the " + std::to_string(maximum) +
+        "the launch file begins with a heap of " + std::to_string(launch.initialHeap) +
+            " MiB, more than the " + std::to_string(launch.maximumHeap) +
             " that it allows: Java refuses to start so",
         name, "make initial-memory-mb as large as memory-mb or smaller, and pack again");
   }
@@ -73,22 +70,16 @@ void checkProgramArchive(const PlainArchive& archive, const ArchiveListing& list
   Findings found;
   RecordInput input(archive.path(), found);
   input.seek(launch->contentAt);
-  input.number("LaunchFile VER");
-  const std::string mainClass = input.text("Class");
-  for (const char* ignored : {"Class OnUpdate", "App Name", "OS ICNS", "URL Required"}) {
-    input.text(ignored);
-  }
-  checkMemory(input, name, findings);
-  const std::int64_t count = input.number("Classpath Count");
-  for (std::int64_t i = 0; i < count && !input.atEnd(); ++i) {
-    const std::string entry = input.text("Classpath Entry");
+  const LaunchFile file = readLaunchFile(input, kClassPathRecord.name);
+  checkMemory(file, name, findings);
+  for (const std::string& entry : file.classPath) {
     if (listing.find(entry) == nullptr) {
       add(findings, Severity::kError, "class-path",
           "the class path names \"" + entry + "\", which is not in the archive", name,
           "make the bundle again");
     }
   }
-  if (mainClass.empty()) {
+  if (file.mainClass.empty()) {
     add(findings, Severity::kError, "main-class", "the launch file names no main class", name, "");
   }
 }

@@ -4,18 +4,16 @@
 #include <utility>
 
 #include "formats/archive_output.h"
-#include "formats/archive_signature.h"
 
 namespace quillory::pack {
 namespace {
 
 // Stands for the destination in the launcher's own test of paths; any absolute one does.
 constexpr char kSomeFolder[] = "/folder";
-constexpr char kPack200Suffix[] = ".p2";
 
 void checkEntry(const ListedEntry& entry, RecordInput& input, Findings& findings,
                 const std::string& path) {
-  const std::size_t suffix = entry.type == kPack200Type ? sizeof kPack200Suffix - 1 : 0;
+  const std::size_t suffix = entry.type == kPack200Type ? kArchiveSuffix.size() : 0;
   if (const char* why = whyRefused(kSomeFolder, entry.path, suffix)) {
     findings.push_back({Severity::kError,
                         "path",
@@ -52,15 +50,15 @@ const ListedEntry* ArchiveListing::find(const std::string& path) const {
 
 std::optional<ListedEntry> readListedEntry(RecordInput& input, Findings& findings,
                                            const std::string& path) {
-  const std::string type = input.text("Archive File Type");
+  const std::string type = input.text(kEntryTypeRecord);
   if (type.empty()) {
     return std::nullopt;
   }
   ListedEntry entry;
   entry.type = std::strtol(type.c_str(), nullptr, 10);
-  entry.path = input.text("Archive File Path");
+  entry.path = input.text(kEntryPathRecord);
   if (entry.type != kFolderType) {
-    entry.length = input.number("Archive File Length");
+    entry.length = input.number(kEntryLengthRecord);
   }
   entry.contentAt = input.position();
   if (entry.path == kSignatureBlockPath && entry.length != 0) {
@@ -83,8 +81,8 @@ ArchiveListing listArchive(RecordInput& input, Findings& findings, const std::st
     if (entry->path == kSignatureBlockPath && entry->length != 0) {
       ListedSignature signature;
       signature.offset = start;
-      signature.claimedOffset = input.number("Signature Length");
-      signature.hex = input.text("Signature Hex", kSignatureHexCapacity);
+      signature.claimedOffset = input.number(kSignaturePlaceRecord);
+      signature.hex = input.text(kSignatureHexRecord, kSignatureHexCapacity);
       listing.signature = std::move(signature);
       break;
     }

@@ -5,19 +5,20 @@
 #include <string>
 #include <vector>
 
+#include "formats/archive_format.h"
 #include "packager/reading/record_input.h"
 
 namespace quillory::pack {
 
 struct ListedEntry {
-  std::int64_t type = 0;  ///< 1: folder, 2: pack200 file, else: plain file
+  std::int64_t type = kFileEntry;
   std::string path;
   std::int64_t length = 0;
   std::int64_t contentAt = 0;  ///< where the content begins in the file
 };
 
-inline constexpr std::int64_t kFolderType = 1;
-inline constexpr std::int64_t kPack200Type = 2;
+inline constexpr std::int64_t kFolderType = kFolderEntry;
+inline constexpr std::int64_t kPack200Type = kPack200Entry;
 
 struct ListedSignature {
   std::int64_t offset = 0;         ///< where the block stands

@@ -4,9 +4,14 @@
 #include <filesystem>
 #include <utility>
 
-#include "formats/launch_file.h"
+#include "formats/archive_format.h"
+#include "formats/launch_file_format.h"
+#include "formats/launch_properties_format.h"
 #include "formats/markers.h"
+#include "formats/property_block.h"
+#include "formats/remembered_options_format.h"
 #include "formats/tail_format.h"
+#include "formats/version_file_format.h"
 #include "packager/reading/bundle_view.h"
 #include "packager/reading/record_input.h"
 #include "packager/report/findings.h"
@@ -21,11 +26,11 @@ constexpr std::size_t kHead = 512;
 FileKind kindByName(const std::string& name) {
   if (name == kTailFileName) return FileKind::kTail;
   if (name == kLaunchFileName) return FileKind::kLaunchFile;
-  if (name.starts_with("QYLaunchProperties-")) return FileKind::kLaunchProperties;
-  if (name.starts_with("JRE-LastSuccessfulOptions-")) return FileKind::kRememberedOptions;
-  if (name.ends_with("-version.txt")) return FileKind::kVersionFile;
-  if (name.ends_with(".p2.l2")) return FileKind::kCompressedArchive;
-  if (name.ends_with(".p2")) return FileKind::kArchive;
+  if (name.starts_with(kLaunchPropertiesPrefix)) return FileKind::kLaunchProperties;
+  if (name.starts_with(kRememberedOptionsPrefix)) return FileKind::kRememberedOptions;
+  if (name.ends_with(kVersionFileSuffix)) return FileKind::kVersionFile;
+  if (isArchiveName(name))
+    return compressionOf(name) != nullptr ? FileKind::kCompressedArchive : FileKind::kArchive;
   return FileKind::kUnknown;
 }
 
@@ -59,7 +64,7 @@ FileKind kindByContent(const std::string& path) {
   RecordInput input(path, ignored);
   const std::string head = input.bytes(kHead);
   if (head.starts_with("-----BEGIN ")) return FileKind::kSigningKey;
-  if (head.starts_with("qystat_") || head.starts_with("qydyna_")) {
+  if (head.starts_with(kStaticPrefix) || head.starts_with(kDynamicPrefix)) {
     return FileKind::kLaunchProperties;
   }
   // The usual properties byte of LZMA, then a dictionary of whole MiB.

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "formats/archive_format.h"
 #include "lzma/lzma_alone.h"
 #include "packager/bytes/byte_sinks.h"
 
@@ -48,7 +49,8 @@ std::string temporaryFolder() {
 }
 
 PlainArchive::PlainArchive(const FileRegion& region, bool compressed)
-    : work_(std::make_unique<WorkFolder>(temporaryFolder())), path_(*work_ / "archive.p2") {
+    : work_(std::make_unique<WorkFolder>(temporaryFolder())),
+      path_(*work_ / archiveName("archive")) {
   FileSink file(path_, 0600);
   if (!compressed) {
     readRegion(region, [&](std::string_view block) { file.write(block); });

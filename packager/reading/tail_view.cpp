@@ -8,8 +8,8 @@
 namespace quillory::pack {
 namespace {
 
-// Behind the tool and the splash picture.
-constexpr std::size_t kUpdaterStart = 2;
+// Behind the tools and the splash picture.
+constexpr std::size_t kUpdaterStart = kCompressions.size() + 1;
 
 const ListedEntry* archiveAmong(const std::vector<ListedEntry>& entries, std::size_t first,
                                 std::size_t count) {
@@ -24,12 +24,11 @@ const ListedEntry* archiveAmong(const std::vector<ListedEntry>& entries, std::si
 }  // namespace
 
 bool isCompressed(const ListedEntry& entry) {
-  return entry.type != kFolderType && entry.path.ends_with(".l2");
+  return entry.type != kFolderType && compressionOf(entry.path) != nullptr;
 }
 
 bool isArchive(const ListedEntry& entry) {
-  return entry.type != kFolderType &&
-         (entry.path.ends_with(".p2") || entry.path.ends_with(".p2.l2"));
+  return entry.type != kFolderType && isArchiveName(entry.path);
 }
 
 const std::string& TailView::record(const std::string& name) const {

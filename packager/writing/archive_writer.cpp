@@ -1,17 +1,10 @@
 #include "packager/writing/archive_writer.h"
 
-#include "formats/archive_signature.h"
+#include "formats/archive_format.h"
 #include "packager/report/findings.h"
 #include "packager/writing/record_writer.h"
 
 namespace quillory::pack {
-namespace {
-
-constexpr char kFile[] = "0";
-constexpr char kFolder[] = "1";
-
-}  // namespace
-
 void ArchiveWriter::Tee::write(std::string_view bytes) {
   digest.update(bytes);
   count += bytes.size();
@@ -20,15 +13,15 @@ void ArchiveWriter::Tee::write(std::string_view bytes) {
 
 void writeFileEntryHeader(ByteSink& sink, const std::string& path, std::uint64_t size) {
   RecordWriter records(sink);
-  records.text("Archive File Type", kFile);
-  records.text("Archive File Path", path);
-  records.number("Archive File Length", static_cast<std::int64_t>(size));
+  records.number(kEntryTypeRecord, kFileEntry);
+  records.text(kEntryPathRecord, path);
+  records.number(kEntryLengthRecord, static_cast<std::int64_t>(size));
 }
 
 void ArchiveWriter::folder(const std::string& path) {
   RecordWriter records(out_);
-  records.text("Archive File Type", kFolder);
-  records.text("Archive File Path", path);
+  records.number(kEntryTypeRecord, kFolderEntry);
+  records.text(kEntryPathRecord, path);
 }
 
 void ArchiveWriter::bytes(const std::string& path, std::string_view content) {
@@ -58,19 +51,19 @@ void ArchiveWriter::tree(const ContentTree& content) {
   }
 }
 
-void ArchiveWriter::end() { RecordWriter(out_).text("Archive File Type", ""); }
+void ArchiveWriter::end() { RecordWriter(out_).text(kEntryTypeRecord, ""); }
 
 void ArchiveWriter::endSigned(const SigningKey& key, Salt salt) {
   const std::uint64_t offset = out_.count;
   const std::string hex = toHex(key.sign(out_.digest.finish(), salt));
   // Past the digest from here on: a signature does not cover itself.
   RecordWriter records(sink_);
-  records.text("Archive File Type", kFile);
-  records.text("Archive File Path", kSignatureBlockPath);
+  records.number(kEntryTypeRecord, kFileEntry);
+  records.text(kEntryPathRecord, kSignatureBlockPath);
   // Any number but 0, which would make the reader skip the block.
-  records.number("Archive File Length", 1);
-  records.number("Signature Length", static_cast<std::int64_t>(offset));
-  records.text("Signature Hex", hex, kCheckedHexCapacity);
+  records.number(kEntryLengthRecord, 1);
+  records.number(kSignaturePlaceRecord, static_cast<std::int64_t>(offset));
+  records.text(kSignatureHexRecord, hex, kCheckedHexCapacity);
 }
 
 }  // namespace quillory::pack

@@ -1,40 +1,39 @@
 #include "packager/writing/launch_file_writer.h"
 
+#include <variant>
+#include <vector>
+
 #include "packager/writing/record_writer.h"
 
 namespace quillory::pack {
 namespace {
 
-constexpr int kVersion = 6;
+// Writes one record of `file`, of the kind that its place has.
+struct ValueWriter {
+  RecordWriter& records;
+  const LaunchFileRecord& record;
+  const LaunchFile& file;
 
-void writeList(RecordWriter& records, const char* countName, const char* entryName,
-               const std::vector<std::string>& entries) {
-  records.number(countName, static_cast<std::int64_t>(entries.size()));
-  for (const std::string& entry : entries) {
-    records.text(entryName, entry);
+  void operator()(int LaunchFile::*place) const { records.number(record.name, file.*place); }
+  void operator()(bool LaunchFile::*place) const { records.boolean(record.name, file.*place); }
+  void operator()(std::string LaunchFile::*place) const { records.text(record.name, file.*place); }
+  void operator()(std::vector<std::string> LaunchFile::*place) const {
+    records.number(record.name, static_cast<std::int64_t>((file.*place).size()));
+    for (const std::string& entry : file.*place) {
+      records.text(record.entryName, entry);
+    }
   }
-}
+};
 
 }  // namespace
 
 void writeLaunchFile(ByteSink& sink, const LaunchFile& file) {
+  LaunchFile newest = file;
+  newest.version = kLaunchFileVersion;
   RecordWriter records(sink);
-  records.number("LaunchFile VER", kVersion);
-  records.text("Class", file.mainClass);
-  records.text("Class OnUpdate", file.mainClassOnUpdate);
-  records.text("App Name", file.appName);
-  records.text("OS ICNS", file.icns);
-  records.boolean("URL Required", file.urlRequired);
-  records.number("jvmMem (old)", file.maximumHeap);
-  // The launcher makes -Xms of this record, whatever its name says.
-  records.number("jvmStack (old)", file.initialHeap);
-  writeList(records, "Classpath Count", "Classpath Entry", file.classPath);
-  writeList(records, "Extra Args Count", "Extra Args Entry", file.arguments);
-  records.text("Main Class JRECompatibility", file.compatibilityClass);
-  records.text("Main Class PostInstall", "");
-  records.text("Main Class PreUninstall", "");
-  writeList(records, "App JVM Option Count", "App JVM Option Entry", file.jvmOptions);
-  records.boolean("Must Fork", file.mustFork);
+  for (const LaunchFileRecord& record : kLaunchFileRecords) {
+    std::visit(ValueWriter{records, record, newest}, record.value);
+  }
 }
 
 std::string launchFileBytes(const LaunchFile& file) {
