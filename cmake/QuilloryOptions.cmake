@@ -7,6 +7,10 @@ target_compile_options(quillory_options INTERFACE -Wall -Wextra -Wpedantic -Wsha
 # optimises; the sanitizers look for the real thing.
 target_compile_options(quillory_options INTERFACE
                        "$<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized;-Wno-restrict>")
+# The same as too long, when its headers are precompiled.
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND NOT CMAKE_DISABLE_PRECOMPILE_HEADERS)
+  target_compile_options(quillory_options INTERFACE -Wno-stringop-overflow -Wno-array-bounds)
+endif()
 if(QUILLORY_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
@@ -16,6 +20,31 @@ elseif(QUILLORY_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+# Headers that nearly every source includes are parsed once: quillory_precompile_for(OWNER HEADERS...)
+# does that for a target, and quillory_precompile(TARGET OWNER) has another one use them. A source
+# includes what it uses nevertheless: the preset "debug", the macOS programs and the fuzz targets are
+# built without.
+if(CMAKE_CROSSCOMPILING OR QUILLORY_FUZZ)
+  set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
+endif()
+
+function(quillory_precompile_for owner)
+  list(TRANSFORM ARGN REPLACE "(.+)" "$<$<COMPILE_LANGUAGE:CXX>:<\\1$<ANGLE-R>>")
+  target_precompile_headers(${owner} PRIVATE ${ARGN})
+endfunction()
+
+function(quillory_precompile target owner)
+  get_target_property(sources ${target} SOURCES)
+  list(FILTER sources INCLUDE REGEX "[.]mm$")
+  set_source_files_properties(${sources} PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
+  target_precompile_headers(${target} REUSE_FROM ${owner})
+endfunction()
+
+# For sources that take long to compile and hardly any time to run: quillory_compile_quickly(SOURCES...).
+function(quillory_compile_quickly)
+  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:Release>:-O1>)
+endfunction()
+
 # A library of our own code: quillory_library(name SOURCES... LIBRARIES...). Headers are found from
 # the top of the tree ("formats/archive.h").
 function(quillory_library name)
@@ -23,4 +52,7 @@ function(quillory_library name)
   add_library(${name} STATIC ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE quillory_options PUBLIC ${ARG_LIBRARIES})
+  if(TARGET quillory_support AND NOT name STREQUAL quillory_support)
+    quillory_precompile(${name} quillory_support)
+  endif()
 endfunction()

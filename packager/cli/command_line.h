@@ -6,7 +6,9 @@
 
 namespace quillory::pack {
 
-/// Runs one command. `terminal`: `err` is a terminal, so that a progress bar may be drawn.
+/// Runs one command and returns its exit status; `arguments` are without the program's name. What
+/// a command throws is reported, to `err` or in the document of --json on `out`, and gives status 1
+/// or 3; nothing is thrown. `terminal`: `err` is one, so that a progress bar may be drawn.
 int runCommandLine(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
                    bool terminal);
 

@@ -1,31 +1,32 @@
 // Makes an application bundle, and the files for the update URL, from a configuration.
 #pragma once
-#include <optional>
+#include <cstdint>
 #include <string>
 
 #include "packager/commands/command.h"
 #include "packager/config/config.h"
 #include "packager/content/program_folder.h"
+#include "packager/reading/target.h"
 #include "packager/report/reporter.h"
 
 namespace quillory::pack {
 
 struct BundleOptions {
-  std::optional<std::string> output;  ///< instead of bundle.output
-  std::optional<int> compression;     ///< instead of bundle.compression
-  bool unsignedArchives = false;      ///< pack without a key
-  Target target = nativeTarget();     ///< the system that the bundle is for
+  std::string output;              ///< the folder for the results, made when missing
+  int compression = 6;             ///< 0 (fast) to 9 (small)
+  bool isUnsigned = false;         ///< pack without a key
+  Target target = nativeTarget();  ///< the system that the bundle is for
 };
 
 struct BundleResult {
-  std::string bundle;         ///< dist/<name>.app
-  std::string releaseFolder;  ///< dist/release
+  std::string bundle;         ///< <output>/<name>.app
+  std::string releaseFolder;  ///< <output>/release
   std::uint64_t bundleBytes = 0;
 };
 
 /// Throws RejectedInput when the content does not hold up, PackError when something fails. A bundle
 /// of an earlier run is replaced only when the new one is complete.
-BundleResult makeBundle(Config config, const BundleOptions& options, Reporter& reporter);
+BundleResult makeBundle(const Config& config, const BundleOptions& options, Reporter& reporter);
 
 /// "bundle": reads a configuration and packs what it names.
 Command bundleCommand();

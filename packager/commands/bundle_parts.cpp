@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 #include "formats/launch_file.h"
+#include "install/version_folders.h"
 #include "packager/bytes/byte_sinks.h"
-#include "packager/content/icns.h"
-#include "packager/content/jar_reader.h"
+#include "packager/commands/named_jar.h"
+#include "packager/content/runtime_image.h"
 #include "packager/writing/launch_file_writer.h"
 #include "support/folder_listing.h"
 
@@ -50,17 +52,6 @@ LaunchFile commonLaunchFile(const Config& config) {
   return file;
 }
 
-// A jar that the configuration names at `place`; none, with a finding, when it is not one.
-std::optional<Jar> namedJar(const std::string& path, const Place& place, Findings& findings) {
-  try {
-    return Jar(path);
-  } catch (const PackError& e) {
-    findings.push_back({Severity::kError, "jar", path + ": " + e.what(), place,
-                        "build it again, or correct the name"});
-    return std::nullopt;
-  }
-}
-
 // Our own updater is not the user's to repair.
 Jar updaterJar(const Config& config, const std::string& path) {
   if (config.updater.jar.empty()) {
@@ -89,35 +80,25 @@ void requireUpdaterClass(const Config& config, const std::string& path, const Ja
   throw RejectedInput({{Severity::kError, "main-class", what, config.placeOf(key), advice}});
 }
 
-void lintExtraFiles(const Config& config, Findings& findings) {
-  for (const ExtraFile& file : config.application.files) {
-    const std::string path = config.resolve(file.from);
-    std::error_code ignored;
-    // A link that leads nowhere is there; the tree of content has its own words for that.
-    if (fs::symlink_status(path, ignored).type() == fs::file_type::not_found) {
-      findings.push_back({Severity::kError, "missing-file", "there is no file or folder " + path,
-                          config.placeOf("application.files"),
-                          "make it, correct the name, or leave it out"});
-    }
-  }
+// Makes a runtime, and returns its folder.
+std::string linkedRuntime(const Config& config, const BundleTools& tools,
+                          std::vector<std::string> jars, Target target,
+                          const std::string& workFolder, Reporter& reporter) {
+  requireModulesFor(target, config);
+  reporter.line("linking a runtime");
+  jars.push_back(tools.updaterJar);
+  return linkRuntime(config.runtime, jars, workFolder);
 }
 
-void lintPicture(const Config& config, const std::string& key, const std::string& named,
-                 std::string (*flawOf)(std::string_view), const char* advice, Findings& findings) {
-  if (named.empty()) {
-    return;
+std::string runtimeVersion(const Config& config, const std::string& home) {
+  const std::string version =
+      config.runtime.version.empty() ? versionNumberOf(home) : config.runtime.version;
+  if (version.empty()) {
+    throw RejectedInput(
+        {{Severity::kError, "version", "the runtime has no release file that says its version",
+          config.placeOf("runtime"), "version = 17 in [runtime]"}});
   }
-  const std::string path = config.resolve(named);
-  const Place place = config.placeOf(key);
-  if (!isFile(path)) {
-    findings.push_back({Severity::kError, "missing-file", "there is no file " + path, place,
-                        "correct the name, or leave out " + key});
-    return;
-  }
-  const std::string flaw = flawOf(readWholeFile(path));
-  if (!flaw.empty()) {
-    findings.push_back({Severity::kError, "picture", path + ' ' + flaw, place, advice});
-  }
+  return version;
 }
 
 }  // namespace
@@ -144,7 +125,7 @@ std::vector<std::string> findJars(const Config& config) {
   return jars;
 }
 
-ContentTree updaterContent(const Config& config, const BundleTools& tools) {
+BundlePart updaterPart(const Config& config, const BundleTools& tools) {
   const Jar jar = updaterJar(config, tools.updaterJar);
   LaunchFile launch = commonLaunchFile(config);
   launch.mainClass = config.updater.mainClass;
@@ -163,27 +144,10 @@ ContentTree updaterContent(const Config& config, const BundleTools& tools) {
   ContentTree tree("updater");
   tree.addBytes(launchFileBytes(launch), kLaunchFileName);
   tree.addFile(tools.updaterJar, kUpdaterJarName);
-  return tree;
+  return {kUpdaterName, std::to_string(config.updater.version), std::move(tree)};
 }
 
-Findings lintApplicationPaths(const ContentTree& tree) {
-  Findings findings;
-  for (const char* name : {"App.p2", "App.p2.l2"}) {
-    if (tree.contains(name)) {
-      findings.push_back(
-          {Severity::kError,
-           "path-taken",
-           std::string("\"") + name +
-               "\" of the application is where the archive itself is put while it is "
-               "extracted",
-           {tree.entries().at(name).source, 0},
-           "rename it"});
-    }
-  }
-  return findings;
-}
-
-ContentTree applicationContent(const Config& config, const std::vector<std::string>& jars) {
+BundlePart applicationPart(const Config& config, const std::vector<std::string>& jars) {
   LaunchFile launch = commonLaunchFile(config);
   launch.mainClass = config.application.mainClass;
   launch.arguments = config.application.arguments;
@@ -200,42 +164,20 @@ ContentTree applicationContent(const Config& config, const std::vector<std::stri
     tree.addFile(clean, file.to.empty() ? nameOf(clean) : file.to);
   }
   tree.addBytes(launchFileBytes(launch), kLaunchFileName);
-  return tree;
+  return {config.application.name, std::to_string(config.application.version), std::move(tree)};
 }
 
-Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
-  Findings findings;
-  bool hasMainClass = false;
-  for (const std::string& path : jars) {
-    if (nameOf(path).find(':') != std::string::npos) {
-      findings.push_back({Severity::kError,
-                          "name-colon",
-                          "a jar's name holds a \":\", which separates the entries of a class path",
-                          {path, 0},
-                          "rename it"});
-    }
-    const std::optional<Jar> jar = namedJar(path, config.placeOf("application.jars"), findings);
-    // Nobody knows what is in a damaged one.
-    hasMainClass = !jar || jar->hasClass(config.application.mainClass) || hasMainClass;
-  }
-  if (!hasMainClass) {
-    findings.push_back({Severity::kError, "main-class",
-                        "no jar has the class " + config.application.mainClass,
-                        config.placeOf("application.main-class"),
-                        "write its full name, and see that its jar is in application.jars"});
-  }
-  lintExtraFiles(config, findings);
-  lintPicture(config, "application.splash", config.application.splash, flawOfPicture,
-              "save it as PNG: the splash would stay empty", findings);
-  lintPicture(config, "application.icon", config.application.icon, flawOfIcon,
-              "save it as PNG, best of 1024 by 1024 pixels, or as icns", findings);
-  if (!config.updater.cacerts.empty() && !isFile(config.resolve(config.updater.cacerts))) {
-    findings.push_back({Severity::kError, "missing-file",
-                        "there is no file " + config.resolve(config.updater.cacerts),
-                        config.placeOf("updater.cacerts"),
-                        "correct the name, or leave out updater.cacerts"});
-  }
-  return findings;
+BundlePart runtimePart(const Config& config, const BundleTools& tools,
+                       const std::vector<std::string>& jars, Target target,
+                       const std::string& workFolder, Reporter& reporter) {
+  const std::string folder = config.runtime.source == RuntimeSource::kJlink
+                                 ? linkedRuntime(config, tools, jars, target, workFolder, reporter)
+                                 : config.resolve(config.runtime.folder);
+  const std::string home = findJavaHome(folder, config.placeOf("runtime.folder"));
+  reporter.findings(accepted(lintRuntime(home, target, tools.launcher, config.placeOf("runtime"))));
+  const std::string version = runtimeVersion(config, home);
+  reporter.detail("runtime " + home + ", version " + version);
+  return {config.runtime.name, version, runtimeContent(home, config.runtime.name, version)};
 }
 
 }  // namespace quillory::pack

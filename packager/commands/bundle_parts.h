@@ -1,13 +1,28 @@
-// What a bundle is put together from: the jars, and the trees of content.
+// What a bundle is put together from: its updater, its application and its runtime, each a tree of
+// content with the name and version that it is installed under.
 #pragma once
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "packager/config/config.h"
 #include "packager/content/bundle_tools.h"
 #include "packager/content/content_tree.h"
+#include "packager/report/reporter.h"
 
 namespace quillory::pack {
+
+struct BundlePart {
+  std::string name;
+  std::string version;  ///< a whole number
+  ContentTree content;
+};
+
+struct BundleParts {
+  BundlePart updater;
+  BundlePart application;
+  std::optional<BundlePart> runtime;  ///< none: the launcher finds or downloads one
+};
 
 /// The jars of the application, patterns resolved, in class path order. Throws RejectedInput when a
 /// pattern matches nothing.
@@ -15,13 +30,18 @@ std::vector<std::string> findJars(const Config& config);
 
 /// Throws RejectedInput when what the configuration names as the updater has no class to start, and
 /// PackError when that is so of our own.
-ContentTree updaterContent(const Config& config, const BundleTools& tools);
-ContentTree applicationContent(const Config& config, const std::vector<std::string>& jars);
+BundlePart updaterPart(const Config& config, const BundleTools& tools);
 
-/// Names that an installation needs for itself.
-Findings lintApplicationPaths(const ContentTree& tree);
+/// The jars under lib/, the other files of the configuration, and the launch file. Files that are
+/// missing are findings of the tree.
+BundlePart applicationPart(const Config& config, const std::vector<std::string>& jars);
 
-/// What the jars, pictures and other named files should be and are not.
-Findings lintFiles(const Config& config, const std::vector<std::string>& jars);
+/// The runtime that the configuration asks for, which is one from a folder or made with jlink below
+/// `workFolder`, for the jars of the application and the updater. Its version is the one of its
+/// release file when the configuration has none. Throws RejectedInput when it does not go with the
+/// launcher, or has no version; PackError when it cannot be made.
+BundlePart runtimePart(const Config& config, const BundleTools& tools,
+                       const std::vector<std::string>& jars, Target target,
+                       const std::string& workFolder, Reporter& reporter);
 
 }  // namespace quillory::pack

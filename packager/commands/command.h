@@ -43,7 +43,7 @@ std::string defaultOf(const Argument& argument);
 /// Copies of a command share what its arguments set.
 struct Command {
   std::string name;
-  std::string description{};
+  std::string description;
   std::string example;
   std::vector<Argument> arguments;  ///< in the order of the help
   /// Does it with what the arguments have set by now; the result is the exit status. Throws

@@ -10,7 +10,6 @@
 
 #include "install/version_folders.h"
 #include "packager/bytes/byte_sinks.h"
-#include "packager/config/config_lint.h"
 #include "packager/config/name_rules.h"
 #include "packager/content/jar_reader.h"
 #include "packager/report/exit_statuses.h"

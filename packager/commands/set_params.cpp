@@ -54,8 +54,9 @@ void setOne(Parameters& parameters, const std::string& name, const std::string& 
 }
 
 void check(const std::string& name, const std::string& value) {
-  if (const std::optional<Flaw> flaw = flawOfParameter(name, value)) {
-    throw PackError((name.empty() ? "a parameter" : name) + ' ' + flaw->what, flaw->advice);
+  const Subject subject{name.empty() ? "a parameter" : name, {}};
+  if (const std::optional<Finding> flaw = flawOfParameter(subject, name, value)) {
+    throw PackError(flaw->what, flaw->advice);
   }
 }
 

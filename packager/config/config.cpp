@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include "formats/update_url.h"
+#include "packager/config/config_completion.h"
 #include "packager/config/config_lint.h"
 #include "packager/config/config_section.h"
 #include "packager/config/toml_file.h"
@@ -104,9 +104,6 @@ void readUpdate(ConfigSection section, UpdateConfig& out) {
   out.mode = dynamic           ? UpdateMode::kDynamic
              : out.url.empty() ? UpdateMode::kOff
                                : UpdateMode::kStatic;
-  if (out.mode == UpdateMode::kOff) {
-    out.url = kInvalidUpdateURL;
-  }
 }
 
 void readSigning(ConfigSection section, SigningConfig& out) {
@@ -129,6 +126,25 @@ void readBundle(ConfigSection section, BundleConfig& out) {
   section.rejectUnknown();
 }
 
+// The file as it is written: what is missing has its default, or nothing.
+Config readConfig(const std::string& path, Findings& found) {
+  Config config;
+  config.file = path;
+  config.folder = std::filesystem::path(path).parent_path().string();
+  const TomlValue::Table root = readTomlFile(path);
+  rejectUnknownSections(root, kSections, path, found);
+  readApplication({root, "application", config, found}, config.application);
+  readJvm({root, "jvm", config, found}, config.jvm);
+  readUpdater({root, "updater", config, found}, config.updater);
+  readRuntime({root, "runtime", config, found}, config.runtime);
+  readInstall({root, "install", config, found}, config.install);
+  readUpdate({root, "update", config, found}, config.update);
+  readSigning({root, "signing", config, found}, config.signing);
+  readBundle({root, "bundle", config, found}, config.bundle);
+  ConfigSection(root, "parameters", config, found).pairs(config.parameters);
+  return config;
+}
+
 }  // namespace
 
 Place Config::placeOf(const std::string& key) const {
@@ -142,33 +158,18 @@ std::string Config::resolve(const std::string& path) const {
 }
 
 Config loadConfig(const std::string& path, Findings& findings) {
-  Config config;
-  config.file = path;
-  config.folder = std::filesystem::path(path).parent_path().string();
-  const TomlValue::Table root = readTomlFile(path);
   Findings found;
-  rejectUnknownSections(root, kSections, path, found);
-  readApplication({root, "application", config, found}, config.application);
-  readJvm({root, "jvm", config, found}, config.jvm);
-  readUpdater({root, "updater", config, found}, config.updater);
-  readRuntime({root, "runtime", config, found}, config.runtime);
-  for (std::string* named : {&config.runtime.jdk, &config.runtime.jmods}) {
-    *named = named->empty() ? "" : config.resolve(*named);
-  }
-  readInstall({root, "install", config, found}, config.install);
-  readUpdate({root, "update", config, found}, config.update);
-  readSigning({root, "signing", config, found}, config.signing);
-  readBundle({root, "bundle", config, found}, config.bundle);
-  ConfigSection(root, "parameters", config, found).pairs(config.parameters);
+  Config config = readConfig(path, found);
   if (!hasErrors(found)) {
-    lintConfig(config, found);
+    config = completed(std::move(config));
+    append(found, lintConfig(config));
   }
   std::stable_sort(found.begin(), found.end(),
                    [](const Finding& a, const Finding& b) { return a.place.line < b.place.line; });
   if (hasErrors(found)) {
     throw RejectedInput(std::move(found));
   }
-  findings.insert(findings.end(), found.begin(), found.end());
+  append(findings, found);
   return config;
 }
 

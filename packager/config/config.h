@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -107,6 +108,8 @@ struct Config {
   BundleConfig bundle;
   Parameters parameters;
   std::map<std::string, Place> places;  ///< "application.name" to where it stands
+  /// Keys that have a value although nobody gave them one; see completed().
+  std::set<std::string> filledIn;
 
   /// Where a key stands, or the file when it does not.
   Place placeOf(const std::string& key) const;
@@ -114,8 +117,8 @@ struct Config {
   std::string resolve(const std::string& path) const;
 };
 
-/// Reads and checks a file. Throws RejectedInput with everything that is wrong with it, PackError
-/// when it cannot be read. Warnings go to `findings`.
+/// Reads a file, completes it and judges it. Throws RejectedInput with everything that is wrong
+/// with it, PackError when it cannot be read. Warnings are added to `findings`.
 Config loadConfig(const std::string& path, Findings& findings);
 
 }  // namespace quillory::pack

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <optional>
+#include <utility>
 
 #include "formats/params_format.h"
 #include "formats/record_stream.h"
@@ -18,11 +18,10 @@ constexpr std::size_t kLongestRuntimeVersion = 50;
 
 class Linter {
  public:
-  Linter(Config& config, Findings& findings) : config_(config), findings_(findings) {}
+  explicit Linter(const Config& config) : config_(config) {}
 
-  void run() {
-    fillIn();
-    lintNames(config_, findings_);
+  Findings run() {
+    append(findings_, lintNames(config_));
     texts();
     memory();
     runtimeSource();
@@ -33,6 +32,7 @@ class Linter {
     runtimeVersion();
     parameters();
     signing();
+    return std::move(findings_);
   }
 
  private:
@@ -47,22 +47,6 @@ class Linter {
   void warning(const char* rule, const std::string& key, const std::string& what,
                const std::string& advice) {
     add(Severity::kWarning, rule, key, key + ' ' + what, advice);
-  }
-
-  void fillIn() {
-    ApplicationConfig& app = config_.application;
-    if (app.executable.empty()) {
-      app.executable = executableNameFor(app.name);
-    }
-    if (app.displayVersion.empty()) {
-      app.displayVersion = std::to_string(app.version);
-    }
-    if (app.identifier.empty()) {
-      app.identifier = "local." + executableNameFor(app.name);
-      warning("identifier", "application.identifier",
-              "is missing; \"" + app.identifier + "\" is used, which another application may have",
-              "identifier = \"com.example.myapplication\", from a domain that you own");
-    }
   }
 
   void limit(const std::string& key, const std::string& value, int capacity = kDefaultCapacity) {
@@ -157,8 +141,8 @@ class Linter {
     } else if (update.url == kDynamicUpdateUrl) {
       error("update-url", "update.url", "is \"D\", which stands for a dynamic URL",
             "write dynamic = true");
-    } else if (const std::optional<Flaw> flaw = flawOfUpdateUrl(update.url)) {
-      error("update-url", "update.url", flaw->what, flaw->advice);
+    } else if (const auto flaw = flawOfUpdateUrl(subject("update.url"), update.url)) {
+      findings_.push_back(*flaw);
     } else if (update.url.starts_with("http://")) {
       warning("plain-http", "update.url",
               "is plain http: anybody on the way can see and hold back what is downloaded",
@@ -202,30 +186,22 @@ class Linter {
               name == "jre_name" ? "use runtime.name" : "use dynamic = true and url in [update]");
       } else if (name == "force_spawn" && config_.places.count("jvm.force-spawn") != 0) {
         error("parameter", key, "is written by jvm.force-spawn as well", "keep one of the two");
-      } else if (const std::optional<Flaw> flaw = flawOfParameter(name, value)) {
-        error("parameter", key, flaw->what, flaw->advice);
+      } else if (const auto flaw = flawOfParameter(subject(key), name, value)) {
+        findings_.push_back(*flaw);
       }
     }
   }
 
   void signing() { limit("signing.key", config_.signing.key); }
 
-  Config& config_;
-  Findings& findings_;
+  Subject subject(const std::string& key) const { return {key, config_.placeOf(key)}; }
+
+  const Config& config_;
+  Findings findings_;
 };
 
 }  // namespace
 
-std::string executableNameFor(const std::string& applicationName) {
-  std::string name;
-  for (const char c : applicationName) {
-    if (std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_') {
-      name += c;
-    }
-  }
-  return name.empty() || name[0] == '.' ? "launcher" : name;
-}
-
-void lintConfig(Config& config, Findings& findings) { Linter(config, findings).run(); }
+Findings lintConfig(const Config& config) { return Linter(config).run(); }
 
 }  // namespace quillory::pack

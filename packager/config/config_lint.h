@@ -4,11 +4,8 @@
 
 namespace quillory::pack {
 
-/// Adds findings about names, limits, addresses; also fills in what follows from the rest
-/// (application.executable, application.identifier, application.displayVersion).
-void lintConfig(Config& config, Findings& findings);
-
-/// The name of the executable when none is given: the letters and digits of the name.
-std::string executableNameFor(const std::string& applicationName);
+/// What is wrong with a completed configuration: its names, limits, addresses. The files that it
+/// names are not looked at.
+Findings lintConfig(const Config& config);
 
 }  // namespace quillory::pack

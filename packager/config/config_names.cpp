@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <optional>
+#include <utility>
 
 #include "install/version_folders.h"
 #include "packager/config/name_rules.h"
@@ -15,19 +15,22 @@ constexpr char kSomeRuntimeVersion[] = "999999999999";
 
 class NameLinter {
  public:
-  NameLinter(const Config& config, Findings& findings) : config_(config), findings_(findings) {}
+  explicit NameLinter(const Config& config) : config_(config) {}
 
-  void run() {
+  Findings run() {
+    missingIdentifier();
     const std::string& runtimeVersion = config_.runtime.version;
     folderName("application.name", config_.application.name,
                std::to_string(config_.application.version));
     folderName("runtime.name", config_.runtime.name,
                runtimeVersion.empty() ? kSomeRuntimeVersion : runtimeVersion);
     takenNames();
-    if (const auto flaw = flawOfExecutableName(config_.application.executable)) {
-      addFlaw("application.executable", *flaw);
+    if (const auto flaw = flawOfExecutableName(subject("application.executable"),
+                                               config_.application.executable)) {
+      findings_.push_back(*flaw);
     }
     identifier();
+    return std::move(findings_);
   }
 
  private:
@@ -35,14 +38,12 @@ class NameLinter {
            const std::string& advice) {
     findings_.push_back({severity, rule, key + ' ' + what, config_.placeOf(key), advice});
   }
-  void addFlaw(const std::string& key, const Finding& flaw) {
-    add(flaw.severity, flaw.rule.c_str(), key, flaw.what, flaw.advice);
-  }
+  Subject subject(const std::string& key) const { return {key, config_.placeOf(key)}; }
 
   // Rules for what becomes part of a version folder's name.
   void folderName(const std::string& key, const std::string& name, const std::string& version) {
-    if (const std::optional<Finding> flaw = flawOfFolderName(name)) {
-      addFlaw(key, *flaw);
+    if (const auto flaw = flawOfFolderName(subject(key), name)) {
+      findings_.push_back(*flaw);
     } else if (!isUsableInFolderName(name, version)) {
       add(Severity::kError, "record-limit", key,
           "is too long: with its version, the folders named after it would have names of more "
@@ -77,6 +78,15 @@ class NameLinter {
     }
   }
 
+  void missingIdentifier() {
+    if (config_.filledIn.count("application.identifier") != 0) {
+      add(Severity::kWarning, "identifier", "application.identifier",
+          "is missing; \"" + config_.application.identifier +
+              "\" is used, which another application may have",
+          "identifier = \"com.example.myapplication\", from a domain that you own");
+    }
+  }
+
   // What macOS takes for one. The one that is made when none is given has its own warning.
   void identifier() {
     const std::string& identifier = config_.application.identifier;
@@ -92,11 +102,11 @@ class NameLinter {
   }
 
   const Config& config_;
-  Findings& findings_;
+  Findings findings_;
 };
 
 }  // namespace
 
-void lintNames(const Config& config, Findings& findings) { NameLinter(config, findings).run(); }
+Findings lintNames(const Config& config) { return NameLinter(config).run(); }
 
 }  // namespace quillory::pack

@@ -4,8 +4,8 @@
 
 namespace quillory::pack {
 
-/// Adds findings about names that an installation could not have, or that stand for something else.
-/// The names that follow from others have to be filled in.
-void lintNames(const Config& config, Findings& findings);
+/// The names of a completed configuration that an installation could not have, or that stand for
+/// something else.
+Findings lintNames(const Config& config);
 
 }  // namespace quillory::pack

@@ -15,13 +15,16 @@ class ConfigSection {
   /// `name` is the table's; a table that is missing counts as empty.
   ConfigSection(const TomlValue::Table& root, std::string name, Config& config, Findings& findings);
 
+  /// Whether the table has this key, which does not become known by that.
   bool has(const std::string& key) const;
 
-  // Each leaves `out` as it is when the key is missing or of the wrong kind.
+  // Each makes its key known, and leaves `out` as it is when the key is missing, or has a value
+  // that is of the wrong kind or out of its limits; such a value becomes a finding.
   void text(const std::string& key, std::string& out);
   void flag(const std::string& key, bool& out);
   void number(const std::string& key, std::int64_t& out, std::int64_t least, std::int64_t most);
   void number(const std::string& key, int& out, int least, int most);
+  /// A version of a release: a whole number, with room for later ones.
   void version(const std::string& key, std::int64_t& out);
   void texts(const std::string& key, std::vector<std::string>& out);
   void files(const std::string& key, std::vector<ExtraFile>& out);
@@ -35,6 +38,7 @@ class ConfigSection {
   /// Reports the keys that were not asked for. Call it last.
   void rejectUnknown();
 
+  /// Adds an error at the place of the key, or at the file when the key is missing.
   void error(const std::string& key, const std::string& rule, const std::string& what,
              const std::string& advice);
 

@@ -7,12 +7,21 @@
 
 namespace quillory::pack {
 
+/// What a value is of: how messages call it ("application.name"), and where it stands.
+struct Subject {
+  std::string name;
+  Place place;
+};
+
 /// What is wrong with a name that the folders of an application or runtime are named after; none
-/// when nothing is. `what` says it without its subject ("holds a ..."), and there is no place.
-std::optional<Finding> flawOfFolderName(const std::string& name);
+/// when nothing is.
+std::optional<Finding> flawOfFolderName(const Subject& subject, const std::string& name);
 
 /// The same of the name of the bundle's executable.
-std::optional<Finding> flawOfExecutableName(const std::string& name);
+std::optional<Finding> flawOfExecutableName(const Subject& subject, const std::string& name);
+
+/// The name of the executable when none is given: the letters and digits of the application's name.
+std::string executableNameFor(const std::string& applicationName);
 
 /// Whether two names are one on a disk that ignores the case, as macOS has it. Only ASCII letters
 /// are compared so.

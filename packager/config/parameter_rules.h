@@ -3,18 +3,16 @@
 #include <optional>
 #include <string>
 
+#include "packager/config/name_rules.h"
+#include "packager/report/findings.h"
+
 namespace quillory::pack {
 
-/// What is wrong, behind the name of what it is about ("is no ..."), and what to do about it.
-struct Flaw {
-  std::string what;
-  std::string advice;
-};
+/// What is wrong with an update URL that is not empty; none when nothing is.
+std::optional<Finding> flawOfUpdateUrl(const Subject& subject, const std::string& url);
 
-/// Of an update URL that is not empty.
-std::optional<Flaw> flawOfUpdateUrl(const std::string& url);
-
-/// Of a parameter; an empty update_url is none, it switches updates off.
-std::optional<Flaw> flawOfParameter(const std::string& name, const std::string& value);
+/// The same of a parameter. An empty update_url is no mistake: it switches updates off.
+std::optional<Finding> flawOfParameter(const Subject& subject, const std::string& name,
+                                       const std::string& value);
 
 }  // namespace quillory::pack

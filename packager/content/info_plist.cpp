@@ -1,6 +1,6 @@
 #include "packager/content/info_plist.h"
 
-#include "packager/config/config_lint.h"
+#include "packager/config/name_rules.h"
 
 namespace quillory::pack {
 namespace {

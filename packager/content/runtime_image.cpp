@@ -194,7 +194,8 @@ std::string versionNumberOf(const std::string& javaHome) {
   return versionNumberFor(release.substr(start, release.find('"', start) - start));
 }
 
-ContentTree runtimeContent(const std::string& javaHome, const RuntimeConfig& config) {
+ContentTree runtimeContent(const std::string& javaHome, const std::string& name,
+                           const std::string& version) {
   ContentTree tree("runtime");
   tree.addFolder("Contents");
   tree.addFolderContent(javaHome, "Contents/Home");
@@ -215,7 +216,7 @@ ContentTree runtimeContent(const std::string& javaHome, const RuntimeConfig& con
       }
     }
   }
-  tree.addBytes(runtimeInfoPlist(config.name, config.version, library), "Contents/Info.plist");
+  tree.addBytes(runtimeInfoPlist(name, version, library), "Contents/Info.plist");
   return tree;
 }
 

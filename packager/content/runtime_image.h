@@ -38,8 +38,9 @@ std::string versionNumberOf(const std::string& javaHome);
 std::string versionNumberFor(const std::string& javaVersion);
 
 /// Contents/Home with the runtime and a lib/rt.jar, Contents/MacOS with the library that the
-/// bundle's executable stands for, Contents/Info.plist. Throws PackError when the runtime cannot be
-/// read.
-ContentTree runtimeContent(const std::string& javaHome, const RuntimeConfig& config);
+/// bundle's executable stands for, Contents/Info.plist. `name` and `version` are what it is
+/// installed under. Throws PackError when the runtime cannot be read.
+ContentTree runtimeContent(const std::string& javaHome, const std::string& name,
+                           const std::string& version);
 
 }  // namespace quillory::pack

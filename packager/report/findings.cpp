@@ -11,6 +11,10 @@ bool hasErrors(const Findings& findings) {
                      [](const Finding& f) { return f.severity == Severity::kError; });
 }
 
+void append(Findings& findings, const Findings& more) {
+  findings.insert(findings.end(), more.begin(), more.end());
+}
+
 const char* asText(Severity severity) {
   switch (severity) {
     case Severity::kNote:
@@ -50,6 +54,13 @@ Finding PackError::finding() const { return {Severity::kError, "", what(), place
 RejectedInput::RejectedInput(Findings findings)
     : std::runtime_error("the configuration or the content cannot be packed"),
       findings_(std::move(findings)) {}
+
+Findings accepted(Findings findings) {
+  if (hasErrors(findings)) {
+    throw RejectedInput(std::move(findings));
+  }
+  return findings;
+}
 
 void throwFileError(const std::string& file, const char* what, int number,
                     const std::string& advice) {

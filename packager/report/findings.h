@@ -25,6 +25,8 @@ using Findings = std::vector<Finding>;
 
 /// Whether one of them is an error: warnings and notes keep nobody from packing.
 bool hasErrors(const Findings& findings);
+/// Adds `more` behind the others.
+void append(Findings& findings, const Findings& more);
 
 /// "quillory.toml:3: error: what [rule]" and, on a second line, the advice.
 std::string asText(const Finding& finding);
@@ -54,6 +56,9 @@ class RejectedInput : public std::runtime_error {
  private:
   Findings findings_;
 };
+
+/// The findings again. Throws RejectedInput with all of them when one is an error.
+Findings accepted(Findings findings);
 
 /// Throws PackError about `file`: `what`, as in "cannot be opened", and the text of `number`, which
 /// is an errno: "FILE: error: cannot be opened: No such file or directory".

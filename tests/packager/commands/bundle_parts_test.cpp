@@ -5,7 +5,6 @@
 #include <filesystem>
 
 #include "tests/harness/records.h"
-#include "tests/packager/mach_o_bytes.h"
 #include "tests/packager/project.h"
 #include "tests/packager/rules_of.h"
 
@@ -13,9 +12,6 @@ namespace quillory::pack {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::string_literals;
-using testing::bigEndian;
-using testing::Project;
 using testing::records;
 using testing::rulesOf;
 using testing::TempDir;
@@ -30,6 +26,8 @@ class BundleParts : public ::testing::Test {
     config_.file = "quillory.toml";
     config_.folder = dir_.str();
     config_.application.name = "Hello";
+    config_.application.version = 12;
+    config_.updater.version = 3;
     config_.application.mainClass = "com.example.hello.Hello";
     config_.application.jars = {"hello.jar"};
     config_.jvm.maximumHeap = 256;
@@ -104,7 +102,10 @@ TEST_F(BundleParts, TheApplicationHasItsJarsInLibAndALaunchFile) {
   writeFile(dir_ / "data/inside", "x");
   writeFile(dir_ / "read.me", "x");
   config_.application.files = {{"data/", ""}, {"read.me", "docs/README"}};
-  const ContentTree tree = applicationContent(config_, {dir_ / "hello.jar", dir_ / "read.me"});
+  const BundlePart part = applicationPart(config_, {dir_ / "hello.jar", dir_ / "read.me"});
+  EXPECT_EQ(part.name, "Hello");
+  EXPECT_EQ(part.version, "12");
+  const ContentTree& tree = part.content;
   EXPECT_EQ(tree.name(), "application");
   EXPECT_EQ(pathsOf(tree), (Names{"QuilloryLaunch", "data", "data/inside", "docs/README", "lib",
                                   "lib/hello.jar", "lib/read.me"}));
@@ -118,7 +119,10 @@ TEST_F(BundleParts, TheApplicationHasItsJarsInLibAndALaunchFile) {
 TEST_F(BundleParts, TheUpdaterOfOursIsStartedByItsOwnClasses) {
   BundleTools tools;
   tools.updaterJar = QUILLORY_UPDATER_JAR;
-  const ContentTree tree = updaterContent(config_, tools);
+  const BundlePart part = updaterPart(config_, tools);
+  EXPECT_EQ(part.name, "Quillory");
+  EXPECT_EQ(part.version, "3");
+  const ContentTree& tree = part.content;
   EXPECT_EQ(tree.name(), "updater");
   EXPECT_EQ(pathsOf(tree), (Names{"QuilloryLaunch", "updater.jar"}));
   EXPECT_EQ(
@@ -132,7 +136,7 @@ TEST_F(BundleParts, AnotherUpdaterSaysItsClassItselfOrIsTold) {
   tools.updaterJar = dir_ / "hello.jar";
   config_.updater.jar = "hello.jar";
   const auto launchFile = [&] {
-    return updaterContent(config_, tools).entries().at("QuilloryLaunch").bytes;
+    return updaterPart(config_, tools).content.entries().at("QuilloryLaunch").bytes;
   };
   const std::string said = records({"6", "com.example.hello.Hello", "", "Hello"});
   EXPECT_EQ(launchFile().substr(0, said.size()), said);
@@ -153,68 +157,10 @@ TEST_F(BundleParts, AnUpdaterOfOursThatCannotBeStartedIsNobodysMistake) {
   BundleTools tools;
   tools.updaterJar = dir_ / "broken.jar";
   writeFile(dir_ / "broken.jar", "text");
-  EXPECT_THROW(updaterContent(config_, tools), PackError);
+  EXPECT_THROW(updaterPart(config_, tools), PackError);
   tools.updaterJar = QUILLORY_UPDATER_JAR;
   config_.updater.mainClass = "no.such.Class";
-  EXPECT_NE(rejectionOf([&] { updaterContent(config_, tools); }), "") << "that is the user's";
-}
-
-TEST_F(BundleParts, LintApplicationPathsKeepsThePlacesOfTheInstallation) {
-  ContentTree tree("application");
-  for (const char* path : {"App.p2", "App.p2.l2", "lib/App.p2", "App.p2.old"}) {
-    tree.addBytes("x", path);
-  }
-  EXPECT_EQ(rulesOf(lintApplicationPaths(tree)), (Names{"path-taken", "path-taken"}));
-  EXPECT_EQ(rulesOf(lintApplicationPaths(ContentTree("application"))), Names{});
-}
-
-TEST_F(BundleParts, LintFilesTakesAGoodConfiguration) {
-  writeFile(dir_ / "splash.png", "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR"s + bigEndian(3) + bigEndian(5));
-  writeFile(dir_ / "icon.png",
-            "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR"s + bigEndian(256) + bigEndian(256));
-  writeFile(dir_ / "cacerts", "x");
-  fs::create_symlink("nowhere", dir_ / "link");
-  config_.application.splash = "splash.png";
-  config_.application.icon = "icon.png";
-  config_.application.files = {{"cacerts", ""}, {"link", ""}};
-  config_.updater.cacerts = "cacerts";
-  EXPECT_EQ(rulesOf(lintFiles(config_, {dir_ / "hello.jar"})), Names{});
-}
-
-TEST_F(BundleParts, LintFilesNamesTheLineOfEveryFileThatIsNotThere) {
-  config_.application.splash = "splash.png";
-  config_.application.icon = "icon.png";
-  config_.application.files = {{"data", ""}};
-  config_.updater.cacerts = "cacerts";
-  const Findings findings = lintFiles(config_, {dir_ / "hello.jar"});
-  std::vector<unsigned> lines;
-  for (const Finding& finding : findings) {
-    EXPECT_EQ(finding.rule, "missing-file");
-    lines.push_back(finding.place.line);
-  }
-  EXPECT_EQ(lines, (std::vector<unsigned>{7, 8, 9, 12}));
-}
-
-TEST_F(BundleParts, LintFilesLooksIntoPictures) {
-  writeFile(dir_ / "text", "text");
-  config_.application.splash = "text";
-  config_.application.icon = "text";
-  const Findings findings = lintFiles(config_, {dir_ / "hello.jar"});
-  ASSERT_EQ(rulesOf(findings), (Names{"picture", "picture"}));
-  EXPECT_EQ(findings[0].what, dir_ / "text" + " is no PNG picture");
-  EXPECT_EQ(findings[1].what, dir_ / "text" + " is neither an icns nor a PNG picture");
-}
-
-TEST_F(BundleParts, LintFilesLooksForTheMainClassInAllJars) {
-  writeFile(dir_ / "broken.jar", "text");
-  const std::string updater = QUILLORY_UPDATER_JAR;
-  EXPECT_EQ(rulesOf(lintFiles(config_, {updater, dir_ / "hello.jar"})), Names{});
-  EXPECT_EQ(rulesOf(lintFiles(config_, {dir_ / "hello.jar", updater})), Names{});
-  EXPECT_EQ(rulesOf(lintFiles(config_, {updater})), Names{"main-class"});
-  EXPECT_EQ(rulesOf(lintFiles(config_, {updater, dir_ / "broken.jar"})), Names{"jar"})
-      << "nobody knows what is in it";
-  fs::copy_file(dir_ / "hello.jar", dir_ / "a:b.jar");
-  EXPECT_EQ(rulesOf(lintFiles(config_, {dir_ / "a:b.jar"})), Names{"name-colon"});
+  EXPECT_NE(rejectionOf([&] { updaterPart(config_, tools); }), "") << "that is the user's";
 }
 
 }  // namespace

@@ -25,11 +25,7 @@ class LintNames : public ::testing::Test {
     config_.places["runtime.name"] = {"quillory.toml", 9};
   }
 
-  Findings lint() const {
-    Findings findings;
-    lintNames(config_, findings);
-    return findings;
-  }
+  Findings lint() const { return lintNames(config_); }
 
   Config config_;
 };
@@ -102,6 +98,15 @@ TEST_F(LintNames, WarnsOfWhatShellsTakeForSomethingElse) {
 TEST_F(LintNames, LooksAtTheExecutable) {
   config_.application.executable = "a/b";
   EXPECT_EQ(findingOf(lint(), "name").what.find("application.executable holds a \"/\""), 0u);
+}
+
+TEST_F(LintNames, WarnsOfAnIdentifierThatNobodyWrote) {
+  config_.filledIn = {"application.identifier"};
+  const Findings findings = lint();
+  ASSERT_EQ(rulesOf(findings), Rules{"identifier"});
+  EXPECT_EQ(findings[0].what,
+            "application.identifier is missing; \"com.example.hello\" is used, which another "
+            "application may have");
 }
 
 TEST_F(LintNames, LooksAtAnIdentifierThatIsGiven) {

@@ -7,11 +7,14 @@ namespace {
 
 using namespace std::string_literals;
 
+const Subject kSubject = {"some.key", {"quillory.toml", 4}};
+
 // The rule that a name breaks; "" when it breaks none.
 std::string ruleOf(const std::optional<Finding>& flaw) {
   if (flaw) {
     EXPECT_EQ(flaw->severity, Severity::kError);
-    EXPECT_EQ(flaw->place.file, "");
+    EXPECT_EQ(asText(flaw->place), "quillory.toml:4");
+    EXPECT_EQ(flaw->what.find("some.key "), 0u) << flaw->what;
     EXPECT_NE(flaw->advice, "");
   }
   return flaw ? flaw->rule : "";
@@ -20,7 +23,7 @@ std::string ruleOf(const std::optional<Finding>& flaw) {
 TEST(FlawOfFolderName, IsNoneOfOrdinaryNames) {
   for (const char* name :
        {"Hello", "Hello World", "a", "...", ".a", "a.", "H\xc3\xa4llo", "a\"b"}) {
-    EXPECT_EQ(ruleOf(flawOfFolderName(name)), "") << name;
+    EXPECT_EQ(ruleOf(flawOfFolderName(kSubject, name)), "") << name;
   }
 }
 
@@ -32,28 +35,36 @@ TEST(FlawOfFolderName, NamesTheRule) {
       {" a", "name"},         {"a ", "name"},     {" ", "name"},         {"a-b:c/d", "name-dash"},
       {"a:b/c", "name-colon"}};
   for (const auto& [name, rule] : cases) {
-    EXPECT_EQ(ruleOf(flawOfFolderName(name)), rule) << ::testing::PrintToString(name);
+    EXPECT_EQ(ruleOf(flawOfFolderName(kSubject, name)), rule) << ::testing::PrintToString(name);
   }
 }
 
-TEST(FlawOfFolderName, SaysItWithoutItsSubject) {
-  EXPECT_EQ(flawOfFolderName("")->what, "is empty");
-  EXPECT_EQ(flawOfFolderName("..")->what,
-            "is \"..\", which stands for a folder that is there already");
-  EXPECT_EQ(flawOfFolderName(" a")->what, "begins or ends with a blank, which nobody sees");
+TEST(FlawOfFolderName, SaysItOfItsSubject) {
+  EXPECT_EQ(flawOfFolderName(kSubject, "")->what, "some.key is empty");
+  EXPECT_EQ(flawOfFolderName(kSubject, "..")->what,
+            "some.key is \"..\", which stands for a folder that is there already");
+  EXPECT_EQ(flawOfFolderName(kSubject, " a")->what,
+            "some.key begins or ends with a blank, which nobody sees");
 }
 
 TEST(FlawOfExecutableName, TakesDashesAndColons) {
-  EXPECT_EQ(ruleOf(flawOfExecutableName("my-app:1")), "");
+  EXPECT_EQ(ruleOf(flawOfExecutableName(kSubject, "my-app:1")), "");
   for (const char* name : {"", ".", "..", "a/b", "a\tb", " a", "a "}) {
-    EXPECT_EQ(ruleOf(flawOfExecutableName(name)), "name") << name;
+    EXPECT_EQ(ruleOf(flawOfExecutableName(kSubject, name)), "name") << name;
   }
 }
 
 TEST(FlawOfExecutableName, LeavesRoomForTheEndingOfItsIcon) {
-  EXPECT_EQ(ruleOf(flawOfExecutableName(std::string(250, 'x'))), "");
-  EXPECT_EQ(flawOfExecutableName(std::string(251, 'x'))->what,
-            "has 251 bytes; with the ending of its icon, 250 fit into a file's name");
+  EXPECT_EQ(ruleOf(flawOfExecutableName(kSubject, std::string(250, 'x'))), "");
+  EXPECT_EQ(flawOfExecutableName(kSubject, std::string(251, 'x'))->what,
+            "some.key has 251 bytes; with the ending of its icon, 250 fit into a file's name");
+}
+
+TEST(ExecutableNameFor, KeepsLettersDigitsDotsAndUnderscores) {
+  EXPECT_EQ(executableNameFor("My App 2.0_b!"), "MyApp2.0_b");
+  for (const char* name : {"", "---", ".hidden", "\xc3\xa4"}) {
+    EXPECT_EQ(executableNameFor(name), "launcher") << name;
+  }
 }
 
 TEST(IsSameOnDisk, ComparesAsciiLettersWithoutTheirCase) {

@@ -5,15 +5,23 @@
 namespace quillory::pack {
 namespace {
 
-std::string textOf(const std::optional<Flaw>& flaw) {
-  EXPECT_TRUE(!flaw || !flaw->advice.empty());
-  return flaw ? flaw->what : "";
+const Subject kSubject = {"it", {"quillory.toml", 4}};
+
+// What is wrong, behind the name of the subject.
+std::string textOf(const std::optional<Finding>& flaw) {
+  if (!flaw) {
+    return "";
+  }
+  EXPECT_NE(flaw->advice, "");
+  EXPECT_EQ(asText(flaw->place), "quillory.toml:4");
+  EXPECT_EQ(flaw->what.substr(0, 3), "it ");
+  return flaw->what.substr(3);
 }
 
 TEST(FlawOfUpdateUrl, IsNoneOfFoldersOfServers) {
   for (const char* url : {"https://example.com/", "http://example.com", "http://a",
                           "https://example.com:8080/a/b%20c/", "http://[::1]/", "https://a@b/"}) {
-    EXPECT_EQ(textOf(flawOfUpdateUrl(url)), "") << url;
+    EXPECT_EQ(textOf(flawOfUpdateUrl(kSubject, url)), "") << url;
   }
 }
 
@@ -30,38 +38,39 @@ TEST(FlawOfUpdateUrl, SaysWhatIsWrong) {
       {"https://a/\x01", blank},      {"https://a/\n", blank},  {"https://a/?b", query},
       {"https://a/#b", query}};
   for (const auto& [url, what] : cases) {
-    EXPECT_EQ(textOf(flawOfUpdateUrl(url)), what) << url;
+    EXPECT_EQ(textOf(flawOfUpdateUrl(kSubject, url)), what) << url;
   }
 }
 
 TEST(FlawOfParameter, WantsAName) {
-  EXPECT_EQ(textOf(flawOfParameter("", "x")), "has no name");
-  EXPECT_EQ(textOf(flawOfParameter("anything", "")), "");
-  EXPECT_EQ(textOf(flawOfParameter("any thing", "a-b:c")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kSubject, "", "x")), "has no name");
+  EXPECT_EQ(textOf(flawOfParameter(kSubject, "anything", "")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kSubject, "any thing", "a-b:c")), "");
 }
 
 TEST(FlawOfParameter, TakesSwitchesThatAreTrueOrFalse) {
   for (const char* name : {"force_spawn", "show_no_ui"}) {
-    EXPECT_EQ(textOf(flawOfParameter(name, "true")), "");
-    EXPECT_EQ(textOf(flawOfParameter(name, "false")), "");
+    EXPECT_EQ(textOf(flawOfParameter(kSubject, name, "true")), "");
+    EXPECT_EQ(textOf(flawOfParameter(kSubject, name, "false")), "");
     for (const char* value : {"", "True", "1", "yes", "true "}) {
-      EXPECT_EQ(textOf(flawOfParameter(name, value)), "is \"true\" or \"false\", and nothing else")
+      EXPECT_EQ(textOf(flawOfParameter(kSubject, name, value)),
+                "is \"true\" or \"false\", and nothing else")
           << name << '=' << value;
     }
   }
-  EXPECT_EQ(textOf(flawOfParameter("other", "1")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kSubject, "other", "1")), "");
 }
 
 TEST(FlawOfParameter, TakesJreNamesThatFoldersCanHave) {
-  EXPECT_EQ(textOf(flawOfParameter("jre_name", "JRE")), "");
-  EXPECT_EQ(textOf(flawOfParameter("jre_name", "")), "is empty");
-  EXPECT_EQ(textOf(flawOfParameter("jre_name", "J-RE")).substr(0, 11), "holds a \"-\"");
+  EXPECT_EQ(textOf(flawOfParameter(kSubject, "jre_name", "JRE")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kSubject, "jre_name", "")), "is empty");
+  EXPECT_EQ(textOf(flawOfParameter(kSubject, "jre_name", "J-RE")).substr(0, 11), "holds a \"-\"");
 }
 
 TEST(FlawOfParameter, TakesAnUpdateUrlOrNone) {
-  EXPECT_EQ(textOf(flawOfParameter("update_url", "")), "");
-  EXPECT_EQ(textOf(flawOfParameter("update_url", "https://example.com/")), "");
-  EXPECT_EQ(textOf(flawOfParameter("update_url", "example.com")),
+  EXPECT_EQ(textOf(flawOfParameter(kSubject, "update_url", "")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kSubject, "update_url", "https://example.com/")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kSubject, "update_url", "example.com")),
             "does not begin with https:// or http://");
 }
 

@@ -88,9 +88,7 @@ std::vector<std::string> pathsOf(const ContentTree& tree) {
 
 TEST(RuntimeContent, HasTheShapeOfABundleAndAClassLibraryThatStandsIn) {
   Project project;
-  RuntimeConfig config;
-  config.version = "170000900";
-  const ContentTree tree = runtimeContent(project / "jre", config);
+  const ContentTree tree = runtimeContent(project / "jre", "JRE", "170000900");
   EXPECT_EQ(pathsOf(tree),
             (std::vector<std::string>{
                 "Contents", "Contents/Home", "Contents/Home/bin", "Contents/Home/bin/java",
@@ -104,14 +102,14 @@ TEST(RuntimeContent, HasTheShapeOfABundleAndAClassLibraryThatStandsIn) {
 TEST(RuntimeContent, KeepsAClassLibraryThatIsThere) {
   Project project;
   writeFile(project / "jre/lib/rt.jar", "classes");
-  const ContentTree tree = runtimeContent(project / "jre", {});
+  const ContentTree tree = runtimeContent(project / "jre", "JRE", "17");
   EXPECT_EQ(tree.entries().at("Contents/Home/lib/rt.jar").source, project / "jre/lib/rt.jar");
 }
 
 TEST(RuntimeContent, PutsTheLibraryOfMacRuntimesWhereTheLauncherLooksForIt) {
   Project project;
   fs::rename(project / "jre/lib/libjli.so", project / "jre/lib/libjli.dylib");
-  const ContentTree tree = runtimeContent(project / "jre", {});
+  const ContentTree tree = runtimeContent(project / "jre", "JRE", "17");
   EXPECT_TRUE(tree.contains("Contents/Home/lib/libjli.dylib"));
   EXPECT_TRUE(tree.contains("Contents/Home/lib/jli/libjli.dylib"));
   EXPECT_TRUE(tree.contains("Contents/MacOS/libjli.dylib"));
@@ -209,7 +207,7 @@ TEST(RuntimeContent, KeepsTheLibraryThatIsWhereTheLauncherLooksForIt) {
   Project project;
   writeFile(project / "jre/lib/jli/libjli.dylib", "the first choice");
   writeFile(project / "jre/lib/libjli.dylib", "the second");
-  const ContentTree tree = runtimeContent(project / "jre", {});
+  const ContentTree tree = runtimeContent(project / "jre", "JRE", "17");
   EXPECT_EQ(tree.entries().at("Contents/MacOS/libjli.dylib").source,
             project / "jre/lib/jli/libjli.dylib");
   EXPECT_EQ(tree.entries().at("Contents/Home/lib/jli/libjli.dylib").source,
@@ -220,10 +218,8 @@ TEST(RuntimeContent, KeepsTheLibraryThatIsWhereTheLauncherLooksForIt) {
 
 TEST(RuntimeContent, NamesTheLibraryAsTheExecutableOfTheBundle) {
   Project project;
-  RuntimeConfig config;
-  config.version = "5";
   const auto plist = [&] {
-    return runtimeContent(project / "jre", config).entries().at("Contents/Info.plist").bytes;
+    return runtimeContent(project / "jre", "JRE", "5").entries().at("Contents/Info.plist").bytes;
   };
   EXPECT_THAT(plist(), HasSubstr("<key>CFBundleExecutable</key>\n\t<string>libjli.so</string>"));
   EXPECT_THAT(plist(), HasSubstr("<key>CFBundleVersion</key>\n\t<string>5</string>"));

@@ -1,0 +1,132 @@
+#include "packager/commands/bundle_assembly.h"
+
+#include <filesystem>
+
+#include "formats/markers.h"
+#include "formats/tail_format.h"
+#include "formats/update_url.h"
+#include "packager/bytes/byte_sinks.h"
+#include "packager/commands/release_files.h"
+#include "packager/content/icns.h"
+#include "packager/content/info_plist.h"
+#include "packager/writing/params_writer.h"
+#include "packager/writing/tail_writer.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr unsigned kExecutable = 0777;  // less the umask
+
+TailRecords tailRecords(const Config& config, const PackedParts& parts,
+                        const std::string& publicKey) {
+  TailRecords records;
+  records.appName = parts.application.name;
+  records.appVersion = parts.application.version;
+  records.jreVersion = parts.runtime ? parts.runtime->version : "";
+  records.guVersion = parts.updater.version;
+  records.minSplashMs = std::to_string(config.application.minSplashMillis);
+  records.signaturePublicKey = publicKey;
+  records.canOverrideSplash = config.application.splashOverride ? "1" : "0";
+  records.installType = config.install.type;
+  records.silentParameter = config.install.silentSwitch;
+  records.requiredJavaVersion =
+      config.install.requiredJava == 0 ? "" : std::to_string(config.install.requiredJava);
+  records.updateUrl =
+      config.update.mode == UpdateMode::kDynamic ? kDynamicUpdateUrl : config.update.url;
+  return records;
+}
+
+// "" stays "": nothing is named.
+std::string resolved(const Config& config, const std::string& named) {
+  return named.empty() ? "" : config.resolve(named);
+}
+
+void writeTail(ByteSink& sink, const Config& config, const BundleTools& tools,
+               const PackedParts& parts, const std::string& publicKey) {
+  writeTailRecords(sink, tailRecords(config, parts, publicKey));
+  writeTailEntry(sink, {kLzmaToolName, tools.lzma64});
+  writeTailEntry(sink, {kSplashPictureName, resolved(config, config.application.splash)});
+  writeTailEntry(sink, {kTrustStoreName, resolved(config, config.updater.cacerts)});
+  writeTailEntry(sink, {"verpatch.exe", ""});
+  writeTailEntry(sink, {"GU.p2.l2", parts.updater.archive});
+  if (parts.runtime) {
+    writeTailEntry(sink, {"JRE.p2.l2", parts.runtime->archive});
+  }
+  writeTailEntry(sink, {"App.p2.l2", parts.application.archive});
+  // The launcher reads two entries for the application; the second one is a leftover that the
+  // format keeps.
+  writeTailEntry(sink, {"App2", ""});
+}
+
+Parameters parametersOf(const Config& config) {
+  Parameters all = {{"jre_name", config.runtime.name}};
+  if (config.update.mode == UpdateMode::kDynamic && !config.update.url.empty()) {
+    all.emplace_back("update_url", config.update.url);
+  }
+  if (config.jvm.forceSpawn) {
+    all.emplace_back("force_spawn", "true");
+  }
+  all.insert(all.end(), config.parameters.begin(), config.parameters.end());
+  return all;
+}
+
+void writeParametersFile(const std::string& path, const Config& config) {
+  FileSink params(path);
+  writeParameters(params, parametersOf(config));
+  params.commit();
+}
+
+// Returns its name in `resources`; "" when the configuration names none.
+std::string writeIcon(const Config& config, const std::string& resources) {
+  const std::string& icon = config.application.icon;
+  if (icon.empty()) {
+    return "";
+  }
+  const std::string name = config.application.executable + ".icns";
+  writeWholeFile(resources + name, icnsFrom(config.resolve(icon)));
+  return name;
+}
+
+void addReleaseOf(const PackedPart& part, const std::string& folder) {
+  addRelease(folder, part.name, part.version, part.archive);
+}
+
+}  // namespace
+
+MadeFiles assembleBundle(const Config& config, const BundleTools& tools, const PackedParts& parts,
+                         const std::string& publicKey, const std::string& workFolder) {
+  const MadeFiles made{workFolder + "/app", workFolder + "/release"};
+  const std::string contents = made.bundle + "/Contents/";
+  const std::string resources = contents + "Resources/";
+  fs::create_directories(contents + "MacOS");
+  fs::create_directories(resources);
+  FileSink executable(contents + "MacOS/" + config.application.executable, kExecutable);
+  copyFileInto(executable, tools.launcher);
+  if (config.bundle.tail == TailPlace::kExecutable) {
+    executable.write(guardBeforeMarker(tools.launcher));
+    executable.write(tailMarker());
+    writeTail(executable, config, tools, parts, publicKey);
+  }
+  executable.commit();
+  if (config.bundle.tail == TailPlace::kFile) {
+    FileSink tail(resources + kTailFileName);
+    writeTail(tail, config, tools, parts, publicKey);
+    tail.commit();
+  }
+  writeParametersFile(resources + kParamsFileName, config);
+  const std::string icon = writeIcon(config, resources);
+  writeWholeFile(contents + "Info.plist", applicationInfoPlist(config.application, icon));
+  if (!tools.elevMac.empty()) {
+    writeWholeFile(resources + "elev_mac", readWholeFile(tools.elevMac), kExecutable);
+  }
+  addReleaseOf(parts.updater, made.release);
+  addReleaseOf(parts.application, made.release);
+  if (parts.runtime) {
+    addReleaseOf(*parts.runtime, made.release);
+  }
+  return made;
+}
+
+}  // namespace quillory::pack

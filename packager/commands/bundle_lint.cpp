@@ -1,0 +1,136 @@
+#include "packager/commands/bundle_lint.h"
+
+#include <filesystem>
+#include <optional>
+
+#include "packager/bytes/byte_sinks.h"
+#include "packager/commands/named_jar.h"
+#include "packager/content/icns.h"
+
+namespace quillory::pack {
+namespace {
+
+namespace fs = std::filesystem;
+
+void lintExtraFiles(const Config& config, Findings& findings) {
+  for (const ExtraFile& file : config.application.files) {
+    const std::string path = config.resolve(file.from);
+    std::error_code ignored;
+    // A link that leads nowhere is there; the tree of content has its own words for that.
+    if (fs::symlink_status(path, ignored).type() == fs::file_type::not_found) {
+      findings.push_back({Severity::kError, "missing-file", "there is no file or folder " + path,
+                          config.placeOf("application.files"),
+                          "make it, correct the name, or leave it out"});
+    }
+  }
+}
+
+void lintPicture(const Config& config, const std::string& key, const std::string& named,
+                 std::string (*flawOf)(std::string_view), const char* advice, Findings& findings) {
+  if (named.empty()) {
+    return;
+  }
+  const std::string path = config.resolve(named);
+  const Place place = config.placeOf(key);
+  if (!isFile(path)) {
+    findings.push_back({Severity::kError, "missing-file", "there is no file " + path, place,
+                        "correct the name, or leave out " + key});
+    return;
+  }
+  const std::string flaw = flawOf(readWholeFile(path));
+  if (!flaw.empty()) {
+    findings.push_back({Severity::kError, "picture", path + ' ' + flaw, place, advice});
+  }
+}
+
+// What lies in a folder that is packed as a whole, and must not travel with it.
+void lintStrays(const Config& config, const ContentTree& tree, const std::string& outputFolder,
+                Findings& findings) {
+  const std::string key =
+      config.signing.key.empty() ? "" : tree.sourceOf(config.resolve(config.signing.key));
+  if (!key.empty()) {
+    findings.push_back({Severity::kError,
+                        "key-packed",
+                        "the key that signs would be in the " + tree.name() +
+                            ", where everybody can take it and sign with it",
+                        {key, 0},
+                        "keep it outside of the folders that are packed"});
+  }
+  const std::string output = tree.sourceOf(outputFolder);
+  if (!output.empty()) {
+    findings.push_back({Severity::kError,
+                        "output-packed",
+                        "the folder for the results would be in the " + tree.name() +
+                            ", with the unfinished work and all that earlier runs made",
+                        {output, 0},
+                        "name another folder with bundle.output, or pack less"});
+  }
+}
+
+}  // namespace
+
+Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
+  Findings findings;
+  bool hasMainClass = false;
+  for (const std::string& path : jars) {
+    if (fs::path(path).filename().string().find(':') != std::string::npos) {
+      findings.push_back({Severity::kError,
+                          "name-colon",
+                          "a jar's name holds a \":\", which separates the entries of a class path",
+                          {path, 0},
+                          "rename it"});
+    }
+    const std::optional<Jar> jar = namedJar(path, config.placeOf("application.jars"), findings);
+    // Nobody knows what is in a damaged one.
+    hasMainClass = !jar || jar->hasClass(config.application.mainClass) || hasMainClass;
+  }
+  if (!hasMainClass) {
+    findings.push_back({Severity::kError, "main-class",
+                        "no jar has the class " + config.application.mainClass,
+                        config.placeOf("application.main-class"),
+                        "write its full name, and see that its jar is in application.jars"});
+  }
+  lintExtraFiles(config, findings);
+  lintPicture(config, "application.splash", config.application.splash, flawOfPicture,
+              "save it as PNG: the splash would stay empty", findings);
+  lintPicture(config, "application.icon", config.application.icon, flawOfIcon,
+              "save it as PNG, best of 1024 by 1024 pixels, or as icns", findings);
+  if (!config.updater.cacerts.empty() && !isFile(config.resolve(config.updater.cacerts))) {
+    findings.push_back({Severity::kError, "missing-file",
+                        "there is no file " + config.resolve(config.updater.cacerts),
+                        config.placeOf("updater.cacerts"),
+                        "correct the name, or leave out updater.cacerts"});
+  }
+  return findings;
+}
+
+Findings lintApplicationPaths(const ContentTree& application) {
+  Findings findings;
+  for (const char* name : {"App.p2", "App.p2.l2"}) {
+    if (application.contains(name)) {
+      findings.push_back(
+          {Severity::kError,
+           "path-taken",
+           std::string("\"") + name +
+               "\" of the application is where the archive itself is put while it is "
+               "extracted",
+           {application.entries().at(name).source, 0},
+           "rename it"});
+    }
+  }
+  return findings;
+}
+
+Findings lintParts(const Config& config, const BundleParts& parts, const std::string& output) {
+  Findings findings = lintApplicationPaths(parts.application.content);
+  for (const BundlePart* part :
+       {&parts.updater, &parts.application, parts.runtime ? &*parts.runtime : nullptr}) {
+    if (part != nullptr) {
+      append(findings, part->content.check());
+      lintStrays(config, part->content, output, findings);
+    }
+  }
+  return findings;
+}
+
+}  // namespace quillory::pack

@@ -1,0 +1,36 @@
+#include "packager/config/config_completion.h"
+
+#include "formats/update_url.h"
+#include "packager/config/name_rules.h"
+
+namespace quillory::pack {
+namespace {
+
+void completeApplication(Config& config) {
+  ApplicationConfig& app = config.application;
+  if (app.executable.empty()) {
+    app.executable = executableNameFor(app.name);
+  }
+  if (app.displayVersion.empty()) {
+    app.displayVersion = std::to_string(app.version);
+  }
+  if (app.identifier.empty()) {
+    app.identifier = "local." + executableNameFor(app.name);
+    config.filledIn.insert("application.identifier");
+  }
+}
+
+}  // namespace
+
+Config completed(Config config) {
+  completeApplication(config);
+  if (config.update.mode == UpdateMode::kOff) {
+    config.update.url = kInvalidUpdateURL;
+  }
+  for (std::string* named : {&config.runtime.jdk, &config.runtime.jmods}) {
+    *named = named->empty() ? "" : config.resolve(*named);
+  }
+  return config;
+}
+
+}  // namespace quillory::pack
