@@ -58,7 +58,7 @@ std::string filled(std::string_view text) {
   return line(one);
 }
 
-std::string quoted(std::string_view text) { return '"' + escaped(text) + '"'; }
+std::string inQuotes(std::string_view text) { return '"' + escaped(text) + '"'; }
 
 std::string upperCase(std::string_view text) {
   std::string upper;
@@ -71,7 +71,7 @@ std::string upperCase(std::string_view text) {
 }  // namespace
 
 ManualPage::ManualPage(std::string_view name, std::string_view version, std::string_view purpose) {
-  text_ = ".TH " + quoted(upperCase(name)) + " 1 \"\" " + quoted(version) + '\n';
+  text_ = ".TH " + inQuotes(upperCase(name)) + " 1 \"\" " + inQuotes(version) + '\n';
   // Left-aligned, and no word cut: an option that is cut in two cannot be searched for.
   text_ += ".ad l\n.nh\n.SH NAME\n" + escaped(name) + " \\- " + filled(purpose);
 }
@@ -84,12 +84,12 @@ void ManualPage::beginParagraph() {
 }
 
 void ManualPage::heading(std::string_view text) {
-  text_ += ".SH " + quoted(text) + '\n';
+  text_ += ".SH " + inQuotes(text) + '\n';
   isBelowHeading_ = true;
 }
 
 void ManualPage::subheading(std::string_view text) {
-  text_ += ".SS " + quoted(text) + '\n';
+  text_ += ".SS " + inQuotes(text) + '\n';
   isBelowHeading_ = true;
 }
 
@@ -100,7 +100,7 @@ void ManualPage::paragraph(std::string_view text) {
 
 void ManualPage::item(std::string_view name, std::string_view text) {
   isBelowHeading_ = false;
-  text_ += ".TP\n.B " + quoted(name) + '\n' + filled(text);
+  text_ += ".TP\n.B " + inQuotes(name) + '\n' + filled(text);
 }
 
 void ManualPage::literal(std::string_view lines) {
