@@ -8,10 +8,10 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "tests/e2e/launcher_run.h"
+#include "tests/harness/eventually.h"
 #include "tests/harness/private_root.h"
 #include "tests/harness/stand_in_program.h"
 
@@ -88,9 +88,7 @@ class Elevation : public ::testing::Test {
   /// The arguments of the stand-in for Java, a line each; empty when it does not start.
   std::string startedJava() const {
     const std::string path = at(kMaster) + "/started";
-    for (int tries = 0; tries < 200 && !fs::exists(path); ++tries)
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return fs::exists(path) ? readFile(path) : "";
+    return eventually([&] { return fs::exists(path); }) ? readFile(path) : "";
   }
 
   std::optional<PrivateRoot> root_;

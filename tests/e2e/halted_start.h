@@ -4,28 +4,16 @@
 #pragma once
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <memory>
-#include <thread>
 
 #include "tests/e2e/launcher_run.h"
+#include "tests/harness/eventually.h"
 #include "tests/ui/x_server.h"
 
 namespace quillory::testing {
 
 inline constexpr char kHaltedIdentifier[] = "io.quillory.tests.Halted";  ///< of the bundle
-
-/// Whether `condition` holds within 20 seconds.
-template <typename Condition>
-bool eventually(Condition condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  return true;
-}
 
 class HaltedStart : public ::testing::Test {
  protected:

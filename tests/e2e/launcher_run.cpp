@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <sstream>
-#include <thread>
+
+#include "tests/harness/eventually.h"
 
 namespace quillory::testing {
 
@@ -83,9 +84,7 @@ bool linesInOrder(const ChildResult& result, const std::vector<std::string>& lin
 
 std::vector<std::string> startedArguments(const TestUser& user, const std::string& app) {
   const std::string path = user.master(app) + "/started";
-  for (int tries = 0; tries < 1000 && !std::filesystem::exists(path); ++tries)
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  if (!std::filesystem::exists(path)) return {};
+  if (!eventually([&] { return std::filesystem::exists(path); })) return {};
   std::vector<std::string> lines;
   std::istringstream stream(readFile(path));
   for (std::string line; std::getline(stream, line);) lines.push_back(line);

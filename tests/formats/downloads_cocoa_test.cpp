@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <string>
@@ -87,9 +88,13 @@ TEST_F(DownloadFile, FetchesAFile) {
 
 TEST_F(DownloadFile, EndsAsSoonAsTheTransferDoes) {
   server_.answer("/file", answerFile("x"));
-  download(server_.url("/file"));
-  download(server_.url("/file"));
-  EXPECT_LT(seconds_, 0.15);  // a turn of the loop that had to run out would take 0.2
+  // A turn of the loop that had to run out would take 0.2 seconds, every time.
+  double fastest = 1;
+  for (int i = 0; i < 50 && fastest >= 0.15; ++i) {
+    download(server_.url("/file"));
+    fastest = std::min(fastest, seconds_);
+  }
+  EXPECT_LT(fastest, 0.15);
 }
 
 TEST_F(DownloadFile, FetchesABigFileByteForByte) {

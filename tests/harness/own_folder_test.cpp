@@ -4,15 +4,14 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <chrono>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <vector>
 
 #include "tests/harness/child_process.h"
+#include "tests/harness/eventually.h"
 #include "tests/harness/private_root.h"
 #include "tests/harness/temp_dir.h"
 
@@ -22,16 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
-
-template <typename Condition>
-bool eventually(Condition condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return true;
-}
 
 std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 

@@ -10,6 +10,7 @@
 #include "java/launch_flow.h"
 #include "support/platform.h"
 #include "tests/harness/child_process.h"
+#include "tests/harness/eventually.h"
 #include "tests/harness/records.h"
 #include "tests/java/launch_fixture.h"
 
@@ -19,6 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 using ::quillory::testing::ChildOptions;
 using ::quillory::testing::ChildResult;
+using ::quillory::testing::eventually;
 using ::quillory::testing::LaunchFileText;
 using ::quillory::testing::LaunchTest;
 using ::quillory::testing::readFile;
@@ -195,7 +197,7 @@ TEST_F(RealLaunch, StartsTheNamedCopyOfJavaWhenTheSpawnIsForced) {
   EXPECT_EQ(result.exitStatus, 0) << result.out << result.err;
   EXPECT_THAT(result.out, Not(HasSubstr("[JNILaunch]")));
   // The launcher does not wait for it.
-  for (int i = 0; i < 200 && !fs::exists(dir_ / "done"); ++i) usleep(50'000);
+  ASSERT_TRUE(eventually([&] { return fs::exists(dir_ / "done"); }));
   EXPECT_THAT(readFile(dir_ / "done"), HasSubstr("PROBE 3 arguments\n"));
 }
 

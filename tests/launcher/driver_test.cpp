@@ -3,13 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
-#include <thread>
 
 #include "install/install_locations.h"
 #include "support/clock.h"
 #include "support/exit_status.h"
+#include "tests/harness/eventually.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/launcher/in_child.h"
 #include "tests/launcher/test_bundle.h"
@@ -90,9 +89,7 @@ class ExtractWrapperTail : public ::testing::Test {
 
   static std::string startedIn(const std::string& masterFolder) {
     const std::string file = masterFolder + "/started";
-    for (int i = 0; i < 200 && !fs::exists(file); ++i)
-      std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    return fs::exists(file) ? readFile(file) : "";
+    return eventually([&] { return fs::exists(file); }) ? readFile(file) : "";
   }
 
   /// The launch properties of the start whose arguments are `arguments`.

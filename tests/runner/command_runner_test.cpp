@@ -4,12 +4,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
 #include <string>
-#include <thread>
 
 #include "tests/harness/child_process.h"
+#include "tests/harness/eventually.h"
 #include "tests/harness/page_example.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/runner/runner_fixture.h"
@@ -22,6 +21,7 @@ using testing::ChildOptions;
 using testing::ChildResult;
 using ::testing::HasSubstr;
 using ::testing::Not;
+using testing::eventually;
 using testing::readFile;
 using testing::runChild;
 using testing::RunnerTest;
@@ -193,9 +193,7 @@ TEST_F(RunConfiguredCommand, WritesAScriptThatRunsTheCommandInTheBackground) {
   writeConfig("app:sleep 0.2 && touch\napp:" + mark + "\n");
   ASSERT_EQ(start({"-GENERATESCRIPT", "script"}).exitStatus, 0);
   EXPECT_EQ(runChild({"/bin/sh", folder_ / "script"}).exitStatus, 0);
-  for (int tries = 0; tries < 500 && !fs::exists(mark); ++tries)
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  EXPECT_TRUE(fs::exists(mark));
+  EXPECT_TRUE(eventually([&] { return fs::exists(mark); }));
 }
 
 TEST_F(RunConfiguredCommand, WritesAScriptThatIsWaitedForInItsShell) {

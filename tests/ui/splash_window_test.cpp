@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/harness/child_process.h"
+#include "tests/harness/eventually.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/ui/demo_process.h"
 #include "tests/ui/x_server.h"
@@ -25,16 +26,6 @@ using ::testing::IsEmpty;
 
 constexpr std::uint32_t kWhite = 0xFFFFFF;
 constexpr int kBarHeight = 18;
-
-template <typename Condition>
-bool eventually(Condition condition, std::chrono::milliseconds limit = 10s) {
-  const auto end = std::chrono::steady_clock::now() + limit;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(5ms);
-  }
-  return true;
-}
 
 // The place in the middle of the screen, as GNUstep rounds it.
 WindowAt centred(int width, int height) {
