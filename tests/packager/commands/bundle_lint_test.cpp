@@ -20,9 +20,9 @@ using testing::writeFile;
 
 using Names = std::vector<std::string>;
 
-class BundleLint : public ::testing::Test {
+class LintOfBundles : public ::testing::Test {
  protected:
-  BundleLint() {
+  LintOfBundles() {
     fs::copy_file(QUILLORY_HELLO_JAR, dir_ / "hello.jar");
     config_.file = "quillory.toml";
     config_.folder = dir_.str();
@@ -44,7 +44,7 @@ class BundleLint : public ::testing::Test {
   Config config_;
 };
 
-TEST_F(BundleLint, LintApplicationPathsKeepsThePlacesOfTheInstallation) {
+TEST_F(LintOfBundles, LintApplicationPathsKeepsThePlacesOfTheInstallation) {
   ContentTree tree("application");
   for (const char* path : {"App.p2", "App.p2.l2", "lib/App.p2", "App.p2.old"}) {
     tree.addBytes("x", path);
@@ -53,7 +53,7 @@ TEST_F(BundleLint, LintApplicationPathsKeepsThePlacesOfTheInstallation) {
   EXPECT_EQ(rulesOf(lintApplicationPaths(ContentTree("application"))), Names{});
 }
 
-TEST_F(BundleLint, LintFilesTakesAGoodConfiguration) {
+TEST_F(LintOfBundles, LintFilesTakesAGoodConfiguration) {
   writeFile(dir_ / "splash.png", "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR"s + bigEndian(3) + bigEndian(5));
   writeFile(dir_ / "icon.png",
             "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR"s + bigEndian(256) + bigEndian(256));
@@ -66,7 +66,7 @@ TEST_F(BundleLint, LintFilesTakesAGoodConfiguration) {
   EXPECT_EQ(rulesOf(lintFiles(config_, {dir_ / "hello.jar"})), Names{});
 }
 
-TEST_F(BundleLint, LintFilesNamesTheLineOfEveryFileThatIsNotThere) {
+TEST_F(LintOfBundles, LintFilesNamesTheLineOfEveryFileThatIsNotThere) {
   config_.application.splash = "splash.png";
   config_.application.icon = "icon.png";
   config_.application.files = {{"data", ""}};
@@ -80,7 +80,7 @@ TEST_F(BundleLint, LintFilesNamesTheLineOfEveryFileThatIsNotThere) {
   EXPECT_EQ(lines, (std::vector<unsigned>{7, 8, 9, 12}));
 }
 
-TEST_F(BundleLint, LintFilesLooksIntoPictures) {
+TEST_F(LintOfBundles, LintFilesLooksIntoPictures) {
   writeFile(dir_ / "text", "text");
   config_.application.splash = "text";
   config_.application.icon = "text";
@@ -90,7 +90,7 @@ TEST_F(BundleLint, LintFilesLooksIntoPictures) {
   EXPECT_EQ(findings[1].what, dir_ / "text" + " is neither an icns nor a PNG picture");
 }
 
-TEST_F(BundleLint, LintFilesLooksForTheMainClassInAllJars) {
+TEST_F(LintOfBundles, LintFilesLooksForTheMainClassInAllJars) {
   writeFile(dir_ / "broken.jar", "text");
   const std::string updater = QUILLORY_UPDATER_JAR;
   EXPECT_EQ(rulesOf(lintFiles(config_, {updater, dir_ / "hello.jar"})), Names{});
