@@ -46,7 +46,8 @@ std::string resolved(const Config& config, const std::string& named) {
 void writeTail(ByteSink& sink, const Config& config, const BundleTools& tools,
                const PackedParts& parts, const std::string& publicKey) {
   writeTailRecords(sink, tailRecords(config, parts, publicKey));
-  writeTailEntry(sink, {kLzmaToolName, tools.lzma64});
+  for (std::size_t i = 0; i < kCompressions.size(); ++i)
+    writeTailEntry(sink, {kCompressions[i].tool, tools.decompressors[i]});
   writeTailEntry(sink, {kSplashPictureName, resolved(config, config.application.splash)});
   writeTailEntry(sink, {kTrustStoreName, resolved(config, config.updater.cacerts)});
   writeTailEntry(sink, {"verpatch.exe", ""});

@@ -121,7 +121,8 @@ void readBundle(ConfigSection section, BundleConfig& out) {
   out.tail = tail == 0 ? TailPlace::kFile : TailPlace::kExecutable;
   section.number("compression", out.compression, 0, 9);
   section.text("launcher", out.launcher);
-  section.text("lzma64", out.lzma64);
+  for (std::size_t i = 0; i < kCompressions.size(); ++i)
+    section.text(kCompressions[i].tool, out.decompressors[i]);
   section.text("elev-mac", out.elevMac);
   section.rejectUnknown();
 }

@@ -1,5 +1,6 @@
 // quillory.toml: what to pack and how. Every key is checked; docs/packaging.md describes them.
 #pragma once
+#include <array>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -7,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/archive_format.h"
 #include "formats/params_format.h"
 #include "packager/keys/signing_key.h"
 #include "packager/report/findings.h"
@@ -91,7 +93,8 @@ struct BundleConfig {
   TailPlace tail = TailPlace::kFile;
   int compression = 6;
   std::string launcher;  ///< "" for the one beside this program, also for the next two
-  std::string lzma64;
+  /// What undoes each of kCompressions, in their order.
+  std::array<std::string, kCompressions.size()> decompressors;
   std::string elevMac;
 };
 

@@ -20,7 +20,7 @@ constexpr char kUpdaterJarName[] = "updater.jar";
 // A program for the bundle, and the key that names another one.
 struct Wanted {
   const char* name;
-  const char* key;
+  std::string key;
   const std::string& configured;
   std::string& path;
 };
@@ -50,12 +50,13 @@ std::string firstFile(const std::vector<std::string>& folders, const std::string
   return "";
 }
 
-std::string configuredFile(const Config& config, const char* key, const std::string& configured) {
+std::string configuredFile(const Config& config, const std::string& key,
+                           const std::string& configured) {
   const std::string path = config.resolve(configured);
   if (!isFile(path)) {
     throw RejectedInput(
         {{Severity::kError, "missing-file", "there is no file " + path, config.placeOf(key),
-          "build it, or correct the name; without " + std::string(key) +
+          "build it, or correct the name; without " + key +
               " the one that comes with us is taken"}});
   }
   return path;
@@ -119,8 +120,8 @@ void checkSystem(const Config& config, Target target, const Wanted& wanted, Find
   findings.push_back({Severity::kError, "platform", wanted.path + ' ' + reason,
                       isNamed ? config.placeOf(wanted.key) : Place{},
                       isNamed && !image.system.empty()
-                          ? "--target says what the bundle is for, and without " +
-                                std::string(wanted.key) + " the program for it is taken"
+                          ? "--target says what the bundle is for, and without " + wanted.key +
+                                " the program for it is taken"
                           : "build it again"});
 }
 
@@ -138,10 +139,14 @@ void checkMarker(const Config& config, const std::string& launcher, Findings& fi
 
 BundleTools findBundleTools(const Config& config, Target target) {
   BundleTools tools;
-  const std::vector<Wanted> all = {
-      {"launcher", "bundle.launcher", config.bundle.launcher, tools.launcher},
-      {"lzma64", "bundle.lzma64", config.bundle.lzma64, tools.lzma64},
-      {"elev_mac", "bundle.elev-mac", config.bundle.elevMac, tools.elevMac}};
+  std::vector<Wanted> all = {
+      {"launcher", "bundle.launcher", config.bundle.launcher, tools.launcher}};
+  for (std::size_t i = 0; i < kCompressions.size(); ++i) {
+    const char* tool = kCompressions[i].tool;
+    all.push_back({tool, std::string("bundle.") + tool, config.bundle.decompressors[i],
+                   tools.decompressors[i]});
+  }
+  all.push_back({"elev_mac", "bundle.elev-mac", config.bundle.elevMac, tools.elevMac});
   findAll(config, target, all);
   Findings findings;
   for (const Wanted& wanted : all) {

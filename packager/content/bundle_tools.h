@@ -1,8 +1,10 @@
 // The programs that travel in every bundle, found in the configuration or where builds and
 // installations of this program have them.
 #pragma once
+#include <array>
 #include <string>
 
+#include "formats/archive_format.h"
 #include "packager/config/config.h"
 #include "packager/reading/target.h"
 
@@ -10,7 +12,8 @@ namespace quillory::pack {
 
 struct BundleTools {
   std::string launcher;
-  std::string lzma64;
+  /// What undoes each of kCompressions, in their order.
+  std::array<std::string, kCompressions.size()> decompressors;
   std::string updaterJar;
   std::string elevMac;  ///< "" when there is none, which only this system's own programs may lack
 };

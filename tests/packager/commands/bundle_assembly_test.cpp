@@ -35,7 +35,7 @@ class AssembleBundle : public ::testing::Test {
     for (const char* name : {"launcher", "lzma64", "elev_mac", "GU", "App", "JRE"})
       writeFile(dir_ / name, "<"s + name + ">");
     tools_.launcher = dir_ / "launcher";
-    tools_.lzma64 = dir_ / "lzma64";
+    tools_.decompressors = {dir_ / "lzma64"};
     tools_.elevMac = dir_ / "elev_mac";
     fs::create_directory(dir_ / "work");
   }

@@ -36,7 +36,7 @@ class FindBundleTools : public ::testing::Test {
     config_.file = "quillory.toml";
     config_.folder = dir_.str();
     config_.bundle.launcher = "launcher";
-    config_.bundle.lzma64 = "lzma64";
+    config_.bundle.decompressors[0] = "lzma64";
     config_.bundle.elevMac = "elev_mac";
     config_.updater.jar = "updater.jar";
     config_.places = {{"bundle.launcher", {"quillory.toml", 2}},
@@ -62,7 +62,7 @@ class FindBundleTools : public ::testing::Test {
 TEST_F(FindBundleTools, TakesTheFilesThatTheConfigurationNamesFromItsFolder) {
   const BundleTools tools = findBundleTools(config_, Target::kMacOS);
   EXPECT_EQ(tools.launcher, dir_ / "launcher");
-  EXPECT_EQ(tools.lzma64, dir_ / "lzma64");
+  EXPECT_EQ(tools.decompressors[0], dir_ / "lzma64");
   EXPECT_EQ(tools.elevMac, dir_ / "elev_mac");
   EXPECT_EQ(tools.updaterJar, dir_ / "updater.jar");
 }
@@ -131,7 +131,7 @@ TEST_F(FindBundleTools, DoesWithoutAnElevationToolOfThisSystem) {
   }
   config_.bundle.elevMac = "";
   EXPECT_EQ(findBundleTools(config_, Target::kLinux).elevMac, "");
-  config_.bundle.lzma64 = "";
+  config_.bundle.decompressors[0] = "";
   try {
     findBundleTools(config_, Target::kLinux);
     FAIL();
