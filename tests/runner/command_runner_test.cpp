@@ -19,9 +19,9 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ChildOptions;
 using testing::ChildResult;
+using testing::eventually;
 using ::testing::HasSubstr;
 using ::testing::Not;
-using testing::eventually;
 using testing::readFile;
 using testing::runChild;
 using testing::RunnerTest;
