@@ -77,7 +77,7 @@ OutputFile::OutputFile(std::string path, ExactMode mode) : path_(std::move(path)
     return;
   }
   remember(beside_.c_str());
-  fchmod(descriptor, mode.bits);
+  fchmod(descriptor, static_cast<mode_t>(mode.bits));
   file_.reset(fdopen(descriptor, "wb"));
   if (!file_) {
     fail("cannot be created", errno);

@@ -18,8 +18,6 @@
 namespace quillory::pack {
 namespace {
 
-namespace fs = std::filesystem;
-
 // Deeper than any real tree.
 constexpr std::size_t kDeepest = 64;
 constexpr std::size_t kLongestName = 255;
