@@ -22,6 +22,10 @@ else()
                   OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   execute_process(COMMAND ${GNUSTEP_CONFIG} --base-libs OUTPUT_VARIABLE gs_l
                   OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  # It asks make, and without one prints nothing and says that all is well.
+  if(gs_c STREQUAL "" OR gs_l STREQUAL "")
+    message(FATAL_ERROR "gnustep-config names no flags: is make installed? scripts/setup.sh has it")
+  endif()
   separate_arguments(gs_c UNIX_COMMAND "${gs_c}")
   separate_arguments(gs_l UNIX_COMMAND "${gs_l}")
   set(gs_i ${gs_c})

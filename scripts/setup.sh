@@ -12,8 +12,8 @@
 set -euo pipefail
 
 programs=(
-  # compiler, build
-  g++ gobjc++ cmake ninja-build pkg-config
+  # compiler, build (make is what gnustep-config asks)
+  g++ gobjc++ cmake ninja-build make pkg-config
   # Cocoa on Linux, with the back end that draws
   libgnustep-gui-dev gnustep-back0.29-cairo
   # libraries of the launcher
