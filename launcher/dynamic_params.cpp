@@ -64,6 +64,8 @@ class ParamInterpreter {
       if (value == "true") params_.isSilent = true;
     } else if (name == "force_spawn") {
       forceSpawn = value == "true";
+    } else if (name == "hardened") {
+      params_.isHardened = value == "true";
     } else if (name == "splash_buffer") {
       if (!value.empty()) splash::setSplashBuffer(toInt(value));
     } else if (name == "splash_image") {

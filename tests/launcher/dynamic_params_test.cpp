@@ -56,6 +56,7 @@ TEST(ReadParamPairs, LeavesEverythingOffWithoutPairs) {
     const DynamicParams params = readParamPairs(stream.get(), properties);
     EXPECT_FALSE(params.isSilent);
     EXPECT_FALSE(params.isAutoTest);
+    EXPECT_FALSE(params.isHardened);
     EXPECT_FALSE(params.updateUrl.has_value());
     EXPECT_FALSE(params.splashImage.has_value());
     EXPECT_EQ(params.jreName, "");
@@ -96,6 +97,11 @@ TEST(ReadParamPairs, SwitchesAutoTestOnByItsPresenceAlone) {
 TEST(ReadParamPairs, NeverUnsetsSilence) {
   EXPECT_TRUE(readPairs({{"show_no_ui", "true"}, {"show_no_ui", "false"}}).isSilent);
   EXPECT_FALSE(readPairs({{"show_no_ui", "TRUE"}}).isSilent);
+}
+
+TEST(ReadParamPairs, LetsTheLastHardenedDecide) {
+  EXPECT_TRUE(readPairs({{"hardened", "false"}, {"hardened", "true"}}).isHardened);
+  EXPECT_FALSE(readPairs({{"hardened", "true"}, {"hardened", "yes"}}).isHardened);
 }
 
 TEST(ReadParamPairs, LetsTheLastForceSpawnDecide) {
