@@ -16,6 +16,7 @@ struct DynamicParams {
   std::string jreName;                     ///< "jre_name", else ""
   bool isSilent = false;                   ///< "show_no_ui" was "true" at least once
   bool isAutoTest = false;                 ///< "wrapper_autotest" is there, whatever its value
+  bool isHardened = false;                 ///< the last "hardened" is "true"
 };
 
 /// Reads the parameters file of the bundle and adds every pair to `properties`. Sets `forceSpawn`
