@@ -27,7 +27,8 @@ void lintExtraFiles(const Config& config, Findings& findings) {
 }
 
 void lintPicture(const Config& config, const std::string& key, const std::string& named,
-                 std::string (*flawOf)(std::string_view), const char* advice, Findings& findings) {
+                 std::optional<Finding> (*flawOf)(const Subject&, std::string_view),
+                 Findings& findings) {
   if (named.empty()) {
     return;
   }
@@ -38,9 +39,8 @@ void lintPicture(const Config& config, const std::string& key, const std::string
                         "correct the name, or leave out " + key});
     return;
   }
-  const std::string flaw = flawOf(readWholeFile(path));
-  if (!flaw.empty()) {
-    findings.push_back({Severity::kError, "picture", path + ' ' + flaw, place, advice});
+  if (const std::optional<Finding> flaw = flawOf({path, place}, readWholeFile(path))) {
+    findings.push_back(*flaw);
   }
 }
 
@@ -92,10 +92,8 @@ Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
                         "write its full name, and see that its jar is in application.jars"});
   }
   lintExtraFiles(config, findings);
-  lintPicture(config, "application.splash", config.application.splash, flawOfPicture,
-              "save it as PNG: the splash would stay empty", findings);
-  lintPicture(config, "application.icon", config.application.icon, flawOfIcon,
-              "save it as PNG, best of 1024 by 1024 pixels, or as icns", findings);
+  lintPicture(config, "application.splash", config.application.splash, flawOfPicture, findings);
+  lintPicture(config, "application.icon", config.application.icon, flawOfIcon, findings);
   if (!config.updater.cacerts.empty() && !isFile(config.resolve(config.updater.cacerts))) {
     findings.push_back({Severity::kError, "missing-file",
                         "there is no file " + config.resolve(config.updater.cacerts),

@@ -7,12 +7,6 @@
 
 namespace quillory::pack {
 
-/// What a value is of: how messages call it ("application.name"), and where it stands.
-struct Subject {
-  std::string name;
-  Place place;
-};
-
 /// What is wrong with a name that the folders of an application or runtime are named after; none
 /// when nothing is.
 std::optional<Finding> flawOfFolderName(const Subject& subject, const std::string& name);

@@ -1,6 +1,7 @@
 #include "packager/content/bundle_tools.h"
 
 #include <filesystem>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -111,18 +112,18 @@ void checkSystem(const Config& config, Target target, const Wanted& wanted, Find
   if (wanted.path.empty()) {
     return;
   }
+  const bool isNamed = !wanted.configured.empty();
   const ProgramImage image = programImageIn(wanted.path);
-  const std::string reason = unfitFor(target, image);
-  if (reason.empty()) {
+  const Place place = isNamed ? config.placeOf(wanted.key) : Place{};
+  std::optional<Finding> flaw = unfitFor(target, {wanted.path, place}, image);
+  if (!flaw) {
     return;
   }
-  const bool isNamed = !wanted.configured.empty();
-  findings.push_back({Severity::kError, "platform", wanted.path + ' ' + reason,
-                      isNamed ? config.placeOf(wanted.key) : Place{},
-                      isNamed && !image.system.empty()
-                          ? "--target says what the bundle is for, and without " + wanted.key +
-                                " the program for it is taken"
-                          : "build it again"});
+  flaw->advice = isNamed && !image.system.empty()
+                     ? "--target says what the bundle is for, and without " + wanted.key +
+                           " the program for it is taken"
+                     : "build it again";
+  findings.push_back(std::move(*flaw));
 }
 
 // The launcher reads the first tail that it finds in itself.

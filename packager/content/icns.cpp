@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <string_view>
 
 #include "packager/bytes/byte_sinks.h"
-#include "packager/report/findings.h"
 
 namespace quillory::pack {
 namespace {
@@ -52,9 +50,8 @@ const IconKind* kindFor(std::string_view png) {
   return found == kKinds.end() || bigEndian(png, kHeightInPng) != width ? nullptr : &*found;
 }
 
-}  // namespace
-
-std::string flawOfPicture(std::string_view bytes) {
+// Why these bytes are no PNG picture; "" when they are one.
+std::string flawOfPng(std::string_view bytes) {
   if (!bytes.starts_with(kSignature)) {
     return "is no PNG picture";
   }
@@ -65,13 +62,14 @@ std::string flawOfPicture(std::string_view bytes) {
   return isEmpty ? "is a PNG picture without a single pixel" : "";
 }
 
-std::string flawOfIcon(std::string_view bytes) {
+// The same of an icon.
+std::string flawOfIconBytes(std::string_view bytes) {
   if (isIcns(bytes)) {
     const bool isWhole = bytes.size() > kHeader && bigEndian(bytes, 4) > kHeader &&
                          bigEndian(bytes, 4) <= bytes.size();
     return isWhole ? "" : "is an icns file that is cut short or damaged";
   }
-  const std::string flaw = flawOfPicture(bytes);
+  const std::string flaw = flawOfPng(bytes);
   if (!flaw.empty()) {
     return bytes.starts_with(kSignature) ? flaw : "is neither an icns nor a PNG picture";
   }
@@ -83,11 +81,29 @@ std::string flawOfIcon(std::string_view bytes) {
              : "";
 }
 
+std::optional<Finding> findingOf(const Subject& subject, const std::string& flaw,
+                                 const char* advice) {
+  if (flaw.empty()) {
+    return std::nullopt;
+  }
+  return Finding{Severity::kError, "picture", subject.name + ' ' + flaw, subject.place, advice};
+}
+
+}  // namespace
+
+std::optional<Finding> flawOfPicture(const Subject& picture, std::string_view bytes) {
+  return findingOf(picture, flawOfPng(bytes), "save it as PNG: the splash would stay empty");
+}
+
+std::optional<Finding> flawOfIcon(const Subject& icon, std::string_view bytes) {
+  return findingOf(icon, flawOfIconBytes(bytes),
+                   "save it as PNG, best of 1024 by 1024 pixels, or as icns");
+}
+
 std::string icnsFrom(const std::string& path) {
   std::string picture = readWholeFile(path);
-  const std::string flaw = flawOfIcon(picture);
-  if (!flaw.empty()) {
-    throw PackError(flaw, "give it one of the sizes of icons, best 1024", {path, 0});
+  if (const auto flaw = flawOfIcon({"the icon", {path, 0}}, picture)) {
+    throw PackError(flaw->what, flaw->advice, flaw->place);
   }
   return isIcns(picture) ? picture : chunk("icns", chunk(kindFor(picture)->type, picture));
 }

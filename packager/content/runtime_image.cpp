@@ -7,7 +7,9 @@
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <sstream>
+#include <utility>
 
 #include "packager/bytes/byte_sinks.h"
 #include "packager/content/class_list.h"
@@ -37,8 +39,7 @@ std::string trimmed(const std::string& text) {
 }
 
 // "java.base,java.desktop" from the last line: warnings come before it.
-std::string modulesFoundByJdeps(const RuntimeConfig& config, const std::vector<std::string>& jars,
-                                const std::string& workFolder) {
+std::string modulesFoundByJdeps(const RuntimeConfig& config, const std::vector<std::string>& jars) {
   std::vector<std::string> command = {findJdkTool("jdeps", config.jdk),
                                       "--print-module-deps",
                                       "--ignore-missing-deps",
@@ -47,7 +48,7 @@ std::string modulesFoundByJdeps(const RuntimeConfig& config, const std::vector<s
                                       "--class-path",
                                       joined(jars, ":")};
   command.insert(command.end(), jars.begin(), jars.end());
-  std::istringstream output(runTool(command, workFolder));
+  std::istringstream output(runTool(command));
   std::string modules;
   for (std::string line; std::getline(output, line);) {
     if (!trimmed(line).empty()) {
@@ -109,8 +110,8 @@ void requireModulesFor(Target target, const Config& config) {
 
 std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
                         const std::string& workFolder) {
-  std::string modules = config.modules.empty() ? modulesFoundByJdeps(config, jars, workFolder)
-                                               : joined(config.modules, ",");
+  std::string modules =
+      config.modules.empty() ? modulesFoundByJdeps(config, jars) : joined(config.modules, ",");
   if (!config.addModules.empty()) {
     modules += ',' + joined(config.addModules, ",");
   }
@@ -126,7 +127,7 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
     command.insert(command.end(), {"--module-path", config.jmods});
   }
   command.insert(command.end(), config.jlinkOptions.begin(), config.jlinkOptions.end());
-  runTool(command, workFolder);
+  runTool(command);
   addUpdaterClasses(folder);
   return folder;
 }
@@ -147,9 +148,11 @@ Findings lintRuntime(const std::string& javaHome, Target target, const std::stri
   const std::string java = javaHome + "/bin/java";
   const ProgramImage image = programImageIn(java);
   // A script runs everywhere, as far as anybody can tell.
-  const std::string reason = image.system == kScript ? "" : unfitFor(target, image);
-  if (!reason.empty()) {
-    return {{Severity::kError, "platform", java + ' ' + reason, place, runtimeAdvice(target)}};
+  if (image.system != kScript) {
+    if (std::optional<Finding> flaw = unfitFor(target, {java, place}, image)) {
+      flaw->advice = runtimeAdvice(target);
+      return {std::move(*flaw)};
+    }
   }
   const bool hasJvm = std::any_of(kJvmsOnMacOS.begin(), kJvmsOnMacOS.end(),
                                   [&](const char* name) { return isFile(javaHome + name); });

@@ -3,18 +3,14 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <sstream>
 
-#include "packager/bytes/byte_sinks.h"
 #include "packager/bytes/work_folder.h"
 #include "packager/report/findings.h"
 #include "support/program.h"
 
 namespace quillory::pack {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::size_t kShownOutput = 2000;
 
@@ -26,25 +22,20 @@ std::string lastPartOf(const std::string& output) {
 
 }  // namespace
 
-std::string runTool(const std::vector<std::string>& command, const std::string& scratchFolder) {
-  const std::string output = scratchFolder + "/tool-output";
-  // The shell only redirects: the command travels as arguments and is never parsed by it.
-  std::vector<std::string> arguments = {"/bin/sh", "-c", "exec \"$@\" >\"$0\" 2>&1", output};
-  arguments.insert(arguments.end(), command.begin(), command.end());
-  const ProgramResult tool = runProgram(arguments);
-  if (!tool.exited && tool.signal == 0) {
-    throw PackError(command[0] + " cannot be started");
+std::string runTool(const std::vector<std::string>& command) {
+  ProgramOptions options;
+  options.output = ProgramOutput::kBothCaptured;
+  const ProgramResult tool = runProgram(command, options);
+  if (!tool.started) {
+    throwFileError(command.at(0), "cannot be started", tool.error);
   }
-  const std::string text = fs::exists(output) ? readWholeFile(output) : "";
-  std::error_code ignored;
-  fs::remove(output, ignored);
   stopIfInterrupted();  // the tool was, too: its failure is none of its own
   if (tool.status != 0) {
     throw PackError(command[0] + " failed" +
                     (tool.exited ? " with status " + std::to_string(tool.status) : std::string()) +
-                    ":\n" + lastPartOf(text));
+                    ":\n" + lastPartOf(tool.output));
   }
-  return text;
+  return tool.output;
 }
 
 std::string findJdkTool(const std::string& name, const std::string& jdk) {

@@ -5,10 +5,10 @@
 
 namespace quillory::pack {
 
-/// What `command` printed, on both outputs. Throws PackError, with the last lines of it, when it
-/// cannot be started or ends with another status than 0. `scratchFolder` takes its output
-/// meanwhile.
-std::string runTool(const std::vector<std::string>& command, const std::string& scratchFolder);
+/// What `command` printed, on both outputs as it came; its first text is the path of a program.
+/// Throws PackError, with the last lines of it, when it cannot be started or ends with another
+/// status than 0.
+std::string runTool(const std::vector<std::string>& command);
 
 /// The path of a JDK tool: in `jdk` when given, else under JAVA_HOME, else in PATH. Throws
 /// PackError when there is none.

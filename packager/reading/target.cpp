@@ -36,17 +36,20 @@ std::string targetNameOf(const ProgramImage& image) {
   return "";
 }
 
-std::string unfitFor(Target target, const ProgramImage& image) {
+std::optional<Finding> unfitFor(Target target, const Subject& program, const ProgramImage& image) {
+  const auto flaw = [&](const std::string& what) {
+    return Finding{Severity::kError, "platform", program.name + ' ' + what, program.place, ""};
+  };
   if (image.system.empty()) {
-    return "is no program";
+    return flaw("is no program");
   }
   if (image.system != systemOf(target)) {
-    return "is for " + asText(image) + ", and the bundle is for " + systemOf(target);
+    return flaw("is for " + asText(image) + ", and the bundle is for " + systemOf(target));
   }
   if (target == Target::kMacOS && !image.runsOn(kNeededOnMacOS)) {
-    return "is for " + asText(image) + ", and the bundle needs it for " + kNeededOnMacOS;
+    return flaw("is for " + asText(image) + ", and the bundle needs it for " + kNeededOnMacOS);
   }
-  return "";
+  return std::nullopt;
 }
 
 Findings lintArchitectures(const ProgramImage& launcher, const ProgramImage& java,

@@ -22,9 +22,9 @@ const char* systemOf(Target target);
 /// The name of the target that a program is for; "" for none of them.
 std::string targetNameOf(const ProgramImage& image);
 
-/// Why a program cannot be part of a bundle: "is for Linux, and the bundle is for macOS"; "" when
-/// it can. Programs for macOS are made for x86_64, alone or among others.
-std::string unfitFor(Target target, const ProgramImage& image);
+/// Why a program cannot be part of a bundle, without advice; none when it can. Programs for macOS
+/// are made for x86_64, alone or among others.
+std::optional<Finding> unfitFor(Target target, const Subject& program, const ProgramImage& image);
 
 /// A warning where the launcher runs on processors that the runtime's Java is not for.
 Findings lintArchitectures(const ProgramImage& launcher, const ProgramImage& java,

@@ -23,6 +23,13 @@ struct Finding {
 };
 using Findings = std::vector<Finding>;
 
+/// What a finding is about: how its sentence calls it ("application.name", the path of a program),
+/// and where it stands.
+struct Subject {
+  std::string name;
+  Place place;
+};
+
 /// Whether one of them is an error: warnings and notes keep nobody from packing.
 bool hasErrors(const Findings& findings);
 /// Adds `more` behind the others.

@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
+#include "tests/packager/hello_config.h"
 #include "tests/packager/mach_o_bytes.h"
-#include "tests/packager/project.h"
 #include "tests/packager/rules_of.h"
 
 namespace quillory::pack {
@@ -14,35 +14,11 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::string_literals;
 using testing::bigEndian;
+using testing::Names;
 using testing::rulesOf;
-using testing::TempDir;
 using testing::writeFile;
 
-using Names = std::vector<std::string>;
-
-class LintOfBundles : public ::testing::Test {
- protected:
-  LintOfBundles() {
-    fs::copy_file(QUILLORY_HELLO_JAR, dir_ / "hello.jar");
-    config_.file = "quillory.toml";
-    config_.folder = dir_.str();
-    config_.application.name = "Hello";
-    config_.application.mainClass = "com.example.hello.Hello";
-    config_.application.jars = {"hello.jar"};
-    config_.jvm.maximumHeap = 256;
-    config_.jvm.initialHeap = 64;
-    for (const auto& [key, line] :
-         {std::pair{"application.jars", 5u}, std::pair{"application.main-class", 6u},
-          std::pair{"application.files", 7u}, std::pair{"application.splash", 8u},
-          std::pair{"application.icon", 9u}, std::pair{"updater.jar", 10u},
-          std::pair{"updater.main-class", 11u}, std::pair{"updater.cacerts", 12u}}) {
-      config_.places[key] = {"quillory.toml", line};
-    }
-  }
-
-  TempDir dir_;
-  Config config_;
-};
+using LintOfBundles = testing::HelloConfig;
 
 TEST_F(LintOfBundles, LintApplicationPathsKeepsThePlacesOfTheInstallation) {
   ContentTree tree("application");

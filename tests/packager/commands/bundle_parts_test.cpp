@@ -5,42 +5,22 @@
 #include <filesystem>
 
 #include "tests/harness/records.h"
-#include "tests/packager/project.h"
+#include "tests/packager/hello_config.h"
+#include "tests/packager/paths_of.h"
 #include "tests/packager/rules_of.h"
 
 namespace quillory::pack {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::Names;
+using testing::pathsOf;
 using testing::records;
 using testing::rulesOf;
-using testing::TempDir;
 using testing::writeFile;
 
-using Names = std::vector<std::string>;
-
-class BundleParts : public ::testing::Test {
+class BundleParts : public testing::HelloConfig {
  protected:
-  BundleParts() {
-    fs::copy_file(QUILLORY_HELLO_JAR, dir_ / "hello.jar");
-    config_.file = "quillory.toml";
-    config_.folder = dir_.str();
-    config_.application.name = "Hello";
-    config_.application.version = 12;
-    config_.updater.version = 3;
-    config_.application.mainClass = "com.example.hello.Hello";
-    config_.application.jars = {"hello.jar"};
-    config_.jvm.maximumHeap = 256;
-    config_.jvm.initialHeap = 64;
-    for (const auto& [key, line] :
-         {std::pair{"application.jars", 5u}, std::pair{"application.main-class", 6u},
-          std::pair{"application.files", 7u}, std::pair{"application.splash", 8u},
-          std::pair{"application.icon", 9u}, std::pair{"updater.jar", 10u},
-          std::pair{"updater.main-class", 11u}, std::pair{"updater.cacerts", 12u}}) {
-      config_.places[key] = {"quillory.toml", line};
-    }
-  }
-
   // The jars that a list of patterns stands for, without the folder of the configuration.
   Names jarsOf(const Names& patterns) {
     config_.application.jars = patterns;
@@ -59,16 +39,6 @@ class BundleParts : public ::testing::Test {
     }
     return "";
   }
-  static Names pathsOf(const ContentTree& tree) {
-    Names paths;
-    for (const auto& [path, entry] : tree.entries()) {
-      paths.push_back(path);
-    }
-    return paths;
-  }
-
-  TempDir dir_;
-  Config config_;
 };
 
 TEST_F(BundleParts, FindJarsKeepsTheOrderOfTheListAndSortsWhatAPatternFinds) {

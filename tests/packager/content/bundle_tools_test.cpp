@@ -9,8 +9,7 @@
 
 #include "formats/markers.h"
 #include "packager/content/program_folder.h"
-#include "tests/harness/temp_dir.h"
-#include "tests/packager/mach_o_bytes.h"
+#include "tests/packager/mac_programs.h"
 #include "tests/packager/rules_of.h"
 
 namespace quillory::pack {
@@ -19,19 +18,16 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using testing::kArm;
+using testing::kElf;
 using testing::kX86;
 using testing::rulesOf;
-using testing::TempDir;
 using testing::thinMachO;
 using testing::writeFile;
 
-// A folder with a program for macOS for everything that a configuration can name.
-class FindBundleTools : public ::testing::Test {
+// A configuration that names all of them.
+class FindBundleTools : public testing::MacPrograms {
  protected:
   FindBundleTools() {
-    for (const char* name : {"launcher", "lzma64", "elev_mac"}) {
-      writeFile(dir_ / name, thinMachO(kX86));
-    }
     writeFile(dir_ / "updater.jar", "jar");
     config_.file = "quillory.toml";
     config_.folder = dir_.str();
@@ -55,7 +51,6 @@ class FindBundleTools : public ::testing::Test {
     return {};
   }
 
-  TempDir dir_;
   Config config_;
 };
 
@@ -89,9 +84,7 @@ TEST_F(FindBundleTools, NamesTheKeyOfAFileThatIsNotThere) {
 }
 
 TEST_F(FindBundleTools, RefusesAllProgramsForAnotherSystemAtOnce) {
-  writeFile(dir_ / "launcher",
-            "\x7F"
-            "ELF");
+  writeFile(dir_ / "launcher", kElf);
   writeFile(dir_ / "elev_mac", thinMachO(kArm));
   const Findings found = findings();
   ASSERT_EQ(rulesOf(found), (std::vector<std::string>{"platform", "platform"}));
@@ -125,9 +118,7 @@ TEST_F(FindBundleTools, DoesWithoutAnElevationToolOfThisSystem) {
     GTEST_SKIP() << "the stand-ins are programs for Linux";
   }
   for (const char* name : {"launcher", "lzma64"}) {
-    writeFile(dir_ / name,
-              "\x7F"
-              "ELF");
+    writeFile(dir_ / name, kElf);
   }
   config_.bundle.elevMac = "";
   EXPECT_EQ(findBundleTools(config_, Target::kLinux).elevMac, "");

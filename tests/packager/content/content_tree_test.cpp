@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "tests/harness/temp_dir.h"
+#include "tests/packager/paths_of.h"
 #include "tests/packager/rules_of.h"
 
 namespace quillory::pack {
@@ -14,23 +15,10 @@ namespace {
 namespace fs = std::filesystem;
 using testing::findingOf;
 using testing::hasRule;
+using testing::pathsOf;
 using testing::rulesOf;
 using testing::TempDir;
 using testing::writeFile;
-
-std::vector<std::string> pathsOf(const ContentTree& tree) {
-  std::vector<std::string> paths;
-  for (const auto& [path, entry] : tree.entries()) {
-    paths.push_back(path);
-  }
-  return paths;
-}
-
-Findings findingsFor(const std::string& path, const std::string& bytes = "x") {
-  ContentTree tree("application");
-  tree.addBytes(bytes, path);
-  return tree.check();
-}
 
 TEST(ContentTree, GathersAFolderSortedWithFoldersBeforeTheirContent) {
   TempDir dir;
@@ -43,6 +31,66 @@ TEST(ContentTree, GathersAFolderSortedWithFoldersBeforeTheirContent) {
             (std::vector<std::string>{"lib", "lib/a", "lib/b", "lib/b/two", "lib/empty"}));
   EXPECT_EQ(tree.totalBytes(), 3u);
   EXPECT_TRUE(tree.check().empty());
+}
+
+TEST(ContentTree, KnowsWhereEachKindOfEntryComesFrom) {
+  TempDir dir;
+  writeFile(dir / "file", "content");
+  ContentTree tree("application");
+  tree.addFile(dir / "file", "a/file");
+  tree.addBytes("bytes", "b");
+  tree.addFolder("c");
+  tree.addFolder("");
+  ASSERT_EQ(pathsOf(tree), (std::vector<std::string>{"a/file", "b", "c"}));
+  const ContentEntry& file = tree.entries().at("a/file");
+  EXPECT_EQ(file.kind, ContentEntry::Kind::kFile);
+  EXPECT_EQ(file.source, dir / "file");
+  EXPECT_EQ(file.size, 7u);
+  const ContentEntry& bytes = tree.entries().at("b");
+  EXPECT_EQ(bytes.kind, ContentEntry::Kind::kBytes);
+  EXPECT_EQ(bytes.bytes, "bytes");
+  EXPECT_EQ(bytes.size, 5u);
+  EXPECT_EQ(tree.entries().at("c").kind, ContentEntry::Kind::kFolder);
+  EXPECT_EQ(tree.totalBytes(), 12u);
+  EXPECT_EQ(tree.name(), "application");
+}
+
+TEST(ContentTree, NamesTheFileThatIsMissing) {
+  ContentTree tree("application");
+  EXPECT_THROW(tree.addFile("/nonexistent/file", "file"), PackError);
+  EXPECT_THROW(tree.addFolderContent("/nonexistent", ""), PackError);
+}
+
+// As many folders, one inside the other, as `levels` says, with a file in the last one: its path.
+std::string makeDeepFolders(const std::string& top, int levels) {
+  std::string path;
+  for (int i = 0; i < levels; ++i) {
+    path += "d/";
+  }
+  writeFile(top + '/' + path + "file", "x");
+  return path + "file";
+}
+
+TEST(ContentTree, GathersFoldersOf64Levels) {
+  TempDir dir;
+  const std::string deepest = makeDeepFolders(dir / "src", 64);
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_TRUE(tree.contains(deepest));
+  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{});
+}
+
+TEST(ContentTree, RefusesFoldersOf65Levels) {
+  TempDir dir;
+  const std::string deepest = makeDeepFolders(dir / "src", 65);
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_FALSE(tree.contains(deepest));
+  ASSERT_EQ(rulesOf(tree.check()), std::vector<std::string>{"link-loop"});
+  const Finding finding = tree.check()[0];
+  EXPECT_EQ(finding.what, "the folders go deeper than 64 levels");
+  EXPECT_EQ(finding.severity, Severity::kError);
+  EXPECT_EQ(finding.place.file + "/file", dir / "src/" + deepest);
 }
 
 TEST(ContentTree, StoresLinksAsCopiesAndSaysSoOnce) {
@@ -61,6 +109,22 @@ TEST(ContentTree, StoresLinksAsCopiesAndSaysSoOnce) {
   EXPECT_EQ(rulesOf(findings), std::vector<std::string>{"link"});
   EXPECT_EQ(findings[0].what,
             "2 symbolic links are stored as copies in the runtime, because archives hold no links");
+}
+
+TEST(ContentTree, NamesTheFirstLinkOfOneOrMany) {
+  TempDir dir;
+  writeFile(dir / "src/file", "x");
+  fs::create_symlink("file", dir / "src/link");
+  ContentTree one("runtime");
+  one.addFolderContent(dir / "src", "");
+  EXPECT_EQ(asText(findingOf(one.check(), "link")),
+            dir / "src/link" +
+                ": note: a symbolic link is stored as copies in the runtime, because archives "
+                "hold no links [link]");
+  fs::create_symlink("file", dir / "src/another");
+  ContentTree two("runtime");
+  two.addFolderContent(dir / "src", "");
+  EXPECT_EQ(findingOf(two.check(), "link").place.file, dir / "src/another");
 }
 
 TEST(ContentTree, RefusesALinkThatLeadsNowhere) {
@@ -116,6 +180,18 @@ TEST(ContentTree, TakesAFolderTwiceThatIsNotAboveItself) {
   EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{"link"});
 }
 
+TEST(ContentTree, LeavesAFolderAgainBeforeTheNextOne) {
+  TempDir dir;
+  // A link from one folder to its neighbour leads nowhere above itself.
+  writeFile(dir / "src/a/file", "x");
+  fs::create_directory(dir / "src/b");
+  fs::create_symlink("../a", dir / "src/b/link");
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "src", "");
+  EXPECT_TRUE(tree.contains("b/link/file"));
+  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{"link"});
+}
+
 TEST(ContentTree, KnowsAFileByWhateverName) {
   TempDir dir;
   writeFile(dir / "src/sub/file", "x");
@@ -149,6 +225,15 @@ TEST(ContentTree, WarnsOfModesThatAreLost) {
   EXPECT_EQ(findingOf(tree.check(), "mode").severity, Severity::kWarning);
 }
 
+TEST(ContentTree, SaysNothingOfTheModesOfFolders) {
+  TempDir dir;
+  writeFile(dir / "src/file", "x");
+  fs::permissions(dir / "src", fs::perms(02775));
+  ContentTree tree("application");
+  tree.addFile(dir / "src", "src");
+  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{});
+}
+
 TEST(ContentTree, RefusesTwoFilesForOnePath) {
   ContentTree tree("application");
   tree.addBytes("1", "lib/a.jar");
@@ -160,116 +245,6 @@ TEST(ContentTree, RefusesTwoFilesForOnePath) {
   EXPECT_TRUE(folders.check().empty());
 }
 
-TEST(ContentTree, NamesTheFileThatIsMissing) {
-  ContentTree tree("application");
-  EXPECT_THROW(tree.addFile("/nonexistent/file", "file"), PackError);
-  EXPECT_THROW(tree.addFolderContent("/nonexistent", ""), PackError);
-}
-
-TEST(CheckPaths, AcceptsOrdinaryOnes) {
-  for (const char* path : {"a", "lib/a.jar", "a b/c\xC3\xA4", "..a", "a..", "x/qyArcSpBlock_y"}) {
-    EXPECT_TRUE(findingsFor(path).empty()) << path;
-  }
-}
-
-TEST(CheckPaths, RefusesThoseThatTheLauncherRefusesOrMisunderstands) {
-  const std::pair<std::string, const char*> cases[] = {
-      {"../up", "path"},
-      {"a/../b", "path"},
-      {"/absolute", "path"},
-      {"a//b", "path"},
-      {"./a", "path"},
-      {"a/", "path"},
-      {"qyArcSpBlock_Mine", "special-prefix"},
-      {std::string(256, 'n'), "name-length"},
-      {"\xff", "file-name"},
-      {"\xed\xa0\x80", "file-name"},      // half of a pair
-      {"\xe0\x80\x80", "file-name"},      // longer than needed
-      {"\xf4\x90\x80\x80", "file-name"},  // beyond the last character
-  };
-  for (const auto& [path, rule] : cases) {
-    EXPECT_TRUE(hasRule(findingsFor(path), rule)) << path;
-  }
-}
-
-TEST(CheckPaths, KeepsToTheLimitOfTheRecord) {
-  std::string path;
-  while (path.size() < 1000) {
-    path += std::string(99, 'd') + '/';
-  }
-  const std::string longest = path + std::string(1022 - path.size(), 'f');
-  EXPECT_TRUE(findingsFor(longest).empty());
-  EXPECT_EQ(rulesOf(findingsFor(longest + 'f')), std::vector<std::string>{"path-length"});
-}
-
-TEST(CheckPaths, WarnsOfEmptyFiles) {
-  const Finding finding = findingOf(findingsFor("lib/empty", ""), "empty-file");
-  EXPECT_EQ(finding.severity, Severity::kWarning);
-  EXPECT_EQ(finding.what,
-            "\"lib/empty\" of the application is empty: the launcher does not create empty files");
-}
-
-TEST(CheckPaths, WarnsOfNamesThatDifferInCaseOnly) {
-  ContentTree tree("application");
-  tree.addBytes("1", "lib/Readme");
-  tree.addBytes("2", "lib/readme");
-  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{"case"});
-}
-
-// As many folders, one inside the other, as `levels` says, with a file in the last one: its path.
-std::string makeDeepFolders(const std::string& top, int levels) {
-  std::string path;
-  for (int i = 0; i < levels; ++i) {
-    path += "d/";
-  }
-  writeFile(top + '/' + path + "file", "x");
-  return path + "file";
-}
-
-TEST(ContentTree, GathersFoldersOf64Levels) {
-  TempDir dir;
-  const std::string deepest = makeDeepFolders(dir / "src", 64);
-  ContentTree tree("application");
-  tree.addFolderContent(dir / "src", "");
-  EXPECT_TRUE(tree.contains(deepest));
-  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{});
-}
-
-TEST(ContentTree, RefusesFoldersOf65Levels) {
-  TempDir dir;
-  const std::string deepest = makeDeepFolders(dir / "src", 65);
-  ContentTree tree("application");
-  tree.addFolderContent(dir / "src", "");
-  EXPECT_FALSE(tree.contains(deepest));
-  ASSERT_EQ(rulesOf(tree.check()), std::vector<std::string>{"link-loop"});
-  const Finding finding = tree.check()[0];
-  EXPECT_EQ(finding.what, "the folders go deeper than 64 levels");
-  EXPECT_EQ(finding.severity, Severity::kError);
-  EXPECT_EQ(finding.place.file + "/file", dir / "src/" + deepest);
-}
-
-TEST(ContentTree, KnowsWhereEachKindOfEntryComesFrom) {
-  TempDir dir;
-  writeFile(dir / "file", "content");
-  ContentTree tree("application");
-  tree.addFile(dir / "file", "a/file");
-  tree.addBytes("bytes", "b");
-  tree.addFolder("c");
-  tree.addFolder("");
-  ASSERT_EQ(pathsOf(tree), (std::vector<std::string>{"a/file", "b", "c"}));
-  const ContentEntry& file = tree.entries().at("a/file");
-  EXPECT_EQ(file.kind, ContentEntry::Kind::kFile);
-  EXPECT_EQ(file.source, dir / "file");
-  EXPECT_EQ(file.size, 7u);
-  const ContentEntry& bytes = tree.entries().at("b");
-  EXPECT_EQ(bytes.kind, ContentEntry::Kind::kBytes);
-  EXPECT_EQ(bytes.bytes, "bytes");
-  EXPECT_EQ(bytes.size, 5u);
-  EXPECT_EQ(tree.entries().at("c").kind, ContentEntry::Kind::kFolder);
-  EXPECT_EQ(tree.totalBytes(), 12u);
-  EXPECT_EQ(tree.name(), "application");
-}
-
 TEST(ContentTree, RefusesAFileInThePlaceOfAFolder) {
   ContentTree tree("runtime");
   tree.addFolder("lib");
@@ -277,70 +252,6 @@ TEST(ContentTree, RefusesAFileInThePlaceOfAFolder) {
   ASSERT_EQ(rulesOf(tree.check()), std::vector<std::string>{"same-path"});
   EXPECT_EQ(tree.check()[0].what, "two files of the runtime would be stored as \"lib\"");
   EXPECT_EQ(tree.entries().at("lib").kind, ContentEntry::Kind::kFolder) << "the first one stays";
-}
-
-TEST(ContentTree, NamesTheFirstLinkOfOneOrMany) {
-  TempDir dir;
-  writeFile(dir / "src/file", "x");
-  fs::create_symlink("file", dir / "src/link");
-  ContentTree one("runtime");
-  one.addFolderContent(dir / "src", "");
-  EXPECT_EQ(asText(findingOf(one.check(), "link")),
-            dir / "src/link" +
-                ": note: a symbolic link is stored as copies in the runtime, because archives "
-                "hold no links [link]");
-  fs::create_symlink("file", dir / "src/another");
-  ContentTree two("runtime");
-  two.addFolderContent(dir / "src", "");
-  EXPECT_EQ(findingOf(two.check(), "link").place.file, dir / "src/another");
-}
-
-TEST(ContentTree, SaysNothingOfTheModesOfFolders) {
-  TempDir dir;
-  writeFile(dir / "src/file", "x");
-  fs::permissions(dir / "src", fs::perms(02775));
-  ContentTree tree("application");
-  tree.addFile(dir / "src", "src");
-  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{});
-}
-
-TEST(ContentTree, LeavesAFolderAgainBeforeTheNextOne) {
-  TempDir dir;
-  // A link from one folder to its neighbour leads nowhere above itself.
-  writeFile(dir / "src/a/file", "x");
-  fs::create_directory(dir / "src/b");
-  fs::create_symlink("../a", dir / "src/b/link");
-  ContentTree tree("application");
-  tree.addFolderContent(dir / "src", "");
-  EXPECT_TRUE(tree.contains("b/link/file"));
-  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{"link"});
-}
-
-TEST(CheckPaths, AcceptsANameOf255Bytes) {
-  EXPECT_TRUE(findingsFor("lib/" + std::string(255, 'n') + "/a").empty());
-  EXPECT_EQ(rulesOf(findingsFor("lib/" + std::string(256, 'n') + "/a")),
-            std::vector<std::string>{"name-length"});
-}
-
-TEST(CheckPaths, KnowsThePairsOfEveryLetter) {
-  for (char c = 'A'; c <= 'Z'; ++c) {
-    ContentTree tree("application");
-    tree.addBytes("1", std::string("lib/") + c);
-    tree.addBytes("2", std::string("Lib/") + static_cast<char>(c - 'A' + 'a'));
-    EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{"case"}) << c;
-  }
-  ContentTree others("application");
-  others.addBytes("1", "a@");
-  others.addBytes("2", "a`");
-  others.addBytes("3", "a[");
-  others.addBytes("4", "a{");
-  EXPECT_EQ(rulesOf(others.check()), std::vector<std::string>{});
-}
-
-TEST(CheckPaths, SaysNothingOfAnEmptyFolder) {
-  ContentTree tree("application");
-  tree.addFolder("lib");
-  EXPECT_EQ(rulesOf(tree.check()), std::vector<std::string>{});
 }
 
 }  // namespace

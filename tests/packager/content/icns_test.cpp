@@ -18,6 +18,21 @@ std::string png(char width, char height) {
   return "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\0\0"s + width + '\0' + "\0\0"s + height + '\0' + "rest";
 }
 
+// What is wrong with a picture or an icon, without its name; "" when nothing is.
+std::string flawIn(std::optional<Finding> (*flawOf)(const Subject&, std::string_view),
+                   const std::string& bytes) {
+  const std::optional<Finding> flaw = flawOf({"it", {"quillory.toml", 4}}, bytes);
+  if (!flaw) {
+    return "";
+  }
+  EXPECT_EQ(flaw->rule, "picture");
+  EXPECT_EQ(asText(flaw->place), "quillory.toml:4");
+  EXPECT_EQ(flaw->what.substr(0, 3), "it ");
+  return flaw->what.substr(3);
+}
+std::string pictureFlaw(const std::string& bytes) { return flawIn(flawOfPicture, bytes); }
+std::string iconFlaw(const std::string& bytes) { return flawIn(flawOfIcon, bytes); }
+
 TEST(IcnsFrom, KeepsAnIcon) {
   TempDir dir;
   const std::string icon = "icns\0\0\0\x0cmore"s;
@@ -46,38 +61,38 @@ TEST(IcnsFrom, RefusesOtherSizes) {
 
 TEST(FlawOfIcon, IsAnIconFileThatIsShorterThanItSays) {
   const std::string flaw = "is an icns file that is cut short or damaged";
-  EXPECT_EQ(flawOfIcon("icns\0\0\0\x0cmore"s), "");
-  EXPECT_EQ(flawOfIcon("icns\0\0\0\x0cmor"s), flaw);
-  EXPECT_EQ(flawOfIcon("icns\0\0\0\x08more"s), flaw);
+  EXPECT_EQ(iconFlaw("icns\0\0\0\x0cmore"s), "");
+  EXPECT_EQ(iconFlaw("icns\0\0\0\x0cmor"s), flaw);
+  EXPECT_EQ(iconFlaw("icns\0\0\0\x08more"s), flaw);
   for (std::size_t length = 4; length < 9; ++length) {
-    EXPECT_EQ(flawOfIcon("icns\0\0\0\x0c"s.substr(0, length)), flaw) << length;
+    EXPECT_EQ(iconFlaw("icns\0\0\0\x0c"s.substr(0, length)), flaw) << length;
   }
-  EXPECT_EQ(flawOfIcon("icn"), "is neither an icns nor a PNG picture");
-  EXPECT_EQ(flawOfIcon(""), "is neither an icns nor a PNG picture");
+  EXPECT_EQ(iconFlaw("icn"), "is neither an icns nor a PNG picture");
+  EXPECT_EQ(iconFlaw(""), "is neither an icns nor a PNG picture");
 }
 
 TEST(FlawOfIcon, IsASizeThatIconsDoNotHave) {
-  EXPECT_EQ(flawOfIcon(png('\1', '\1')), "");
-  EXPECT_EQ(flawOfIcon(png('\2', '\1')),
+  EXPECT_EQ(iconFlaw(png('\1', '\1')), "");
+  EXPECT_EQ(iconFlaw(png('\2', '\1')),
             "is a picture of 512 by 256 pixels: those of icons are square, of 64, 128, 256, 512 or "
             "1024");
 }
 
 TEST(FlawOfPicture, IsADamagedHeader) {
   const std::string whole = png('\3', '\1').substr(0, 24);
-  EXPECT_EQ(flawOfPicture(whole), "");
+  EXPECT_EQ(pictureFlaw(whole), "");
   for (std::size_t length = 0; length < whole.size(); ++length) {
-    EXPECT_EQ(flawOfPicture(whole.substr(0, length)),
+    EXPECT_EQ(pictureFlaw(whole.substr(0, length)),
               length < 8 ? "is no PNG picture" : "is a PNG picture that is cut short or damaged")
         << length;
   }
   for (std::size_t at = 0; at < 16; ++at) {
     std::string changed = whole;
     changed[at] = static_cast<char>(changed[at] ^ 1);
-    EXPECT_NE(flawOfPicture(changed), "") << at;
+    EXPECT_NE(pictureFlaw(changed), "") << at;
   }
-  EXPECT_EQ(flawOfPicture(png('\0', '\1')), "is a PNG picture without a single pixel");
-  EXPECT_EQ(flawOfPicture(png('\1', '\0')), "is a PNG picture without a single pixel");
+  EXPECT_EQ(pictureFlaw(png('\0', '\1')), "is a PNG picture without a single pixel");
+  EXPECT_EQ(pictureFlaw(png('\1', '\0')), "is a PNG picture without a single pixel");
 }
 
 std::string pngOf(std::uint32_t width, std::uint32_t height) {
@@ -94,7 +109,7 @@ TEST(IcnsFrom, HasATypeForEverySizeOfIcons) {
     EXPECT_EQ(icnsFrom(dir / "a.png"), "icns\0\0\0\x2c"s + type + "\0\0\0\x24"s + picture);
   }
   for (const std::uint32_t size : {1u, 16u, 32u, 63u, 65u, 2048u, 0x01000040u}) {
-    EXPECT_NE(flawOfIcon(pngOf(size, size)), "") << size;
+    EXPECT_NE(iconFlaw(pngOf(size, size)), "") << size;
   }
 }
 
@@ -107,15 +122,16 @@ TEST(IcnsFrom, NamesTheFile) {
     FAIL();
   } catch (const PackError& e) {
     EXPECT_EQ(asText(e.finding()), dir / "a.png" +
-                                       ": error: is neither an icns nor a PNG picture\n"
-                                       "  -> give it one of the sizes of icons, best 1024");
+                                       ": error: the icon is neither an icns nor a PNG picture\n"
+                                       "  -> save it as PNG, best of 1024 by 1024 pixels, or as "
+                                       "icns");
   }
 }
 
 TEST(FlawOfIcon, IsAPictureThatIsCutOrWider) {
-  EXPECT_EQ(flawOfIcon(pngOf(256, 256).substr(0, 23)),
+  EXPECT_EQ(iconFlaw(pngOf(256, 256).substr(0, 23)),
             "is a PNG picture that is cut short or damaged");
-  EXPECT_EQ(flawOfIcon(pngOf(0x01000100, 256)),
+  EXPECT_EQ(iconFlaw(pngOf(0x01000100, 256)),
             "is a picture of 16777472 by 256 pixels: those of icons are square, of 64, 128, 256, "
             "512 or 1024");
 }

@@ -8,7 +8,8 @@
 #include "packager/content/program_folder.h"
 #include "packager/content/tool_runner.h"
 #include "tests/harness/stand_in_program.h"
-#include "tests/packager/mach_o_bytes.h"
+#include "tests/packager/mac_programs.h"
+#include "tests/packager/paths_of.h"
 #include "tests/packager/project.h"
 #include "tests/packager/rules_of.h"
 
@@ -17,15 +18,15 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
-using testing::kArm;
+using testing::kElf;
 using testing::kX86;
+using testing::pathsOf;
 using testing::Project;
 using testing::readFile;
 using testing::recordedIn;
 using testing::rulesOf;
 using testing::TempDir;
 using testing::thinMachO;
-using testing::universalMachO;
 using testing::writeFile;
 using testing::writeProgram;
 using testing::writeRecorder;
@@ -78,14 +79,6 @@ TEST(FindJavaHome, RefusesARuntimeWithoutJava) {
   }
 }
 
-std::vector<std::string> pathsOf(const ContentTree& tree) {
-  std::vector<std::string> paths;
-  for (const auto& [path, entry] : tree.entries()) {
-    paths.push_back(path);
-  }
-  return paths;
-}
-
 TEST(RuntimeContent, HasTheShapeOfABundleAndAClassLibraryThatStandsIn) {
   Project project;
   const ContentTree tree = runtimeContent(project / "jre", "JRE", "170000900");
@@ -121,7 +114,7 @@ TEST(LinkRuntime, MakesARuntimeWithTheModulesThatTheJarsNeed) {
   config.addModules = {"java.logging"};
   config.jlinkOptions = {"--strip-java-debug-attributes"};
   const std::string folder = linkRuntime(config, {QUILLORY_UPDATER_JAR}, dir.str());
-  const std::string modules = runTool({folder + "/bin/java", "--list-modules"}, dir.str());
+  const std::string modules = runTool({folder + "/bin/java", "--list-modules"});
   EXPECT_NE(modules.find("java.base"), std::string::npos);
   EXPECT_NE(modules.find("java.logging"), std::string::npos);
   EXPECT_EQ(modules.find("java.desktop"), std::string::npos);
@@ -143,13 +136,12 @@ TEST(LinkRuntime, LinksTheModulesThatAreNamed) {
   TempDir dir;
   const std::string jdk = fs::canonical(findJdkTool("jlink", "")).parent_path().parent_path();
   const std::string jmod = jdk + "/bin/jmod", base = dir / "base";
-  runTool({jmod, "extract", "--dir", base, jdk + "/jmods/java.base.jmod"}, dir.str());
+  runTool({jmod, "extract", "--dir", base, jdk + "/jmods/java.base.jmod"});
   writeFile(base + "/bin/java", "for another system");
   fs::create_directory(dir / "jmods");
   runTool({jmod, "create", "--class-path", base + "/classes", "--cmds", base + "/bin", "--libs",
            base + "/lib", "--config", base + "/conf", "--target-platform", "macos-amd64",
-           dir / "jmods/java.base.jmod"},
-          dir.str());
+           dir / "jmods/java.base.jmod"});
   RuntimeConfig config;
   config.modules = {"java.base"};
   config.jmods = dir / "jmods";
@@ -227,19 +219,11 @@ TEST(RuntimeContent, NamesTheLibraryAsTheExecutableOfTheBundle) {
   EXPECT_THAT(plist(), ::testing::Not(HasSubstr("CFBundleExecutable")));
 }
 
-class LintRuntime : public ::testing::Test {
+class LintRuntime : public testing::MacPrograms {
  protected:
-  LintRuntime() {
-    writeFile(dir_ / "launcher", universalMachO({kX86, kArm}));
-    writeFile(dir_ / "jre/bin/java", universalMachO({kX86, kArm}));
-    writeFile(dir_ / "jre/lib/server/libjvm.dylib", "x");
-  }
-
   Findings lint(Target target) const {
     return lintRuntime(dir_ / "jre", target, dir_ / "launcher", {"quillory.toml", 9});
   }
-
-  TempDir dir_;
 };
 
 TEST_F(LintRuntime, TakesOneThatGoesWithTheLauncher) {
@@ -257,7 +241,7 @@ TEST_F(LintRuntime, RefusesOneOfAnotherSystem) {
 
 TEST_F(LintRuntime, TakesAScriptForAJavaOfEverySystem) {
   writeFile(dir_ / "jre/bin/java", "#!/bin/sh");
-  writeFile(dir_ / "launcher", "\x7F\x45LF");
+  writeFile(dir_ / "launcher", kElf);
   EXPECT_EQ(rulesOf(lint(Target::kLinux)), std::vector<std::string>{});
   EXPECT_EQ(rulesOf(lint(Target::kMacOS)), std::vector<std::string>{});
 }
@@ -269,7 +253,7 @@ TEST_F(LintRuntime, WantsAVirtualMachineForMacOSAndNotForLinux) {
   writeFile(dir_ / "jre/jre/lib/server/libjvm.dylib", "x");
   EXPECT_EQ(rulesOf(lint(Target::kMacOS)), std::vector<std::string>{});
   fs::remove_all(dir_ / "jre/jre");
-  writeFile(dir_ / "jre/bin/java", "\x7F\x45LF");
+  writeFile(dir_ / "jre/bin/java", kElf);
   EXPECT_EQ(rulesOf(lint(Target::kLinux)), std::vector<std::string>{});
 }
 

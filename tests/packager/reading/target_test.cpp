@@ -29,18 +29,27 @@ TEST(Target, HasANameThatItIsFoundBy) {
 }
 
 TEST(UnfitFor, TakesProgramsOfTheTarget) {
-  EXPECT_EQ(unfitFor(Target::kMacOS, kIntel), "");
-  EXPECT_EQ(unfitFor(Target::kMacOS, kUniversal), "");
-  EXPECT_EQ(unfitFor(Target::kLinux, kElf), "");
+  const Subject tool{"tool", {}};
+  EXPECT_FALSE(unfitFor(Target::kMacOS, tool, kIntel));
+  EXPECT_FALSE(unfitFor(Target::kMacOS, tool, kUniversal));
+  EXPECT_FALSE(unfitFor(Target::kLinux, tool, kElf));
 }
 
 TEST(UnfitFor, SaysWhyNotOthers) {
-  EXPECT_EQ(unfitFor(Target::kMacOS, {}), "is no program");
-  EXPECT_EQ(unfitFor(Target::kMacOS, kElf), "is for Linux, and the bundle is for macOS");
-  EXPECT_EQ(unfitFor(Target::kLinux, kIntel), "is for macOS (x86_64), and the bundle is for Linux");
-  EXPECT_EQ(unfitFor(Target::kMacOS, kApple),
-            "is for macOS (arm64), and the bundle needs it for x86_64");
-  EXPECT_EQ(unfitFor(Target::kLinux, {kScript, {}}), "is for a shell, and the bundle is for Linux");
+  const auto flaw = [](Target target, const ProgramImage& image) {
+    const auto found = unfitFor(target, {"tool", {"quillory.toml", 2}}, image);
+    return found ? asText(*found) : "";
+  };
+  const std::string tool = "quillory.toml:2: error: tool ";
+  EXPECT_EQ(flaw(Target::kMacOS, {}), tool + "is no program [platform]");
+  EXPECT_EQ(flaw(Target::kMacOS, kElf),
+            tool + "is for Linux, and the bundle is for macOS [platform]");
+  EXPECT_EQ(flaw(Target::kLinux, kIntel),
+            tool + "is for macOS (x86_64), and the bundle is for Linux [platform]");
+  EXPECT_EQ(flaw(Target::kMacOS, kApple),
+            tool + "is for macOS (arm64), and the bundle needs it for x86_64 [platform]");
+  EXPECT_EQ(flaw(Target::kLinux, {kScript, {}}),
+            tool + "is for a shell, and the bundle is for Linux [platform]");
 }
 
 TEST(LintArchitectures, WarnsWhereTheLauncherCannotLoadTheRuntime) {
