@@ -102,13 +102,13 @@ class Doctor {
   }
 
   void checkNames(const TailView& tail) {
-    const std::string& app = tail.record("App Name");
+    const std::string& app = tail.records.appName;
     if (app.empty()) {
       add(Severity::kError, "name", "the tail has no application name", tail.file,
           "name = \"...\" in [application], and pack again");
     }
-    checkName("the application's name", app, tail.record("App Version"));
-    checkName("the runtime's name", jreName(), tail.record("JRE Version"));
+    checkName("the application's name", app, tail.records.appVersion);
+    checkName("the runtime's name", jreName(), tail.records.jreVersion);
     if (isSameOnDisk(jreName(), app) || isSameOnDisk(jreName(), kUpdaterName) ||
         isSameOnDisk(app, kUpdaterName)) {
       add(Severity::kError, "name-taken",
@@ -122,11 +122,11 @@ class Doctor {
     }
   }
 
-  void checkVersion(const TailView& tail, const char* record) {
-    const std::string& version = tail.record(record);
+  void checkVersion(const TailView& tail, const TailRecord& record) {
+    const std::string& version = tail.records.*record.text;
     if (version.find_first_not_of("0123456789") != std::string::npos) {
       add(Severity::kError, "version",
-          std::string(record) + " is \"" + version +
+          std::string(record.name) + " is \"" + version +
               "\", no whole number: only the number that it "
               "begins with counts",
           tail.file, "give each release a larger whole number");
@@ -134,9 +134,12 @@ class Doctor {
   }
 
   void checkVersions(const TailView& tail) {
-    checkVersion(tail, "App Version");
-    checkVersion(tail, "GU Version");
-    checkVersion(tail, "JRE Version");
+    for (const TailRecord& record : kTailRecords) {
+      if (record.text == &TailRecords::appVersion || record.text == &TailRecords::guVersion ||
+          record.text == &TailRecords::jreVersion) {
+        checkVersion(tail, record);
+      }
+    }
     if (!tail.carriesUpdater()) {
       add(Severity::kError, "no-updater",
           "the tail carries no updater: a first start ends with status 1, \"Unable to run (we are "
@@ -147,7 +150,7 @@ class Doctor {
 
   void checkUpdates(const TailView& tail) {
     const std::string* dynamic = bundle_.params ? bundle_.params->find("update_url") : nullptr;
-    const UpdateUrl update(tail.record("Update URL"),
+    const UpdateUrl update(tail.records.updateUrl,
                            dynamic == nullptr ? std::nullopt : std::optional(*dynamic));
     const std::string& url = update.inForce();
     if (update.isDynamic() && url.empty()) {
@@ -168,7 +171,7 @@ class Doctor {
   }
 
   void checkElevation(const TailView& tail) {
-    if (tail.record("Install Type") == "perm_all" &&
+    if (tail.records.installType == "perm_all" &&
         !fs::is_regular_file(bundle_.inside("Resources/elev_mac"))) {
       add(Severity::kError, "no-elevation",
           "it installs for all users, and elev_mac is missing: people without the right to write "

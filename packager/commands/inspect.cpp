@@ -80,11 +80,13 @@ Json describeTail(const TailView& tail, Findings& findings) {
   Json described;
   described["place"] = tail.inExecutable ? "behind the marker in " + tail.file : tail.file;
   Json records;
-  for (const auto& [name, value] : tail.records) {
-    records[name] = name == "Signature Public Key" ? describeKey(value, tail.file) : Json(value);
+  for (const TailRecord& record : kTailRecords) {
+    const std::string& value = tail.records.*record.text;
+    const bool isKey = record.text == &TailRecords::signaturePublicKey;
+    records[record.name] = isKey ? describeKey(value, tail.file) : Json(value);
   }
   described["records"] = records;
-  described["installs"] = installTypeMeaning(tail.record("Install Type"));
+  described["installs"] = installTypeMeaning(tail.records.installType);
   Json entries = entriesOf(tail.entries);
   for (std::size_t i = 0; i < tail.entries.size(); ++i) {
     const ListedEntry& entry = tail.entries[i];

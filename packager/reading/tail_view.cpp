@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "formats/markers.h"
-#include "formats/tail_format.h"
 
 namespace quillory::pack {
 namespace {
@@ -31,18 +30,8 @@ bool isArchive(const ListedEntry& entry) {
   return entry.type != kFolderType && isArchiveName(entry.path);
 }
 
-const std::string& TailView::record(const std::string& name) const {
-  static const std::string kNone;
-  for (const auto& [key, value] : records) {
-    if (key == name) {
-      return value;
-    }
-  }
-  return kNone;
-}
-
 std::optional<PublicKey> TailView::key() const {
-  const std::string& hex = record("Signature Public Key");
+  const std::string& hex = records.signaturePublicKey;
   if (hex.empty()) {
     return std::nullopt;
   }
@@ -75,7 +64,7 @@ std::optional<TailView> readTail(const std::string& path, bool inExecutable, Fin
   tail.file = path;
   tail.inExecutable = inExecutable;
   for (const TailRecord& record : kTailRecords) {
-    tail.records.emplace_back(record.name, input.text(record.name, record.capacity));
+    tail.records.*record.text = input.text(record.name, record.capacity);
   }
   while (!input.atEnd() && !hasErrors(findings)) {
     const std::optional<ListedEntry> entry = readListedEntry(input, findings, path);

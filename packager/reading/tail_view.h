@@ -2,9 +2,9 @@
 #pragma once
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "formats/tail_format.h"
 #include "packager/keys/public_key.h"
 #include "packager/reading/archive_listing.h"
 #include "packager/reading/plain_archive.h"
@@ -14,13 +14,12 @@ namespace quillory::pack {
 struct TailView {
   std::string file;
   bool inExecutable = false;
-  std::vector<std::pair<std::string, std::string>> records;  ///< names and values, in order
+  TailRecords records;
   std::vector<ListedEntry> entries;
 
-  const std::string& record(const std::string& name) const;
-  bool carriesRuntime() const { return !record("JRE Version").empty(); }
-  bool carriesApplication() const { return !record("App Version").empty(); }
-  bool carriesUpdater() const { return !record("GU Version").empty(); }
+  bool carriesRuntime() const { return !records.jreVersion.empty(); }
+  bool carriesApplication() const { return !records.appVersion.empty(); }
+  bool carriesUpdater() const { return !records.guVersion.empty(); }
   /// The key of its archives; none when the record is empty. Throws PackError when it is no key.
   std::optional<PublicKey> key() const;
 

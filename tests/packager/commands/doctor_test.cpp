@@ -5,9 +5,11 @@
 
 #include <filesystem>
 
+#include "packager/keys/signing_key.h"
 #include "tests/harness/records.h"
 #include "tests/packager/finished_bundle.h"
 #include "tests/packager/mach_o_bytes.h"
+#include "tests/packager/openssl.h"
 
 namespace quillory::testing {
 namespace {
@@ -15,6 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 using DoctorOf = FinishedBundle;
 
@@ -108,6 +111,29 @@ TEST_F(DoctorOf, TailsMadeByHand) {
   EXPECT_THAT(complaintsAbout(records({"App", "3", "", "", "", key, "", "", "", "", ""}), ""),
               AllOf(HasSubstr("[no-updater]"), HasSubstr("[no-lzma64]"), HasSubstr("[no-runtime]"),
                     HasSubstr("[missing-entry]")));
+}
+
+TEST_F(DoctorOf, AToolOfNoBytes) {
+  const std::string others = records({"0", "x", "0"});
+  const std::string head = records({"App", "", "", "1", "", "", "", "", "", "", ""});
+  writeFile(tail(), head + records({"0", "lzma64", "0"}) + others);
+  EXPECT_THAT(pack({"doctor", bundle_}).err, HasSubstr("[no-lzma64]"));
+  // One of a single byte is a tool, whatever else is said of it.
+  writeFile(tail(), head + records({"0", "lzma64", "1"}) + "x" + others);
+  EXPECT_THAT(pack({"doctor", bundle_}).err,
+              AllOf(Not(HasSubstr("[no-lzma64]")), HasSubstr("lzma64 is no program")));
+}
+
+TEST_F(DoctorOf, AKeyThatNoSignatureFitsInto) {
+  const auto complaintsWithKeyOf = [&](int bits) {
+    const std::string key = project_ / std::to_string(bits);
+    openssl({"genrsa", "-traditional", "-out", key, std::to_string(bits)});
+    writeFile(tail(), records({"App", "", "", "1", "", pack::SigningKey::load(key).publicHex(), "",
+                               "", "", "", ""}));
+    return pack({"doctor", bundle_}).err;
+  };
+  EXPECT_THAT(complaintsWithKeyOf(1032), HasSubstr("[key-size]")) << "129 bytes";
+  EXPECT_THAT(complaintsWithKeyOf(1040), Not(HasSubstr("[key-size]"))) << "130 bytes";
 }
 
 TEST_F(DoctorOf, ArchivesWithoutWhatAStartNeeds) {

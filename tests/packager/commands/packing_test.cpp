@@ -1,14 +1,21 @@
 #include "packager/commands/packing.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <atomic>
+#include <csignal>
 #include <filesystem>
 #include <sstream>
+#include <thread>
 
 #include "packager/report/findings.h"
 #include "tests/harness/child_process.h"
 #include "tests/harness/records.h"
 #include "tests/harness/temp_dir.h"
+#include "tests/packager/openssl.h"
 
 namespace quillory::pack {
 namespace {
@@ -68,6 +75,52 @@ TEST(PackAll, NamesTheFileThatFailedAndNotTheArchivesThatWereStopped) {
     EXPECT_EQ(e.finding().place.file, dir / "vanishing");
     EXPECT_STREQ(e.what(), "cannot be opened: No such file or directory");
   }
+}
+
+TEST(PackAll, StopsTheOthersWhenOneFails) {
+  TempDir dir;
+  ContentTree endless("endless"), bad("bad");
+  writeFile(dir / "vanishing", "x");
+  bad.addFile(dir / "vanishing", "a");
+  fs::remove(dir / "vanishing");
+  // Content without an end: a pipe that somebody fills, of the length that the tree says.
+  ASSERT_EQ(mkfifo((dir / "pipe").c_str(), 0600), 0);
+  writeFile(dir / "stand-in", "x");
+  endless.addFile(dir / "stand-in", "b");
+  fs::remove(dir / "stand-in");
+  fs::create_symlink(dir / "pipe", dir / "stand-in");
+  std::atomic<bool> ended = false;
+  std::thread filler([&] {
+    const int end = open((dir / "pipe").c_str(), O_WRONLY);
+    const std::string block(65536, 'x');
+    while (write(end, block.data(), block.size()) > 0) {
+    }
+    ended = true;
+    close(end);
+  });
+  std::ostringstream out, err;
+  Reporter reporter(out, err, {});
+  std::signal(SIGPIPE, SIG_IGN);
+  EXPECT_THROW(packAll({{&endless, dir / "endless.p2.l2"}, {&bad, dir / "bad.p2.l2"}},
+                       {0, nullptr, Salt::kRandom}, reporter),
+               PackError);
+  filler.join();
+  std::signal(SIGPIPE, SIG_DFL);
+  EXPECT_TRUE(ended);
+}
+
+TEST(PackAll, SignsWhereThereIsAKey) {
+  TempDir dir;
+  ContentTree tree("tree");
+  tree.addBytes("1", "a");
+  const SigningKey key = SigningKey::load(testing::madeKey());
+  std::ostringstream out, err;
+  Reporter reporter(out, err, {});
+  packAll({{&tree, dir / "signed.p2.l2"}}, {0, &key, Salt::kDerived}, reporter);
+  const std::string plain = runChild({"xz", "--format=lzma", "-dc", dir / "signed.p2.l2"}).out;
+  const std::string content = records({"0", "a", "1"}) + "1";
+  const std::string block = records({"0", "qyArcSpBlock_DigitalSignature1", "1"});
+  EXPECT_EQ(plain.substr(0, content.size() + block.size()), content + block);
 }
 
 }  // namespace

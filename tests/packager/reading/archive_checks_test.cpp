@@ -184,7 +184,9 @@ TEST(CheckSamePlatform, RefusesOtherSystemsAndNoPrograms) {
 TEST(RequireArchives, NamesEachPartWithAVersionAndWithoutAnArchive) {
   TailView tail;
   tail.file = "Tail";
-  tail.records = {{"App Version", "1"}, {"JRE Version", "2"}, {"GU Version", "3"}};
+  tail.records.appVersion = "1";
+  tail.records.jreVersion = "2";
+  tail.records.guVersion = "3";
   Findings findings;
   requireArchives(tail, findings);
   ASSERT_EQ(rulesOf(findings), (Rules{"missing-entry", "missing-entry", "missing-entry"}));
@@ -194,7 +196,7 @@ TEST(RequireArchives, NamesEachPartWithAVersionAndWithoutAnArchive) {
   EXPECT_NE(findings[1].what.find("of the runtime"), std::string::npos);
   EXPECT_NE(findings[2].what.find("of the application"), std::string::npos);
   findings.clear();
-  tail.records.clear();
+  tail.records = {};
   requireArchives(tail, findings);
   EXPECT_EQ(rulesOf(findings), Rules{});
 }

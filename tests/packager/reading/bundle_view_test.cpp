@@ -69,7 +69,7 @@ TEST_F(ReadBundle, FindsEverythingInItsPlace) {
   EXPECT_EQ(bundle.infoPlist.find("<key>"), 0u);
   ASSERT_TRUE(bundle.params && bundle.tail);
   EXPECT_EQ(*bundle.params->find("which"), "first");
-  EXPECT_EQ(bundle.tail->record("App Name"), "Demo");
+  EXPECT_EQ(bundle.tail->records.appName, "Demo");
   EXPECT_EQ(bundle.tail->file, contents_ + "Resources/Tail");
   EXPECT_FALSE(bundle.tail->inExecutable);
   EXPECT_EQ(bundle.inside("a/b"), contents_ + "a/b");
@@ -120,7 +120,7 @@ TEST_F(ReadBundle, PrefersTheTailInTheExecutable) {
   writeFile(contents_ + "MacOS/Hello",
             "code" + tailMarker() + records({"Inside", "1", "", "", "", "", "", "", "", "", "D"}));
   const BundleView bundle = read();
-  EXPECT_EQ(bundle.tail->record("App Name"), "Inside");
+  EXPECT_EQ(bundle.tail->records.appName, "Inside");
   EXPECT_TRUE(bundle.tail->inExecutable);
   EXPECT_EQ(bundle.tail->file, contents_ + "MacOS/Hello");
 }

@@ -29,9 +29,9 @@ TEST_F(ReadTail, ReadsTheExampleOfThePage) {
   const std::optional<TailView> tail = readTail(dir_ / "Tail", false, findings_);
   ASSERT_TRUE(tail);
   EXPECT_TRUE(findings_.empty());
-  EXPECT_EQ(tail->record("App Name"), "Demo");
-  EXPECT_EQ(tail->record("Min Splash MS"), "1500");
-  EXPECT_EQ(tail->record("Update URL"), "D");
+  EXPECT_EQ(tail->records.appName, "Demo");
+  EXPECT_EQ(tail->records.minSplashMs, "1500");
+  EXPECT_EQ(tail->records.updateUrl, "D");
   EXPECT_TRUE(tail->carriesApplication());
   EXPECT_TRUE(tail->carriesUpdater());
   EXPECT_FALSE(tail->carriesRuntime());
@@ -59,7 +59,7 @@ TEST_F(ReadTail, FindsTheArchivesByTheirPlaces) {
 TEST_F(ReadTail, LooksBehindTheMarkerInAnExecutable) {
   writeFile(dir_ / "launcher",
             std::string(100000, 'c') + tailMarker() + pageExample("formats/wrapper-tail.md"));
-  EXPECT_EQ(readTail(dir_ / "launcher", true, findings_)->record("App Name"), "Demo");
+  EXPECT_EQ(readTail(dir_ / "launcher", true, findings_)->records.appName, "Demo");
   writeFile(dir_ / "launcher", "code");
   EXPECT_FALSE(readTail(dir_ / "launcher", true, findings_));
 }
@@ -89,19 +89,20 @@ TEST_F(ReadTail, TellsWhereTheContentOfAnEntryLies) {
 }
 
 TEST_F(ReadTail, GivesAnEmptyTextForARecordThatItDoesNotHave) {
-  TailView tail;
-  tail.records = {{"App Name", "A"}, {"App Version", ""}};
-  EXPECT_EQ(tail.record("App Name"), "A");
-  EXPECT_EQ(tail.record("Name"), "");
-  EXPECT_FALSE(tail.carriesApplication());
+  writeFile(dir_ / "Tail", records({"A"}));
+  const std::optional<TailView> tail = readTail(dir_ / "Tail", false, findings_);
+  ASSERT_TRUE(tail);
+  EXPECT_EQ(tail->records.appName, "A");
+  EXPECT_EQ(tail->records.updateUrl, "");
+  EXPECT_FALSE(tail->carriesApplication());
+  EXPECT_EQ(rulesOf(findings_), std::vector<std::string>{"cut-short"});
 }
 
 TEST_F(ReadTail, HasAKeyWhereTheRecordIsOne) {
   TailView tail;
   tail.file = "Tail";
-  tail.records = {{"Signature Public Key", ""}};
   EXPECT_FALSE(tail.key());
-  tail.records = {{"Signature Public Key", "00ff"}};
+  tail.records.signaturePublicKey = "00ff";
   try {
     tail.key();
     FAIL();
@@ -116,7 +117,7 @@ TEST_F(ReadTail, HasAKeyWhereTheRecordIsOne) {
     hex += kDigits[byte >> 4];
     hex += kDigits[byte & 15];
   }
-  tail.records = {{"Signature Public Key", hex}};
+  tail.records.signaturePublicKey = hex;
   ASSERT_TRUE(tail.key());
   EXPECT_EQ(tail.key()->fingerprint(), PublicKey::load(testing::madeKey()).fingerprint());
 }
@@ -124,7 +125,8 @@ TEST_F(ReadTail, HasAKeyWhereTheRecordIsOne) {
 TEST_F(ReadTail, LooksForTheArchivesOfEachPartAtItsPlacesOnly) {
   const ListedEntry tool{0, "lzma64", 4, 0}, empty{0, "x.p2", 0, 0}, archive{0, "a.p2", 9, 0};
   TailView tail;
-  tail.records = {{"App Version", "1"}, {"JRE Version", ""}, {"GU Version", "3"}};
+  tail.records.appVersion = "1";
+  tail.records.guVersion = "3";
   // The tool, the picture, three entries of the updater, two of the application.
   tail.entries = {archive, archive, tool, empty, archive, tool, archive};
   EXPECT_EQ(tail.updaterArchive(), &tail.entries[4]);
@@ -133,15 +135,15 @@ TEST_F(ReadTail, LooksForTheArchivesOfEachPartAtItsPlacesOnly) {
   tail.entries = {archive, archive, tool, empty, tool, archive, archive, archive};
   EXPECT_EQ(tail.updaterArchive(), nullptr) << "none among its three";
   EXPECT_EQ(tail.applicationArchive(), &tail.entries[5]);
-  tail.records[1].second = "2";
+  tail.records.jreVersion = "2";
   EXPECT_EQ(tail.runtimeArchive(), &tail.entries[5]);
   EXPECT_EQ(tail.applicationArchive(), &tail.entries[6]);
   tail.entries[5] = tool;
   EXPECT_EQ(tail.runtimeArchive(), nullptr);
   tail.entries.resize(6);
   EXPECT_EQ(tail.applicationArchive(), nullptr);
-  tail.records[0].second = "";
-  tail.records[2].second = "";
+  tail.records.appVersion = "";
+  tail.records.guVersion = "";
   tail.entries = {archive, archive, archive, archive, archive, archive, archive};
   EXPECT_EQ(tail.updaterArchive(), nullptr);
   EXPECT_EQ(tail.applicationArchive(), nullptr);
