@@ -20,6 +20,11 @@ constexpr unsigned long kSaltLength = 64;
 constexpr std::size_t kPemColumns = 64;
 
 void check(int status, const char* what) {
+  if (status == CRYPT_ERROR_READPRNG) {
+    throw PackError(
+        "the system gives no random numbers, and what is made without them can be guessed",
+        "let this program call getrandom, which a sandbox or a very old kernel refuses");
+  }
   if (status != CRYPT_OK) {
     throw PackError(std::string(what) + ": " + error_to_string(status));
   }
@@ -71,7 +76,7 @@ SigningKey::~SigningKey() = default;
 SigningKey SigningKey::generate(int bits) {
   setUpCrypto();
   auto made = std::make_unique<RsaHolder>();
-  check(rsa_make_key(nullptr, find_prng("sprng"), bits / 8, kPublicExponent, &made->key),
+  check(rsa_make_key(nullptr, find_prng(kSystemRandom), bits / 8, kPublicExponent, &made->key),
         "the key could not be made");
   made->filled = true;
   return SigningKey(std::move(made));
@@ -127,7 +132,7 @@ std::string SigningKey::publicHex() const { return toHex(publicDer()); }
 int SigningKey::modulusBytes() const { return static_cast<int>(ltc_mp.unsigned_size(key_->key.N)); }
 
 std::string SigningKey::sign(const Digest& digest, Salt salt) const {
-  const char* generator = "sprng";
+  const char* generator = kSystemRandom;
   prng_state state;
   if (salt == Salt::kDerived) {
     generator = "chacha20";

@@ -26,7 +26,7 @@ class SigningKey {
   ~SigningKey();
 
   /// A new key with the usual public exponent. Takes seconds for large keys. Throws PackError when
-  /// the library makes none of that length.
+  /// the library makes none of that length, or the system gives no random numbers.
   static SigningKey generate(int bits);
   /// Reads "RSA PRIVATE KEY" and unencrypted "PRIVATE KEY" files. Throws PackError with the way out
   /// for everything else.
@@ -42,7 +42,7 @@ class SigningKey {
   int modulusBytes() const;
 
   /// RSA-PSS, mask and digest "mixed", 64 bytes of salt. Throws PackError when the key is too short
-  /// for that.
+  /// for that, or the system gives no random numbers for a salt.
   std::string sign(const Digest& digest, Salt salt) const;
 
  private:

@@ -10,7 +10,7 @@ TEST(SetUpCrypto, RegistersWhatSigningLooksUpAnyNumberOfTimes) {
   setUpCrypto();
   setUpCrypto();
   EXPECT_GE(find_hash("mixed"), 0);
-  EXPECT_GE(find_prng("sprng"), 0);
+  EXPECT_GE(find_prng(kSystemRandom), 0);
   EXPECT_GE(find_prng("chacha20"), 0);
   EXPECT_NE(ltc_mp.name, nullptr) << "without it there are no large numbers";
 }
