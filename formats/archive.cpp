@@ -19,17 +19,9 @@ constexpr long kNoSignature = -1;
 constexpr int kEntryDone = 0;
 
 // kEntryDone, kEndOfArchive or, above these, the exit status with which the process has to end.
-int statusOf(ExtractionEnd end) {
-  switch (end) {
-    case ExtractionEnd::kEntryDone:
-      return kEntryDone;
-    case ExtractionEnd::kEndOfArchive:
-      return kEndOfArchive;
-    case ExtractionEnd::kNotUnpacked:
-      return kExitUnpack200Failed;
-    default:
-      return kExitFailure;
-  }
+int statusOf(const ExtractionResult& result) {
+  if (result.isFailure()) return exitStatusOf(result);
+  return result.end == ExtractionEnd::kEndOfArchive ? kEndOfArchive : kEntryDone;
 }
 
 // A text as readString() hands it over.
@@ -44,7 +36,7 @@ int extractOne(const ExtractionTools& tools, const char* destDir, std::FILE* str
                long* signatureOffset, char** signatureHex, Rsa_key* key) {
   if (*signatureOffset != kNoSignature) return kEndOfArchive;
   std::optional<MetSignature> signature;
-  const int status = statusOf(extractEntry(tools, destDir, stream, signature, key).end);
+  const int status = statusOf(extractEntry(tools, destDir, stream, signature, key));
   if (signature) {
     *signatureOffset = signature->offset;
     if (signatureHex != nullptr) *signatureHex = allocText(signature->hex, kSignatureHexCapacity);
@@ -76,7 +68,7 @@ int extractArchiveFileIgnoreSignature(const char* lzmaTool, const char* unpack20
 
 int extractArchive(const char* unpack200Tool, const char* archivePath, const char* destDir,
                    Rsa_key* key) {
-  const int status = statusOf(extractAllOf(unpack200Tool, archivePath, destDir, key).end);
+  const int status = statusOf(extractAllOf(unpack200Tool, archivePath, destDir, key));
   return status == kEndOfArchive ? kEntryDone : endOrReturn(status);
 }
 

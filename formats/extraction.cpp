@@ -15,6 +15,7 @@
 #include "formats/hash_ahead.h"
 #include "formats/patient_reader.h"
 #include "formats/record_stream.h"
+#include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/new_file.h"
@@ -188,6 +189,10 @@ ExtractionResult extractEntries(const ExtractionTools& tools, const std::string&
 }
 
 }  // namespace
+
+int exitStatusOf(const ExtractionResult& failure) {
+  return failure.end == End::kNotUnpacked ? kExitUnpack200Failed : kExitFailure;
+}
 
 ExtractionResult extractEntry(const ExtractionTools& tools, const std::string& destDir,
                               std::FILE* stream, std::optional<MetSignature>& signature,

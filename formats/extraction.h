@@ -49,6 +49,10 @@ struct ExtractionResult {
   }
 };
 
+/// The status with which a launcher ends after this failure: 101 where unpack200 left nothing,
+/// else 1.
+int exitStatusOf(const ExtractionResult& failure);
+
 /// The signature block with which an archive ended.
 struct MetSignature {
   long offset = 0;  ///< where it says that it stands

@@ -5,8 +5,8 @@
 
 #include <cerrno>
 
-#include "formats/archive.h"
 #include "formats/downloads.h"
+#include "formats/extraction.h"
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
 #include "support/files.h"
@@ -82,10 +82,11 @@ bool decompress(const ArchiveTools& tools, const std::string& packed, const std:
   return false;
 }
 
-void extract(const ArchiveTools& tools, const std::string& folder, const std::string& archive) {
+ExtractionResult extract(const ArchiveTools& tools, const std::string& folder,
+                         const std::string& archive) {
   const std::string unpack200 = unpack200Of(folder);
   logMessage("[JREDownload] Extracting JRE archive to %s\n", folder.c_str());
-  extractArchive(unpack200.c_str(), archive.c_str(), folder.c_str(), tools.key);
+  return extractAllOf(unpack200.c_str(), archive, folder, tools.key);
 }
 
 // Whether what was extracted is a JRE with a version.
@@ -103,19 +104,24 @@ bool isComplete(const std::string& version, const std::string& folder) {
   return true;
 }
 
-// Fills `folder` with the JRE. False when a step fails.
-bool fetchInto(const Fetch& fetch, const std::string& version, const std::string& folder) {
+// What a step that failed without an extraction comes to.
+constexpr std::optional<int> kFailed = kExitFailure;
+
+// Fills `folder` with the JRE. When a step fails, the status with which the launcher ends.
+std::optional<int> fetchInto(const Fetch& fetch, const std::string& version,
+                             const std::string& folder) {
   const std::string archive = archiveName(folder + "/JREArchive");
   const std::string packed = packedArchiveName(folder + "/JREArchive");
-  if (!downloadArchive(fetch, version, packed)) return false;
-  if (!decompress(fetch.tools, packed, archive)) return false;
-  extract(fetch.tools, folder, archive);
+  if (!downloadArchive(fetch, version, packed)) return kFailed;
+  if (!decompress(fetch.tools, packed, archive)) return kFailed;
+  const ExtractionResult extracted = extract(fetch.tools, folder, archive);
+  if (extracted.isFailure()) return exitStatusOf(extracted);
   unlink(packed.c_str());
   logMessage("[JREDownload] Done extracting JRE archive\n");
   logMessage("[JREDownload] Regenerating jsa...\n");
   regenerateSharedArchive(folder);
   logMessage("[JREDownload] Downloaded JRE is now ready.\n");
-  return isComplete(version, folder);
+  return isComplete(version, folder) ? std::nullopt : kFailed;
 }
 
 }  // namespace
@@ -140,22 +146,23 @@ std::optional<std::string> readJreVersion(std::FILE* file) {
   return version;
 }
 
-std::optional<FetchedJre> downloadJre(const JrePlace& place, const JreServer& server,
-                                      const ArchiveTools& tools, const FetchDisplay& display) {
+JreOutcome<FetchedJre> downloadJre(const JrePlace& place, const JreServer& server,
+                                   const ArchiveTools& tools, const FetchDisplay& display) {
   const Fetch fetch = {place, server, tools, display};
   logMessage("[JREDownload] Failed to pick up any existing system JRE, will download\n");
   const std::optional<std::string> version = downloadVersion(fetch);
-  if (!version) return std::nullopt;
+  if (!version) return {};
   // The version comes from the network, and becomes part of a path.
   if (!isUsableInFolderName(place.name.text(), *version)) {
     logError("[JREDownload] JRE version '%s' cannot be part of a folder name\n", version->c_str());
-    return std::nullopt;
+    return {};
   }
   const std::string folder = temporaryFolder(place.masterFolder);
   makeDir(folder.c_str());
-  if (fetchInto(fetch, *version, folder)) return FetchedJre{*version, folder};
+  const std::optional<int> failure = fetchInto(fetch, *version, folder);
+  if (!failure) return {.provided = FetchedJre{*version, folder}};
   removeTree(folder);
-  return std::nullopt;
+  return {.exitStatus = *failure};
 }
 
 }  // namespace quillory

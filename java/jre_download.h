@@ -22,7 +22,7 @@ std::optional<std::string> readJreVersion(std::FILE* file);
 
 /// Downloads the newest JRE and unpacks it into a temporary folder. Nothing when one of the steps
 /// fails: an error is in the log, and of the download only the version file stays.
-std::optional<FetchedJre> downloadJre(const JrePlace& place, const JreServer& server,
-                                      const ArchiveTools& tools, const FetchDisplay& display);
+JreOutcome<FetchedJre> downloadJre(const JrePlace& place, const JreServer& server,
+                                   const ArchiveTools& tools, const FetchDisplay& display);
 
 }  // namespace quillory

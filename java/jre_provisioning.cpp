@@ -2,10 +2,10 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
+#include <optional>
 
-#include "formats/archive.h"
 #include "formats/downloads.h"
+#include "formats/extraction.h"
 #include "install/version_folders.h"
 #include "java/jre_bundle.h"
 #include "java/jre_download.h"
@@ -61,20 +61,20 @@ std::string installJre(const JreRequest& request, const std::string& temporary,
   return prepareAndComplete(request, bundle);
 }
 
-void extractFromTail(const JreRequest& request, const std::string& folder) {
+ExtractionResult extractFromTail(const JreRequest& request, const std::string& folder) {
   const std::string unpack200 = unpack200Of(folder);
   logMessage("[Extractor] UP200 path is %s\n", unpack200.c_str());
   logMessage("[Extractor] Extracting JRE archive...\n");
-  long signatureOffset = -1;
-  char* signatureHex = nullptr;
-  extractArchiveFileCheckSignature(request.tools.lzmaTool.c_str(), unpack200.c_str(),
-                                   folder.c_str(), request.embedded.tail, &signatureOffset,
-                                   &signatureHex, request.tools.key);
-  std::free(signatureHex);
+  std::optional<MetSignature> unused;  // Of the tail, which has none; the archive has its own.
+  const ExtractionTools tools = {request.tools.lzmaTool.c_str(), unpack200.c_str()};
+  ExtractionResult result =
+      extractEntry(tools, folder, request.embedded.tail, unused, request.tools.key);
+  if (result.isFailure()) return result;
   logMessage("[Extractor] Extracted JRE %s\n", request.place.name.text().c_str());
+  return result;
 }
 
-std::string provideOffline(const JreRequest& request) {
+JreOutcome<std::string> provideOffline(const JreRequest& request) {
   logStartSection(kOfflineSection);
   logMessage("[Extractor] We want to query the JRE version to enable proxy detection.\n");
   downloadVersionFile(request.server.versionFileFolder.c_str(), request.server.url.c_str(),
@@ -83,11 +83,15 @@ std::string provideOffline(const JreRequest& request) {
   makeDir(temporary.c_str());
   const std::string folder = finalFolder(request.place, request.embedded.version);
   logMessage("[Extractor] Offline installer - no need to download JRE, will extract\n");
-  extractFromTail(request, temporary);
+  const ExtractionResult extracted = extractFromTail(request, temporary);
+  if (extracted.isFailure()) {
+    removeTree(temporary);
+    return {.exitStatus = exitStatusOf(extracted)};
+  }
   logMessage("[Extractor] Regenerating jsa...\n");
   regenerateSharedArchive(temporary);
   logEndSection(kOfflineSection);
-  return installJre(request, temporary, folder);
+  return {.provided = installJre(request, temporary, folder)};
 }
 
 // The path of an installed JRE that a start would accept.
@@ -109,32 +113,33 @@ std::string useInstalled(const JreRequest& request, const std::string& folder) {
 }
 
 // A copy of one of the system, or else a downloaded one, in a temporary folder.
-std::optional<FetchedJre> fetchJre(const JreRequest& request) {
+JreOutcome<FetchedJre> fetchJre(const JreRequest& request) {
   const SystemJreSearch search = copySystemJre(request.place.masterFolder, request.system);
-  if (search.isCutShort) return std::nullopt;
-  if (search.copy) return FetchedJre{kSystemJreVersion, *search.copy};
+  if (search.isCutShort) return {};
+  if (search.copy) return {.provided = FetchedJre{kSystemJreVersion, *search.copy}};
   return downloadJre(request.place, request.server, request.tools, request.display);
 }
 
-std::optional<std::string> provideOnline(const JreRequest& request) {
+JreOutcome<std::string> provideOnline(const JreRequest& request) {
   logStartSection(kOnlineSection);
   logMessage(
       "[Extractor] Online installer - no stored JRE, will check for compatible system JRE\n");
-  const std::optional<FetchedJre> jre = fetchJre(request);
-  if (!jre) return std::nullopt;
-  logMessage("[JREDownload] Finalising setup of new JRE %s\n", jre->version.c_str());
-  const std::string folder = finalFolder(request.place, jre->version);
+  const JreOutcome<FetchedJre> fetched = fetchJre(request);
+  if (!fetched.provided) return {.exitStatus = fetched.exitStatus};
+  const FetchedJre& jre = *fetched.provided;
+  logMessage("[JREDownload] Finalising setup of new JRE %s\n", jre.version.c_str());
+  const std::string folder = finalFolder(request.place, jre.version);
   logEndSection(kOnlineSection);
-  return installJre(request, jre->folder, folder);
+  return {.provided = installJre(request, jre.folder, folder)};
 }
 
 }  // namespace
 
-std::optional<std::string> provisionJre(const JreRequest& request) {
+JreOutcome<std::string> provisionJre(const JreRequest& request) {
   logMessage("[Extractor] Setting up a JRE\n");
   if (!request.embedded.version.empty()) return provideOffline(request);
   if (const std::optional<std::string> healthy = findHealthyJre(request.place))
-    return useInstalled(request, *healthy);
+    return {.provided = useInstalled(request, *healthy)};
   return provideOnline(request);
 }
 

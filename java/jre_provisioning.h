@@ -1,6 +1,5 @@
 // Getting a JRE: from the wrapper tail, from the system, or from the update URL.
 #pragma once
-#include <optional>
 #include <string>
 
 #include "java/jre_request.h"
@@ -18,10 +17,10 @@ struct JreRequest {
 };
 
 /// Provides the JRE, completes it (bundle shape, trust store, modes) and returns the path of its
-/// bundle. Nothing when there is no JRE to be had: the log says why, and the start cannot go on.
+/// bundle. Nothing when there is no JRE to be had, or it could not be extracted.
 ///
 /// The JRE of the tail is always installed, over what is there. Without one, a healthy JRE of that
 /// name that is installed is used; else a system JRE is copied; else one is downloaded.
-std::optional<std::string> provisionJre(const JreRequest& request);
+JreOutcome<std::string> provisionJre(const JreRequest& request);
 
 }  // namespace quillory

@@ -2,10 +2,12 @@
 #pragma once
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "formats/archive_signature.h"
 #include "install/jre_name.h"
+#include "support/exit_status.h"
 
 namespace quillory {
 
@@ -31,6 +33,14 @@ struct JreServer {
 struct ArchiveTools {
   std::string lzmaTool;
   Rsa_key* key = nullptr;  ///< may be null; borrowed
+};
+
+/// What came of a step that provides something of a JRE.
+template <typename Something>
+struct JreOutcome {
+  std::optional<Something> provided = {};
+  /// Where nothing was: the status of the launcher, which cannot go on. The log says why.
+  int exitStatus = kExitFailure;
 };
 
 /// Where system JREs are looked for, beside the search path.

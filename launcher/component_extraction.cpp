@@ -1,8 +1,8 @@
 #include "launcher/component_extraction.h"
 
-#include <cstdlib>
+#include <optional>
 
-#include "formats/archive.h"
+#include "formats/archive_format.h"
 #include "install/version_folders.h"
 #include "launcher/bundle_paths.h"
 #include "launcher/splash_override.h"
@@ -29,46 +29,64 @@ ComponentFolders nameComponentFolders(const std::string& masterFolder, const std
   return folders;
 }
 
-void extractTailEntry(const TailArchives& tail, const UnpackingTools& tools,
-                      const std::string& destination) {
-  long signatureOffset = -1;
-  char* signatureHex = nullptr;
-  extractArchiveFileCheckSignature(pathOrNull(tools.lzma), pathOrNull(tools.unpack200),
-                                   destination.c_str(), tail.stream, &signatureOffset,
-                                   &signatureHex, tail.key);
-  std::free(signatureHex);
+ExtractionResult extractTailEntry(const TailArchives& tail, const UnpackingTools& tools,
+                                  const std::string& destination) {
+  std::optional<MetSignature> unused;  // Of the tail, which has none; an archive in it has its own.
+  return extractEntry({pathOrNull(tools.lzma), pathOrNull(tools.unpack200)}, destination,
+                      tail.stream, unused, tail.key);
 }
 
 namespace {
 
+ExtractionResult extractTailEntries(int count, const TailArchives& tail,
+                                    const UnpackingTools& tools, const std::string& destination) {
+  ExtractionResult result;
+  for (int i = 0; i < count && !result.isFailure(); ++i)
+    result = extractTailEntry(tail, tools, destination);
+  return result;
+}
+
 // A tool of the tail, which is there to be run.
-void extractTool(const TailArchives& tail, const UnpackingTools& tools, const std::string& tool,
-                 const std::string& destination) {
-  extractTailEntry(tail, tools, destination);
+ExtractionResult extractTool(const TailArchives& tail, const UnpackingTools& tools,
+                             const std::string& tool, const std::string& destination) {
+  ExtractionResult result = extractTailEntry(tail, tools, destination);
+  if (result.isFailure()) return result;
   logMessage("[Extractor] Ensuring LZMA is executable.\n");
   if (chmod777(tool.c_str()) != 0)
     logMessage("[Extractor] ***************************** Error setting LZMA executable!\n");
+  return result;
+}
+
+ExtractionResult extractUpdaterEntries(const TailArchives& tail, const UnpackingTools& tools,
+                                       const std::string& folder,
+                                       const SplashOverride& splashOverride) {
+  ExtractionResult result;
+  for (const Compression& compression : kCompressions) {
+    result = extractTool(tail, tools, joinPath(folder, compression.tool), folder);
+    if (result.isFailure()) return result;
+  }
+  result = extractTailEntry(tail, tools, folder);
+  if (result.isFailure()) return result;
+  saveOverrideImageIfAllowed(splashOverride.canOverride, splashOverride.image,
+                             joinPath(folder, kSplashPictureName));
+  return extractTailEntries(kUpdaterEntries, tail, tools, folder);
 }
 
 }  // namespace
 
-void extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
-                    const SplashOverride& splashOverride) {
+ExtractionResult extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
+                                const SplashOverride& splashOverride) {
   const std::string lzmaTool = joinPath(folders.guTemp, kLzmaToolName);
   logMessage("[Extractor] LZMA path is %s\n", lzmaTool.c_str());
   const UnpackingTools tools = {.lzma = lzmaTool, .unpack200 = ""};
-  for (const Compression& compression : kCompressions)
-    extractTool(tail, tools, joinPath(folders.guTemp, compression.tool), folders.guTemp);
-
-  extractTailEntry(tail, tools, folders.guTemp);
-  saveOverrideImageIfAllowed(splashOverride.canOverride, splashOverride.image,
-                             joinPath(folders.guTemp, kSplashPictureName));
-  for (int i = 0; i < kUpdaterEntries; ++i) extractTailEntry(tail, tools, folders.guTemp);
+  ExtractionResult result = extractUpdaterEntries(tail, tools, folders.guTemp, splashOverride);
+  if (result.isFailure()) return result;
 
   logMessage("[Extractor] Extracted GU and GU Version\n");
   logMessage("[Extractor] Renaming GU folder to %s\n", folders.gu.c_str());
   doRename(folders.guTemp.c_str(), folders.gu.c_str());
   chmod777(folders.gu.c_str());
+  return result;
 }
 
 UpdaterFiles locateUpdaterFiles(const std::string& guFolder) {
@@ -81,21 +99,22 @@ UpdaterFiles locateUpdaterFiles(const std::string& guFolder) {
   return files;
 }
 
-bool extractApplication(const TailArchives& tail, const ComponentFolders& folders,
-                        const UnpackingTools& tools) {
+ExtractionResult extractApplication(const TailArchives& tail, const ComponentFolders& folders,
+                                    const UnpackingTools& tools) {
   // No line end, by intent: the next message ends the line.
   logMessage("[Extractor] Offline installer - app to extract.");
   logMessage("[Extractor] APP folder is %s\n", folders.app.c_str());
   logMessage("[Extractor] APP temp is %s\n", folders.appTemp.c_str());
   if (makeDir(folders.appTemp.c_str()) != 0) {
     logError("Unable to create App Temp folder\n");
-    return false;
+    return {ExtractionEnd::kFileNotCreated, "", 0, folders.appTemp, "the folder cannot be made"};
   }
   logMessage("[Extractor] Extracting App...\n");
-  for (int i = 0; i < kApplicationEntries; ++i) extractTailEntry(tail, tools, folders.appTemp);
+  ExtractionResult result = extractTailEntries(kApplicationEntries, tail, tools, folders.appTemp);
+  if (result.isFailure()) return result;
   doRename(folders.appTemp.c_str(), folders.app.c_str());
   logMessage("[Extractor] Renaming App folder to %s\n", folders.app.c_str());
-  return true;
+  return result;
 }
 
 }  // namespace quillory

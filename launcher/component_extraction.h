@@ -6,14 +6,15 @@
 //   one JRE                         where "JRE Version" is not empty; see java/jre_provisioning.h
 //   two of the application          where "App Version" is not empty; one may be empty
 //
-// Whether an entry could be extracted is not examined: an archive with a bad signature leaves an
-// empty version folder, and the newest folder is what runs.
+// An archive with a bad signature counts as extracted: it leaves an empty version folder, and the
+// newest folder is what runs. Any other failure ends the installation where it is.
 #pragma once
 #include <cstdio>
 #include <optional>
 #include <string>
 
 #include "formats/archive_signature.h"
+#include "formats/extraction.h"
 #include "formats/tail_format.h"
 
 namespace quillory {
@@ -41,8 +42,8 @@ struct UnpackingTools {
 };
 
 /// Extracts the tail's next entry into `destination`.
-void extractTailEntry(const TailArchives& tail, const UnpackingTools& tools,
-                      const std::string& destination);
+ExtractionResult extractTailEntry(const TailArchives& tail, const UnpackingTools& tools,
+                                  const std::string& destination);
 
 /// What may replace the shipped splash picture (see splash_override.h).
 struct SplashOverride {
@@ -51,9 +52,9 @@ struct SplashOverride {
 };
 
 /// Extracts the first five entries and moves them to the updater's folder. The temporary folder
-/// exists already.
-void extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
-                    const SplashOverride& splashOverride);
+/// exists already. Nothing is moved after a failure, which is the result.
+ExtractionResult extractUpdater(const TailArchives& tail, const ComponentFolders& folders,
+                                const SplashOverride& splashOverride);
 
 /// Files of the installed updater that the rest of the installation uses.
 struct UpdaterFiles {
@@ -64,9 +65,10 @@ struct UpdaterFiles {
 /// Where they are in the updater's folder, which is logged; none of them need be there.
 UpdaterFiles locateUpdaterFiles(const std::string& guFolder);
 
-/// Extracts two entries and moves them to the application's folder. False, with a log line, when
-/// its temporary folder cannot be made.
-bool extractApplication(const TailArchives& tail, const ComponentFolders& folders,
-                        const UnpackingTools& tools);
+/// Extracts two entries and moves them to the application's folder. Nothing is moved after a
+/// failure, which is the result: of an entry, or, with a log line, of its temporary folder, which
+/// cannot be made (kFileNotCreated).
+ExtractionResult extractApplication(const TailArchives& tail, const ComponentFolders& folders,
+                                    const UnpackingTools& tools);
 
 }  // namespace quillory

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "formats/extraction.h"
 #include "formats/property_block.h"
 #include "formats/update_url.h"
 #include "install/file_logging.h"
@@ -33,6 +34,10 @@ namespace {
 // For a step that has said in the log why it could not be done: nothing can follow it.
 void endUnless(bool isDone) {
   if (!isDone) std::exit(kExitFailure);
+}
+
+void endUnlessExtracted(const ExtractionResult& result) {
+  if (result.isFailure()) std::exit(exitStatusOf(result));
 }
 
 /// One start, filled in step by step.
@@ -115,7 +120,8 @@ void makeFirstTempFolder(const Start& start, const ComponentFolders& folders) {
   logMessage("[Extractor] Unable to create GU Temp folder - assuming elevation required\n");
   const StartSurroundings& around = start.surroundings;
   endUnless(mayElevate(start.line.prepareOnly, around.isRelaunchedCopy()));
-  extractSplashForElevation(start.archives(), start.splashOverride(), around.sharedTemporaryFolder);
+  endUnlessExtracted(extractSplashForElevation(start.archives(), start.splashOverride(),
+                                               around.sharedTemporaryFolder));
   logMessage("[Extractor] Performing elevated setup and launch\n");
   doElevatedSetupAndLaunch(start.tail.appName, start.line.fullArgc, start.line.fullArgv,
                            start.isSilent, start.exe);
@@ -160,7 +166,7 @@ bool isCompatibleWith(const Start& start, const std::string& updaterFolder,
 /// Provides the JRE and returns the path of its unpack200.
 std::string setUpJre(const Start& start, const ComponentFolders& folders,
                      const UpdaterFiles& updater) {
-  const std::optional<std::string> bundle = provisionJre(
+  const JreOutcome<std::string> jre = provisionJre(
       {.place = {start.masterFolder, start.jreName},
        .embedded = {start.tail.jreVersion, start.tailStream.get()},
        .system = {.requiredJavaVersion = start.tail.requiredJavaVersion,
@@ -174,8 +180,8 @@ std::string setUpJre(const Start& start, const ComponentFolders& folders,
        .tools = {updater.lzmaTool, start.key},
        .display = start.showsUi() ? splashAsDisplay() : FetchDisplay{},
        .caCerts = updater.caCerts});
-  if (!bundle) std::exit(kExitFailure);
-  const std::string unpack200 = unpack200Of(*bundle);
+  if (!jre.provided) std::exit(jre.exitStatus);
+  const std::string unpack200 = unpack200Of(*jre.provided);
   logMessage("[Extractor] UP200 path is %s\n", unpack200.c_str());
   return unpack200;
 }
@@ -192,15 +198,15 @@ std::string extractEverything(Start& start, const std::string& installedGu) {
   const ComponentFolders folders = nameComponentFolders(start.masterFolder, start.tail.guVersion,
                                                         start.tail.appName, start.tail.appVersion);
   makeFirstTempFolder(start, folders);
-  extractUpdater(start.archives(), folders, start.splashOverride());
+  endUnlessExtracted(extractUpdater(start.archives(), folders, start.splashOverride()));
   const UpdaterFiles updater = locateUpdaterFiles(folders.gu);
   showSplash(start, updater.splashPicture);
   const std::string unpack200 = setUpJre(start, folders, updater);
   if (start.tail.appVersion.empty()) {
     logMessage("[Extractor] Online installer - no app to extract\n");
   } else {
-    endUnless(extractApplication(start.archives(), folders,
-                                 {.lzma = updater.lzmaTool, .unpack200 = unpack200}));
+    endUnlessExtracted(extractApplication(start.archives(), folders,
+                                          {.lzma = updater.lzmaTool, .unpack200 = unpack200}));
   }
 
   const std::optional<std::string> gu = newestVersionFolder(start.masterFolder, kUpdaterName);

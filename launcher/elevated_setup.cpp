@@ -101,16 +101,20 @@ bool mayElevate(bool isElevatedCopy, bool isRelaunchedCopy) {
   return true;
 }
 
-void extractSplashForElevation(const TailArchives& tail, const SplashOverride& splashOverride,
-                               const std::string& folder) {
+ExtractionResult extractSplashForElevation(const TailArchives& tail,
+                                           const SplashOverride& splashOverride,
+                                           const std::string& folder) {
   // Without an LZMA tool: the only one at hand would be the file just put there.
-  extractTailEntry(tail, {}, folder);
-  extractTailEntry(tail, {}, folder);
+  for (int i = 0; i < 2; ++i) {
+    ExtractionResult result = extractTailEntry(tail, {}, folder);
+    if (result.isFailure()) return result;
+  }
   const std::string picture = joinPath(folder, kSplashPictureName);
   saveOverrideImageIfAllowed(splashOverride.canOverride, splashOverride.image, picture);
   logMessage("[Extractor] Native Splash PNG path is %s\n", picture.c_str());
   logMessage("[Extractor] Configuring splash\n");
   splash::configureSplash(picture.c_str());
+  return {};
 }
 
 void doElevatedSetupAndLaunch(const std::string& appName, int argc, char** argv, bool isSilent,

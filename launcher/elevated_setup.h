@@ -21,9 +21,11 @@ void createDirectoryForAllUsers(const std::string& directory);
 bool mayElevate(bool isElevatedCopy, bool isRelaunchedCopy);
 
 /// Extracts the tail's first two entries into `folder`, and shows their picture in the splash from
-/// now on. Nothing that is put into the shared folder is executed.
-void extractSplashForElevation(const TailArchives& tail, const SplashOverride& splashOverride,
-                               const std::string& folder = kSharedTemporaryFolder);
+/// now on. Nothing that is put into the shared folder is executed. Nothing is shown after a
+/// failure, which is the result.
+ExtractionResult extractSplashForElevation(const TailArchives& tail,
+                                           const SplashOverride& splashOverride,
+                                           const std::string& folder = kSharedTemporaryFolder);
 
 /// Runs `elev_mac`, then the launcher with its own arguments, which start the application: this
 /// process has nothing left to do, whatever became of the two. Failures are in the log.

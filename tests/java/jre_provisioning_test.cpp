@@ -52,7 +52,9 @@ class ProvisionTest : public ::testing::Test {
     StreamOf stream(tail);
     request_.embedded.tail = stream.get();
     const ScopedEnvironment path("PATH", tools_);
-    return provisionJre(request_);
+    const JreOutcome<std::string> outcome = provisionJre(request_);
+    exitStatus_ = outcome.exitStatus;
+    return outcome.provided;
   }
   /// The path of the bundle; "" without a JRE, which is not expected.
   std::string provide(const std::string& tail = "") {
@@ -106,6 +108,7 @@ class ProvisionTest : public ::testing::Test {
   std::string applet_ = dir_ / "Applet.plugin";
   FakeServer server_;
   JreRequest request_;
+  int exitStatus_ = -1;  ///< of the last outcome
 };
 
 using ProvisionJre = ProvisionTest;
@@ -355,6 +358,27 @@ TEST_F(ProvisionJre, InstallsNothingWhenADownloadedSignatureDoesNotHold) {
   serve("8", jreArchive());
   provide();
   expectInstalled("8");
+}
+
+TEST_F(ProvisionJre, EndsWhereAnEntryOfTheTailIsRefused) {
+  request_.embedded.version = "8";
+  EXPECT_EQ(tryToProvide(fileEntry("../JRE.p2.l2", jreArchive())), std::nullopt);
+  EXPECT_EQ(exitStatus_, kExitFailure);
+  EXPECT_THAT(listTree(master_), Not(Contains(HasSubstr("QuilloryTemp"))));
+  EXPECT_FALSE(fs::exists(aliasOf("8") + ".plugin"));
+}
+
+TEST_F(ProvisionJre, TellsOfAPack200EntryThatLeftNothing) {
+  const std::string packed = records({"2", "lib/packed.jar", "3"}) + "abc";
+  request_.embedded.version = "8";
+  EXPECT_EQ(tryToProvide(tailEntry(jreArchive(packed))), std::nullopt);
+  EXPECT_EQ(exitStatus_, kExitUnpack200Failed);
+
+  request_.embedded.version = "";
+  serve("8", jreArchive(packed));
+  EXPECT_EQ(tryToProvide(), std::nullopt);
+  EXPECT_EQ(exitStatus_, kExitUnpack200Failed);
+  EXPECT_THAT(listTree(master_), Not(Contains(HasSubstr("QuilloryTemp"))));
 }
 
 TEST_F(ProvisionJre, KeepsABrokenJreWhenTheDownloadFails) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "support/clock.h"
+#include "support/exit_status.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/harness/stream_of.h"
@@ -29,12 +30,13 @@ class ExtractUpdater : public ::testing::Test {
 
   void extract(const std::string& entries, const SplashOverride& splashOverride = {}) {
     const StreamOf stream(entries);
-    extractUpdater({stream.get(), nullptr}, folders_, splashOverride);
+    result_ = extractUpdater({stream.get(), nullptr}, folders_, splashOverride);
     next_ = std::fgetc(stream.get());
   }
 
   TempDir master_;
   ComponentFolders folders_;
+  ExtractionResult result_;
   int next_ = 0;  ///< the byte behind what was extracted
   CapturedLog log_;
 };
@@ -107,6 +109,19 @@ TEST_F(ExtractUpdater, TakesATailThatEndsEarly) {
   EXPECT_EQ(readFile(folders_.gu + "/nativesplash.png"), "picture");
 }
 
+TEST_F(ExtractUpdater, MovesNothingAfterAnEntryThatIsRefused) {
+  const std::string refused = fileEntry("../out", "x");
+  const std::string tool = fileEntry("lzma64", kCopyingTool);
+  for (const std::string& entries :
+       {refused, tool + refused, kToolAndPicture + refused, kToolAndPicture + tool + refused}) {
+    SCOPED_TRACE(entries);
+    extract(entries + "!");
+    EXPECT_EQ(result_.end, ExtractionEnd::kEntryRefused);
+    EXPECT_EQ(result_.entry, "../out");
+    EXPECT_FALSE(fs::exists(folders_.gu));
+  }
+}
+
 TEST(LocateUpdaterFiles, NamesAndLogsWhatTheRestUses) {
   const CapturedLog log;
   const UpdaterFiles files = locateUpdaterFiles("/m/gu");
@@ -140,8 +155,9 @@ TEST(ExtractApplication, TakesTwoEntriesAndMovesThemIntoPlace) {
   const StreamOf stream(fileEntry("App.p2", archiveOf(fileEntry("lib/app.jar", "jar"))) +
                         emptyEntry("App.extra") + "!");
   const CapturedLog log;
-  EXPECT_TRUE(
-      extractApplication({stream.get(), nullptr}, folders, {.lzma = "/bin/true", .unpack200 = ""}));
+  EXPECT_FALSE(
+      extractApplication({stream.get(), nullptr}, folders, {.lzma = "/bin/true", .unpack200 = ""})
+          .isFailure());
   EXPECT_EQ(readFile(folders.app + "/lib/app.jar"), "jar");
   EXPECT_FALSE(fs::exists(folders.appTemp));
   EXPECT_EQ(std::fgetc(stream.get()), '!');
@@ -156,12 +172,27 @@ TEST(ExtractApplication, TakesTwoEntriesAndMovesThemIntoPlace) {
   EXPECT_EQ(log.messages().back(), "[Extractor] Renaming App folder to " + folders.app + "\n");
 }
 
+TEST(ExtractApplication, MovesNothingAfterAPack200EntryThatLeftNothing) {
+  const TempDir master;
+  const ComponentFolders folders = {"", "", master / "app", master / "QuilloryTemp-1-2-app"};
+  const std::string packed = records({"2", "a.jar", "3"}) + "abc";
+  const StreamOf stream(fileEntry("App.p2", archiveOf(packed)) + emptyEntry("App.extra"));
+  const CapturedLog log;
+  const ExtractionResult result =
+      extractApplication({stream.get(), nullptr}, folders, {.lzma = "l", .unpack200 = "/bin/true"});
+  EXPECT_EQ(result.end, ExtractionEnd::kNotUnpacked);
+  EXPECT_EQ(exitStatusOf(result), kExitUnpack200Failed);
+  EXPECT_FALSE(fs::exists(folders.app));
+}
+
 TEST(ExtractApplication, FailsWithoutATemporaryFolder) {
   const TempDir master;
   const StreamOf stream(emptyEntry("a") + emptyEntry("b"));
   const CapturedLog log;
-  EXPECT_FALSE(extractApplication({stream.get(), nullptr},
-                                  {"", "", master / "app", master / "no/temp"}, {}));
+  const ExtractionResult result =
+      extractApplication({stream.get(), nullptr}, {"", "", master / "app", master / "no/temp"}, {});
+  EXPECT_EQ(result.end, ExtractionEnd::kFileNotCreated);
+  EXPECT_EQ(result.path, master / "no/temp");
   const std::string frame(43, '*');
   EXPECT_TRUE(log.contains(frame + "\nUnable to create App Temp folder\n" + frame));
   EXPECT_FALSE(fs::exists(master / "app"));

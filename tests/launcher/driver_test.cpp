@@ -359,6 +359,29 @@ TEST_F(ExtractWrapperTail, RefusesNamesThatLeadOutOfTheSharedDirectory) {
   EXPECT_FALSE(fs::exists(installed("Quillory-Quillory-7-complete")));
 }
 
+TEST_F(ExtractWrapperTail, EndsWithTheStatusOfAnExtractionThatFails) {
+  const std::string refused = fileEntry("../out", "x");
+  const std::string packed = fileEntry("App.p2", archiveOf(records({"2", "a.jar", "3"}) + "abc"));
+  const std::string updater = updaterEntries("First");
+  const struct {
+    const char* where;
+    std::string entries;
+    int status;
+  } kCases[] = {{"updater", refused, kExitFailure},
+                {"JRE", updater + refused, kExitFailure},
+                {"application", updater + jreEntry() + refused, kExitFailure},
+                {"pack200", updater + jreEntry() + packed, kExitUnpack200Failed}};
+  for (const auto& [where, entries, status] : kCases) {
+    SCOPED_TRACE(where);
+    fs::remove_all(home_ / "Library");
+    writeTail(offlineTail(), entries);
+    const Ended ended = start();
+    EXPECT_EQ(ended.status, status);
+    EXPECT_FALSE(ended.logs("+++ Start: Launching"));
+    EXPECT_FALSE(fs::exists(installed("Quillory-Demo-3-complete")));
+  }
+}
+
 TEST_F(ExtractWrapperTail, EndsWithoutParameters) {
   fs::remove(bundle_.resource("AppParams.excludefromsigning"));
   Ended ended = start();
