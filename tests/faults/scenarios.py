@@ -1,0 +1,213 @@
+"""What is disturbed: installations, updates and packing runs, each from a state that is prepared once,
+with what an undisturbed run makes of it.
+"""
+
+import shutil
+
+import bundles
+from machine import Outcome, remove, tree_of
+
+
+class Scenario:
+    """A start of a bundle. `executable` is what is started; `prepare` makes the state before it."""
+
+    name = ""
+    table_name = ""
+
+    def __init__(self, machine, packer, server):
+        self.machine = machine
+        self.packer = packer
+        self.server = server
+        self.saved = machine.top / ("state-" + self.name)
+        machine.clear()
+        self.executable = self.make()
+        self.prepare()
+        shutil.copytree(machine.folder, self.saved, symlinks=True)
+        self.expected = self.undisturbed()
+
+    def make(self):
+        """Makes the bundle; returns its executable."""
+        raise NotImplementedError
+
+    def prepare(self):
+        """Brings the machine into the state from which the scenario goes on."""
+
+    def undisturbed(self):
+        self.set_up()
+        for _ in range(2):
+            outcome = self.start()
+            if not self.is_good(outcome):
+                raise RuntimeError(f"{self.name}: an undisturbed run fails: {outcome.output}")
+        return self.tree()
+
+    def set_up(self):
+        remove(self.machine.folder)
+        shutil.copytree(self.saved, self.machine.folder, symlinks=True)
+
+    def command(self):
+        return [self.executable, "argument"]
+
+    def environment(self):
+        return self.machine.environment()
+
+    def start(self):
+        return self.machine.run(self.command(), environment=self.environment())
+
+    def disturbed(self, arguments):
+        return self.machine.run_with(arguments, self.command(), environment=self.environment())
+
+    def is_good(self, outcome: Outcome):
+        return outcome.runs()
+
+    def tree(self):
+        return tree_of(self.machine.home)
+
+    def all_folders(self):
+        """Where content can be lost when the power goes."""
+        return [self.machine.folder]
+
+    def must_run(self, executable):
+        outcome = self.machine.run([executable], environment=self.environment())
+        if not outcome.runs():
+            raise RuntimeError(f"{self.name}: cannot be prepared: {outcome.output}")
+
+
+class FirstInstall(Scenario):
+    name = "first-install"
+    table_name = "first start, with a runtime"
+
+    def make(self):
+        return self.packer.bundle("first")
+
+
+class Reinstall(FirstInstall):
+    name = "re-install"
+    table_name = "start of the same bundle after damage to the runtime"
+
+    def prepare(self):
+        self.must_run(self.executable)
+        (self.machine.master / "Quillory-JRE-170000900-complete" / "lib" / "rt.jar").unlink()
+
+
+class UpdaterUpdate(Scenario):
+    name = "updater-update"
+    table_name = "update of the updater alone"
+
+    def make(self):
+        self.before = self.packer.bundle("first")
+        return self.packer.bundle("updater-2", updater=2)
+
+    def prepare(self):
+        self.must_run(self.before)
+
+
+class WholeUpdate(UpdaterUpdate):
+    name = "whole-update"
+    table_name = "update of updater, runtime and application"
+
+    def make(self):
+        self.before = self.packer.bundle("first")
+        return self.packer.bundle("all-2", app=2, updater=2, runtime="17.0.10")
+
+
+class RuntimeDownload(Scenario):
+    name = "runtime-download"
+    table_name = "first start, which downloads a runtime"
+
+    def make(self):
+        self.server.serve(bundles.release_of(self.packer.bundle("first")))
+        return self.packer.bundle("online", runtime=None, url=self.server.url)
+
+    def environment(self):
+        # No Java that could be copied.
+        tools = self.machine.shared / "tools"
+        if not tools.exists():
+            make_tools(tools)
+        return self.machine.environment(PATH=str(tools))
+
+
+class SystemRuntime(RuntimeDownload):
+    name = "system-runtime"
+    table_name = "first start, which copies a runtime of the system"
+
+    def environment(self):
+        tools = self.machine.shared / "tools-with-java"
+        home = self.machine.shared / "java-8"
+        if not tools.exists():
+            make_tools(tools)
+            bundles.make_java_home(home, "1.8.0_202", unpack200=True)
+            (tools / "java").symlink_to(home / "bin" / "java")
+        return self.machine.environment(PATH=str(tools))
+
+
+def make_tools(folder):
+    folder.mkdir()
+    for tool in ("chmod", "cp", "mv", "rm", "sh", "which"):
+        (folder / tool).symlink_to(shutil.which(tool, path="/usr/bin:/bin"))
+
+
+class Packing(Scenario):
+    """A run of quillory-pack in a project that has been packed before, with an older version."""
+
+    name = "pack-bundle"
+    table_name = "quillory-pack bundle, over an earlier bundle"
+
+    def make(self):
+        return self.packer.pack
+
+    def project(self):
+        return self.machine.folder / "project"
+
+    def prepare(self):
+        shutil.copytree(self.packer.folder, self.project(), symlinks=True,
+                        ignore=shutil.ignore_patterns("*.toml", "first", "online", "*-2"))
+        first, second = self.packer.config("pack-1"), self.packer.config("pack-2", app=2, updater=2)
+        shutil.copy(second, self.project() / "quillory.toml")
+        shutil.copy(first, self.project() / "first.toml")
+        self.must_pack("first.toml")
+
+    def must_pack(self, config):
+        outcome = self.machine.run([self.packer.pack, "bundle", config], cwd=self.project())
+        if outcome.status != 0:
+            raise RuntimeError(outcome.output)
+
+    def command(self):
+        return [self.executable, "bundle"]
+
+    def start(self):
+        return self.machine.run(self.command(), cwd=self.project())
+
+    def disturbed(self, arguments):
+        return self.machine.run_with(arguments, self.command(), cwd=self.project())
+
+    def is_good(self, outcome):
+        return outcome.status == 0
+
+    def tree(self):
+        return tree_of(self.project())
+
+
+class KeyMaking(Packing):
+    """The next run says that there is a key, or makes one; a key that is there has to be one."""
+
+    name = "keygen"
+    table_name = "quillory-pack keygen"
+
+    def prepare(self):
+        self.project().mkdir()
+
+    def command(self):
+        return [self.executable, "keygen", "--bits", "2048", "new.pem"]
+
+    def start(self):
+        outcome = super().start()
+        shown = self.machine.run([self.executable, "inspect", "new.pem"], cwd=self.project())
+        return Outcome(shown.status, outcome.output + shown.output)
+
+    def tree(self):
+        # Each key is another one.
+        return {place: "a key" for place in tree_of(self.project())}
+
+
+ALL = (FirstInstall, Reinstall, UpdaterUpdate, WholeUpdate, RuntimeDownload, SystemRuntime, Packing,
+       KeyMaking)
