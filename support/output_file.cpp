@@ -11,6 +11,8 @@
 #include <cstring>
 #include <utility>
 
+#include "support/durable.h"
+
 namespace quillory {
 namespace {
 
@@ -60,10 +62,11 @@ mode_t currentUmask() {
 
 }  // namespace
 
-OutputFile::OutputFile(std::string path, unsigned mode)
-    : OutputFile(std::move(path), ExactMode{mode & ~currentUmask()}) {}
+OutputFile::OutputFile(std::string path, unsigned mode, Durability durability)
+    : OutputFile(std::move(path), ExactMode{mode & ~currentUmask()}, durability) {}
 
-OutputFile::OutputFile(std::string path, ExactMode mode) : path_(std::move(path)) {
+OutputFile::OutputFile(std::string path, ExactMode mode, Durability durability)
+    : path_(std::move(path)), durability_(durability) {
   struct stat there;
   if (lstat(path_.c_str(), &there) == 0 && !S_ISREG(there.st_mode) && !S_ISLNK(there.st_mode)) {
     error_ = path_ + ": is not a plain file";
@@ -109,8 +112,18 @@ bool OutputFile::write(const void* data, std::size_t size) {
   return fail("cannot be written", errno);
 }
 
+bool OutputFile::isFlushed() {
+  if (std::fflush(file_.get()) != 0) {
+    return fail("cannot be written", errno);
+  }
+  return syncFile(fileno(file_.get()), path_) || fail("cannot be written", errno);
+}
+
 bool OutputFile::commit() {
   if (!error_.empty()) {
+    return false;
+  }
+  if (durability_ == Durability::kFlushed && !isFlushed()) {
     return false;
   }
   if (std::fclose(file_.release()) != 0) {
@@ -121,6 +134,10 @@ bool OutputFile::commit() {
   }
   forget(beside_.c_str());
   beside_.clear();
+  if (durability_ == Durability::kFlushed) {
+    const std::string folder = folderOf(path_);
+    syncFolder(folder.empty() ? "." : folder);
+  }
   return true;
 }
 

@@ -16,12 +16,20 @@ struct ExactMode {
   unsigned bits;
 };
 
+/// Whether the disk has a file before it gets its name, so that a power cut leaves the old one or
+/// the new one and never an empty one. It costs a wait for the disk, see support/durable.h.
+enum class Durability {
+  kFlushed,         ///< for what stays: installed files, keys, what was packed
+  kLeftToTheSystem  ///< for what is scratch, or flushed with the folder around it
+};
+
 class OutputFile {
  public:
   /// Nothing is created when `path` names something that is neither a plain file nor a link.
   /// `mode` is the mode of the finished file, less the process's umask.
-  explicit OutputFile(std::string path, unsigned mode = 0666);
-  OutputFile(std::string path, ExactMode mode);
+  explicit OutputFile(std::string path, unsigned mode = 0666,
+                      Durability durability = Durability::kFlushed);
+  OutputFile(std::string path, ExactMode mode, Durability durability = Durability::kFlushed);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
@@ -30,16 +38,19 @@ class OutputFile {
   std::FILE* stream() const { return file_.get(); }
   /// False after this or any earlier failure; error() says what it was.
   bool write(const void* data, std::size_t size);
-  /// Moves the file to its place. Without it, the destructor removes what was written.
+  /// Moves the file to its place. Without it, the destructor removes what was written. What the
+  /// disk refuses to keep is not moved; that it may still lose the new name is in the log only.
   bool commit();
   /// "<path>: <what went wrong>", of the first failure; "" as long as there is none.
   const std::string& error() const { return error_; }
 
  private:
   bool fail(const char* what, int number);
+  bool isFlushed();
 
   std::string path_;
   std::string beside_;
+  Durability durability_;
   OwnedFile file_;
   std::string error_;
 };

@@ -14,6 +14,7 @@
 
 namespace {
 
+using quillory::Durability;
 using quillory::LzmaCoder;
 using quillory::OutputFile;
 using quillory::OwnedFile;
@@ -81,7 +82,8 @@ int run(const Request& request) {
   if (!in) {
     return fail(request.in + ": cannot be opened: " + std::strerror(errno));
   }
-  OutputFile out(request.out);
+  // Whoever keeps what was unpacked flushes the folder that it is in, once for all of its files.
+  OutputFile out(request.out, 0666, Durability::kLeftToTheSystem);
   if (!out.stream()) {
     return fail(out.error());
   }

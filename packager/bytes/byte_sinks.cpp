@@ -23,7 +23,8 @@ OwnedFile openForReading(const std::string& path) {
 
 }  // namespace
 
-FileSink::FileSink(const std::string& path, unsigned mode) : file_(path, mode) {
+FileSink::FileSink(const std::string& path, unsigned mode, Durability durability)
+    : file_(path, mode, durability) {
   if (!file_.stream()) {
     throw PackError(file_.error());
   }

@@ -33,7 +33,8 @@ class FileSink : public ByteSink {
  public:
   /// `mode` is that of the finished file, less the process's umask. Throws PackError where no file
   /// can be made, and where a folder stands.
-  explicit FileSink(const std::string& path, unsigned mode = 0666);
+  explicit FileSink(const std::string& path, unsigned mode = 0666,
+                    Durability durability = Durability::kFlushed);
   void write(std::string_view bytes) override;
   /// Throws PackError when the rest cannot be written, as on a full disk, or the file not be put in
   /// place.

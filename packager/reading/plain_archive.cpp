@@ -51,7 +51,7 @@ std::string temporaryFolder() {
 PlainArchive::PlainArchive(const FileRegion& region, bool compressed)
     : work_(std::make_unique<WorkFolder>(temporaryFolder())),
       path_(*work_ / archiveName("archive")) {
-  FileSink file(path_, 0600);
+  FileSink file(path_, 0600, Durability::kLeftToTheSystem);
   if (!compressed) {
     readRegion(region, [&](std::string_view block) { file.write(block); });
     file.commit();

@@ -4,9 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <vector>
 
+#include "support/durable.h"
+#include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory {
@@ -102,6 +106,71 @@ TEST(OutputFile, ReportsAFullDisk) {
   file.write("x", 1);
   EXPECT_FALSE(file.commit());
   EXPECT_EQ(file.error(), dir / "out" + ": cannot be written: No space left on device");
+}
+
+std::vector<std::string> flushed;
+
+// Where the file stands while it is flushed.
+std::string placeOf(int descriptor) {
+  return fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor)).filename();
+}
+
+TEST(OutputFile, IsFlushedBeforeItGetsItsNameAndItsFolderAfterwards) {
+  TempDir dir;
+  static std::string target;
+  target = dir / "out";
+  flushed.clear();
+  const testing::ScopedReplace calls(
+      durableCalls, DurableCalls{[](int file, const std::string& path) {
+                                   EXPECT_TRUE(placeOf(file).starts_with(".unfinished-"));
+                                   EXPECT_FALSE(fs::exists(target));
+                                   struct stat found {};
+                                   fstat(file, &found);
+                                   EXPECT_EQ(found.st_size, 7)
+                                       << "bytes that the flush could not see";
+                                   flushed.push_back(path);
+                                   return 0;
+                                 },
+                                 [](int, const std::string& path) {
+                                   EXPECT_TRUE(fs::exists(target));
+                                   flushed.push_back(path);
+                                   return 0;
+                                 },
+                                 durableCalls.flushTree});
+  OutputFile file(target);
+  file.write("content", 7);
+  ASSERT_TRUE(file.commit());
+  EXPECT_EQ(flushed, (std::vector{target, dir.str() + '/'}));
+}
+
+TEST(OutputFile, IsNotFlushedWhereTheCallerDoesNotAskForIt) {
+  TempDir dir;
+  flushed.clear();
+  const auto note = [](int, const std::string& path) {
+    flushed.push_back(path);
+    return 0;
+  };
+  const testing::ScopedReplace calls(durableCalls, DurableCalls{note, note, note});
+  OutputFile file(dir / "out", 0666, Durability::kLeftToTheSystem);
+  OutputFile exact(dir / "exact", ExactMode{0777}, Durability::kLeftToTheSystem);
+  EXPECT_TRUE(file.commit());
+  EXPECT_TRUE(exact.commit());
+  EXPECT_TRUE(flushed.empty());
+}
+
+TEST(OutputFile, LeavesWhatWasThereWhenTheDiskDoesNotKeepTheNewFile) {
+  TempDir dir;
+  writeFile(dir / "out", "old");
+  const testing::ScopedReplace failing(
+      durableCalls.flushFile, +[](int, const std::string&) { return EIO; });
+  {
+    OutputFile file(dir / "out");
+    file.write("new", 3);
+    EXPECT_FALSE(file.commit());
+    EXPECT_EQ(file.error(), dir / "out" + ": cannot be written: Input/output error");
+  }
+  EXPECT_EQ(readFile(dir / "out"), "old");
+  EXPECT_EQ(entriesIn(dir), 1u);
 }
 
 TEST(RemoveUnfinishedFilesOnSignals, LeavesNothingBehindAndDiesOfTheSignal) {
