@@ -9,6 +9,7 @@
 #include "formats/archive_check.h"
 #include "formats/archive_format.h"
 #include "formats/extraction.h"
+#include "formats/whole_archive.h"
 #include "support/exit_status.h"
 #include "support/owned.h"
 
@@ -36,7 +37,7 @@ int extractOne(const ExtractionTools& tools, const char* destDir, std::FILE* str
                long* signatureOffset, char** signatureHex, Rsa_key* key) {
   if (*signatureOffset != kNoSignature) return kEndOfArchive;
   std::optional<MetSignature> signature;
-  const int status = statusOf(extractEntry(tools, destDir, stream, signature, key));
+  const int status = statusOf(extractEntry(tools, destDir, stream, signature, ArchiveTrust{key}));
   if (signature) {
     *signatureOffset = signature->offset;
     if (signatureHex != nullptr) *signatureHex = allocText(signature->hex, kSignatureHexCapacity);
@@ -68,7 +69,7 @@ int extractArchiveFileIgnoreSignature(const char* lzmaTool, const char* unpack20
 
 int extractArchive(const char* unpack200Tool, const char* archivePath, const char* destDir,
                    Rsa_key* key) {
-  const int status = statusOf(extractAllOf(unpack200Tool, archivePath, destDir, key));
+  const int status = statusOf(extractAllOf(unpack200Tool, archivePath, destDir, ArchiveTrust{key}));
   return status == kEndOfArchive ? kEntryDone : endOrReturn(status);
 }
 

@@ -98,21 +98,21 @@ Digest digestOfRegion(std::FILE* archive, long length, const HashedPart* begun,
   return digest;
 }
 
-// deleteFolder() leaves two-character dot names alone; a rejected archive leaves nothing.
-void deleteWhatIsLeft(const std::string& folder) {
-  for (const std::string& name : namesIn(folder)) removeTree(joinPath(folder, name));
-}
-
 void reject(const std::string& destDir) {
   logStars();
   logMessage("[ExtractArchive] ERROR - unable to verify signature of hash of archive.\n");
   logMessage("[ExtractArchive] Quillory will disregard this update.\n");
-  deleteFolder(destDir.c_str());
-  deleteWhatIsLeft(destDir);
+  emptyFolder(destDir);
   logStars();
 }
 
 }  // namespace
+
+void emptyFolder(const std::string& folder) {
+  deleteFolder(folder.c_str());
+  // deleteFolder() leaves two-character dot names alone; a rejected archive leaves nothing.
+  for (const std::string& name : namesIn(folder)) removeTree(joinPath(folder, name));
+}
 
 SignatureCheck checkSignature(const std::string& archivePath, const std::string& destDir,
                               long signatureOffset, const std::string& signatureHex, Rsa_key* key,

@@ -22,4 +22,7 @@ SignatureCheck checkSignature(const std::string& archivePath, const std::string&
                               long signatureOffset, const std::string& signatureHex, Rsa_key* key,
                               const HashedPart* begun = nullptr);
 
+/// Deletes what is in the folder, whatever its name, and leaves the folder.
+void emptyFolder(const std::string& folder);
+
 }  // namespace quillory

@@ -8,18 +8,16 @@
 #include <cstring>
 #include <string_view>
 
-#include "formats/archive_check.h"
 #include "formats/archive_format.h"
 #include "formats/archive_output.h"
 #include "formats/archive_tools.h"
-#include "formats/hash_ahead.h"
 #include "formats/patient_reader.h"
 #include "formats/record_stream.h"
+#include "formats/whole_archive.h"
 #include "support/exit_status.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/new_file.h"
-#include "support/owned.h"
 #include "support/paths.h"
 
 namespace quillory {
@@ -43,15 +41,11 @@ struct Entry {
   long length;
 };
 
-ExtractionResult endOfArchive() { return {End::kEndOfArchive, "", 0, "", ""}; }
+ExtractionResult endOfArchive() { return {.end = End::kEndOfArchive}; }
 
 ExtractionResult failure(End end, const Entry& entry, const std::string& path,
                          const std::string& reason) {
-  return {end, entry.path, entry.length, path, reason};
-}
-
-ExtractionResult noArchive(const std::string& path) {
-  return {End::kNoArchive, "", 0, path, "the archive cannot be opened"};
+  return {.end = end, .entry = entry.path, .length = entry.length, .path = path, .reason = reason};
 }
 
 ExtractionResult refuse(const Entry& entry, const char* reason) {
@@ -114,7 +108,7 @@ ExtractionResult writeContent(std::FILE* stream, const Entry& entry, const std::
 
 // What the suffixes of a written file ask for.
 ExtractionResult followSuffixes(const ExtractionTools& tools, std::string path,
-                                const std::string& destDir, Rsa_key* key) {
+                                const std::string& destDir, const ArchiveTrust& trust) {
   if (path.size() < kShortestWithSuffix) {
     logMessage("\t[ExtractArchiveFile] Path to file too short to check for LZMA\n");
   } else if (compressionOf(path) != nullptr) {
@@ -123,14 +117,15 @@ ExtractionResult followSuffixes(const ExtractionTools& tools, std::string path,
   if (path.size() < kShortestWithSuffix || !path.ends_with(kArchiveSuffix)) return {};
 
   logMessage("\t[ExtractArchiveFile] Starting un-p2Archiving\n");
-  ExtractionResult result = extractAllOf(tools.unpack200, path, destDir, key);
+  ExtractionResult result = extractAllOf(tools.unpack200, path, destDir, trust);
   if (result.isFailure()) return result;
   logMessage("\t[ExtractArchiveFile] Finished un-archiving\n");
-  return {};
+  result.end = End::kEntryDone;
+  return result;
 }
 
 ExtractionResult extractFile(const ExtractionTools& tools, const std::string& destDir,
-                             std::FILE* stream, const Entry& entry, Rsa_key* key) {
+                             std::FILE* stream, const Entry& entry, const ArchiveTrust& trust) {
   if (entry.length < 0) return refuse(entry, "its length is negative");
   const std::string path = pathBelow(destDir.c_str(), entry.path);
   const bool isPacked = entry.type == kPack200Entry;
@@ -144,7 +139,7 @@ ExtractionResult extractFile(const ExtractionTools& tools, const std::string& de
       return failure(End::kNotUnpacked, entry, path, "unpack200 left nothing");
   }
   if (tools.lzma == nullptr) return {};
-  return followSuffixes(tools, path, destDir, key);
+  return followSuffixes(tools, path, destDir, trust);
 }
 
 bool isSameFile(const struct stat& file, const std::string& path) {
@@ -169,25 +164,6 @@ bool replacesItsSource(const std::string& destDir, const Entry& entry, std::FILE
   return isSameFile(source, path);
 }
 
-// Entry after entry, up to the end of the archive or a failure.
-ExtractionResult extractEntries(const ExtractionTools& tools, const std::string& archivePath,
-                                const std::string& destDir, HashAhead& digest,
-                                std::optional<MetSignature>& signature, Rsa_key* key) {
-  const OwnedFile archive(std::fopen(archivePath.c_str(), "rb"));
-  if (!archive) {
-    logMessage("[ExtractArchive] Failed to extract archive - couldn't open file %s\n",
-               archivePath.c_str());
-    return noArchive(archivePath);
-  }
-  ExtractionResult result;
-  while (result.end == End::kEntryDone) {
-    digest.allow(std::ftell(archive.get()));  // The signature block is none of what it signs.
-    result = extractEntry(tools, destDir, archive.get(), signature, key);
-  }
-  if (!result.isFailure()) logMessage("[ExtractArchive] Done extracting archive.\n");
-  return result;
-}
-
 }  // namespace
 
 int exitStatusOf(const ExtractionResult& failure) {
@@ -196,7 +172,7 @@ int exitStatusOf(const ExtractionResult& failure) {
 
 ExtractionResult extractEntry(const ExtractionTools& tools, const std::string& destDir,
                               std::FILE* stream, std::optional<MetSignature>& signature,
-                              Rsa_key* key) {
+                              const ArchiveTrust& trust) {
   if (signature) return endOfArchive();
   const std::string type = readText(stream, kEntryTypeRecord);
   if (type.empty()) return endOfArchive();
@@ -223,26 +199,7 @@ ExtractionResult extractEntry(const ExtractionTools& tools, const std::string& d
     return {};
   }
   if (readSignatureBlock(entry.path, stream, signature)) return endOfArchive();
-  return extractFile(tools, destDir, stream, entry, key);
-}
-
-ExtractionResult extractAllOf(const char* unpack200Tool, const std::string& archivePath,
-                              const std::string& destDir, Rsa_key* key) {
-  logMessage("[ExtractArchive] Extracting archive %s into %s\n", archivePath.c_str(),
-             destDir.c_str());
-  std::optional<MetSignature> signature;
-  HashAhead digest(archivePath.c_str());
-  // Without the LZMA tool: inside an archive the suffixes mean nothing.
-  const ExtractionTools tools{.lzma = nullptr, .unpack200 = unpack200Tool};
-  ExtractionResult result = extractEntries(tools, archivePath, destDir, digest, signature, key);
-  if (result.isFailure()) return result;
-  if (signature) {
-    const SignatureCheck check = checkSignature(archivePath, destDir, signature->offset,
-                                                signature->hex, key, &digest.finish());
-    if (check == SignatureCheck::kNoArchive) return noArchive(archivePath);
-  }
-  std::remove(archivePath.c_str());
-  return result;
+  return extractFile(tools, destDir, stream, entry, trust);
 }
 
 }  // namespace quillory

@@ -1,6 +1,7 @@
-// Extraction of archives, with a result that says what went wrong and where, for whoever goes on
-// then. docs/formats/archive.md has the bytes; archive.h has the functions that end the process.
-// Each step is in the log, failures too. Not reentrant: all extractions share one copy buffer.
+// Extraction of archives entry by entry, with a result that says what went wrong and where, for
+// whoever goes on then. docs/formats/archive.md has the bytes; archive.h has the functions that end
+// the process. Each step is in the log, failures too. Not reentrant: all extractions share one copy
+// buffer.
 //
 // Nothing is written outside the destination folder: an entry whose path holds a ".." component or
 // does not fit is refused before anything of it is written, and a link that stands at an output
@@ -10,7 +11,7 @@
 #include <optional>
 #include <string>
 
-#include "formats/archive_signature.h"
+#include "formats/archive_trust.h"
 
 namespace quillory {
 
@@ -34,15 +35,28 @@ enum class ExtractionEnd {
   kFileNotCreated,  ///< the file's place is taken, or may not be written to
   kFileNotWritten,  ///< the disk is full, say; nothing of the file is left
   kNotUnpacked,     ///< unpack200 left nothing
+  /// Only of a hardened bundle: the archive does not prove that it is what it should be. The
+  /// destination folder is empty, and the archive is deleted.
+  kArchiveRejected,
+};
+
+/// What came of the signature of a whole archive.
+enum class ArchiveVerdict {
+  kNone,  ///< no archive was read to its end
+  kUnsigned,
+  kVerified,
+  kRejected,  ///< the destination folder is empty
 };
 
 struct ExtractionResult {
   ExtractionEnd end = ExtractionEnd::kEntryDone;
   // Of a failure; else empty.
-  std::string entry;   ///< the entry's path as the archive has it; "" for the whole archive
-  long length = 0;     ///< what the entry says that it has
-  std::string path;    ///< the file that could not be read, written or made
-  std::string reason;  ///< in words, without a line end
+  std::string entry{};   ///< the entry's path as the archive has it; "" for the whole archive
+  long length = 0;       ///< what the entry says that it has
+  std::string path{};    ///< the file that could not be read, written or made
+  std::string reason{};  ///< in words, without a line end; also of an archive that was rejected
+  /// Of the archive that was extracted; of a single entry, that of the archive which it was.
+  ArchiveVerdict verdict = ArchiveVerdict::kNone;
 
   bool isFailure() const {
     return end != ExtractionEnd::kEntryDone && end != ExtractionEnd::kEndOfArchive;
@@ -53,26 +67,14 @@ struct ExtractionResult {
 /// else 1.
 int exitStatusOf(const ExtractionResult& failure);
 
-/// The signature block with which an archive ended.
-struct MetSignature {
-  long offset = 0;  ///< where it says that it stands
-  std::string hex;
-};
-
 /// Extracts the entry at which `stream` stands into `destDir`, which is there. With the LZMA tool a
-/// file that is an archive itself, compressed or not, is extracted into the same folder, verified
-/// with `key` (may be null) where it is signed, and deleted. `signature` gets a signature block;
-/// once it has one, that is the end.
+/// file that is an archive itself, compressed or not, is extracted into the same folder as
+/// extractAllOf() of whole_archive.h does it. `signature` gets a signature block; once it has one,
+/// that is the end.
 ///
 /// A stream that ends inside a file's bytes is waited for, for ever: a log line says so.
 ExtractionResult extractEntry(const ExtractionTools& tools, const std::string& destDir,
                               std::FILE* stream, std::optional<MetSignature>& signature,
-                              Rsa_key* key);
-
-/// Extracts a whole archive, verifies it with `key` (may be null) where it is signed, and deletes
-/// it; after a failure it stays, and so do the entries before. kEndOfArchive, also when the
-/// signature does not hold: then `destDir` is empty afterwards.
-ExtractionResult extractAllOf(const char* unpack200Tool, const std::string& archivePath,
-                              const std::string& destDir, Rsa_key* key);
+                              const ArchiveTrust& trust);
 
 }  // namespace quillory

@@ -6,7 +6,7 @@
 #include <cerrno>
 
 #include "formats/downloads.h"
-#include "formats/extraction.h"
+#include "formats/whole_archive.h"
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
 #include "support/files.h"
@@ -86,7 +86,7 @@ ExtractionResult extract(const ArchiveTools& tools, const std::string& folder,
                          const std::string& archive) {
   const std::string unpack200 = unpack200Of(folder);
   logMessage("[JREDownload] Extracting JRE archive to %s\n", folder.c_str());
-  return extractAllOf(unpack200.c_str(), archive, folder, tools.key);
+  return extractAllOf(unpack200.c_str(), archive, folder, ArchiveTrust{tools.key});
 }
 
 // Whether what was extracted is a JRE with a version.

@@ -68,7 +68,7 @@ ExtractionResult extractFromTail(const JreRequest& request, const std::string& f
   std::optional<MetSignature> unused;  // Of the tail, which has none; the archive has its own.
   const ExtractionTools tools = {request.tools.lzmaTool.c_str(), unpack200.c_str()};
   ExtractionResult result =
-      extractEntry(tools, folder, request.embedded.tail, unused, request.tools.key);
+      extractEntry(tools, folder, request.embedded.tail, unused, ArchiveTrust{request.tools.key});
   if (result.isFailure()) return result;
   logMessage("[Extractor] Extracted JRE %s\n", request.place.name.text().c_str());
   return result;

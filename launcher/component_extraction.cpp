@@ -33,7 +33,7 @@ ExtractionResult extractTailEntry(const TailArchives& tail, const UnpackingTools
                                   const std::string& destination) {
   std::optional<MetSignature> unused;  // Of the tail, which has none; an archive in it has its own.
   return extractEntry({pathOrNull(tools.lzma), pathOrNull(tools.unpack200)}, destination,
-                      tail.stream, unused, tail.key);
+                      tail.stream, unused, ArchiveTrust{tail.key});
 }
 
 namespace {

@@ -89,7 +89,7 @@ void extractTo(const std::string& archive, const std::string& folder, const std:
   ExtractionResult result;
   while (result.end == ExtractionEnd::kEntryDone) {
     stopIfInterrupted();
-    result = extractEntry({}, folder, stream.get(), unused, nullptr);
+    result = extractEntry({}, folder, stream.get(), unused, ArchiveTrust{});
   }
   if (result.isFailure()) {
     throw PackError("cannot be extracted: Unable to extract archive file " + result.entry + " (" +

@@ -18,6 +18,10 @@ void writeFileEntryHeader(ByteSink& sink, const std::string& path, std::uint64_t
   records.number(kEntryLengthRecord, static_cast<std::int64_t>(size));
 }
 
+void ArchiveWriter::identity(const ArchiveIdentity& identity) {
+  writeFileEntryHeader(out_, identityPath(identity), 0);
+}
+
 void ArchiveWriter::folder(const std::string& path) {
   RecordWriter records(out_);
   records.number(kEntryTypeRecord, kFolderEntry);

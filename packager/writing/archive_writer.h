@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "formats/archive_identity.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/content/content_tree.h"
 #include "packager/keys/mixed_digest.h"
@@ -15,6 +16,8 @@ class ArchiveWriter {
  public:
   explicit ArchiveWriter(ByteSink& sink) : sink_(sink), out_(sink) {}
 
+  /// What the archive is, which a hardened bundle asks for. The first entry, or none.
+  void identity(const ArchiveIdentity& identity);
   void folder(const std::string& path);
   void bytes(const std::string& path, std::string_view content);
   /// Throws PackError when the file no longer has `size` bytes.

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Usage: sign_mixed.py FOLDER
+"""Usage: sign_mixed.py FOLDER [identity]
 
-Makes fresh RSA keys and the signatures in FOLDER (tests/data/signatures). Needs Python 3 and
+Makes fresh RSA keys and the signatures in FOLDER (tests/data/signatures); with "identity" only the
+two files of that name, and without it the others. Needs Python 3 and
 openssl. Written from the published descriptions of Keccak and of EMSA-PSS (RFC 8017), without the
 launcher's own code, so that it is a witness of its own. The private keys are thrown away.
 """
@@ -15,6 +16,9 @@ MASK64 = (1 << 64) - 1
 
 # What is signed: a folder "lib" and in it a file "hello.txt" of five bytes.
 BODY = b"1\0lib\0" + b"0\0lib/hello.txt\0" + b"5\0hello"
+
+# The same behind an entry that says what the archive is.
+IDENTITY = b"0\0qyArcSpBlock_Component1;JRE;17;linux\0" + b"0\0"
 
 
 def rotate(lane, count):
@@ -127,6 +131,11 @@ def main():
             file.write(data.hex())
 
     assert keccak256(b"").hex().startswith("c5d2460186f7233c")
+    if sys.argv[2:] == ["identity"]:
+        key = Key(2048)
+        write("key_identity", key.public_der)
+        write("pss_identity", key.sign_pss(IDENTITY + BODY))
+        return
     keys = {name: Key(bits) for name, bits in
             [("2048", 2048), ("other", 2048), ("1040", 1040), ("1024", 1024)]}
     for name, key in keys.items():

@@ -34,6 +34,14 @@ inline std::string signatureData(const std::string& name) {
   return readFile(QUILLORY_SOURCE_DIR "/tests/data/signatures/" + name + ".hex");
 }
 
+/// The bytes of such a text.
+inline std::string fromHex(const std::string& hex) {
+  std::string bytes;
+  for (std::size_t at = 0; at + 1 < hex.size(); at += 2)
+    bytes.push_back(static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16)));
+  return bytes;
+}
+
 /// Everything below `folder`, sorted; folders and what links to one end in '/'.
 inline std::vector<std::string> namesBelow(const std::filesystem::path& folder) {
   std::vector<std::string> names;

@@ -27,6 +27,7 @@ using testing::CapturedLog;
 using ::testing::ElementsAre;
 using ::testing::ExitedWithCode;
 using testing::fileEntry;
+using testing::fromHex;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using testing::pageExample;
@@ -47,13 +48,6 @@ using OwnedDigest = std::unique_ptr<unsigned char, HeapFreer>;
 
 const unsigned char* bytesIn(const std::string& text) {
   return reinterpret_cast<const unsigned char*>(text.data());
-}
-
-std::string fromHex(const std::string& hex) {
-  std::string bytes;
-  for (std::size_t at = 0; at + 1 < hex.size(); at += 2)
-    bytes.push_back(static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16)));
-  return bytes;
 }
 
 OwnedKey importKey(const std::string& der) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "formats/archive_check.h"
+#include "formats/whole_archive.h"
 #include "tests/formats/archive_parts.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/file_size_limit.h"
@@ -21,6 +22,7 @@ using testing::endOfArchive;
 using testing::fileEntry;
 using testing::FileSizeLimit;
 using testing::folderEntry;
+using testing::fromHex;
 using ::testing::IsEmpty;
 using testing::readFile;
 using testing::records;
@@ -36,12 +38,12 @@ using End = ExtractionEnd;
 class Extraction : public ::testing::Test, public ArchiveSite {
  protected:
   ExtractionResult extractOne(std::FILE* stream, const ExtractionTools& tools = {}) {
-    return extractEntry(tools, destDir(), stream, signature_, nullptr);
+    return extractEntry(tools, destDir(), stream, signature_, ArchiveTrust{});
   }
 
   ExtractionResult extractAll(const std::string& bytes) {
     writeFile(archive(), bytes);
-    return extractAllOf(nullptr, archive(), destDir(), nullptr);
+    return extractAllOf(nullptr, archive(), destDir(), ArchiveTrust{});
   }
 
   std::optional<MetSignature> signature_;
@@ -136,7 +138,7 @@ TEST_F(Extraction, TellsOfAFailureInsideANestedArchive) {
 }
 
 TEST_F(Extraction, NamesTheArchiveThatCannotBeOpened) {
-  const ExtractionResult result = extractAllOf(nullptr, archive(), destDir(), nullptr);
+  const ExtractionResult result = extractAllOf(nullptr, archive(), destDir(), ArchiveTrust{});
   EXPECT_EQ(result.end, End::kNoArchive);
   EXPECT_EQ(result.entry, "");
   EXPECT_EQ(result.path, archive());
@@ -172,13 +174,6 @@ class ArchiveCheck : public Extraction {
     const SignatureCheck result = checkSignature(archive(), destDir(), offset, hex, &key);
     rsa_free(&key);
     return result;
-  }
-
-  static std::string fromHex(const std::string& hex) {
-    std::string bytes;
-    for (std::size_t at = 0; at + 1 < hex.size(); at += 2)
-      bytes.push_back(static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16)));
-    return bytes;
   }
 };
 

@@ -29,6 +29,12 @@ TEST(ArchiveWriter, GivesTheExampleOfThePage) {
   EXPECT_EQ(bytes.bytes(), pageExample("formats/archive.md", 1));
 }
 
+TEST(ArchiveWriter, SaysWhatTheArchiveIsAsThePageDoes) {
+  StringSink bytes;
+  ArchiveWriter(bytes).identity({"JRE", "17", "linux"});
+  EXPECT_EQ(bytes.bytes(), pageExample("formats/archive.md", 4));
+}
+
 TEST(ArchiveWriter, CopiesFilesFromTheDisk) {
   TempDir dir;
   const std::string content(300000, 'x');
