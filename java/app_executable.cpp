@@ -11,7 +11,6 @@
 namespace quillory {
 namespace {
 
-constexpr ExactMode kForEveryone{0777};
 constexpr std::size_t kBlockBytes = 64 * 1024;
 
 bool isFileName(const std::string& name) {
@@ -35,7 +34,7 @@ bool copyProgram(const std::string& source, const std::string& target) {
     return false;
   }
   // Beside its place first: two starts at the same time do not mix their bytes.
-  OutputFile copy(target, kForEveryone);
+  OutputFile copy(target, ExactMode{installationMode()});
   if (!copyContent(from.get(), copy)) {
     logMessage(
         "[Extractor] *************************** Unable to open destination file for copy %s\n",

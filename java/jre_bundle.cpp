@@ -159,7 +159,7 @@ void makeSpawnHelperExecutable(const std::string& alias) {
   const std::string helper = alias + "/lib/jspawnhelper";
   logCommand("chmod a+x " + quoted(helper));
   struct stat info = {};
-  if (stat(helper.c_str(), &info) == 0)
+  if (lstat(helper.c_str(), &info) == 0 && S_ISREG(info.st_mode))
     chmod(helper.c_str(), info.st_mode | kExecutableForEveryone);
 }
 
@@ -189,7 +189,7 @@ void dismantleJreBundle(const std::string& bundle) {
   const bool existed = isRealFolder(bundle);
   removeTree(bundle);
   removeTree(alias);
-  if (existed) mkdir(bundle.c_str(), 0777);
+  if (existed) mkdir(bundle.c_str(), static_cast<mode_t>(installationMode()));
 }
 
 }  // namespace quillory

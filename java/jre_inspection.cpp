@@ -1,6 +1,5 @@
 #include "java/jre_inspection.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -16,8 +15,6 @@
 
 namespace quillory {
 namespace {
-
-constexpr mode_t kEverythingForEveryone = 0777;
 
 std::string binFolder(const std::string& jreFolder) { return jreFolder + "/Contents/Home/bin"; }
 
@@ -56,8 +53,7 @@ std::string secondComponent(const std::string& answer) {
 
 std::string javaOf(const std::string& jreFolder) {
   std::string java = binFolder(jreFolder) + "/java";
-  if (chmod(java.c_str(), kEverythingForEveryone) != 0)
-    logError("Error setting java to executable!\n");
+  if (!openAsInstalled(java)) logError("Error setting java to executable!\n");
   return java;
 }
 
@@ -67,8 +63,7 @@ std::string unpack200Of(const std::string& jreFolder) {
   std::printf("[Locating UP200] %s\n", jreFolder.c_str());
   std::printf("[Locating UP200] %s\n", bin.c_str());
   std::printf("[Locating UP200] Result is %s\n", unpack200.c_str());
-  if (chmod(unpack200.c_str(), kEverythingForEveryone) != 0)
-    logError("Error setting unpack200 to executable!\n");
+  if (!openAsInstalled(unpack200)) logError("Error setting unpack200 to executable!\n");
   return unpack200;
 }
 

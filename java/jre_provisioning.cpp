@@ -1,7 +1,5 @@
 #include "java/jre_provisioning.h"
 
-#include <sys/stat.h>
-
 #include <optional>
 
 #include "formats/downloads.h"
@@ -19,7 +17,6 @@ namespace {
 
 constexpr char kOfflineSection[] = "Extracting Offline JRE";
 constexpr char kOnlineSection[] = "Setting up online JRE";
-constexpr mode_t kOpenToAll = 0777;
 
 std::string finalFolder(const JrePlace& place, const std::string& version) {
   return versionFolder(place.masterFolder, place.name.text(), version);
@@ -36,7 +33,7 @@ std::string completeJre(const JreRequest& request, const std::string& bundle,
   // Where a bundle was made of a Java home, that folder is behind the alias by now. Whoever starts
   // the application puts a copy of java there, which need not be the user who installed.
   const std::string bin = alias + "/bin";
-  if (isFolder(bin)) (void)chmod(bin.c_str(), kOpenToAll);
+  if (isFolder(bin)) openAsInstalled(bin);
   return bundle;
 }
 
@@ -80,7 +77,7 @@ JreOutcome<std::string> provideOffline(const JreRequest& request) {
   downloadVersionFile(request.server.versionFileFolder.c_str(), request.server.url.c_str(),
                       request.place.name.text().c_str());
   const std::string temporary = temporaryFolder(request.place.masterFolder);
-  makeDir(temporary.c_str());
+  makeNewDir(temporary.c_str());
   const std::string folder = finalFolder(request.place, request.embedded.version);
   logMessage("[Extractor] Offline installer - no need to download JRE, will extract\n");
   const ExtractionResult extracted = extractFromTail(request, temporary);
