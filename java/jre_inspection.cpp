@@ -1,5 +1,6 @@
 #include "java/jre_inspection.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -7,6 +8,7 @@
 #include <cstring>
 #include <optional>
 
+#include "java/whole_copy.h"
 #include "support/command_output.h"
 #include "support/files.h"
 #include "support/log.h"
@@ -15,6 +17,10 @@
 
 namespace quillory {
 namespace {
+
+constexpr mode_t kEverythingForEveryone = 0777;
+constexpr char kTrustStoreFolder[] = "/lib/security";
+constexpr char kTrustStoreFile[] = "/cacerts";
 
 std::string binFolder(const std::string& jreFolder) { return jreFolder + "/Contents/Home/bin"; }
 
@@ -53,7 +59,8 @@ std::string secondComponent(const std::string& answer) {
 
 std::string javaOf(const std::string& jreFolder) {
   std::string java = binFolder(jreFolder) + "/java";
-  if (!openAsInstalled(java)) logError("Error setting java to executable!\n");
+  if (chmod(java.c_str(), kEverythingForEveryone) != 0)
+    logError("Error setting java to executable!\n");
   return java;
 }
 
@@ -63,7 +70,8 @@ std::string unpack200Of(const std::string& jreFolder) {
   std::printf("[Locating UP200] %s\n", jreFolder.c_str());
   std::printf("[Locating UP200] %s\n", bin.c_str());
   std::printf("[Locating UP200] Result is %s\n", unpack200.c_str());
-  if (!openAsInstalled(unpack200)) logError("Error setting unpack200 to executable!\n");
+  if (chmod(unpack200.c_str(), kEverythingForEveryone) != 0)
+    logError("Error setting unpack200 to executable!\n");
   return unpack200;
 }
 
@@ -104,19 +112,30 @@ void regenerateSharedArchive(const std::string& jreFolder) {
 }
 
 int replaceTrustStore(const std::string& source, const std::string& jreHome) {
+  return replaceTrustStore(source, jreHome, jreHome);
+}
+
+int replaceTrustStore(const std::string& source, const std::string& jreHome,
+                      const std::string& content) {
   if (!doesFileExist(source.c_str())) {
     logMessage("[Extractor] Override CACerts does not exist.\n");
     return 0;
   }
-  const std::string target = jreHome + "/lib/security/cacerts";
+  const std::string folder = content + kTrustStoreFolder;
+  const std::string target = folder + kTrustStoreFile;
+  const std::string shown = jreHome + kTrustStoreFolder + kTrustStoreFile;
   logMessage("[Extractor] CACerts path %s exists\n", source.c_str());
-  logMessage("[Extractor] TargetCACerts path is %s\n", target.c_str());
-  // A link is removed even if it leads nowhere: the copy would be written where it points.
-  if (doesFileExist(target.c_str()) || isLink(target)) {
+  logMessage("[Extractor] TargetCACerts path is %s\n", shown.c_str());
+  removeUnfinishedCopies(folder);
+  struct stat old = {};
+  if (lstat(target.c_str(), &old) == 0) {
+    if (access(target.c_str(), R_OK) == 0) logMessage("File exists: %s\n", shown.c_str());
     logMessage("[Extractor] Removing old cacerts file\n");
-    logMessage("[Extractor] Result = %d\n", std::remove(target.c_str()));
+    // It is not removed before the copy takes its place. What the line tells is whether it can be.
+    logMessage("[Extractor] Result = %d\n", access(folder.c_str(), W_OK));
   }
-  return copyFile(source.c_str(), target.c_str());
+  OutputFile copy(target);
+  return copyWhole(source, copy, shown) ? 0 : 1;
 }
 
 }  // namespace quillory

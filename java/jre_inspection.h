@@ -26,8 +26,13 @@ bool holdsJava(const std::string& folder);
 /// examined.
 void regenerateSharedArchive(const std::string& jreFolder);
 
-/// Replaces the trust store of the JRE home by the file `source`. The result of the copy; 0 when
-/// there is no such file, which leaves the JRE's own in place.
+/// Replaces the trust store of the JRE home by the file `source`. 0 when the copy is in its place,
+/// else 1; 0 also when there is no such file, which leaves the JRE's own in place.
+///
+/// What is there stays until the copy is complete. While the home is on its way to its place,
+/// `content` is where it is, and the log says `jreHome` all the same.
+int replaceTrustStore(const std::string& source, const std::string& jreHome,
+                      const std::string& content);
 int replaceTrustStore(const std::string& source, const std::string& jreHome);
 
 }  // namespace quillory

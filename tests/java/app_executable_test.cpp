@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <filesystem>
 
+#include "support/durable.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/file_size_limit.h"
+#include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory {
@@ -18,6 +21,7 @@ using ::quillory::testing::CapturedLog;
 using ::quillory::testing::FileSizeLimit;
 using ::quillory::testing::modeOf;
 using ::quillory::testing::readFile;
+using ::quillory::testing::ScopedReplace;
 using ::quillory::testing::TempDir;
 using ::quillory::testing::writeFile;
 using ::testing::Contains;
@@ -100,6 +104,19 @@ TEST_F(ProvideAppExecutable, LeavesNoPartOfACopyOnAFullDisk) {
     provideAppExecutable(bin_, "app");
   }
   EXPECT_THAT(namesIn(bin_), ElementsAre("java"));
+  EXPECT_THAT(log.messages(), Contains("Error setting app binary executable!\n"));
+}
+
+TEST_F(ProvideAppExecutable, SaysBothLinesWhenOnlyTheNameCannotBeGiven) {
+  const ScopedReplace failingDisk(
+      durableCalls.flushFile, +[](int, const std::string&) { return EIO; });
+  const CapturedLog log;
+  EXPECT_EQ(provideAppExecutable(bin_, "app"), bin_ + "/app");
+  EXPECT_THAT(namesIn(bin_), ElementsAre("java"));
+  EXPECT_THAT(log.messages(),
+              Contains("[Extractor] *************************** Unable to open destination file "
+                       "for copy " +
+                       bin_ + "/app\n"));
   EXPECT_THAT(log.messages(), Contains("Error setting app binary executable!\n"));
 }
 

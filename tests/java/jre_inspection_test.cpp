@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <string>
 
+#include "support/folder_listing.h"
 #include "tests/harness/captured_log.h"
+#include "tests/harness/file_size_limit.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/java/jre_fixture.h"
 
@@ -230,6 +232,46 @@ TEST(ReplaceTrustStore, ReportsACopyThatFails) {
   TempDir dir;
   writeFile(dir / "cacerts", "override");
   EXPECT_NE(replaceTrustStore(dir / "cacerts", dir / "no such jre"), 0);
+}
+
+TEST(ReplaceTrustStore, KeepsTheOldOneOnAFullDisk) {
+  const TempDir dir;
+  writeFile(dir / "cacerts", std::string(300'000, 'x'));
+  writeFile(dir / "jre/lib/security/cacerts", "the JRE's own");
+  {
+    const FileSizeLimit limit(200'000);
+    EXPECT_EQ(replaceTrustStore(dir / "cacerts", dir / "jre"), 1);
+  }
+  EXPECT_EQ(readFile(dir / "jre/lib/security/cacerts"), "the JRE's own");
+  EXPECT_THAT(namesIn(dir / "jre/lib/security"), ElementsAre("cacerts"));
+}
+
+TEST(ReplaceTrustStore, RemovesWhatAKilledStartHasLeft) {
+  const TempDir dir;
+  writeFile(dir / "cacerts", "override");
+  writeFile(dir / "jre/lib/security/.unfinished-Ab12Cd", "hal");
+  writeFile(dir / "precious", "kept");
+  std::filesystem::create_symlink(dir / "precious", dir / "jre/lib/security/.unfinished-Link00");
+  EXPECT_EQ(replaceTrustStore(dir / "cacerts", dir / "jre"), 0);
+  EXPECT_EQ(readFile(dir / "jre/lib/security/cacerts"), "override");
+  EXPECT_THAT(namesIn(dir / "jre/lib/security"), ElementsAre(".unfinished-Link00", "cacerts"));
+  EXPECT_EQ(readFile(dir / "precious"), "kept");
+}
+
+TEST(ReplaceTrustStore, SaysWhereTheHomeWillBeWhileItIsOnItsWay) {
+  const TempDir dir;
+  writeFile(dir / "cacerts", "override");
+  writeFile(dir / "staged/lib/security/cacerts", "the JRE's own");
+  const CapturedLog log;
+  EXPECT_EQ(replaceTrustStore(dir / "cacerts", dir / "jre", dir / "staged"), 0);
+  EXPECT_EQ(readFile(dir / "staged/lib/security/cacerts"), "override");
+  const std::string target = dir / "jre/lib/security/cacerts";
+  EXPECT_EQ(log.text(), "File exists: " + (dir / "cacerts") + "\n[Extractor] CACerts path " +
+                            (dir / "cacerts") + " exists\n[Extractor] TargetCACerts path is " +
+                            target + "\nFile exists: " + target +
+                            "\n[Extractor] Removing old cacerts file\n[Extractor] Result = 0\n"
+                            "[Extractor] Copying FILE " +
+                            target + "\n");
 }
 
 TEST(ReplaceTrustStore, NeverWritesThroughALink) {
