@@ -26,9 +26,7 @@ std::optional<std::string> sharedDirectoryFor(const std::string& installType,
   logMessage("HomeDir is %s\n", home.c_str());
   if (home.empty()) return std::nullopt;
   std::string directory = joinPath(home, "Library", "Application Support");
-  // Outside macOS a home folder has no "Library". Both are as macOS makes them: what is in there is
-  // this user's, and nobody else has to write beside it.
-  makeDirWithParents(joinPath(home, "Library"), 0700);
+  // With its parents: outside macOS a home folder has no "Library".
   makeDirWithParents(directory);
   return directory;
 }

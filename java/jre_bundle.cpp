@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "install/replacement.h"
 #include "support/files.h"
 #include "support/folder_listing.h"
 #include "support/log.h"
@@ -106,42 +107,52 @@ std::string findHome(const std::string& bundle) {
   return home;
 }
 
-// Afterwards `home` is a link to `alias`, which holds what was in it; hidden entries are dropped.
-// A home that is a link already was moved before: nothing is moved or removed through it.
-void moveHome(const std::string& home, const std::string& alias) {
+// Where the content of a home waits for its alias.
+std::string stagingOf(const std::string& bundle) { return bundle + "/Contents/.Home"; }
+
+// Afterwards `home` is a link to `alias`, and what was in it is at `staging`; hidden entries are
+// dropped. A home that is a link already was moved before: nothing is moved or removed through it.
+// Returns where the content is.
+std::string takeHome(const std::string& home, const std::string& alias,
+                     const std::string& staging) {
   const bool hasContent = isRealFolder(home);
-  const std::vector<std::string> names = hasContent ? namesIn(home) : std::vector<std::string>();
-
   logCommand("mv " + quoted(home) + "/* " + quoted(alias));
-  for (const std::string& name : names)
-    if (!isHidden(name)) moveInto(home, name, alias);
-
   logCommand("rm " + quoted(home) + "/.* ");
-  for (const std::string& name : names)
+  for (const std::string& name : hasContent ? namesIn(home) : std::vector<std::string>())
     if (isHidden(name)) removeTree(home + '/' + name);
 
   logCommand("rmdir " + quoted(home));
-  if (hasContent) rmdir(home.c_str());
+  if (hasContent) {
+    removeTree(staging);
+    if (std::rename(home.c_str(), staging.c_str()) != 0) return home;
+  }
 
   logCommand("ln -s " + quoted(alias) + ' ' + quoted(home));
   // A link from elsewhere, as after the whole folder was moved, is made anew.
   if (isLink(home)) unlink(home.c_str());
   (void)!symlink(alias.c_str(), home.c_str());
+  return isRealFolder(staging) ? staging : alias;
+}
+
+bool doesContentHave(const ShapedJre& jre, const char* file) {
+  if (access((jre.content + file).c_str(), R_OK) != 0) return false;
+  logMessage("File exists: %s%s\n", jre.alias.c_str(), file);
+  return true;
 }
 
 // What the bundle's executable shall link to, or "".
-std::string chooseTarget(const BundleExecutable& executable, const std::string& alias) {
+std::string chooseTarget(const BundleExecutable& executable, const ShapedJre& jre) {
   if (!executable.target.empty()) return executable.target;
   for (const char* const library : {"/lib/libnpjp2.dylib", "/lib/jli/libjli.dylib"})
-    if (doesFileExist((alias + library).c_str())) return alias + library;
+    if (doesContentHave(jre, library)) return jre.alias + library;
   return "";
 }
 
-void relinkExecutable(const BundleExecutable& executable, const std::string& alias) {
+void relinkExecutable(const BundleExecutable& executable, const ShapedJre& jre) {
   logCommand("rm " + executable.quotedPath);
   if (!executable.path.empty() && !isRealFolder(executable.path)) unlink(executable.path.c_str());
 
-  const std::string target = chooseTarget(executable, alias);
+  const std::string target = chooseTarget(executable, jre);
   if (target.empty()) {
     logMessage("[WARNING] Unable to find a link target for the JRE bundle!\n");
     return;
@@ -155,15 +166,48 @@ void relinkExecutable(const BundleExecutable& executable, const std::string& ali
   (void)!symlink(target.c_str(), link.c_str());
 }
 
-void makeSpawnHelperExecutable(const std::string& alias) {
-  const std::string helper = alias + "/lib/jspawnhelper";
-  logCommand("chmod a+x " + quoted(helper));
+void makeSpawnHelperExecutable(const ShapedJre& jre) {
+  constexpr char kHelper[] = "/lib/jspawnhelper";
+  logCommand("chmod a+x " + quoted(jre.alias + kHelper));
+  const std::string helper = jre.content + kHelper;
   struct stat info = {};
-  if (lstat(helper.c_str(), &info) == 0 && S_ISREG(info.st_mode))
+  if (stat(helper.c_str(), &info) == 0)
     chmod(helper.c_str(), info.st_mode | kExecutableForEveryone);
 }
 
+// The alias, as it is or else empty.
+void makeAlias(const std::string& alias) {
+  if (isRealFolder(alias)) {
+    chmod777(alias.c_str());
+  } else {
+    makeDir(alias.c_str());
+  }
+}
+
 }  // namespace
+
+ShapedJre shapeJreBundle(const std::string& bundle) {
+  ShapedJre jre = {aliasOf(bundle), ""};
+  logStartSection("OSX JRE initialisation");
+  logMessage("[OSX JRE] Alias JRE path is %s\n", jre.alias.c_str());
+  wrapPlainHome(bundle);
+  const BundleExecutable executable = findExecutable(bundle);
+  makeAlias(jre.alias);
+  jre.content = takeHome(findHome(bundle), jre.alias, stagingOf(bundle));
+  relinkExecutable(executable, jre);
+  makeSpawnHelperExecutable(jre);
+  logEndSection("OSX JRE initialisation");
+  return jre;
+}
+
+void publishJre(const ShapedJre& jre) {
+  if (jre.content == jre.alias) return;
+  // The content was a folder of an archive; the alias has the mode of what is installed.
+  struct stat alias = {};
+  if (lstat(jre.alias.c_str(), &alias) == 0 && S_ISDIR(alias.st_mode))
+    chmod(jre.content.c_str(), alias.st_mode & 07777);
+  if (!replaceFolder(jre.content, jre.alias)) doRename(jre.content.c_str(), jre.alias.c_str());
+}
 
 std::string prepareJreBundle(const std::string& bundle) {
   const std::string alias = aliasOf(bundle);
@@ -171,25 +215,19 @@ std::string prepareJreBundle(const std::string& bundle) {
     logError("[OSX JRE] %s is no JRE bundle\n", bundle.c_str());
     return bundle;
   }
-  logStartSection("OSX JRE initialisation");
-  logMessage("[OSX JRE] Alias JRE path is %s\n", alias.c_str());
-  wrapPlainHome(bundle);
-  const BundleExecutable executable = findExecutable(bundle);
-  makeDir(alias.c_str());
-  moveHome(findHome(bundle), alias);
-  relinkExecutable(executable, alias);
-  makeSpawnHelperExecutable(alias);
-  logEndSection("OSX JRE initialisation");
-  return alias;
+  const ShapedJre jre = shapeJreBundle(bundle);
+  if (jre.content == jre.alias) return jre.alias;
+  // What else the alias holds stays there, as it does behind the command.
+  for (const std::string& name : namesIn(jre.content)) moveInto(jre.content, name, jre.alias);
+  rmdir(jre.content.c_str());
+  return jre.alias;
 }
 
-void dismantleJreBundle(const std::string& bundle) {
-  const std::string alias = aliasOf(bundle);
-  if (alias.empty()) return;
-  const bool existed = isRealFolder(bundle);
-  removeTree(bundle);
-  removeTree(alias);
-  if (existed) mkdir(bundle.c_str(), static_cast<mode_t>(installationMode()));
+bool isHalfMade(const std::string& jreFolder) {
+  if (jreFolder.ends_with(kBundleSuffix)) return true;
+  const std::string home = jreFolder + kBundleSuffix + "/Contents/Home";
+  // Of a JDK the inner "jre" is the link.
+  return isRealFolder(home) && !isLink(home + "/jre");
 }
 
 }  // namespace quillory

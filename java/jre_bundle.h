@@ -23,9 +23,25 @@ inline constexpr char kBundleSuffix[] = ".plugin";
 /// and is the result.
 std::string prepareJreBundle(const std::string& bundle);
 
-/// Takes apart a bundle and alias of an earlier installation, following no link: afterwards the
-/// alias is gone and the bundle, if there was one, is an empty folder that can be renamed onto.
-/// Does nothing for a path without the suffix.
-void dismantleJreBundle(const std::string& bundle);
+/// A bundle that has its shape, except that what belongs into the alias may not be there yet.
+struct ShapedJre {
+  std::string alias;
+  /// Where the content of the alias is: in the bundle, until publishJre(); or `alias` itself.
+  std::string content;
+};
+
+/// The same up to the last step: the log says all of it, and the alias is there, as it was or else
+/// empty. What a start looks for is behind the alias, so nobody takes the JRE for a whole one until
+/// it is published, however long it takes to complete it.
+ShapedJre shapeJreBundle(const std::string& bundle);
+
+/// Lets the content take the place of the alias, in one step where the file system can do that;
+/// what was there is deleted.
+void publishJre(const ShapedJre& jre);
+
+/// Whether the JRE folder found in a master folder, an alias or, without one, a bundle, was left
+/// by a start that did not publish it: its home is not yet behind the alias. A bundle alone always
+/// was; an alias alone is a JRE that somebody else has put there.
+bool isHalfMade(const std::string& jreFolder);
 
 }  // namespace quillory

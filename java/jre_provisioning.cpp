@@ -1,9 +1,13 @@
 #include "java/jre_provisioning.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <optional>
 
 #include "formats/downloads.h"
 #include "formats/extraction.h"
+#include "install/replacement.h"
 #include "install/version_folders.h"
 #include "java/jre_bundle.h"
 #include "java/jre_download.h"
@@ -17,28 +21,37 @@ namespace {
 
 constexpr char kOfflineSection[] = "Extracting Offline JRE";
 constexpr char kOnlineSection[] = "Setting up online JRE";
+constexpr mode_t kOpenToAll = 0777;
 
 std::string finalFolder(const JrePlace& place, const std::string& version) {
   return versionFolder(place.masterFolder, place.name.text(), version);
 }
 
-// What every JRE gets, however it came, and also one that was there before.
-std::string completeJre(const JreRequest& request, const std::string& bundle,
-                        const std::string& alias) {
+// What every JRE gets, however it came, and also one that was there before; while it is not yet
+// behind its alias, so that a start which is killed here leaves none that looks complete.
+void completeJre(const JreRequest& request, const std::string& bundle, const ShapedJre& jre) {
   logMessage("[Extractor] JRE setup. Overriding cacerts.\n");
-  replaceTrustStore(request.caCerts, alias);
+  replaceTrustStore(request.caCerts, jre.alias, jre.content);
   chmod777(bundle.c_str());
   logMessage("[Extractor] Ensuring JRE bin is writable.\n");
   chmod777((bundle + "/bin").c_str());
   // Where a bundle was made of a Java home, that folder is behind the alias by now. Whoever starts
   // the application puts a copy of java there, which need not be the user who installed.
-  const std::string bin = alias + "/bin";
-  if (isFolder(bin)) openAsInstalled(bin);
-  return bundle;
+  const std::string bin = jre.content + "/bin";
+  if (isFolder(bin)) (void)chmod(bin.c_str(), kOpenToAll);
 }
 
 std::string prepareAndComplete(const JreRequest& request, const std::string& bundle) {
-  return completeJre(request, bundle, prepareJreBundle(bundle));
+  const ShapedJre jre = shapeJreBundle(bundle);
+  completeJre(request, bundle, jre);
+  publishJre(jre);
+  return bundle;
+}
+
+// As isHealthyJre(), without its log lines.
+bool isWorthKeeping(const std::string& folder) {
+  return !isLink(folder) && access((folder + "/bin/java").c_str(), R_OK) == 0 &&
+         access((folder + "/lib/rt.jar").c_str(), R_OK) == 0;
 }
 
 // Moves the JRE in `temporary` into place, over what is there.
@@ -52,8 +65,11 @@ std::string installJre(const JreRequest& request, const std::string& temporary,
     removeTree(temporary);
     return prepareAndComplete(request, bundle);
   }
-  dismantleJreBundle(bundle);
-  doRename(temporary.c_str(), bundle.c_str());
+  // One that works stays behind its alias until the new one is complete. What is broken is not
+  // worth keeping, and no link is left that the new one would be reached through.
+  if (!isWorthKeeping(folder)) removeTree(folder);
+  // Flushed when it is published: until then nobody takes it for whole.
+  putInPlace(temporary, bundle, Durability::kLeftToTheSystem);
   logMessage("[Extractor] Renamed JRE folder to %s\n", bundle.c_str());
   return prepareAndComplete(request, bundle);
 }
@@ -77,7 +93,7 @@ JreOutcome<std::string> provideOffline(const JreRequest& request) {
   downloadVersionFile(request.server.versionFileFolder.c_str(), request.server.url.c_str(),
                       request.place.name.text().c_str());
   const std::string temporary = temporaryFolder(request.place.masterFolder);
-  makeNewDir(temporary.c_str());
+  makeDir(temporary.c_str());
   const std::string folder = finalFolder(request.place, request.embedded.version);
   logMessage("[Extractor] Offline installer - no need to download JRE, will extract\n");
   const ExtractionResult extracted = extractFromTail(request, temporary);
@@ -106,7 +122,11 @@ std::string useInstalled(const JreRequest& request, const std::string& folder) {
   // Killed between its move into place and its preparation, a plain Java home stands there as a
   // bundle without its alias.
   if (folder.ends_with(kBundleSuffix)) return prepareAndComplete(request, folder);
-  return completeJre(request, folder + kBundleSuffix, folder);
+  const std::string bundle = folder + kBundleSuffix;
+  // Versions before this one moved what is in the home piece by piece: the rest follows.
+  if (isHalfMade(folder)) prepareJreBundle(bundle);
+  completeJre(request, bundle, {.alias = folder, .content = folder});
+  return bundle;
 }
 
 // A copy of one of the system, or else a downloaded one, in a temporary folder.

@@ -138,8 +138,7 @@ SystemJreSearch copySystemJre(const std::string& masterFolder, const SystemJreQu
   // Named, not created: cp would copy into a folder that is there.
   const std::string copy = temporaryFolder(masterFolder);
   runOnPaths("cp", {"-LRf"}, {jre->folder, copy});
-  logMessage("[JRESearch] Running chmod -R 755 \"%s/bin\"\n", copy.c_str());
-  setModesBelow(copy + "/bin", 0755);
+  runOnPaths("chmod", {"-R", "755"}, {copy + "/bin"});
   return {.copy = copy};
 }
 

@@ -3,6 +3,8 @@
 #include <optional>
 
 #include "formats/archive_format.h"
+#include "install/replacement.h"
+#include "install/unfinished.h"
 #include "install/version_folders.h"
 #include "launcher/bundle_paths.h"
 #include "launcher/splash_override.h"
@@ -80,11 +82,15 @@ ExtractionResult extractUpdater(const TailArchives& tail, const ComponentFolders
   logMessage("[Extractor] LZMA path is %s\n", lzmaTool.c_str());
   const UnpackingTools tools = {.lzma = lzmaTool, .unpack200 = ""};
   ExtractionResult result = extractUpdaterEntries(tail, tools, folders.guTemp, splashOverride);
-  if (result.isFailure()) return result;
+  if (result.isFailure()) {
+    removeTree(folders.guTemp);
+    return result;
+  }
 
   logMessage("[Extractor] Extracted GU and GU Version\n");
   logMessage("[Extractor] Renaming GU folder to %s\n", folders.gu.c_str());
-  doRename(folders.guTemp.c_str(), folders.gu.c_str());
+  markUnfinished(folders.guTemp);
+  putInPlace(folders.guTemp, folders.gu);
   chmod777(folders.gu.c_str());
   return result;
 }
@@ -105,14 +111,17 @@ ExtractionResult extractApplication(const TailArchives& tail, const ComponentFol
   logMessage("[Extractor] Offline installer - app to extract.");
   logMessage("[Extractor] APP folder is %s\n", folders.app.c_str());
   logMessage("[Extractor] APP temp is %s\n", folders.appTemp.c_str());
-  if (makeNewDir(folders.appTemp.c_str()) != 0) {
+  if (makeDir(folders.appTemp.c_str()) != 0) {
     logError("Unable to create App Temp folder\n");
     return {ExtractionEnd::kFileNotCreated, "", 0, folders.appTemp, "the folder cannot be made"};
   }
   logMessage("[Extractor] Extracting App...\n");
   ExtractionResult result = extractTailEntries(kApplicationEntries, tail, tools, folders.appTemp);
-  if (result.isFailure()) return result;
-  doRename(folders.appTemp.c_str(), folders.app.c_str());
+  if (result.isFailure()) {
+    removeTree(folders.appTemp);
+    return result;
+  }
+  putInPlace(folders.appTemp, folders.app);
   logMessage("[Extractor] Renaming App folder to %s\n", folders.app.c_str());
   return result;
 }

@@ -12,6 +12,8 @@
 #include "install/file_logging.h"
 #include "install/install_locations.h"
 #include "install/jre_name.h"
+#include "install/replacement.h"
+#include "install/unfinished.h"
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
 #include "java/jre_provisioning.h"
@@ -116,7 +118,7 @@ void logWhatTailCarries(const TailRecords& tail) {
 
 /// Never comes back when this user may not write to the master folder.
 void makeFirstTempFolder(const Start& start, const ComponentFolders& folders) {
-  if (makeNewDir(folders.guTemp.c_str()) == 0) return;
+  if (makeDir(folders.guTemp.c_str()) == 0) return;
   logMessage("[Extractor] Unable to create GU Temp folder - assuming elevation required\n");
   const StartSurroundings& around = start.surroundings;
   endUnless(mayElevate(start.line.prepareOnly, around.isRelaunchedCopy()));
@@ -209,6 +211,8 @@ std::string extractEverything(Start& start, const std::string& installedGu) {
                                           {.lzma = updater.lzmaTool, .unpack200 = unpack200}));
   }
 
+  markFinished(folders.gu);
+
   const std::optional<std::string> gu = newestVersionFolder(start.masterFolder, kUpdaterName);
   if (!gu) {
     logError("No latest App version even after download!\n");
@@ -222,6 +226,7 @@ std::string extractEverything(Start& start, const std::string& installedGu) {
 /// The folder name of the updater to run: the installed one, or that of the tail.
 std::string installOrUpdate(Start& start) {
   logWhatTailCarries(start.tail);
+  bringBackWhatWasSetAside(start.masterFolder);
   const UpdateDecision decision =
       decideUpdate({start.masterFolder, start.tail.appName, start.jreName.text(),
                     start.tail.guVersion, start.tail.appVersion});
@@ -251,7 +256,6 @@ void runStart(const std::string& exePath, const CommandLine& line,
   auto params = readDynamicParams(start.exe, line.prepareOnly, start.properties);
   endUnless(params.has_value());
   start.params = *std::move(params);
-  if (start.params.isHardened) chooseInstallationModes(InstallationModes::kOwnerWrites);
   const std::string sharedDirectory = readTail(start);
   enterMasterFolder(start, sharedDirectory);
   const std::string guFolderName = installOrUpdate(start);

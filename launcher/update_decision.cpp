@@ -3,7 +3,9 @@
 #include <cstdlib>
 #include <optional>
 
+#include "install/unfinished.h"
 #include "install/version_folders.h"
+#include "java/jre_bundle.h"
 #include "java/jre_inspection.h"
 #include "launcher/bundle_paths.h"
 #include "support/log.h"
@@ -19,7 +21,8 @@ bool isNewer(const std::string& ourVersion, const std::string& installedFolder) 
 
 bool hasUsableJre(const std::string& masterFolder, const std::optional<std::string>& folder) {
   if (!folder) return false;
-  if (isHealthyJre(joinPath(masterFolder, *folder))) return true;
+  const std::string path = joinPath(masterFolder, *folder);
+  if (isHealthyJre(path) && !isHalfMade(path)) return true;
   logMessage("[Extractor] The existing JRE %s is broken. Instructing the wrapper to update.\n",
              folder->c_str());
   return false;
@@ -50,6 +53,22 @@ bool isAppOutdated(const UpdateQuestion& question) {
   return false;
 }
 
+bool isSameVersion(const std::string& ourVersion, const std::string& installedFolder) {
+  return std::strtol(ourVersion.c_str(), nullptr, 10) ==
+         versionOfFolder(installedFolder).value_or(-1);
+}
+
+/// Whether an installation of just what the tail carries was cut short behind its updater. That of
+/// another version is left to the bundle that carries it.
+bool isOursUnfinished(const UpdateQuestion& question, const std::string& gu) {
+  if (!isSameVersion(question.guVersion, gu) || !isUnfinished(joinPath(question.masterFolder, gu)))
+    return false;
+  logMessage(
+      "[Extractor] The installation with %s did not come to its end, so will extract again\n",
+      gu.c_str());
+  return true;
+}
+
 /// The decision where both an updater and a usable JRE are installed.
 bool isOutdated(const UpdateQuestion& question, const std::string& gu) {
   const bool hasGu = !question.guVersion.empty();
@@ -59,6 +78,7 @@ bool isOutdated(const UpdateQuestion& question, const std::string& gu) {
         "run\n");
     return true;
   }
+  if (hasGu && isOursUnfinished(question, gu)) return true;
   logMessage("[Extractor] Latest GUversion is newer or same as our version so will just run\n");
   return hasGu && !question.appVersion.empty() && isAppOutdated(question);
 }

@@ -2,11 +2,15 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "support/exchange.h"
+#include "support/folder_listing.h"
 #include "tests/harness/captured_log.h"
+#include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/java/jre_fixture.h"
 
@@ -48,7 +52,8 @@ class BundleTest : public ::testing::Test {
 };
 
 using PrepareJreBundle = BundleTest;
-using DismantleJreBundle = BundleTest;
+using ShapeJreBundle = BundleTest;
+using IsHalfMade = BundleTest;
 
 TEST_F(PrepareJreBundle, MovesTheHomeToTheAliasAndLinksToIt) {
   writeBundle();
@@ -305,41 +310,91 @@ TEST_F(PrepareJreBundle, TakesNamesThatAShellWouldExpand) {
   EXPECT_FALSE(fs::exists("bad"));
 }
 
-TEST_F(DismantleJreBundle, LeavesAnEmptyBundleAndNoAlias) {
+TEST_F(ShapeJreBundle, KeepsTheContentAwayFromTheAliasUntilItIsPublished) {
+  writeBundle();
+  const ShapedJre jre = shapeJreBundle(bundle_);
+  EXPECT_EQ(jre.alias, alias_);
+  EXPECT_THAT(listTree(alias_), IsEmpty());
+  EXPECT_TRUE(fs::exists(jre.content + "/bin/java"));
+  EXPECT_EQ(fs::read_symlink(home_), alias_);
+
+  publishJre(jre);
+  EXPECT_TRUE(fs::exists(home_ + "/bin/java"));
+  EXPECT_FALSE(fs::exists(fs::symlink_status(jre.content)));
+  EXPECT_EQ(modeOf(alias_), 0777U);
+}
+
+TEST_F(ShapeJreBundle, LogsAndLeavesWhatThePreparationDoes) {
   writeBundle();
   prepare();
-  dismantleJreBundle(bundle_);
-  EXPECT_THAT(listTree(dir_.str()), ElementsAre("Quillory-JRE-8-complete.plugin/"));
-}
+  const std::vector<std::string> tree = listTree(dir_.str());
+  const std::string text = log_.text();
+  fs::remove_all(alias_);
+  fs::remove_all(bundle_);
 
-TEST_F(DismantleJreBundle, FollowsNoLink) {
+  const CapturedLog again;
   writeBundle();
+  publishJre(shapeJreBundle(bundle_));
+  EXPECT_EQ(listTree(dir_.str()), tree);
+  EXPECT_EQ(again.text(), text);
+}
+
+TEST_F(ShapeJreBundle, ReplacesTheWholeAlias) {
+  for (const bool canExchange : {true, false}) {
+    SCOPED_TRACE(canExchange);
+    const ScopedReplace exchange(
+        exchangeCalls.exchange,
+        canExchange ? exchangeCalls.exchange : +[](const char*, const char*) { return EINVAL; });
+    fs::remove_all(bundle_);
+    writeBundle();
+    writeFile(dir_ / "elsewhere/precious", "kept");
+    writeFile(alias_ + "/.old", "old");
+    fs::create_directory_symlink(dir_ / "elsewhere", alias_ + "/out");
+    const ShapedJre jre = shapeJreBundle(bundle_);
+    EXPECT_TRUE(fs::exists(alias_ + "/.old")) << "it works until then";
+    publishJre(jre);
+    EXPECT_FALSE(fs::exists(alias_ + "/.old"));
+    EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
+    EXPECT_EQ(readFile(dir_ / "elsewhere/precious"), "kept");
+    EXPECT_FALSE(fs::exists(fs::symlink_status(jre.content)));
+    EXPECT_FALSE(fs::exists(fs::symlink_status(alias_ + "/out")));
+  }
+}
+
+TEST_F(ShapeJreBundle, TakesAnAliasThatIsALinkAway) {
+  writeBundle();
+  writeFile(dir_ / "elsewhere/precious", "kept");
+  fs::create_directory_symlink(dir_ / "elsewhere", alias_);
+  publishJre(shapeJreBundle(bundle_));
+  EXPECT_FALSE(fs::is_symlink(alias_));
+  EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
+  EXPECT_THAT(namesIn(dir_ / "elsewhere"), ElementsAre("precious"));
+}
+
+TEST_F(ShapeJreBundle, GoesOnWhereItWasCutShort) {
+  writeBundle();
+  shapeJreBundle(bundle_);
+  publishJre(shapeJreBundle(bundle_));
+  EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
+  EXPECT_EQ(listTree(bundle_ + "/Contents").size(), 4U) << "Home, Info.plist, MacOS and its link";
+}
+
+TEST_F(IsHalfMade, TellsWhatWasPublished) {
+  writeBundle();
+  EXPECT_TRUE(isHalfMade(bundle_)) << "a bundle without an alias";
+  writeFile(alias_ + "/bin/java", "moved before the rest of the home");
+  EXPECT_TRUE(isHalfMade(alias_));
   prepare();
-  writeFile(dir_ / "elsewhere/precious", "kept");
-  fs::create_directory_symlink(dir_ / "elsewhere", bundle_ + "/Contents/out");
-  fs::create_directory_symlink(dir_ / "elsewhere", alias_ + "/out");
-  dismantleJreBundle(bundle_);
-  EXPECT_EQ(readFile(dir_ / "elsewhere/precious"), "kept");
+  EXPECT_FALSE(isHalfMade(alias_));
+  fs::remove_all(bundle_);
+  EXPECT_FALSE(isHalfMade(alias_)) << "somebody has put it there";
 }
 
-TEST_F(DismantleJreBundle, TakesAwayALinkInThePlaceOfTheBundle) {
-  writeFile(dir_ / "elsewhere/precious", "kept");
-  fs::create_directory_symlink(dir_ / "elsewhere", bundle_);
-  dismantleJreBundle(bundle_);
-  EXPECT_FALSE(fs::exists(fs::symlink_status(bundle_)));
-  EXPECT_EQ(readFile(dir_ / "elsewhere/precious"), "kept");
-}
-
-TEST_F(DismantleJreBundle, MakesNothingWhereNothingWas) {
-  dismantleJreBundle(bundle_);
-  EXPECT_THAT(listTree(dir_.str()), IsEmpty());
-}
-
-TEST_F(DismantleJreBundle, LeavesAPathWithoutTheSuffixAlone) {
-  writeJavaHome(dir_ / "precious");
-  dismantleJreBundle(dir_ / "precious");
-  dismantleJreBundle("");
-  EXPECT_TRUE(fs::exists(dir_ / "precious/bin/java"));
+TEST_F(IsHalfMade, TellsTheHomeOfAJdkFromOneThatWasNotMoved) {
+  writeJavaHome(home_ + "/jre");
+  EXPECT_TRUE(isHalfMade(alias_));
+  prepare();
+  EXPECT_FALSE(isHalfMade(alias_));
 }
 
 }  // namespace

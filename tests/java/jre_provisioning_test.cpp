@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "formats/update_url.h"
+#include "install/replacement.h"
+#include "java/jre_bundle.h"
 #include "support/clock.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/records.h"
@@ -201,6 +203,76 @@ TEST_F(ProvisionJre, InstallsOverWhatIsThereWithTheSameResult) {
   EXPECT_FALSE(log.contains("[Rename] Could not rename"));
   EXPECT_EQ(slept, 0U) << "without a retry";
   EXPECT_EQ(readFile(dir_ / "elsewhere/precious"), "kept");
+}
+
+TEST_F(ProvisionJre, FollowsNoLinkInTheWay) {
+  writeFile(dir_ / "elsewhere/precious", "kept");
+  for (const std::string& place : {aliasOf("8"), aliasOf("8") + ".plugin"}) {
+    SCOPED_TRACE(place);
+    request_.embedded.version = "8";
+    fs::remove_all(place);
+    fs::create_directory_symlink(dir_ / "elsewhere", place);
+    provide(tailEntry(jreArchive()));
+    expectInstalled("8");
+    fs::create_directory_symlink(dir_ / "elsewhere", place + "/out");
+    provide(tailEntry(jreArchive()));
+    expectInstalled("8");
+    EXPECT_THAT(listTree(dir_ / "elsewhere"), ElementsAre("precious"));
+  }
+}
+
+TEST_F(ProvisionJre, InstallsOverEveryStateThatAKillLeaves) {
+  const std::string alias = aliasOf("8");
+  const std::string bundle = alias + ".plugin";
+  const struct {
+    const char* name;
+    std::function<void()> make;
+  } kStates[] = {
+      {"an empty alias", [&] { fs::create_directories(alias); }},
+      {"an alias without rt.jar", [&] { writeFile(alias + "/bin/java", "x"); }},
+      {"a bundle alone", [&] { writeJavaHome(bundle + "/Contents/Home"); }},
+      {"a plain home in the bundle's place", [&] { writeJavaHome(bundle); }},
+      {"a home that was wrapped in part",
+       [&] {
+         writeJavaHome(bundle);
+         fs::create_directories(bundle + "/Contents/Home");
+         fs::rename(bundle + "/bin", bundle + "/Contents/Home/bin");
+       }},
+      {"a shaped bundle and an empty alias",
+       [&] {
+         writeJavaHome(bundle + "/Contents/Home");
+         shapeJreBundle(bundle);
+       }},
+      {"a home that was moved in part, by an older version",
+       [&] {
+         writeJavaHome(bundle + "/Contents/Home");
+         fs::create_directories(alias);
+         fs::rename(bundle + "/Contents/Home/bin", alias + "/bin");
+       }},
+      {"the old one set aside, its place empty",
+       [&] { writeJavaHome(master_ + "/.replaced/Quillory-JRE-8-complete"); }},
+  };
+  for (const auto& [name, make] : kStates) {
+    SCOPED_TRACE(name);
+    for (const bool isEmbedded : {true, false}) {
+      fs::remove_all(alias);
+      fs::remove_all(bundle);
+      fs::remove_all(master_ + "/.replaced");
+      make();
+      bringBackWhatWasSetAside(master_);
+      request_.embedded.version = isEmbedded ? "8" : "";
+      serve("8", jreArchive());
+      provide(isEmbedded ? tailEntry(jreArchive()) : "");
+      if (isEmbedded) expectInstalled("8");
+      EXPECT_TRUE(fs::exists(alias + "/bin/java"));
+      EXPECT_TRUE(fs::exists(alias + "/lib/rt.jar"));
+      EXPECT_EQ(readFile(alias + "/lib/security/cacerts"), "override");
+      EXPECT_FALSE(fs::exists(master_ + "/.replaced"));
+      if (fs::exists(bundle)) {
+        EXPECT_EQ(fs::read_symlink(bundle + "/Contents/Home"), alias);
+      }
+    }
+  }
 }
 
 TEST_F(ProvisionJre, InstallsBesideAnotherVersion) {

@@ -115,10 +115,12 @@ TEST_F(ExtractUpdater, MovesNothingAfterAnEntryThatIsRefused) {
   for (const std::string& entries :
        {refused, tool + refused, kToolAndPicture + refused, kToolAndPicture + tool + refused}) {
     SCOPED_TRACE(entries);
+    fs::create_directory(folders_.guTemp);
     extract(entries + "!");
     EXPECT_EQ(result_.end, ExtractionEnd::kEntryRefused);
     EXPECT_EQ(result_.entry, "../out");
     EXPECT_FALSE(fs::exists(folders_.gu));
+    EXPECT_FALSE(fs::exists(folders_.guTemp));
   }
 }
 
@@ -183,19 +185,6 @@ TEST(ExtractApplication, MovesNothingAfterAPack200EntryThatLeftNothing) {
   EXPECT_EQ(result.end, ExtractionEnd::kNotUnpacked);
   EXPECT_EQ(exitStatusOf(result), kExitUnpack200Failed);
   EXPECT_FALSE(fs::exists(folders.app));
-}
-
-// Everything in a folder that somebody else prepared could be replaced while it is unpacked.
-TEST(ExtractApplication, UsesNoTemporaryFolderThatIsThere) {
-  const TempDir master;
-  fs::create_directory(master / "precious");
-  fs::create_directory_symlink("precious", master / "QuilloryTemp-1-2-app");
-  const ComponentFolders folders = {"", "", master / "app", master / "QuilloryTemp-1-2-app"};
-  const StreamOf stream(fileEntry("hello.txt", "hello") + emptyEntry("b"));
-  const CapturedLog log;
-  const ExtractionResult result = extractApplication({stream.get(), nullptr}, folders, {});
-  EXPECT_EQ(result.end, ExtractionEnd::kFileNotCreated);
-  EXPECT_TRUE(fs::is_empty(master / "precious"));
 }
 
 TEST(ExtractApplication, FailsWithoutATemporaryFolder) {

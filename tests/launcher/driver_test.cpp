@@ -2,11 +2,11 @@
 #include "launcher/driver.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 
 #include "install/install_locations.h"
+#include "install/unfinished.h"
 #include "support/clock.h"
 #include "support/exit_status.h"
 #include "tests/harness/eventually.h"
@@ -114,36 +114,6 @@ void expectInOrder(const std::string& log, const std::vector<std::string>& lines
     ASSERT_NE(found, std::string::npos) << "not there, or too early: " << line << "\nlog:\n" << log;
     position = found + line.size();
   }
-}
-
-/// Whether others may write, with a umask that would let them.
-std::vector<std::string> openToOthers(const std::string& folder) {
-  std::vector<std::string> found;
-  const auto look = [&found](const fs::path& path) {
-    const bool isOpen = (modeOf(path) & 022) != 0;
-    if (isOpen && !fs::is_symlink(path)) found.push_back(path);
-  };
-  look(folder);
-  for (const auto& entry : fs::recursive_directory_iterator(folder)) look(entry.path());
-  return found;
-}
-
-TEST_F(ExtractWrapperTail, LeavesWritingToTheOwnerInAHardenedInstallation) {
-  writeParams({{"jre_name", "jre"}, {"force_spawn", "true"}, {"hardened", "true"}});
-  const mode_t before = umask(0);
-  const Ended ended = start({}, true);
-  umask(before);
-  EXPECT_TRUE(fs::exists(installed("logs")));
-  EXPECT_EQ(openToOthers(master_), std::vector<std::string>()) << ended.log;
-  EXPECT_NE(ended.log.find("[ChMod] Executing chmod 755 \"" + master_ + "\"\n"), std::string::npos);
-}
-
-TEST_F(ExtractWrapperTail, OpensFoldersToEveryUserWithoutThatParameter) {
-  start();
-  for (const char* folder : {"", "logs", "QYAppsSharedConfig", "Quillory-Quillory-7-complete",
-                             "Quillory-Demo-3-complete", "Quillory-jre-17-complete",
-                             "Quillory-jre-17-complete/bin", "Quillory-jre-17-complete.plugin"})
-    EXPECT_EQ(modeOf(installed(folder)), 0777U) << folder;
 }
 
 TEST_F(ExtractWrapperTail, InstallsEverythingAndStartsTheUpdater) {
@@ -390,6 +360,34 @@ TEST_F(ExtractWrapperTail, RefusesNamesThatLeadOutOfTheSharedDirectory) {
   EXPECT_FALSE(fs::exists(installed("Quillory-Quillory-7-complete")));
 }
 
+TEST_F(ExtractWrapperTail, RepairsWhatAKillHasLeftBehindItsUpdater) {
+  start();
+  started();
+  const std::string gu = installed("Quillory-Quillory-7-complete");
+  EXPECT_FALSE(isUnfinished(gu));
+  markUnfinished(gu);
+  fs::remove_all(installed("Quillory-Demo-3-complete/hello.txt"));
+  const Ended ended = start();
+  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_EQ(readFile(installed("Quillory-Demo-3-complete/hello.txt")), "hello");
+  EXPECT_FALSE(isUnfinished(gu));
+  EXPECT_NE(started(), "");
+  EXPECT_TRUE(start().logs("[Extractor] Running without extraction now\n"));
+}
+
+TEST_F(ExtractWrapperTail, BringsBackWhatAKillHasLeftAside) {
+  start();
+  started();
+  fs::create_directory(installed(".replaced"));
+  for (const char* name : {"Quillory-Demo-3-complete", "Quillory-jre-17-complete"})
+    fs::rename(installed(name), installed(".replaced/") + name);
+  const Ended ended = start();
+  EXPECT_TRUE(ended.logs("[Extractor] Running without extraction now\n"));
+  EXPECT_EQ(readFile(installed("Quillory-Demo-3-complete/hello.txt")), "hello");
+  EXPECT_FALSE(fs::exists(installed(".replaced")));
+  EXPECT_NE(started(), "");
+}
+
 TEST_F(ExtractWrapperTail, EndsWithTheStatusOfAnExtractionThatFails) {
   const std::string refused = fileEntry("../out", "x");
   const std::string packed = fileEntry("App.p2", archiveOf(records({"2", "a.jar", "3"}) + "abc"));
@@ -489,13 +487,7 @@ class ExtractWrapperTailElevated : public ExtractWrapperTail {
                           "#!/bin/sh\nfor a in \"$@\"; do echo \"$a\"; done >\"$0.called\"\n");
     fs::create_directories(master_ + "/logs");
     fs::create_directories(master_ + "/QYAppsSharedConfig");
-    blockTemporaryFolders();
-  }
-
-  // The entries of the master folder are counted from 104 on, and no more names than these tried.
-  void blockTemporaryFolders() {
-    for (int count = 104; count < 204; ++count)
-      writeFile(master_ + "/QuilloryTemp-9-" + std::to_string(count) + "-app", "in the way");
+    writeFile(master_ + "/QuilloryTemp-9-5-app", "in the way");
   }
 
   Ended startElevated(bool prepareOnly, bool isRelaunched = false) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "install/unfinished.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/temp_dir.h"
 
@@ -95,6 +96,46 @@ TEST_F(DecideUpdate, ExtractsWithoutAnUpdater) {
   EXPECT_EQ(decision.installedGu, "");
   EXPECT_THAT(reasons(),
               ElementsAre("[Extractor] Checking for a latest valid GU\n", kNothing, kJre));
+}
+
+TEST_F(DecideUpdate, ExtractsForAJreWhoseHomeIsNotYetBehindItsAlias) {
+  install("Quillory-Quillory-7-complete");
+  writeFile(master_ / "Quillory-jre-8-complete.plugin/bin/java", "");
+  writeFile(master_ / "Quillory-jre-8-complete.plugin/lib/rt.jar", "");
+  EXPECT_TRUE(decide("7", "").extract);
+  EXPECT_TRUE(log_.contains("The existing JRE Quillory-jre-8-complete.plugin is broken."));
+
+  fs::remove_all(master_ / "Quillory-jre-8-complete.plugin");
+  installJre();
+  EXPECT_FALSE(decide("7", "").extract);
+  writeFile(master_ / "Quillory-jre-8-complete.plugin/Contents/Home/lib/rest", "not yet moved");
+  EXPECT_TRUE(decide("7", "").extract);
+}
+
+TEST_F(DecideUpdate, ExtractsAgainWhatWasCutShort) {
+  installJre();
+  install("Quillory-App-3-complete");
+  install("Quillory-Quillory-7-complete");
+  markUnfinished(master_ / "Quillory-Quillory-7-complete");
+  EXPECT_TRUE(decide("7", "3").extract);
+  EXPECT_THAT(reasons(),
+              ElementsAre("[Extractor] Checking for a latest valid GU\n",
+                          "[Extractor] Latest GU version exists: Quillory-Quillory-7-complete\n",
+                          "[Extractor] Existing JRE exists: Quillory-jre-8-complete\n",
+                          "[Extractor] The installation with Quillory-Quillory-7-complete did not "
+                          "come to its end, so will extract again\n",
+                          kJre));
+  EXPECT_TRUE(decide("7", "").extract) << "also of an online installer";
+  EXPECT_TRUE(decide("07", "3").extract) << "versions are numbers";
+}
+
+TEST_F(DecideUpdate, LeavesWhatWasCutShortToTheBundleThatHasIt) {
+  installJre();
+  install("Quillory-App-3-complete");
+  install("Quillory-Quillory-7-complete");
+  markUnfinished(master_ / "Quillory-Quillory-7-complete");
+  EXPECT_FALSE(decide("6", "3").extract);
+  EXPECT_FALSE(decide("", "").extract);
 }
 
 TEST_F(DecideUpdate, ExtractsForANewerUpdater) {
