@@ -42,11 +42,16 @@ void registerDefaults() {
 
 // The user's settings for other programs of this toolkit are none of ours, and whoever reads them
 // takes a lock in the home folder: one that a killed process left behind holds up the next by 20
-// seconds. So they are looked for where there are none.
+// seconds. So they are looked for where there are none and none can be: of a start that takes
+// longer than half a minute the toolkit would make the folder, in the user's home.
 void ignoreUserSettings() {
+  constexpr NSUInteger kLongerThanAnyName = 300;
+  NSString* impossible = [@"" stringByPaddingToLength:kLongerThanAnyName
+                                           withString:@"x"
+                                      startingAtIndex:0];
   NSMutableDictionary* configuration = GNUstepConfig(nil);
   [configuration setObject:@"" forKey:@"GNUSTEP_USER_CONFIG_FILE"];
-  [configuration setObject:@"nonexistent/GNUstep/Defaults" forKey:@"GNUSTEP_USER_DEFAULTS_DIR"];
+  [configuration setObject:impossible forKey:@"GNUSTEP_USER_DEFAULTS_DIR"];
   GNUstepConfig(configuration);
 }
 

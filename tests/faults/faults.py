@@ -97,7 +97,8 @@ def can_trace(injector):
 def read_options():
     parser = argparse.ArgumentParser(usage=__doc__)
     for name in ("injector", "pack", "splash"):
-        parser.add_argument("--" + name, type=pathlib.Path, required=True)
+        parser.add_argument("--" + name, type=lambda path: pathlib.Path(path).resolve(),
+                            required=True)
     parser.add_argument("--most", type=int)
     parser.add_argument("--only", default="")
     parser.add_argument("--page", type=pathlib.Path)

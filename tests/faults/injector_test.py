@@ -14,7 +14,7 @@ sys.dont_write_bytecode = True
 
 from machine import lose_content, read_report  # noqa: E402
 
-INJECTOR = sys.argv.pop(1)
+INJECTOR = pathlib.Path(sys.argv.pop(1)).resolve()
 
 
 class Injector(unittest.TestCase):
