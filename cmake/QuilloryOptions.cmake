@@ -18,6 +18,9 @@ elseif(QUILLORY_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+elseif(QUILLORY_SANITIZE_THREADS)
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
 endif()
 
 # Headers that nearly every source includes are parsed once: quillory_precompile_for(OWNER HEADERS...)

@@ -21,6 +21,7 @@ struct LaunchHeader {
   int jvmMemory = 0;  ///< megabytes; below 1: none given
   int jvmStack = 0;   ///< megabytes; below 1: none given
 };
+/// They stand at the beginning of the file.
 LaunchHeader readLaunchHeader(std::FILE* stream);
 
 /// The values behind a count record: `count` of them, fewer where the file ends earlier. Memory is
@@ -32,6 +33,7 @@ struct LaunchTrailer {
   bool hasCompatibilityClass = false;
   std::string compatibilityClass;
 };
+/// Nothing of it is read where `version`, which the header has, is too low for it.
 LaunchTrailer readLaunchTrailer(std::FILE* stream, int version);
 
 }  // namespace quillory

@@ -3,8 +3,9 @@
 
 namespace quillory {
 
-/// Creates <masterFolder>/logs/Wrapper-<date>-<time>-<millis>.log and makes it the file sink. When
-/// it cannot be opened the run goes on without a file sink.
+/// Creates <masterFolder>/logs/Wrapper-<date>-<time>-<millis>.log and makes it the file sink. Where
+/// another user has put something there, it gets the name of one of the next milliseconds. When it
+/// cannot be opened the run goes on without a file sink.
 void setupFileLogging(const char* masterFolder);
 
 }  // namespace quillory

@@ -26,7 +26,9 @@ std::optional<std::string> sharedDirectoryFor(const std::string& installType,
   logMessage("HomeDir is %s\n", home.c_str());
   if (home.empty()) return std::nullopt;
   std::string directory = joinPath(home, "Library", "Application Support");
-  // With its parents: outside macOS a home folder has no "Library".
+  // Outside macOS a home folder has no "Library". Both are as macOS makes them: what is in there is
+  // this user's, and nobody else has to write beside it.
+  makeDirWithParents(joinPath(home, "Library"), 0700);
   makeDirWithParents(directory);
   return directory;
 }

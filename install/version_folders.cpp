@@ -1,6 +1,7 @@
 #include "install/version_folders.h"
 
-#include <cstdint>
+#include <sys/stat.h>
+
 #include <cstdlib>
 #include <vector>
 
@@ -13,6 +14,7 @@ namespace quillory {
 namespace {
 
 constexpr std::size_t kLongestFileName = 255;
+constexpr int kMostNamesTried = 100;
 
 /// The text between the `n`-th '-' (counting from 1) and the next one; nothing without that one.
 std::optional<std::string> fieldBehindDash(std::string_view folderName, int n) {
@@ -31,6 +33,11 @@ bool isInsideOneFolder(std::string_view text) {
   return text != ".." && text.find_first_of(kNever) == text.npos;
 }
 
+bool isTaken(const std::string& path) {
+  struct stat found {};
+  return lstat(path.c_str(), &found) == 0;
+}
+
 }  // namespace
 
 bool isUsableInFolderName(std::string_view name, std::string_view version) {
@@ -45,9 +52,13 @@ std::string versionFolder(const std::string& master, const std::string& name,
 }
 
 std::string temporaryFolder(const std::string& master) {
-  const std::uint64_t seconds = getCurrentTimeMillis() / 1000;
-  return joinPath(master, "QuilloryTemp-" + std::to_string(seconds) + "-" +
-                              std::to_string(countFolderEntries(master)) + "-app");
+  const std::string start =
+      joinPath(master, "QuilloryTemp-" + std::to_string(getCurrentTimeMillis() / 1000) + "-");
+  long count = countFolderEntries(master);
+  std::string path = start + std::to_string(count) + "-app";
+  for (int tries = 1; tries < kMostNamesTried && isTaken(path); ++tries)
+    path = start + std::to_string(++count) + "-app";
+  return path;
 }
 
 std::optional<std::string> componentOfFolder(std::string_view folderName) {

@@ -24,6 +24,7 @@ std::string versionFolder(const std::string& master, const std::string& name,
                           const std::string& version);
 /// The path of a new temporary folder in `master`; nothing is created. Its name counts seconds and
 /// the entries of `master`: two calls in one second, with nothing made in between, give the same.
+/// Where something stands at such a path already, it counts on, up to a hundred times.
 std::string temporaryFolder(const std::string& master);
 
 /// The component that a version folder is of: the text between the first and the second '-', so

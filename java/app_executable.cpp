@@ -7,8 +7,6 @@
 namespace quillory {
 namespace {
 
-constexpr ExactMode kForEveryone{0777};
-
 bool isFileName(const std::string& name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
@@ -26,7 +24,7 @@ std::string provideAppExecutable(const std::string& binFolder, const std::string
   if (doesFileExist(executable.c_str())) return executable;
 
   // Beside its place first: two starts at the same time do not mix their bytes.
-  OutputFile copy(executable, kForEveryone);
+  OutputFile copy(executable, ExactMode{installationMode()});
   if (!copyWhole(java, copy, executable)) logError("Error setting app binary executable!\n");
   return executable;
 }

@@ -171,7 +171,7 @@ void makeSpawnHelperExecutable(const ShapedJre& jre) {
   logCommand("chmod a+x " + quoted(jre.alias + kHelper));
   const std::string helper = jre.content + kHelper;
   struct stat info = {};
-  if (stat(helper.c_str(), &info) == 0)
+  if (lstat(helper.c_str(), &info) == 0 && S_ISREG(info.st_mode))
     chmod(helper.c_str(), info.st_mode | kExecutableForEveryone);
 }
 

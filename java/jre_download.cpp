@@ -158,7 +158,7 @@ JreOutcome<FetchedJre> downloadJre(const JrePlace& place, const JreServer& serve
     return {};
   }
   const std::string folder = temporaryFolder(place.masterFolder);
-  makeDir(folder.c_str());
+  makeNewDir(folder.c_str());
   const std::optional<int> failure = fetchInto(fetch, *version, folder);
   if (!failure) return {.provided = FetchedJre{*version, folder}};
   removeTree(folder);

@@ -18,7 +18,6 @@
 namespace quillory {
 namespace {
 
-constexpr mode_t kEverythingForEveryone = 0777;
 constexpr char kTrustStoreFolder[] = "/lib/security";
 constexpr char kTrustStoreFile[] = "/cacerts";
 
@@ -59,8 +58,7 @@ std::string secondComponent(const std::string& answer) {
 
 std::string javaOf(const std::string& jreFolder) {
   std::string java = binFolder(jreFolder) + "/java";
-  if (chmod(java.c_str(), kEverythingForEveryone) != 0)
-    logError("Error setting java to executable!\n");
+  if (!openAsInstalled(java)) logError("Error setting java to executable!\n");
   return java;
 }
 
@@ -70,8 +68,7 @@ std::string unpack200Of(const std::string& jreFolder) {
   std::printf("[Locating UP200] %s\n", jreFolder.c_str());
   std::printf("[Locating UP200] %s\n", bin.c_str());
   std::printf("[Locating UP200] Result is %s\n", unpack200.c_str());
-  if (chmod(unpack200.c_str(), kEverythingForEveryone) != 0)
-    logError("Error setting unpack200 to executable!\n");
+  if (!openAsInstalled(unpack200)) logError("Error setting unpack200 to executable!\n");
   return unpack200;
 }
 

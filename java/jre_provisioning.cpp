@@ -1,6 +1,5 @@
 #include "java/jre_provisioning.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <optional>
@@ -21,7 +20,6 @@ namespace {
 
 constexpr char kOfflineSection[] = "Extracting Offline JRE";
 constexpr char kOnlineSection[] = "Setting up online JRE";
-constexpr mode_t kOpenToAll = 0777;
 
 std::string finalFolder(const JrePlace& place, const std::string& version) {
   return versionFolder(place.masterFolder, place.name.text(), version);
@@ -38,7 +36,7 @@ void completeJre(const JreRequest& request, const std::string& bundle, const Sha
   // Where a bundle was made of a Java home, that folder is behind the alias by now. Whoever starts
   // the application puts a copy of java there, which need not be the user who installed.
   const std::string bin = jre.content + "/bin";
-  if (isFolder(bin)) (void)chmod(bin.c_str(), kOpenToAll);
+  if (isFolder(bin)) openAsInstalled(bin);
 }
 
 std::string prepareAndComplete(const JreRequest& request, const std::string& bundle) {
@@ -93,7 +91,7 @@ JreOutcome<std::string> provideOffline(const JreRequest& request) {
   downloadVersionFile(request.server.versionFileFolder.c_str(), request.server.url.c_str(),
                       request.place.name.text().c_str());
   const std::string temporary = temporaryFolder(request.place.masterFolder);
-  makeDir(temporary.c_str());
+  makeNewDir(temporary.c_str());
   const std::string folder = finalFolder(request.place, request.embedded.version);
   logMessage("[Extractor] Offline installer - no need to download JRE, will extract\n");
   const ExtractionResult extracted = extractFromTail(request, temporary);

@@ -138,7 +138,8 @@ SystemJreSearch copySystemJre(const std::string& masterFolder, const SystemJreQu
   // Named, not created: cp would copy into a folder that is there.
   const std::string copy = temporaryFolder(masterFolder);
   runOnPaths("cp", {"-LRf"}, {jre->folder, copy});
-  runOnPaths("chmod", {"-R", "755"}, {copy + "/bin"});
+  logMessage("[JRESearch] Running chmod -R 755 \"%s/bin\"\n", copy.c_str());
+  setModesBelow(copy + "/bin", 0755);
   return {.copy = copy};
 }
 

@@ -53,11 +53,12 @@ void logLaunchProperty(const char* key, const std::string& value) {
   }
 }
 
-/// Of the same millisecond and folder there may be the file of another start: it is written anew.
+/// Of the same millisecond and folder there may be the file of another start, or something that
+/// another user has put there: neither is written through.
 NewFile newPropertiesFile(const std::string& folder, const char* how) {
   const std::string path = newLaunchPropertiesPath(folder);
   logMessage("[%s] Writing launch properties to %s\n", how, path.c_str());
-  return NewFile(path, NewFile::Existing::kRewritten);
+  return NewFile(path);
 }
 
 NewFile openNewPropertiesFile(const PropertyBlock& block, const std::string& folder) {

@@ -111,7 +111,7 @@ ExtractionResult extractApplication(const TailArchives& tail, const ComponentFol
   logMessage("[Extractor] Offline installer - app to extract.");
   logMessage("[Extractor] APP folder is %s\n", folders.app.c_str());
   logMessage("[Extractor] APP temp is %s\n", folders.appTemp.c_str());
-  if (makeDir(folders.appTemp.c_str()) != 0) {
+  if (makeNewDir(folders.appTemp.c_str()) != 0) {
     logError("Unable to create App Temp folder\n");
     return {ExtractionEnd::kFileNotCreated, "", 0, folders.appTemp, "the folder cannot be made"};
   }

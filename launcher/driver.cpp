@@ -118,7 +118,7 @@ void logWhatTailCarries(const TailRecords& tail) {
 
 /// Never comes back when this user may not write to the master folder.
 void makeFirstTempFolder(const Start& start, const ComponentFolders& folders) {
-  if (makeDir(folders.guTemp.c_str()) == 0) return;
+  if (makeNewDir(folders.guTemp.c_str()) == 0) return;
   logMessage("[Extractor] Unable to create GU Temp folder - assuming elevation required\n");
   const StartSurroundings& around = start.surroundings;
   endUnless(mayElevate(start.line.prepareOnly, around.isRelaunchedCopy()));
@@ -256,6 +256,7 @@ void runStart(const std::string& exePath, const CommandLine& line,
   auto params = readDynamicParams(start.exe, line.prepareOnly, start.properties);
   endUnless(params.has_value());
   start.params = *std::move(params);
+  if (start.params.isHardened) chooseInstallationModes(InstallationModes::kOwnerWrites);
   const std::string sharedDirectory = readTail(start);
   enterMasterFolder(start, sharedDirectory);
   const std::string guFolderName = installOrUpdate(start);

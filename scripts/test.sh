@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Usage: scripts/test.sh [--all] [PRESET...]
 #
-# Sets the machine up, builds and runs the tests; the presets are "release" (the default), "debug" and
-# "sanitize". Left out is what takes minutes and rarely breaks, the tests with the label "macos", for
-# which the macOS programs are built: --all has them, too. Ends with one line for each preset, passed
-# or not.
+# Sets the machine up, builds and runs the tests; the presets are "release" (the default), "debug",
+# "sanitize" and "threads". Left out is what takes minutes and rarely breaks, the tests with the label
+# "macos", for which the macOS programs are built: --all has them, too. Ends with one line for each
+# preset, passed or not.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit
 . scripts/steps.sh

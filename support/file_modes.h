@@ -1,17 +1,44 @@
-// Permissions of an installation: opened to every user, since whoever starts the application next
-// may have to replace it.
+// Permissions of an installation. As ever it is opened to every user, since whoever starts the
+// application next may have to replace it; or only its owner writes to it.
+//
+// A mode is set on what belongs to this user, and to nobody's harm: somebody else's file or folder
+// is left alone, also by the administrator, and so is a file that has a second name, which may be a
+// private one elsewhere. A link that another user has made is not followed, except one of the
+// administrator. What is left alone counts as a failure, unless it has the mode already.
 #pragma once
+#include <string>
 
 namespace quillory {
 
-// Both log the command, run it in a shell and return its status as system() does. A path that the
-// shell would not take literally between double quotes, or as a path at all, gets the same log line
-// and the same modes without a shell: 0, or the status of a command that failed.
+enum class InstallationModes {
+  kOpenToAll,    ///< 0777 for folders and tools; new files as the umask says
+  kOwnerWrites,  ///< 0755 instead of 0777, and 0644 for new files
+};
 
-/// "chmod -R 755": `path`, followed if it is a link, and all in it; links in it are not followed.
+/// For the whole process. Chosen once, before anything is installed; kOpenToAll until then.
+void chooseInstallationModes(InstallationModes modes);
+/// The mode of folders and tools: 0777 or 0755.
+unsigned installationMode();
+/// What new files of an installation are made with, less the umask: 0666 or 0644.
+unsigned installationFileMode();
+
+// These log a command and do what it does: "[ChMod] Executing chmod 777 "<path>"". The result is
+// that of system() with this command: 0, or that of a command which ended with status 1.
+
+/// "chmod -R 755": `path` and all in it; links in it are not followed.
 int chmodR755(const char* path);
 
-/// "chmod 777": `path`, followed if it is a link.
+/// "chmod 777", or "chmod 755" where only the owner writes.
 int chmod777(const char* path);
+/// The same for what ought to be a folder: anything else, and every link, is left alone.
+int chmod777Folder(const char* path);
+
+/// As chmod777(), without a log line: whether `path` has the mode now.
+bool openAsInstalled(const std::string& path);
+/// As chmodR755(), without a log line.
+int setModesBelow(const std::string& path, unsigned mode);
+
+/// Whether a link of another user, who is not the administrator, stands at `path`.
+bool isForeignLink(const std::string& path);
 
 }  // namespace quillory

@@ -130,18 +130,32 @@ void doRename(const char* oldPath, const char* newPath) {
 }
 
 int makeDir(const char* path) {
+  if (isForeignLink(path)) {
+    logMessage("[Extractor] The link %s belongs to another user: it is not followed\n", path);
+    return -1;
+  }
   if (isFolder(path)) return 0;
-  const int made = mkdir(path, 0777);
+  const int made = mkdir(path, static_cast<mode_t>(installationMode()));
   // Also when it could not be made: a folder that is there but closed to us may be opened by this.
-  chmod777(path);
+  chmod777Folder(path);
   return made;
 }
 
-bool makeDirWithParents(const std::string& path) {
+int makeNewDir(const char* path) {
+  if (mkdir(path, static_cast<mode_t>(installationMode())) != 0) return -1;
+  chmod777Folder(path);
+  return 0;
+}
+
+bool makeDirWithParents(const std::string& path, unsigned mode) {
   if (isFolder(path)) return true;
   const std::string parent = fs::path(path).parent_path();
   if (!parent.empty() && parent != path && !makeDirWithParents(parent)) return false;
-  return makeDir(path.c_str()) == 0;
+  // "a/b/" is made as the parent of nothing.
+  if (isFolder(path)) return true;
+  if (mkdir(path.c_str(), static_cast<mode_t>(mode)) != 0) return false;
+  logMessage("[Extractor] Created %s\n", path.c_str());
+  return true;
 }
 
 bool doesFileExist(const char* path) {

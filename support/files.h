@@ -28,13 +28,19 @@ void removeFileOrLink(const std::string& path);
 /// replaced. The outcome is in the log only.
 void doRename(const char* oldPath, const char* newPath);
 
-/// 0 when the folder exists or was made, with mode 0777 whatever the umask; else -1. One level.
-/// A path at which no folder can be opened gets mode 0777 in every case.
+/// 0 when the folder exists or was made, with the mode of an installation's folders whatever the
+/// umask; else -1. One level. A folder of ours that cannot be opened gets that mode, too. A link
+/// counts as the folder that it leads to, unless another user has put it there: then -1, logged.
 int makeDir(const char* path);
 
-/// As makeDir(), with the missing folders above it; whether the folder is there now. Only for
-/// folders outside the installation.
-bool makeDirWithParents(const std::string& path);
+/// As makeDir(), for a folder that must not be there yet: -1, with errno, for whatever stands at
+/// `path`. Nobody can have put anything into it.
+int makeNewDir(const char* path);
+
+/// Makes a folder as the system would, with `mode` less the umask, and the missing ones above it
+/// with 0755; each that is made is logged. What is there stays as it is. Whether the folder is
+/// there now. For folders outside the installation.
+bool makeDirWithParents(const std::string& path, unsigned mode = 0755);
 
 /// Whether `path` can be opened for reading (logged then); also true for a folder.
 bool doesFileExist(const char* path);

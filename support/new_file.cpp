@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "support/file_modes.h"
 #include "support/files.h"
 
 namespace quillory {
@@ -16,13 +17,14 @@ constexpr int kForWriting = O_WRONLY | O_CREAT | O_CLOEXEC;
 
 int openFile(const char* path, NewFile::Existing existing) {
   if (existing == NewFile::Existing::kFollowed) return open(path, kForWriting | O_TRUNC, 0666);
+  const unsigned mode = installationFileMode();
   if (existing == NewFile::Existing::kUnlinked) {
     removeFileOrLink(path);
-    return open(path, kForWriting | O_EXCL | O_NOFOLLOW, 0666);
+    return open(path, kForWriting | O_EXCL | O_NOFOLLOW, mode);
   }
-  const int descriptor = open(path, kForWriting | O_TRUNC | O_NOFOLLOW, 0666);
+  const int descriptor = open(path, kForWriting | O_TRUNC | O_NOFOLLOW, mode);
   if (descriptor != -1 || errno != ELOOP || unlink(path) != 0) return descriptor;
-  return open(path, kForWriting | O_TRUNC | O_NOFOLLOW, 0666);
+  return open(path, kForWriting | O_TRUNC | O_NOFOLLOW, mode);
 }
 
 bool isPlainFile(const char* path) {

@@ -31,6 +31,7 @@ struct ArchiveListing {
   std::optional<ListedSignature> signature;
   std::int64_t end = 0;  ///< the first byte behind the archive
 
+  /// The first entry of that path; null when there is none. It lives as long as the listing.
   const ListedEntry* find(const std::string& path) const;
 };
 
@@ -39,6 +40,8 @@ struct ArchiveListing {
 std::optional<ListedEntry> readListedEntry(RecordInput& input, Findings& findings,
                                            const std::string& path);
 
+/// All entries from where `input` stands to the end of the archive: its last record, or the end of the
+/// file. `path` is how findings name it.
 ArchiveListing listArchive(RecordInput& input, Findings& findings, const std::string& path);
 
 }  // namespace quillory::pack

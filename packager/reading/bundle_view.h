@@ -16,9 +16,11 @@ struct BundleView {
   std::optional<ParamsView> params;
   std::optional<TailView> tail;
 
+  /// The path of something in the bundle; need not be there.
   std::string inside(const std::string& path) const { return folder + "/Contents/" + path; }
 };
 
+/// Whether it has the folder "Contents", which makes a bundle of a folder.
 bool isBundle(const std::string& path);
 
 /// Reads what the launcher reads, and in its order. What is missing is a finding.

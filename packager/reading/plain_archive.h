@@ -17,6 +17,7 @@ struct FileRegion {
   std::int64_t offset = 0;
   std::int64_t length = 0;
 };
+/// All of a file. Throws PackError when its length cannot be told.
 FileRegion wholeFile(const std::string& path);
 /// Feeds it to `take`, block by block. Throws PackError when the file ends within it, and, like
 /// stopIfInterrupted(), between two blocks.

@@ -16,6 +16,7 @@ struct ProgramImage {
   std::string system;                      ///< "macOS", "Linux", "Windows", kScript; "" for none
   std::vector<std::string> architectures;  ///< of a macOS program: "x86_64", "arm64", ...
 
+  /// Whether `architecture` is one of `architectures`.
   bool runsOn(const std::string& architecture) const;
 };
 

@@ -21,8 +21,10 @@ class RecordInput {
   std::string text(const std::string& name, int capacity = kDefaultCapacity);
   /// By the rules of the launcher, where "12abc" is 12; a finding when it is no plain number.
   std::int64_t number(const std::string& name);
+  /// True for the number 1 alone.
   bool boolean(const std::string& name) { return number(name) == 1; }
 
+  // Where it stands in the file, in bytes from its beginning.
   bool atEnd() const;
   std::int64_t position() const;
   void seek(std::int64_t position);

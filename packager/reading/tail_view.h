@@ -28,6 +28,7 @@ struct TailView {
   const ListedEntry* runtimeArchive() const;
   const ListedEntry* applicationArchive() const;
 
+  /// Where the content of one of `entries` lies.
   FileRegion regionOf(const ListedEntry& entry) const;
 };
 

@@ -6,6 +6,8 @@
 
 namespace quillory::pack {
 
+/// Marker, count and pairs. Throws PackError, naming the pair, when a text does not fit its record,
+/// as the sink does when it is full.
 void writeParameters(ByteSink& sink, const Parameters& parameters);
 
 }  // namespace quillory::pack

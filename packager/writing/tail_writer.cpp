@@ -1,7 +1,5 @@
 #include "packager/writing/tail_writer.h"
 
-#include <filesystem>
-
 #include "formats/marker_search.h"
 #include "formats/markers.h"
 #include "packager/reading/plain_archive.h"
@@ -22,7 +20,7 @@ void writeTailEntry(ByteSink& sink, const TailEntry& entry) {
     writeFileEntryHeader(sink, entry.path, 0);
     return;
   }
-  const std::uint64_t size = std::filesystem::file_size(entry.source);
+  const auto size = static_cast<std::uint64_t>(wholeFile(entry.source).length);
   writeFileEntryHeader(sink, entry.path, size);
   if (copyFileInto(sink, entry.source) != size) {
     throw PackError("the file changed while it was packed", "pack again when it is at rest",

@@ -8,6 +8,7 @@
 
 namespace quillory::pack {
 
+/// The records alone, without the marker. Throws PackError when a text does not fit its record.
 void writeTailRecords(ByteSink& sink, const TailRecords& tail);
 
 /// An entry of the tail. No source: an empty entry, which the launcher reads and skips.
@@ -16,6 +17,7 @@ struct TailEntry {
   std::string source;
 };
 
+/// Throws PackError when the source is gone, or changes while it is read.
 void writeTailEntry(ByteSink& sink, const TailEntry& entry);
 
 /// What has to stand between an executable and the marker: a byte where the end of the executable

@@ -4,7 +4,14 @@ for in "verdict | label | detail"; the more exactly it says what it excuses, the
 
 import re
 
-RULES = []
+RULES = [
+    (r"^crash \| (a stack of 64 KiB|1 MiB of data) \| signal 11: $",
+     "too little for the system to load the program"),
+    (r"^not whole \| the umask [^|]* \| [^;]*/lib/classes\.jsa: file [^;]*$",
+     "java makes its archive of classes with the user's umask"),
+    (r"^not whole \| kill \d+ write [^|]*/lib/classes\.jsa \|[^;]*/lib/classes\.jsa: file [^;]*$",
+     "java was killed in the middle of its archive of classes; it does without"),
+]
 
 
 def reason_for(result):

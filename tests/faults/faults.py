@@ -9,6 +9,7 @@ what is not as it should be; status 1 when there is any of that, 77 when nothing
 """
 
 import argparse
+import itertools
 import pathlib
 import signal
 import subprocess
@@ -17,11 +18,14 @@ import sys
 sys.dont_write_bytecode = True
 
 import bundles  # noqa: E402
+import local_users  # noqa: E402
 import scenarios  # noqa: E402
 import servers  # noqa: E402
+import surroundings  # noqa: E402
 import sweep  # noqa: E402
 import together  # noqa: E402
 from machine import Machine  # noqa: E402
+from private_root import why_impossible  # noqa: E402
 from results import Row, write_page  # noqa: E402
 from web_server import WebServer  # noqa: E402
 
@@ -85,6 +89,26 @@ class Faults:
                          servers.run_case(self.scenario(scenarios.RuntimeDownload), *case)
                          for case in chosen))
 
+    def local_users(self):
+        if why_impossible():
+            print(f"users: none are tried: {why_impossible()}")
+            return
+        for name, cases in local_users.attacks(self.machine, self.packer):
+            self.row("users", name, lambda cases=cases: self.some(cases()))
+
+    def some(self, results):
+        """As many of them as the options allow; the others are not even tried."""
+        return itertools.islice(results, self.options.most)
+
+    def surroundings(self):
+        def cases():
+            scenario = self.scenario(scenarios.FirstInstall)
+            for case in sweep.sampled(list(surroundings.cases(scenario)), self.options.most):
+                yield surroundings.run_case(scenario, *case)
+            yield surroundings.pipe_case(scenario)
+
+        self.row("surroundings", "first start", cases)
+
 
 def can_trace(injector):
     try:
@@ -118,6 +142,8 @@ def main():
         faults.sweeps()
         faults.starts_at_once()
         faults.servers()
+        faults.local_users()
+        faults.surroundings()
     finally:
         faults.close()
     if options.page:

@@ -185,6 +185,8 @@ def describe(path):
     if stat.S_ISLNK(status.st_mode):
         return "link to " + os.readlink(path)
     mode = f"{stat.S_IMODE(status.st_mode):o}"
+    if status.st_uid != os.getuid():
+        mode += f" of {status.st_uid}"
     if stat.S_ISDIR(status.st_mode):
         return f"folder {mode}"
     try:

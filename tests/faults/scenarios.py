@@ -5,7 +5,8 @@ with what an undisturbed run makes of it.
 import shutil
 
 import bundles
-from machine import Outcome, remove, tree_of
+from machine import Outcome, read_report, remove, tree_of
+from private_root import BUNDLE, PrivateRoot, why_impossible
 
 
 class Scenario:
@@ -146,6 +147,41 @@ def make_tools(folder):
         (folder / tool).symlink_to(shutil.which(tool, path="/usr/bin:/bin"))
 
 
+class ElevatedSetUp(Scenario):
+    """By a user who may not write there; sudo lets him become root for this executable."""
+
+    name = "elevated"
+    table_name = "first start, which installs for all users with an administrator's rights"
+
+    def make(self):
+        self.root = PrivateRoot(self.machine, self.packer.bundle("for-all", whom="all-users"))
+        return BUNDLE
+
+    def set_up(self):
+        self.root.clear()
+
+    def start(self):
+        return self.root.run(self.command())
+
+    def disturbed(self, arguments):
+        self.root.report().unlink(missing_ok=True)
+        outcome = self.root.run(self.command(), injected=arguments)
+        report = read_report(self.root.report())
+        if outcome.status is not None and report.signal:
+            outcome.status = -report.signal
+        return outcome, report
+
+    def tree(self):
+        found = {}
+        for folder in ("Library", "tmp", "home", "root"):
+            inside = tree_of(self.root.top / folder)
+            found.update({f"/{folder}/{place}": text for place, text in inside.items()})
+        return found
+
+    def all_folders(self):
+        return [self.root.top / folder for folder in ("Library", "tmp", "home", "root")]
+
+
 class Packing(Scenario):
     """A run of quillory-pack in a project that has been packed before, with an older version."""
 
@@ -209,5 +245,5 @@ class KeyMaking(Packing):
         return {place: "a key" for place in tree_of(self.project())}
 
 
-ALL = (FirstInstall, Reinstall, UpdaterUpdate, WholeUpdate, RuntimeDownload, SystemRuntime, Packing,
-       KeyMaking)
+ALL = (FirstInstall, Reinstall, UpdaterUpdate, WholeUpdate, RuntimeDownload, SystemRuntime,
+       *((ElevatedSetUp,) if not why_impossible() else ()), Packing, KeyMaking)

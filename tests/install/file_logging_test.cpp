@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -92,6 +93,46 @@ TEST_F(SetupFileLogging, TruncatesTheFileOfARunInTheSameMillisecond) {
   setupFileLogging(folder_.str().c_str());
   logMessage("of the second run\n");
   EXPECT_EQ(readFile(folder_ / kName), "+0        of the second run\n");
+}
+
+// What stands at the path of the next log, put there by somebody who knows the time.
+TEST_F(SetupFileLogging, OverwritesNothingBehindALink) {
+  testing::writeFile(folder_ / "private", "precious");
+  fs::create_directory(folder_ / "logs");
+  fs::create_symlink("../private", folder_ / kName);
+  setupFileLogging(folder_.str().c_str());
+  logMessage("in the file\n");
+  EXPECT_EQ(readFile(folder_ / "private"), "precious");
+  const std::string next = folder_ / "logs/Wrapper-2026-11-16-07-48-00-043.log";
+  EXPECT_TRUE(system_.contains("[Extractor] Logging to " + next + "\n"));
+  EXPECT_EQ(readFile(next), "+0        in the file\n");
+}
+
+TEST_F(SetupFileLogging, OverwritesNoFileThatHasASecondName) {
+  testing::writeFile(folder_ / "private", "precious");
+  fs::create_directory(folder_ / "logs");
+  fs::create_hard_link(folder_ / "private", folder_ / kName);
+  setupFileLogging(folder_.str().c_str());
+  EXPECT_EQ(readFile(folder_ / "private"), "precious");
+  EXPECT_TRUE(fs::exists(folder_ / "logs/Wrapper-2026-11-16-07-48-00-043.log"));
+}
+
+TEST_F(SetupFileLogging, WritesIntoNoFolderBehindALinkOfAnotherUser) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs files of two users";
+  fs::create_directory(folder_ / "elsewhere");
+  fs::create_directory_symlink("elsewhere", folder_ / "logs");
+  ASSERT_EQ(lchown((folder_ / "logs").c_str(), 65533, 65533), 0);
+  setupFileLogging(folder_.str().c_str());
+  logMessage("still logged\n");
+  EXPECT_TRUE(system_.contains("still logged\n"));
+  EXPECT_TRUE(fs::is_empty(folder_ / "elsewhere"));
+}
+
+TEST_F(SetupFileLogging, WritesIntoAFolderBehindALinkOfOurs) {
+  fs::create_directory(folder_ / "elsewhere");
+  fs::create_directory_symlink("elsewhere", folder_ / "logs");
+  setupFileLogging(folder_.str().c_str());
+  EXPECT_TRUE(fs::exists(folder_ / kName));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -41,6 +42,24 @@ TEST_F(SharedDirectoryFor, OfThisUserIsCreatedWithItsParents) {
   EXPECT_TRUE(fs::is_directory(home_ / "Library/Application Support"));
   EXPECT_EQ(log_.messages()[0], "Permanent install for current user\n");
   EXPECT_EQ(log_.messages()[1], "HomeDir is " + home_.str() + "\n");
+}
+
+// As macOS has them: with 0777, every user could rewrite what is installed there.
+TEST_F(SharedDirectoryFor, OfThisUserIsOpenToNobodyElse) {
+  const mode_t before = umask(0);
+  locate("perm_user");
+  umask(before);
+  EXPECT_EQ(modeOf(home_ / "Library"), 0700U);
+  EXPECT_EQ(modeOf(home_ / "Library/Application Support"), 0755U);
+}
+
+TEST_F(SharedDirectoryFor, LeavesFoldersThatAreThereAsTheyAre) {
+  fs::create_directories(home_ / "Library/Application Support");
+  fs::permissions(home_ / "Library", fs::perms::owner_all | fs::perms::group_all);
+  fs::permissions(home_ / "Library/Application Support", fs::perms::owner_all);
+  locate("perm_user");
+  EXPECT_EQ(modeOf(home_ / "Library"), 0770U);
+  EXPECT_EQ(modeOf(home_ / "Library/Application Support"), 0700U);
 }
 
 TEST_F(SharedDirectoryFor, OfATemporaryInstallIsTheUsersToo) {

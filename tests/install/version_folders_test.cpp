@@ -109,6 +109,16 @@ TEST(TemporaryFolder, CountsSecondsAndEntries) {
   EXPECT_FALSE(fs::exists(master / "QuilloryTemp-1234-3-app"));
 }
 
+// Left by a start that was killed, or put there by another user who knows the time.
+TEST(TemporaryFolder, CountsOnWhereSomethingStands) {
+  const TempDir master;
+  const ScopedReplace clock(
+      timeCalls.nowMillis, +[] { return std::uint64_t{1234567}; });
+  fs::create_directory(master / "QuilloryTemp-1234-4-app");
+  fs::create_symlink("nowhere", master / "QuilloryTemp-1234-5-app");
+  EXPECT_EQ(temporaryFolder(master.str()), master / "QuilloryTemp-1234-6-app");
+}
+
 TEST(ComponentOfFolder, IsTheTextBetweenTheFirstTwoDashes) {
   EXPECT_EQ(componentOfFolder("Quillory-App-12-complete"), "App");
   EXPECT_EQ(componentOfFolder("anything-App-"), "App");

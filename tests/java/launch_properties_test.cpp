@@ -378,6 +378,17 @@ TEST_F(WriteLaunchProperties, ReplacesAPlantedLinkAndLeavesItsTargetAlone) {
   EXPECT_EQ(readFile(dir_ / "victim"), "precious");
 }
 
+TEST_F(WriteLaunchProperties, LeavesAFileAloneThatHasASecondNameThere) {
+  const std::string path = dir_ / "QYLaunchProperties-1700000000123-4";
+  writeFile(dir_ / "victim", "precious");
+  ASSERT_EQ(link((dir_ / "victim").c_str(), path.c_str()), 0);
+  PropertyBlock block;
+  appendProp(block, "new");
+  EXPECT_EQ(writeLaunchProperties(block, dir_.str()), path);
+  EXPECT_EQ(readFile(path), "new");
+  EXPECT_EQ(readFile(dir_ / "victim"), "precious");
+}
+
 TEST(LaunchPropertiesPage, ShowsTheFileOfTheBlockThatItDescribes) {
   PropertyBlock block;
   addStaticProperty(block, "app_name", "Demo");

@@ -187,6 +187,19 @@ TEST(ExtractApplication, MovesNothingAfterAPack200EntryThatLeftNothing) {
   EXPECT_FALSE(fs::exists(folders.app));
 }
 
+// Everything in a folder that somebody else prepared could be replaced while it is unpacked.
+TEST(ExtractApplication, UsesNoTemporaryFolderThatIsThere) {
+  const TempDir master;
+  fs::create_directory(master / "precious");
+  fs::create_directory_symlink("precious", master / "QuilloryTemp-1-2-app");
+  const ComponentFolders folders = {"", "", master / "app", master / "QuilloryTemp-1-2-app"};
+  const StreamOf stream(fileEntry("hello.txt", "hello") + emptyEntry("b"));
+  const CapturedLog log;
+  const ExtractionResult result = extractApplication({stream.get(), nullptr}, folders, {});
+  EXPECT_EQ(result.end, ExtractionEnd::kFileNotCreated);
+  EXPECT_TRUE(fs::is_empty(master / "precious"));
+}
+
 TEST(ExtractApplication, FailsWithoutATemporaryFolder) {
   const TempDir master;
   const StreamOf stream(emptyEntry("a") + emptyEntry("b"));

@@ -2,6 +2,7 @@
 #include "launcher/driver.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -114,6 +115,36 @@ void expectInOrder(const std::string& log, const std::vector<std::string>& lines
     ASSERT_NE(found, std::string::npos) << "not there, or too early: " << line << "\nlog:\n" << log;
     position = found + line.size();
   }
+}
+
+/// Whether others may write, with a umask that would let them.
+std::vector<std::string> openToOthers(const std::string& folder) {
+  std::vector<std::string> found;
+  const auto look = [&found](const fs::path& path) {
+    const bool isOpen = (modeOf(path) & 022) != 0;
+    if (isOpen && !fs::is_symlink(path)) found.push_back(path);
+  };
+  look(folder);
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) look(entry.path());
+  return found;
+}
+
+TEST_F(ExtractWrapperTail, LeavesWritingToTheOwnerInAHardenedInstallation) {
+  writeParams({{"jre_name", "jre"}, {"force_spawn", "true"}, {"hardened", "true"}});
+  const mode_t before = umask(0);
+  const Ended ended = start({}, true);
+  umask(before);
+  EXPECT_TRUE(fs::exists(installed("logs")));
+  EXPECT_EQ(openToOthers(master_), std::vector<std::string>()) << ended.log;
+  EXPECT_NE(ended.log.find("[ChMod] Executing chmod 755 \"" + master_ + "\"\n"), std::string::npos);
+}
+
+TEST_F(ExtractWrapperTail, OpensFoldersToEveryUserWithoutThatParameter) {
+  start();
+  for (const char* folder : {"", "logs", "QYAppsSharedConfig", "Quillory-Quillory-7-complete",
+                             "Quillory-Demo-3-complete", "Quillory-jre-17-complete",
+                             "Quillory-jre-17-complete/bin", "Quillory-jre-17-complete.plugin"})
+    EXPECT_EQ(modeOf(installed(folder)), 0777U) << folder;
 }
 
 TEST_F(ExtractWrapperTail, InstallsEverythingAndStartsTheUpdater) {
@@ -487,7 +518,13 @@ class ExtractWrapperTailElevated : public ExtractWrapperTail {
                           "#!/bin/sh\nfor a in \"$@\"; do echo \"$a\"; done >\"$0.called\"\n");
     fs::create_directories(master_ + "/logs");
     fs::create_directories(master_ + "/QYAppsSharedConfig");
-    writeFile(master_ + "/QuilloryTemp-9-5-app", "in the way");
+    blockTemporaryFolders();
+  }
+
+  // The entries of the master folder are counted from 104 on, and no more names than these tried.
+  void blockTemporaryFolders() {
+    for (int count = 104; count < 204; ++count)
+      writeFile(master_ + "/QuilloryTemp-9-" + std::to_string(count) + "-app", "in the way");
   }
 
   Ended startElevated(bool prepareOnly, bool isRelaunched = false) {

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -33,35 +35,197 @@ constexpr const char* kAwkwardNames[] = {"a\"b",        "$HOME", "$(touch hit)",
 
 void changeMode(const std::string& path, mode_t mode) { ASSERT_EQ(chmod(path.c_str(), mode), 0); }
 
-TEST(Chmod777, RunsTheCommandInTheShellAndLogsIt) {
+class WithModes {
+ public:
+  explicit WithModes(InstallationModes modes) { chooseInstallationModes(modes); }
+  ~WithModes() { chooseInstallationModes(InstallationModes::kOpenToAll); }
+};
+
+TEST(Chmod777, LogsTheCommandAndRunsNone) {
   const QuietLog log;
   const RecordedShell shell;
-  EXPECT_EQ(chmod777("/some where/a"), 0);
-  EXPECT_THAT(shell.commands(), ElementsAre("chmod 777 \"/some where/a\""));
-  EXPECT_THAT(log.messages(), ElementsAre("[ChMod] Executing chmod 777 \"/some where/a\"\n"));
+  const TempDir folder;
+  writeFile(folder / "some where/a", "");
+  EXPECT_EQ(chmod777((folder / "some where/a").c_str()), 0);
+  EXPECT_EQ(modeOf(folder / "some where/a"), 0777U);
+  EXPECT_THAT(shell.commands(), IsEmpty());
+  EXPECT_THAT(log.messages(),
+              ElementsAre("[ChMod] Executing chmod 777 \"" + (folder / "some where/a") + "\"\n"));
 }
 
-TEST(ChmodR755, RunsTheCommandInTheShellAndLogsIt) {
+TEST(ChmodR755, LogsTheCommandAndRunsNone) {
   const QuietLog log;
   const RecordedShell shell;
-  EXPECT_EQ(chmodR755("/some where/a"), 0);
-  EXPECT_THAT(shell.commands(), ElementsAre("chmod -R 755 \"/some where/a\""));
-  EXPECT_THAT(log.messages(), ElementsAre("[ChMod] Executing chmod -R 755 \"/some where/a\"\n"));
+  const TempDir folder;
+  writeFile(folder / "some where/a", "");
+  EXPECT_EQ(chmodR755((folder / "some where/a").c_str()), 0);
+  EXPECT_EQ(modeOf(folder / "some where/a"), 0755U);
+  EXPECT_THAT(shell.commands(), IsEmpty());
+  EXPECT_THAT(log.messages(), ElementsAre("[ChMod] Executing chmod -R 755 \"" +
+                                          (folder / "some where/a") + "\"\n"));
 }
 
-TEST(Chmod777, ReturnsTheStatusOfTheCommand) {
+TEST(ChmodR755, NeedsNoProgramOfTheSystem) {
   const QuietLog log;
-  const RecordedShell shell(42 << 8);
-  EXPECT_EQ(chmod777("/a"), 42 << 8);
-  EXPECT_EQ(chmodR755("/a"), 42 << 8);
+  const TempDir folder;
+  const char* const path = getenv("PATH");
+  const std::string before = path != nullptr ? path : "";
+  setenv("PATH", folder.str().c_str(), 1);
+  EXPECT_EQ(chmodR755(folder.str().c_str()), 0);
+  setenv("PATH", before.c_str(), 1);
+  EXPECT_EQ(modeOf(folder.str()), 0755U);
 }
 
-TEST(Chmod777, RunsACommandOfAnyLength) {
+TEST(Chmod777, LogsACommandOfAnyLength) {
   const QuietLog log;
-  const RecordedShell shell;
   const std::string path = "/" + std::string(6000, 'x');
-  chmod777(path.c_str());
-  EXPECT_THAT(shell.commands(), ElementsAre("chmod 777 \"" + path + "\""));
+  EXPECT_NE(chmod777(path.c_str()), 0);
+  EXPECT_THAT(log.messages(), ElementsAre("[ChMod] Executing chmod 777 \"" + path + "\"\n"));
+}
+
+TEST(Chmod777, LeavesWritingToTheOwnerWhereThatIsChosen) {
+  const WithModes modes(InstallationModes::kOwnerWrites);
+  const QuietLog log;
+  const TempDir folder;
+  fs::create_directory(folder / "a");
+  changeMode(folder / "a", 0700);
+  EXPECT_EQ(installationMode(), 0755U);
+  EXPECT_EQ(installationFileMode(), 0644U);
+  EXPECT_EQ(chmod777((folder / "a").c_str()), 0);
+  EXPECT_EQ(modeOf(folder / "a"), 0755U);
+  changeMode(folder / "a", 0777);
+  EXPECT_TRUE(openAsInstalled(folder / "a"));
+  EXPECT_EQ(modeOf(folder / "a"), 0755U);
+  EXPECT_THAT(log.messages(),
+              ElementsAre("[ChMod] Executing chmod 755 \"" + (folder / "a") + "\"\n"));
+}
+
+TEST(OpenAsInstalled, OpensToEverybodyWithoutALogLine) {
+  const QuietLog log;
+  const TempDir folder;
+  writeFile(folder / "java", "");
+  EXPECT_TRUE(openAsInstalled(folder / "java"));
+  EXPECT_EQ(modeOf(folder / "java"), 0777U);
+  EXPECT_FALSE(openAsInstalled(folder / "missing"));
+  EXPECT_THAT(log.messages(), IsEmpty());
+}
+
+TEST(Chmod777Folder, IsForFoldersThatAreNoLinks) {
+  const QuietLog log;
+  const TempDir folder;
+  writeFile(folder / "file", "");
+  fs::create_directory(folder / "folder");
+  fs::create_directory_symlink("folder", folder / "link");
+  changeMode(folder / "file", 0600);
+  changeMode(folder / "folder", 0700);
+  EXPECT_NE(chmod777Folder((folder / "file").c_str()), 0);
+  EXPECT_NE(chmod777Folder((folder / "link").c_str()), 0);
+  EXPECT_EQ(modeOf(folder / "file"), 0600U);
+  EXPECT_EQ(modeOf(folder / "folder"), 0700U);
+  EXPECT_EQ(chmod777Folder((folder / "folder").c_str()), 0);
+  EXPECT_EQ(modeOf(folder / "folder"), 0777U);
+}
+
+TEST(Chmod777, FollowsALinkOfOurs) {
+  const QuietLog log;
+  const TempDir folder;
+  writeFile(folder / "sub/file", "");
+  fs::create_symlink("sub/file", folder / "link");
+  fs::create_symlink(folder / "link", folder / "link of a link");
+  changeMode(folder / "sub/file", 0600);
+  EXPECT_EQ(chmod777((folder / "link of a link").c_str()), 0);
+  EXPECT_EQ(modeOf(folder / "sub/file"), 0777U);
+}
+
+TEST(Chmod777, ComesToAnEndWithLinksThatLeadNowhere) {
+  const QuietLog log;
+  const TempDir folder;
+  fs::create_symlink("round", folder / "round");
+  fs::create_symlink("nothing", folder / "dangling");
+  EXPECT_NE(chmod777((folder / "round").c_str()), 0);
+  EXPECT_NE(chmod777((folder / "dangling").c_str()), 0);
+}
+
+// What another user puts into an open folder, and waits for this one to start.
+class PlantedByAnother : public ::testing::Test {
+ protected:
+  static constexpr uid_t kAnother = 65533;
+
+  void SetUp() override {
+    if (geteuid() != 0) GTEST_SKIP() << "needs files of two users";
+    writeFile(folder_ / "private", "");
+    fs::create_directory(folder_ / "home");
+    changeMode(folder_ / "private", 0600);
+    changeMode(folder_ / "home", 0700);
+  }
+  void plantLink(const std::string& target, const std::string& name) {
+    fs::create_symlink(target, folder_ / name);
+    ASSERT_EQ(lchown((folder_ / name).c_str(), kAnother, kAnother), 0);
+  }
+
+  const QuietLog log_;
+  const TempDir folder_;
+};
+
+TEST_F(PlantedByAnother, LinksAreNotFollowed) {
+  plantLink("private", "java");
+  plantLink("home", "bin");
+  EXPECT_TRUE(isForeignLink(folder_ / "java"));
+  EXPECT_NE(chmod777((folder_ / "java").c_str()), 0);
+  EXPECT_NE(chmodR755((folder_ / "java").c_str()), 0);
+  EXPECT_NE(chmod777Folder((folder_ / "bin").c_str()), 0);
+  EXPECT_NE(chmodR755((folder_ / "bin").c_str()), 0);
+  EXPECT_FALSE(openAsInstalled(folder_ / "bin"));
+  EXPECT_EQ(modeOf(folder_ / "private"), 0600U);
+  EXPECT_EQ(modeOf(folder_ / "home"), 0700U);
+}
+
+TEST_F(PlantedByAnother, ALinkBehindALinkOfOursIsNotFollowed) {
+  plantLink("private", "planted");
+  fs::create_symlink("planted", folder_ / "ours");
+  EXPECT_FALSE(isForeignLink(folder_ / "ours"));
+  EXPECT_NE(chmod777((folder_ / "ours").c_str()), 0);
+  EXPECT_EQ(modeOf(folder_ / "private"), 0600U);
+}
+
+TEST_F(PlantedByAnother, ASecondNameOfAPrivateFileIsLeftAlone) {
+  fs::create_hard_link(folder_ / "private", folder_ / "java");
+  EXPECT_NE(chmod777((folder_ / "java").c_str()), 0);
+  EXPECT_NE(chmodR755((folder_ / "java").c_str()), 0);
+  EXPECT_EQ(modeOf(folder_ / "private"), 0600U);
+  changeMode(folder_ / "private", 0777);
+  EXPECT_EQ(chmod777((folder_ / "java").c_str()), 0) << "it has the mode already";
+}
+
+TEST_F(PlantedByAnother, AForeignFolderIsLeftAlone) {
+  fs::create_directory(folder_ / "logs");
+  changeMode(folder_ / "logs", 0700);
+  ASSERT_EQ(chown((folder_ / "logs").c_str(), kAnother, kAnother), 0);
+  EXPECT_NE(chmod777Folder((folder_ / "logs").c_str()), 0);
+  EXPECT_NE(chmod777((folder_ / "logs").c_str()), 0);
+  EXPECT_NE(chmodR755((folder_ / "logs").c_str()), 0);
+  EXPECT_EQ(modeOf(folder_ / "logs"), 0700U);
+}
+
+TEST_F(PlantedByAnother, ALinkOfTheAdministratorIsFollowed) {
+  plantLink("private", "link");
+  ASSERT_EQ(chown((folder_ / "private").c_str(), kAnother, kAnother), 0);
+  ASSERT_EQ(lchown((folder_ / "link").c_str(), 0, 0), 0);
+  ASSERT_EQ(chmod(folder_.str().c_str(), 0755), 0);
+  ASSERT_EQ(seteuid(kAnother), 0);
+  EXPECT_FALSE(isForeignLink(folder_ / "link"));
+  EXPECT_EQ(chmod777((folder_ / "link").c_str()), 0);
+  ASSERT_EQ(seteuid(0), 0);
+  EXPECT_EQ(modeOf(folder_ / "private"), 0777U);
+}
+
+TEST(Chmod777, LeavesTheGroupBitOfAFolder) {
+  const QuietLog log;
+  const TempDir folder;
+  fs::create_directory(folder / "a");
+  changeMode(folder / "a", 02700);
+  EXPECT_EQ(chmod777((folder / "a").c_str()), 0);
+  EXPECT_EQ(modeOf(folder / "a"), 02777U);
 }
 
 TEST(Chmod777, OpensAFolderToEverybody) {
@@ -91,7 +255,7 @@ TEST(ChmodR755, MakesTheWholeTreeReadableAndExecutable) {
   EXPECT_EQ(modeOf(folder / "top/sub/file"), 0755U);
 }
 
-TEST(Chmod777, HandlesAnAwkwardNameWithoutAShellAndLogsTheSameLine) {
+TEST(Chmod777, HandlesAnAwkwardName) {
   for (const std::string name : kAwkwardNames) {
     SCOPED_TRACE(name);
     const QuietLog log;
@@ -107,7 +271,7 @@ TEST(Chmod777, HandlesAnAwkwardNameWithoutAShellAndLogsTheSameLine) {
   }
 }
 
-TEST(ChmodR755, HandlesAnAwkwardNameWithoutAShellAndFollowsNoLinkInTheTree) {
+TEST(ChmodR755, HandlesAnAwkwardNameAndFollowsNoLinkInTheTree) {
   for (const std::string name : kAwkwardNames) {
     SCOPED_TRACE(name);
     const QuietLog log;
@@ -127,7 +291,7 @@ TEST(ChmodR755, HandlesAnAwkwardNameWithoutAShellAndFollowsNoLinkInTheTree) {
   }
 }
 
-TEST(ChmodR755, HandlesASingleFileWithoutAShellToo) {
+TEST(ChmodR755, HandlesASingleFileToo) {
   const QuietLog log;
   const TempDir folder;
   writeFile(folder / "$file", "");
@@ -152,16 +316,14 @@ TEST(Chmod777, DoesNotTakeAPathForAnOption) {
   EXPECT_THAT(shell.commands(), IsEmpty());
 }
 
-// The same as of a command that ended with status 1, whether or not a shell was used.
+// The same as of a command that ended with status 1.
 TEST(Chmod777, TellsAFailureAsTheCommandDoes) {
   const QuietLog log;
   const TempDir folder;
-  ::testing::internal::CaptureStderr();  // chmod complains there
-  const int byShell = chmod777((folder / "missing").c_str());
-  EXPECT_NE(::testing::internal::GetCapturedStderr(), "");
-  EXPECT_EQ(WEXITSTATUS(byShell), 1);
-  EXPECT_EQ(chmod777((folder / "$missing").c_str()), byShell);
-  EXPECT_EQ(chmodR755((folder / "$missing").c_str()), byShell);
+  const int status = chmod777((folder / "missing").c_str());
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+  EXPECT_EQ(chmod777((folder / "$missing").c_str()), status);
+  EXPECT_EQ(chmodR755((folder / "$missing").c_str()), status);
 }
 
 TEST(ChmodR755, GoesOnBehindAFailureButTellsIt) {

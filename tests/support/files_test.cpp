@@ -221,20 +221,106 @@ TEST(MakeDir, MakesOneLevelOnly) {
   EXPECT_FALSE(fs::exists(folder / "a"));
 }
 
-TEST(MakeDir, ReturnsTheFailureButRunsChmodAllTheSame) {
+// What is there is no folder, and may be anybody's: only the line is as for a new folder.
+TEST(MakeDir, ReturnsTheFailureAndLeavesAFileAsItIs) {
   const QuietLog log;
-  const RecordedShell shell;
   const TempDir folder;
   writeFile(folder / "file", "");
+  fs::permissions(folder / "file", fs::perms::owner_read);
   EXPECT_EQ(makeDir((folder / "file").c_str()), -1);
-  EXPECT_THAT(shell.commands(), ElementsAre("chmod 777 \"" + (folder / "file") + "\""));
+  EXPECT_EQ(modeOf(folder / "file"), 0400U);
+  EXPECT_THAT(log.messages(),
+              ElementsAre("[ChMod] Executing chmod 777 \"" + (folder / "file") + "\"\n"));
 }
 
-TEST(MakeDirWithParents, MakesEveryMissingLevel) {
+TEST(MakeDir, OpensAFolderOfOursThatIsClosed) {
+  const QuietLog log;
+  const AsOrdinaryUser user;
+  const TempDir folder;
+  fs::create_directory(folder / "closed");
+  fs::permissions(folder / "closed", fs::perms::none);
+  EXPECT_EQ(makeDir((folder / "closed").c_str()), -1);
+  EXPECT_EQ(modeOf(folder / "closed"), 0777U);
+}
+
+TEST(MakeDir, ChangesNothingBehindALinkToAFile) {
   const QuietLog log;
   const TempDir folder;
+  writeFile(folder / "private", "");
+  fs::permissions(folder / "private", fs::perms::owner_read);
+  fs::create_symlink("private", folder / "QYAppsSharedConfig");
+  EXPECT_EQ(makeDir((folder / "QYAppsSharedConfig").c_str()), -1);
+  EXPECT_EQ(modeOf(folder / "private"), 0400U);
+}
+
+TEST(MakeDir, TakesALinkOfOursToAFolderForTheFolder) {
+  const QuietLog log;
+  const TempDir folder;
+  fs::create_directory(folder / "elsewhere");
+  fs::permissions(folder / "elsewhere", fs::perms::owner_all);
+  fs::create_directory_symlink("elsewhere", folder / "logs");
+  EXPECT_EQ(makeDir((folder / "logs").c_str()), 0);
+  EXPECT_EQ(modeOf(folder / "elsewhere"), 0700U);
+  EXPECT_THAT(log.messages(), IsEmpty());
+}
+
+TEST(MakeDir, RefusesALinkOfAnotherUser) {
+  const QuietLog log;
+  const TempDir folder;
+  if (geteuid() != 0) GTEST_SKIP() << "needs files of two users";
+  fs::create_directory_symlink(".", folder / "logs");
+  ASSERT_EQ(lchown((folder / "logs").c_str(), 65533, 65533), 0);
+  EXPECT_EQ(makeDir((folder / "logs").c_str()), -1);
+  EXPECT_THAT(log.messages(), ElementsAre("[Extractor] The link " + (folder / "logs") +
+                                          " belongs to another user: it is not followed\n"));
+}
+
+TEST(MakeNewDir, MakesAFolderAsMakeDirDoes) {
+  const QuietLog log;
+  const TempDir folder;
+  const mode_t before = umask(077);
+  EXPECT_EQ(makeNewDir((folder / "new").c_str()), 0);
+  umask(before);
+  EXPECT_EQ(modeOf(folder / "new"), 0777U);
+  EXPECT_THAT(log.messages(),
+              ElementsAre("[ChMod] Executing chmod 777 \"" + (folder / "new") + "\"\n"));
+}
+
+TEST(MakeNewDir, FailsWhereAnythingStands) {
+  const QuietLog log;
+  const TempDir folder;
+  writeFile(folder / "file", "");
+  fs::create_directory(folder / "folder");
+  fs::create_directory_symlink("folder", folder / "link");
+  fs::create_symlink("nowhere", folder / "dangling");
+  for (const char* there : {"file", "folder", "link", "dangling"})
+    EXPECT_EQ(makeNewDir((folder / there).c_str()), -1) << there;
+  EXPECT_FALSE(fs::exists(folder / "nowhere"));
+  EXPECT_THAT(log.messages(), IsEmpty());
+}
+
+TEST(MakeDirWithParents, MakesEveryMissingLevelAsTheSystemWould) {
+  const QuietLog log;
+  const TempDir folder;
+  const mode_t before = umask(022);
   EXPECT_TRUE(makeDirWithParents(folder / "a/b c/d"));
-  for (const char* made : {"a", "a/b c", "a/b c/d"}) EXPECT_EQ(modeOf(folder / made), 0777U);
+  EXPECT_TRUE(makeDirWithParents(folder / "private", 0700));
+  umask(before);
+  for (const char* made : {"a", "a/b c", "a/b c/d"}) EXPECT_EQ(modeOf(folder / made), 0755U);
+  EXPECT_EQ(modeOf(folder / "private"), 0700U);
+  EXPECT_THAT(log.messages(), ElementsAre("[Extractor] Created " + (folder / "a") + "\n",
+                                          "[Extractor] Created " + (folder / "a/b c") + "\n",
+                                          "[Extractor] Created " + (folder / "a/b c/d") + "\n",
+                                          "[Extractor] Created " + (folder / "private") + "\n"));
+}
+
+TEST(MakeDirWithParents, OpensToNobodyWhatTheUmaskCloses) {
+  const QuietLog log;
+  const TempDir folder;
+  const mode_t before = umask(077);
+  EXPECT_TRUE(makeDirWithParents(folder / "a/b"));
+  umask(before);
+  for (const char* made : {"a", "a/b"}) EXPECT_EQ(modeOf(folder / made), 0700U);
 }
 
 TEST(MakeDirWithParents, LeavesExistingFoldersAsTheyAre) {

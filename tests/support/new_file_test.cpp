@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "support/file_modes.h"
 #include "tests/harness/file_size_limit.h"
 #include "tests/harness/temp_dir.h"
 
@@ -168,6 +169,21 @@ TEST_F(NewFileTest, CanBeHandedOver) {
     ASSERT_TRUE(second.close());
   }
   EXPECT_EQ(readFile(path_), "one two");
+}
+
+TEST_F(NewFileTest, IsForItsOwnerToWriteWhereThatIsChosen) {
+  const mode_t before = umask(0);
+  NewFile open(folder_ / "open");
+  chooseInstallationModes(InstallationModes::kOwnerWrites);
+  NewFile anew(folder_ / "anew"), rewritten(folder_ / "rewritten", NewFile::Existing::kRewritten);
+  NewFile chosenByUser(folder_ / "chosen", NewFile::Existing::kFollowed);
+  chooseInstallationModes(InstallationModes::kOpenToAll);
+  umask(before);
+  for (NewFile* file : {&open, &anew, &rewritten, &chosenByUser}) EXPECT_TRUE(file->close());
+  EXPECT_EQ(testing::modeOf(folder_ / "open"), 0666U);
+  EXPECT_EQ(testing::modeOf(folder_ / "anew"), 0644U);
+  EXPECT_EQ(testing::modeOf(folder_ / "rewritten"), 0644U);
+  EXPECT_EQ(testing::modeOf(folder_ / "chosen"), 0666U);
 }
 
 }  // namespace

@@ -81,6 +81,17 @@ TEST(WriteTail, NoticesAFileThatIsNotAsLongAsTheSystemSays) {
   }
 }
 
+TEST(WriteTail, NamesASourceThatHasGone) {
+  TempDir dir;
+  StringSink bytes;
+  try {
+    writeTailEntry(bytes, {"lzma64", dir / "gone"});
+    FAIL() << "nothing was thrown";
+  } catch (const PackError& error) {
+    EXPECT_EQ(error.finding().place.file, dir / "gone");
+  }
+}
+
 TEST(GuardBeforeMarker, IsAByteWhereTheEndLooksLikeABeginningOfTheMarker) {
   TempDir dir;
   const std::string marker = tailMarker();
