@@ -31,6 +31,7 @@ float percentOf(int received, long long expected) {
 - (void)dealloc {
   [downloadResponse release];
   [destination release];
+  [address release];
   [super dealloc];
 }
 
@@ -60,15 +61,46 @@ float percentOf(int received, long long expected) {
   timeoutSeconds = seconds;
 }
 
+- (void)setLimits:(const quillory::DownloadLimits&)newLimits {
+  limits = newLimits;
+}
+
+- (void)fail:(NSString*)reason address:(NSString*)from {
+  NSLog(@"Download failed! Error - %@ %@", reason, from);
+  quillory::logDownloadFailure(from == nil ? "" : [from UTF8String],
+                               reason == nil ? "" : [reason UTF8String]);
+  if (destination != nil) quillory::discardDownload([destination fileSystemRepresentation]);
+  isDone = YES;
+}
+
+- (void)endBecause:(NSString*)reason {
+  if (transfer == nil) return;
+  [transfer cancel];
+  [transfer release];
+  transfer = nil;
+  [self fail:reason address:address];
+}
+
+- (void)endWhenLate {
+  const std::chrono::duration<double> sinceStart = std::chrono::steady_clock::now() - start;
+  if (limits.totalSeconds > 0 && sinceStart.count() >= limits.totalSeconds)
+    [self endBecause:[NSString
+                         stringWithFormat:@"not complete after %g seconds", limits.totalSeconds]];
+}
+
 - (void)startDownloadingURL:(id)sender fromURL:(NSString*)url toFile:(NSString*)path {
   NSLog(@"Starting download from = %@\n", url);
   isDone = NO;
+  start = std::chrono::steady_clock::now();
+  [address release];
+  address = [url copy];
   NSURLRequest* request = [NSURLRequest requestWithURL:[NSURL URLWithString:url]
                                            cachePolicy:NSURLRequestUseProtocolCachePolicy
                                        timeoutInterval:timeoutSeconds];
   transfer = [[URLDownload alloc] initWithRequest:request delegate:self];
   if (transfer == nil) {
     NSLog(@"Download failed");
+    quillory::logDownloadFailure([url UTF8String], "that is no address");
     return;
   }
   NSLog(@"Set destination file to %@\n", path);
@@ -78,8 +110,22 @@ float percentOf(int received, long long expected) {
   [transfer setDestination:[NSString stringWithUTF8String:partial.c_str()] allowOverwrite:YES];
 }
 
+- (NSURLRequest*)download:(NSURLDownload*)download
+          willSendRequest:(NSURLRequest*)request
+         redirectResponse:(NSURLResponse*)response {
+  if (response == nil) return request;  // The request itself, in the form that is sent.
+  NSString* from = [[response URL] absoluteString];
+  NSString* to = [[request URL] absoluteString];
+  if (from != nil && to != nil && quillory::mayRedirect([from UTF8String], [to UTF8String]))
+    return request;
+  [self
+      endBecause:[NSString stringWithFormat:@"it is redirected to %@, which is not followed", to]];
+  return nil;
+}
+
 - (void)download:(NSURLDownload*)download didReceiveResponse:(NSURLResponse*)response {
   bytesReceived = 0;
+  bytesOfAll = 0;
   [self setDownloadResponse:response];
 }
 
@@ -92,14 +138,17 @@ float percentOf(int received, long long expected) {
   } else {
     NSLog(@"Percent complete - %f", static_cast<double>(percentOf(bytesReceived, expected)));
   }
+  bytesOfAll += static_cast<long long>(length);
+  if (limits.maxBytes > 0 && bytesOfAll > limits.maxBytes)
+    [self endBecause:[NSString stringWithFormat:@"more than %lld bytes", limits.maxBytes]];
 }
 
 - (void)keepFile {
   const int status = statusOf(downloadResponse);
   if (destination != nil && quillory::keepDownload([destination fileSystemRepresentation], status))
     return;
-  NSString* reason = [NSString stringWithFormat:@"nothing to keep, HTTP status %d", status];
-  NSLog(@"Download failed! Error - %@ %@", reason, [[downloadResponse URL] absoluteString]);
+  [self fail:[NSString stringWithFormat:@"nothing to keep, HTTP status %d", status]
+      address:[[downloadResponse URL] absoluteString]];
 }
 
 - (void)downloadDidFinish:(NSURLDownload*)download {
@@ -113,10 +162,8 @@ float percentOf(int received, long long expected) {
 - (void)download:(NSURLDownload*)download didFailWithError:(NSError*)error {
   [download release];
   transfer = nil;
-  NSLog(@"Download failed! Error - %@ %@", [error localizedDescription],
-        [[error userInfo] objectForKey:NSURLErrorFailingURLStringErrorKey]);
-  if (destination != nil) quillory::discardDownload([destination fileSystemRepresentation]);
-  isDone = YES;
+  [self fail:[error localizedDescription]
+      address:[[error userInfo] objectForKey:NSURLErrorFailingURLStringErrorKey]];
 }
 
 @end

@@ -5,6 +5,10 @@
 // before a transfer begins, so that a failed one leaves nothing there.
 #pragma once
 #include <string>
+#include <string_view>
+
+#include "formats/version_file_format.h"
+#include "support/platform.h"
 
 namespace quillory {
 
@@ -13,13 +17,27 @@ namespace quillory {
 /// which exists afterwards only when the transfer was complete. Below kInvalidUpdateURL
 /// (update_url.h) there is nothing: that fails at once.
 int downloadFile(const char* url, const char* destPath);
+/// The same, but a download that goes beyond the limits ends as one that failed.
+int downloadFile(const char* url, const char* destPath, const DownloadLimits& limits);
+
+/// Those of a version file.
+inline constexpr DownloadLimits kVersionFileLimits = {kMaxVersionFileBytes, kMaxVersionFileSeconds};
 
 /// The current time in milliseconds as decimal text, in a new block of 101 bytes; free() it.
 char* allocTimeMillisString();
 
-/// Fetches <updateURL>Quillory-<name>-version.txt?time=<millis> into `destFolder`. Whether it came
-/// is judged by the file. No separator is put between the URL and the name.
+/// Fetches <updateURL>Quillory-<name>-version.txt?time=<millis> into `destFolder`, within
+/// kVersionFileLimits. Whether it came is judged by the file. No separator is put between the URL
+/// and the name.
 void downloadVersionFile(const char* destFolder, const char* updateURL, const char* name);
+
+/// For the transport: a line in the log with the reason for which nothing came from `url`. The
+/// lines of the transport itself go to the system log only.
+void logDownloadFailure(std::string_view url, std::string_view reason);
+
+/// For the transport: whether a redirect may be followed. It leads to http or https, and never from
+/// https to http, where whoever stands on the way can answer in the server's place.
+bool mayRedirect(std::string_view from, std::string_view to);
 
 /// For the transport: where it writes until the transfer is complete. Differs from process to
 /// process, so that two launchers that fetch the same file do not mix their bytes.

@@ -1,6 +1,7 @@
 #include "formats/downloads_cocoa.h"
 
 #import "formats/downloader_cocoa.h"
+#include "formats/downloads.h"
 #include "platform/autorelease_pool.h"
 
 namespace quillory {
@@ -15,25 +16,29 @@ void waitForEnd(Downloader* downloader) {
     NSDate* end = [NSDate dateWithTimeIntervalSinceNow:kLoopTurnSeconds];
     // Not runUntilDate:, which goes on to the end of its time when the transfer is over.
     [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:end];
+    [downloader endWhenLate];
   }
 }
 
 }  // namespace
 
-int downloadThroughCocoa(const char* url, const char* destPath) {
-  return downloadThroughCocoa(url, destPath, kDownloadTimeoutSeconds);
+int downloadThroughCocoa(const char* url, const char* destPath, const DownloadLimits& limits) {
+  return downloadThroughCocoa(url, destPath, limits, kDownloadTimeoutSeconds);
 }
 
-int downloadThroughCocoa(const char* url, const char* destPath, double timeoutSeconds) {
+int downloadThroughCocoa(const char* url, const char* destPath, const DownloadLimits& limits,
+                         double timeoutSeconds) {
   const AutoreleasePool pool;
   NSString* address = [NSString stringWithUTF8String:url];
   NSString* path = [NSString stringWithUTF8String:destPath];
   if (address == nil || path == nil) {
-    NSLog(@"Download failed");  // not UTF-8
+    NSLog(@"Download failed");
+    logDownloadFailure(url, "the address or the path is not UTF-8");
     return 1;
   }
   Downloader* downloader = [[Downloader alloc] init];
   [downloader setTimeoutSeconds:timeoutSeconds];
+  [downloader setLimits:limits];
   [downloader startDownloadingURL:nil fromURL:address toFile:path];
   waitForEnd(downloader);
   [downloader release];

@@ -3,6 +3,7 @@
 #pragma once
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace quillory {
 
@@ -14,6 +15,11 @@ inline constexpr char kDynamicUpdateUrl[] = "D";
 
 /// Whether `url` begins with the 18 characters of kInvalidUpdateURL; false for null.
 bool isInvalidUpdateURL(const char* url);
+
+/// A name as part of an address: what no address can hold, a blank or a letter beyond ASCII say, is
+/// written byte by byte as "%" and two digits. All else stays, also what separates the parts of an
+/// address and what is escaped already: names with these have always been asked for so.
+std::string escapedForUrl(std::string_view name);
 
 /// The URL of one start, in the forms that its readers want. It never changes.
 class UpdateUrl {

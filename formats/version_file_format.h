@@ -15,6 +15,11 @@ inline constexpr std::string_view kVersionFileSuffix = "-version.txt";
 inline constexpr std::string_view kVersionEnds = "\n\r ";
 inline constexpr int kMaxVersionLength = 50;
 
+/// A version file beyond these is none: an installation that does not need it must not wait for one
+/// that drips, nor fill the disk with one that has no end.
+inline constexpr long long kMaxVersionFileBytes = 64 * 1024;
+inline constexpr double kMaxVersionFileSeconds = 20;
+
 /// "Quillory-<name>-version.txt", at the update URL and where it is fetched to.
 inline std::string versionFileName(const std::string& name) {
   return std::string(kReleasePrefix) + name + std::string(kVersionFileSuffix);

@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string_view>
 
 #include "formats/downloads.h"
+#include "formats/update_url.h"
 #include "formats/whole_archive.h"
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
@@ -17,10 +19,13 @@
 namespace quillory {
 namespace {
 
+constexpr DownloadLimits kNoLimits;  // A runtime may be large, and a line slow.
+
 // True when a whole file arrived. What an earlier start left there is never taken for it.
-bool download(const std::string& url, const std::string& destination) {
+bool download(const std::string& url, const std::string& destination,
+              const DownloadLimits& limits) {
   removeTree(destination);
-  downloadFile(url.c_str(), destination.c_str());
+  downloadFile(url.c_str(), destination.c_str(), limits);
   struct stat info = {};
   return stat(destination.c_str(), &info) == 0;
 }
@@ -35,8 +40,8 @@ struct Fetch {
 
 // Downloads with the splash in front; where nothing comes, it is taken down for good.
 bool downloadInFront(const Fetch& fetch, const std::string& url, const std::string& path,
-                     const char* failure) {
-  if (download(url, path)) {
+                     const DownloadLimits& limits, const char* failure) {
+  if (download(url, path, limits)) {
     fetch.display.showIndefiniteProgress();
     return true;
   }
@@ -45,14 +50,25 @@ bool downloadInFront(const Fetch& fetch, const std::string& url, const std::stri
   return false;
 }
 
+// Whether the file begins as a web page does. No version does.
+bool isWebPage(std::FILE* file) {
+  constexpr std::string_view kBeforeText = " \t\r\n\xEF\xBB\xBF";
+  std::rewind(file);
+  int c = std::fgetc(file);
+  while (c != EOF && kBeforeText.find(static_cast<char>(c)) != std::string_view::npos)
+    c = std::fgetc(file);
+  return c == '<';
+}
+
 std::optional<std::string> downloadVersion(const Fetch& fetch) {
   const OwnedText now(allocTimeMillisString());
   const std::string name = versionFileName(fetch.place.name.text());
-  const std::string url = fetch.server.url + name + "?time=" + now.get();
+  const std::string url = fetch.server.url + escapedForUrl(name) + "?time=" + now.get();
   const std::string path = fetch.server.versionFileFolder + '/' + name;
   fetch.display.show();
   logMessage("[JREDownload] Fetching JRE Version from %s\n", url.c_str());
-  if (!downloadInFront(fetch, url, path, "[JREDownload] Failed to download JRE version file\n"))
+  if (!downloadInFront(fetch, url, path, kVersionFileLimits,
+                       "[JREDownload] Failed to download JRE version file\n"))
     return std::nullopt;
   logMessage("[JREDownload] JRE version downloaded OK [%s]\n", path.c_str());
 
@@ -60,15 +76,23 @@ std::optional<std::string> downloadVersion(const Fetch& fetch) {
   if (file == nullptr)
     logMessage("[JREDownload] ************************** Unable to open version file! [%d]\n",
                errno);
-  return readJreVersion(file.get());
+  std::optional<std::string> version = readJreVersion(file.get());
+  // Only told: what a page begins with is a version like others, of which there is no archive.
+  if (file != nullptr && isWebPage(file.get()))
+    logError(
+        "[JREDownload] A web page came in the place of the version file. Does this network ask for "
+        "a login, or a proxy stand in between?\n");
+  return version;
 }
 
 bool downloadArchive(const Fetch& fetch, const std::string& version, const std::string& packed) {
-  const std::string url = fetch.server.url + releaseArchiveName(fetch.place.name.text(), version);
+  const std::string url =
+      fetch.server.url + escapedForUrl(releaseArchiveName(fetch.place.name.text(), version));
   fetch.display.show();
   logMessage("[JREDownload] Downloading JRE\n");
   logMessage("[JREDownload] JRE archive is at %s\n", url.c_str());
-  if (!downloadInFront(fetch, url, packed, "[JREDownload] Failed to download JRE\n")) return false;
+  if (!downloadInFront(fetch, url, packed, kNoLimits, "[JREDownload] Failed to download JRE\n"))
+    return false;
   logMessage("[JREDownload] JRE Downloaded OK, will extract\n");
   return true;
 }

@@ -54,6 +54,12 @@ struct WindowCalls {
 
 }  // namespace splash
 
+/// What ends a download that would go on for too long; 0: nothing does.
+struct DownloadLimits {
+  long long maxBytes = 0;   ///< more than these are no download
+  double totalSeconds = 0;  ///< from its beginning to its end
+};
+
 struct Platform {
   /// A line for the system log. The plain answer: standard error.
   void (*systemLog)(const char* message);
@@ -62,7 +68,7 @@ struct Platform {
   bool (*moveItem)(const char* from, const char* to, std::string& error);
   /// The transport of formats/downloads.h, whose file tells the outcome; the value says nothing.
   /// Null, as in the plain table: every download fails at once.
-  int (*downloadFile)(const char* url, const char* destPath);
+  int (*downloadFile)(const char* url, const char* destPath, const DownloadLimits& limits);
   BundleCalls bundles;
   /// The plain answer takes the thread that initialised the program for the main thread.
   bool (*isMainThread)();

@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include <chrono>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -17,6 +18,10 @@ constexpr long kMostRedirects = 20;
 constexpr long kReceiveBufferBytes = 256 * 1024;
 
 using Clock = std::chrono::steady_clock;
+
+bool isSecure(const std::string& url) {
+  return strncasecmp(url.c_str(), "https:", std::strlen("https:")) == 0;
+}
 
 class Transfer {
  public:
@@ -45,7 +50,8 @@ class Transfer {
   void setOptions() {
     set(CURLOPT_URL, request_.url.c_str());
     set(CURLOPT_PROTOCOLS_STR, "http,https,file");
-    set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    // Never from https to http, where whoever stands on the way can answer in the server's place.
+    set(CURLOPT_REDIR_PROTOCOLS_STR, isSecure(request_.url) ? "https" : "http,https");
     set(CURLOPT_FOLLOWLOCATION, 1L);
     set(CURLOPT_MAXREDIRS, kMostRedirects);
     set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(request_.timeoutSeconds * 1000));
@@ -85,6 +91,8 @@ class Transfer {
   static std::size_t onContent(const char* bytes, std::size_t, std::size_t length, void* context) {
     Transfer& transfer = *static_cast<Transfer*>(context);
     transfer.lastSign_ = Clock::now();
+    // A file that is made now would be there behind the back of whoever has given up.
+    if (transfer.request_.isCancelled) return CURL_WRITEFUNC_ERROR;
     if (!transfer.file_ && !transfer.begin()) return CURL_WRITEFUNC_ERROR;
     if (!transfer.file_->write(bytes, length)) return CURL_WRITEFUNC_ERROR;
     transfer.observer_.dataArrived(length);
@@ -109,6 +117,8 @@ class Transfer {
     if (request_.isCancelled) return {TransferError::kCancelled, "cancelled"};
     if (isSilent_ || code == CURLE_OPERATION_TIMEDOUT)
       return {TransferError::kTimedOut, "The request timed out."};
+    if (code == CURLE_UNSUPPORTED_PROTOCOL)
+      return {errorFor(code), "a redirect to another protocol is not followed"};
     const bool isExplained = message_[0] != '\0';
     return {errorFor(code), isExplained ? message_ : curl_.errorText(code)};
   }

@@ -14,7 +14,8 @@ struct TransferResponse {
 };
 
 struct TransferRequest {
-  std::string url;   ///< http:, https: or file:; redirects lead to the first two only
+  std::string url;   ///< http:, https: or file:; redirects lead to the first two only,
+                     ///< and from https: to https:
   std::string path;  ///< replaced when the content begins to arrive; may not exist afterwards
   double timeoutSeconds = 60;  ///< silence of this length ends the transfer, however long it runs
   std::string authorities;     ///< file of the certificates to trust; "" for those of the system

@@ -22,7 +22,8 @@ struct DownloadJob;
 /// downloadDidFinish:. Without `allowOverwrite` a file that is there already makes it fail.
 - (void)setDestination:(NSString*)path allowOverwrite:(BOOL)allowOverwrite;
 
-/// Ends the transfer without another message.
+/// Ends the transfer without another message, and waits for its end for as long as it may take to
+/// notice: at most two seconds.
 - (void)cancel;
 
 @end

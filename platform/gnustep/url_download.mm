@@ -2,6 +2,7 @@
 
 #include <pthread.h>
 #include <signal.h>
+#include <time.h>
 
 #include <memory>
 
@@ -71,6 +72,7 @@ static_assert(static_cast<int>(TransferError::kCannotWrite) == NSURLErrorCannotW
 
 namespace {
 
+constexpr time_t kLongestWaitSeconds = 2;
 constexpr NSTimeInterval kCenturySeconds = 100.0 * 365 * 24 * 3600;
 
 NSString* textFrom(const std::string& bytes) {
@@ -195,6 +197,13 @@ NSError* errorFrom(const DownloadJob& job) {
 
 - (void)cancel {
   job->request.isCancelled = true;
+  if (!job->isWorking) return;
+  // So that nothing of it is left when this returns. But a name server that does not answer cannot
+  // be interrupted.
+  timespec end = {};
+  clock_gettime(CLOCK_REALTIME, &end);
+  end.tv_sec += kLongestWaitSeconds;
+  if (pthread_timedjoin_np(job->worker, nullptr, &end) == 0) job->isWorking = false;
 }
 
 - (void)keepLoopWaiting {

@@ -104,6 +104,26 @@ TEST_F(OnlineInstaller, LeavesTheApplicationToTheUpdaterWhenItBringsNone) {
   EXPECT_THAT(startedArguments(machine_.user()), Contains("argument"));
 }
 
+// What a server finds under the name of the file when it has undone the escapes.
+TEST_F(OnlineInstaller, InstallsARuntimeWhoseNameNoAddressCanHold) {
+  static constexpr struct {
+    const char* name;
+    const char* inAddress;
+  } kCases[] = {{"My JRE", "My%20JRE"}, {"JR\u00c9", "JR%C3%89"}};
+  for (const auto& [name, inAddress] : kCases) {
+    SCOPED_TRACE(name);
+    const std::string address = "/Quillory-" + std::string(inAddress);
+    server_.answer(address + "-version.txt", answerFile("17\n"));
+    server_.answer(address + "-17-archive.p2.l2", answerFile(packedScriptRuntime()));
+    const OnlineMachine machine;
+    const ChildResult result = machine.start(onlineTail(server_.url()), {{"jre_name", name}});
+    EXPECT_EQ(result.exitStatus, 0) << result.out << result.err;
+    EXPECT_THAT(startedArguments(machine.user()), Contains("argument"));
+    EXPECT_THAT(namesIn(machine.master()),
+                Contains("Quillory-" + std::string(name) + "-17-complete.plugin"));
+  }
+}
+
 TEST_F(OnlineInstaller, UsesAHealthyRuntimeThatIsInstalledAlready) {
   publishRuntime(server_, "17", packedScriptRuntime());
   machine_.expectGoodStart(onlineTail(server_.url()));

@@ -7,7 +7,9 @@
 namespace quillory::testing {
 namespace {
 
+using ::testing::Contains;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 /// A file that does not arrive, or not whole.
 struct BadTransfer {
@@ -87,6 +89,19 @@ TEST_F(OnlineFailure, OfAVersionFileWithoutAnEndCanBeEndedByTheUser) {
   }
   machine_.expectNoRuntime();
   EXPECT_FALSE(std::filesystem::exists(versionFile()));
+  expectRecovery();
+}
+
+TEST_F(OnlineFailure, OfAVersionFileThatIsFarTooLong) {
+  HttpAnswer endless = answerWithoutLength(std::string(60'000, ' '));
+  endless.bodyCount = 1'000'000;
+  server_.answer(kVersionPath, endless);
+  const ChildResult result = start();
+  expectFailure(result, kVersionFailed);
+  EXPECT_THAT(result.out, HasSubstr("[Download] Nothing came: more than 65536 bytes (" +
+                                    server_.url(kVersionPath) + "?time="));
+  EXPECT_THAT(namesIn(machine_.master() + "/Quillory-Quillory-1-complete"),
+              Not(Contains(HasSubstr(".part"))));
   expectRecovery();
 }
 

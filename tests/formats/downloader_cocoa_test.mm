@@ -119,6 +119,28 @@ TEST_F(DownloaderTest, IsNotDoneWhenTheDownloadCannotBeMade) {
   EXPECT_FALSE([downloader_ isTransferring]);
 }
 
+// What Cocoa asks before it follows a redirect; libcurl is told beforehand.
+TEST_F(DownloaderTest, FollowsRedirectsThatMayBeFollowed) {
+  const auto request = [](NSString* url) {
+    return [NSURLRequest requestWithURL:[NSURL URLWithString:url]];
+  };
+  NSURLResponse* secure =
+      [[[NSURLResponse alloc] initWithURL:[NSURL URLWithString:@"https://host/file"]
+                                 MIMEType:nil
+                    expectedContentLength:0
+                         textEncodingName:nil] autorelease];
+  NSURLRequest* better = request(@"https://host/other");
+  NSURLRequest* worse = request(@"http://host/other");
+  const auto answer = [&](NSURLRequest* next, NSURLResponse* response) {
+    return [downloader_ download:nil willSendRequest:next redirectResponse:response];
+  };
+  EXPECT_TRUE(answer(better, secure) == better);
+  EXPECT_TRUE(answer(worse, secure) == nil);
+  EXPECT_TRUE(answer(worse, responseOfLength(0)) == worse);
+  EXPECT_TRUE(answer(request(@"file:///etc/hostname"), responseOfLength(0)) == nil);
+  EXPECT_TRUE(answer(worse, nil) == worse) << "no redirect";
+}
+
 TEST_F(DownloaderTest, IsDoneOnceTheRunLoopHasTurnedToTheEnd) {
   const testing::TempDir folder;
   testing::writeFile(folder / "source", "content");

@@ -12,6 +12,7 @@
 
 #include "formats/downloads.h"
 #include "support/platform.h"
+#include "tests/harness/captured_log.h"
 #include "tests/harness/http_server.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
@@ -39,10 +40,10 @@ class DownloadFile : public ::testing::Test {
   }
 
   /// Downloads to "file" in a folder of its own; what the platform's log got is in `log_`.
-  void download(const std::string& url) {
+  void download(const std::string& url, const DownloadLimits& limits = {}) {
     ::testing::internal::CaptureStderr();
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(downloadFile(url.c_str(), (folder_ / "file").c_str()), 1);
+    EXPECT_EQ(downloadFile(url.c_str(), (folder_ / "file").c_str(), limits), 1);
     seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     log_ = ::testing::internal::GetCapturedStderr();
   }
@@ -58,6 +59,9 @@ class DownloadFile : public ::testing::Test {
   void expectFailure(const std::string& reason) const {
     EXPECT_TRUE(names().empty()) << names().front();
     EXPECT_THAT(log_, HasSubstr("] Download failed! Error - " + reason));
+    const std::string inWords = reason.substr(0, reason.find(" http:"));
+    EXPECT_TRUE(launcherLog_.contains("[Download] Nothing came: " + inWords))
+        << launcherLog_.text();
   }
 
   std::vector<std::string> names() const {
@@ -70,12 +74,14 @@ class DownloadFile : public ::testing::Test {
   HttpServer server_;
   TempDir folder_;
   std::string log_;
+  CapturedLog launcherLog_;
   double seconds_ = 0;
 
  private:
   ScopedReplace<decltype(platformCalls.downloadFile)> transport_{
-      platformCalls.downloadFile, +[](const char* url, const char* destPath) {
-        return downloadThroughCocoa(url, destPath, timeoutSeconds);
+      platformCalls.downloadFile,
+      +[](const char* url, const char* destPath, const DownloadLimits& limits) {
+        return downloadThroughCocoa(url, destPath, limits, timeoutSeconds);
       }};
 };
 
@@ -258,6 +264,42 @@ TEST_F(DownloadFile, FailsAfterTheTimeWithoutAByte) {
   }
 }
 
+// Within the silence that ends a transfer, again and again.
+TEST_F(DownloadFile, FailsAfterItsTimeHoweverItDrips) {
+  server_.answer("/drip", answerInPieces("1", 1000, std::chrono::milliseconds(50)));
+  server_.answer("/silent", answerSilence());
+  for (const char* path : {"/drip", "/silent"}) {
+    SCOPED_TRACE(path);
+    download(server_.url(path), {.totalSeconds = 0.7});
+    expectFailure("not complete after 0.7 seconds");
+    EXPECT_GE(seconds_, 0.7);
+    EXPECT_LT(seconds_, 3);
+  }
+}
+
+TEST_F(DownloadFile, FailsBeyondItsLengthHoweverLongItIs) {
+  HttpAnswer endless = answerWithoutLength(std::string(1000, 'x'));
+  endless.bodyCount = 10'000'000;
+  server_.answer("/endless", endless);
+  server_.answer("/long", answerFile("12345678"));
+  for (const char* path : {"/endless", "/long"}) {
+    SCOPED_TRACE(path);
+    download(server_.url(path), {.maxBytes = 7});
+    expectFailure("more than 7 bytes");
+    EXPECT_LT(seconds_, 3);
+  }
+  download(server_.url("/long"), {.maxBytes = 8});
+  expectContent("12345678");
+}
+
+TEST_F(DownloadFile, GoesOnAfterOneThatWasEnded) {
+  server_.answer("/drip", answerInPieces("1", 1000, std::chrono::milliseconds(50)));
+  server_.answer("/file", answerFile("content"));
+  download(server_.url("/drip"), {.totalSeconds = 0.3});
+  download(server_.url("/file"));
+  expectContent("content");
+}
+
 TEST_F(DownloadFile, FailsWhenTheConnectionIsRefused) {
   download("http://127.0.0.1:" + std::to_string(unusedPort()) + "/file");
   expectFailure("Failed to connect to 127.0.0.1");
@@ -373,7 +415,7 @@ TEST(DownloadThroughCocoa, FetchesWithoutATimeOfItsCaller) {
   HttpServer server;
   server.answer("/file", answerFile("content"));
   ::testing::internal::CaptureStderr();
-  EXPECT_EQ(downloadThroughCocoa(server.url("/file").c_str(), (folder / "file").c_str()), 1);
+  EXPECT_EQ(downloadThroughCocoa(server.url("/file").c_str(), (folder / "file").c_str(), {}), 1);
   ::testing::internal::GetCapturedStderr();
   EXPECT_EQ(readFile(folder / "file"), "content");
 }

@@ -31,15 +31,20 @@ using testing::writeFile;
 
 std::vector<std::string> transfers;  // "<url> -> <path>", as the transport was asked for them
 
+DownloadLimits transferLimits;  // of the last one
+
 class RecordedTransfers {
  public:
   RecordedTransfers()
       : transport_(
-            platformCalls.downloadFile, +[](const char* url, const char* destPath) {
+            platformCalls.downloadFile,
+            +[](const char* url, const char* destPath, const DownloadLimits& limits) {
               transfers.push_back(std::string(url) + " -> " + destPath);
+              transferLimits = limits;
               return 1;
             }) {
     transfers.clear();
+    transferLimits = {};
   }
 
  private:
@@ -84,7 +89,7 @@ TEST(DownloadVersionFile, InsertsNoSeparatorBehindTheUpdateUrl) {
   const FixedClock clock;
   downloadVersionFile("/folder/", "http://host/u?file=", "My App");
   EXPECT_THAT(transfers,
-              ElementsAre("http://host/u?file=Quillory-My App-version.txt?time=1700000000123"
+              ElementsAre("http://host/u?file=Quillory-My%20App-version.txt?time=1700000000123"
                           " -> /folder/Quillory-My App-version.txt"));
 }
 
@@ -106,7 +111,8 @@ TEST(DownloadVersionFile, TakesAMissingUpdateUrlForAnEmptyOne) {
 
 TEST(DownloadFile, ReturnsOneWhateverTheTransportSays) {
   const ScopedReplace transport(
-      platformCalls.downloadFile, +[](const char*, const char*) { return 0; });
+      platformCalls.downloadFile,
+      +[](const char*, const char*, const DownloadLimits&) { return 0; });
   EXPECT_EQ(downloadFile("http://host/", "/nonexistent/file"), 1);
 }
 
@@ -114,7 +120,7 @@ TEST(DownloadFile, RemovesWhatAnEarlierStartLeftBeforeItBegins) {
   const TempDir folder;
   writeFile(folder / "file", "old");
   const ScopedReplace transport(
-      platformCalls.downloadFile, +[](const char*, const char* destPath) {
+      platformCalls.downloadFile, +[](const char*, const char* destPath, const DownloadLimits&) {
         EXPECT_FALSE(fs::exists(destPath));
         return 1;
       });
@@ -139,7 +145,9 @@ TEST(DownloadFile, FailsAtOnceWhereThereIsNoTransport) {
   const CapturedLog log;
   EXPECT_EQ(downloadFile("http://host/", (folder / "file").c_str()), 1);
   EXPECT_FALSE(fs::exists(folder / "file"));
-  EXPECT_THAT(log.messages(), ElementsAre("Download failed\n"));
+  EXPECT_THAT(log.messages(),
+              ElementsAre("Download failed\n",
+                          "[Download] Nothing came: there is no network here (http://host/)\n"));
 }
 
 TEST(DownloadFile, FailsAtOnceBelowTheUrlThatSwitchesUpdatesOff) {
@@ -147,7 +155,42 @@ TEST(DownloadFile, FailsAtOnceBelowTheUrlThatSwitchesUpdatesOff) {
   const CapturedLog log;
   EXPECT_EQ(downloadFile("http://no.invalid/Quillory-JRE-version.txt", "/nonexistent/file"), 1);
   EXPECT_THAT(transfers, IsEmpty());
-  EXPECT_THAT(log.messages(), ElementsAre("Download failed\n"));
+  EXPECT_THAT(log.messages(), ElementsAre("Download failed\n",
+                                          "[Download] Nothing came: updates are switched off "
+                                          "(http://no.invalid/Quillory-JRE-version.txt)\n"));
+}
+
+TEST(DownloadFile, HasNoLimitsButThoseOfItsCaller) {
+  const RecordedTransfers transport;
+  downloadFile("http://host/", "/nonexistent/file");
+  EXPECT_EQ(transferLimits.maxBytes, 0);
+  EXPECT_EQ(transferLimits.totalSeconds, 0);
+  downloadFile("http://host/", "/nonexistent/file", {7, 0.5});
+  EXPECT_EQ(transferLimits.maxBytes, 7);
+  EXPECT_EQ(transferLimits.totalSeconds, 0.5);
+}
+
+TEST(DownloadVersionFile, WaitsForASmallFileAndNotForLong) {
+  const RecordedTransfers recorded;
+  downloadVersionFile("/folder", "http://host/", "GU");
+  EXPECT_EQ(transferLimits.maxBytes, 65536);
+  EXPECT_EQ(transferLimits.totalSeconds, 20);
+}
+
+TEST(MayRedirect, NeverLeavesTheWebNorHttps) {
+  static constexpr struct {
+    const char* from;
+    const char* to;
+    bool isAllowed;
+  } kCases[] = {{"http://a/", "http://b/", true},    {"http://a/", "https://a/", true},
+                {"https://a/", "https://b/", true},  {"https://a/", "http://a/", false},
+                {"HTTPS://a/", "http://a/", false},  {"https://a/", "HTTP://a/", false},
+                {"https://a/", "HTTPS://a/", true},  {"http://a/", "file:///etc/x", false},
+                {"http://a/", "ftp://a/", false},    {"https://a/", "data:,x", false},
+                {"http://a/", "httpsx://a/", false}, {"http://a/", "", false},
+                {"http://a/", "http", false}};
+  for (const auto& [from, to, isAllowed] : kCases)
+    EXPECT_EQ(mayRedirect(from, to), isAllowed) << from << " to " << to;
 }
 
 TEST(PartialDownloadPath, LiesBesideTheDestinationAndNamesTheProcess) {

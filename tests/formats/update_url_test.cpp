@@ -61,5 +61,26 @@ TEST(IsInvalidUpdateURL, ComparesAllOfTheEighteenCharacters) {
 
 TEST(IsInvalidUpdateURL, IsFalseForNull) { EXPECT_FALSE(isInvalidUpdateURL(nullptr)); }
 
+TEST(EscapedForUrl, EscapesWhatNoAddressCanHoldAndNothingElse) {
+  static constexpr struct {
+    const char* name;
+    const char* escaped;
+  } kCases[] = {{"", ""},
+                {"Quillory-JRE-1.8.0_202-archive.p2.l2", "Quillory-JRE-1.8.0_202-archive.p2.l2"},
+                {"My JRE", "My%20JRE"},
+                {"JR\xC3\x89", "JR%C3%89"},
+                {"\xE6\x97\xA5\xE6\x9C\xAC", "%E6%97%A5%E6%9C%AC"},
+                {"not UTF-8: \xE9", "not%20UTF-8:%20%E9"},
+                {"\"<>\\^`{|}\x01\x7F", "%22%3C%3E%5C%5E%60%7B%7C%7D%01%7F"},
+                {"!$&'()*+,-./:;=?@[]_~#", "!$&'()*+,-./:;=?@[]_~#"},
+                {"My%20JRE", "My%20JRE"},
+                {"100% Java", "100%25%20Java"},
+                {"%", "%25"},
+                {"%2", "%252"},
+                {"%2x", "%252x"},
+                {"%%41", "%25%41"}};
+  for (const auto& [name, escaped] : kCases) EXPECT_EQ(escapedForUrl(name), escaped) << name;
+}
+
 }  // namespace
 }  // namespace quillory

@@ -73,6 +73,13 @@ HttpRequest parsed(std::string text) {
   return request;
 }
 
+std::string_view partOf(const HttpAnswer& answer, std::size_t part) {
+  const std::string_view body = answer.body;
+  const std::size_t begin = body.size() * part / answer.partsOfBody;
+  const std::size_t end = body.size() * (part + 1) / answer.partsOfBody;
+  return body.substr(begin, end - begin);
+}
+
 /// "/path" of "/path?query" and of "http://host/path?query".
 std::string pathOf(const std::string& target) {
   const std::size_t scheme = target.find("://");
@@ -127,6 +134,14 @@ HttpAnswer answerInPieces(const std::string& piece, std::size_t count,
                           std::chrono::milliseconds pause) {
   HttpAnswer answer = answerWithLength(piece, piece.size() * count);
   answer.bodyCount = count;
+  answer.pause = pause;
+  return answer;
+}
+
+HttpAnswer answerSlowly(const std::string& body, std::size_t parts,
+                        std::chrono::milliseconds pause) {
+  HttpAnswer answer = answerFile(body);
+  answer.partsOfBody = parts;
   answer.pause = pause;
   return answer;
 }
@@ -199,9 +214,10 @@ void HttpServer::serve(int connection) {
   }
   const HttpAnswer answer = answerTo(parsed(std::move(text)));
   bool isOpen = sendAll(connection, answer.head);
-  for (std::size_t i = 0; isOpen && !isStopping_ && i < answer.bodyCount; ++i) {
+  const std::size_t parts = answer.bodyCount * answer.partsOfBody;
+  for (std::size_t i = 0; isOpen && !isStopping_ && i < parts; ++i) {
     std::this_thread::sleep_for(answer.pause);
-    isOpen = sendAll(connection, answer.body);
+    isOpen = sendAll(connection, partOf(answer, i % answer.partsOfBody));
   }
   if (isOpen && answer.isStalled) waitForEnd(connection);
   if (answer.isReset) {

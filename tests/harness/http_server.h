@@ -17,7 +17,8 @@ struct HttpAnswer {
   std::string head;  ///< status line and headers, with the empty line; "" sends none
   std::string body;  ///< sent `bodyCount` times, one after another
   std::size_t bodyCount = 1;
-  std::chrono::milliseconds pause{0};  ///< before each of them
+  std::size_t partsOfBody = 1;         ///< in which each of them is sent
+  std::chrono::milliseconds pause{0};  ///< before each part
   bool isReset = false;                ///< the connection is broken off, not closed
   bool isStalled = false;  ///< then nothing more comes, until the client or the test goes away
 };
@@ -39,6 +40,9 @@ HttpAnswer answerReset(const std::string& body, std::size_t sent);
 /// 200 with the length of `count` times `piece`, with a pause before each.
 HttpAnswer answerInPieces(const std::string& piece, std::size_t count,
                           std::chrono::milliseconds pause = std::chrono::milliseconds{0});
+/// 200 with the length of the body, which comes in `parts` with a pause before each.
+HttpAnswer answerSlowly(const std::string& body, std::size_t parts,
+                        std::chrono::milliseconds pause);
 /// The connection is closed without a byte.
 HttpAnswer answerNothing();
 /// The request is taken, and nothing ever comes.

@@ -299,6 +299,48 @@ TEST_F(DownloadJre, EndsWhenAKilledToolLeftNothing) {
   expectFailure("\\[ExtractArchive\\] Failed to extract archive - couldn't open file ");
 }
 
+TEST_F(DownloadJre, SaysInClearWordsThatAWebPageCame) {
+  const std::string words = "\\[JREDownload\\] A web page came in the place of the version file\\.";
+  for (const char* page : {"<!DOCTYPE html>\n<html>", "\xEF\xBB\xBF \r\n\t<html>", "<", "<a>x"}) {
+    SCOPED_TRACE(page);
+    serveVersion(page);
+    expectFailure(words + "(.|\n)*\\[JREDownload\\] Failed to download JRE\n");
+  }
+  serveVersion("<html><head><title>Welcome</title></head><body></body></html>");
+  expectFailure("Version invalid \\(too long\\)\n(.|\n)*" + words);
+
+  serveVersion("1<8");
+  CapturedLog log;
+  tryToDownload();
+  EXPECT_FALSE(log.contains("A web page came"));
+}
+
+TEST_F(DownloadJre, WaitsForTheVersionFileNotForLongAndForTheArchiveAsLongAsItTakes) {
+  static std::vector<DownloadLimits> limits;
+  limits.clear();
+  const ScopedReplace transport(
+      platformCalls.downloadFile,
+      +[](const char*, const char* destPath, const DownloadLimits& itsLimits) {
+        limits.push_back(itsLimits);
+        writeFile(destPath, "8");
+        return 1;
+      });
+  expectFailure("Failed to decompress JRE archive\n");
+  ASSERT_EQ(limits.size(), 2U);
+  EXPECT_EQ(limits[0].maxBytes, 65536);
+  EXPECT_EQ(limits[0].totalSeconds, 20);
+  EXPECT_EQ(limits[1].maxBytes, 0);
+  EXPECT_EQ(limits[1].totalSeconds, 0);
+}
+
+TEST_F(DownloadJre, AsksForNamesThatAnAddressCannotHold) {
+  place_.name = *JreName::make("My JR\xC3\x89", "");
+  net_.files()["http://localhost/updates/Quillory-My%20JR%C3%89-version.txt"] = "\xC3\xBC";
+  expectFailure(
+      "JRE archive is at "
+      "http://localhost/updates/Quillory-My%20JR%C3%89-%C3%BC-archive.p2.l2\n");
+}
+
 TEST_F(DownloadJre, EndsWithoutAVersionEvenWhenAnArchiveCame) {
   serveVersion("");
   serveArchive("", "LZMA:" + jreArchive());
@@ -311,7 +353,8 @@ TEST_F(DownloadJre, TreatsAVersionFileThatCannotBeOpenedAsEmpty) {
   serveArchive("", "LZMA:" + jreArchive());
   // A socket: it is there, and cannot be opened.
   const ScopedReplace transport(
-      platformCalls.downloadFile, +[](const char* url, const char* destPath) {
+      platformCalls.downloadFile,
+      +[](const char* url, const char* destPath, const DownloadLimits&) {
         if (std::string(url).find("version.txt") == std::string::npos) {
           writeFile(destPath, "LZMA:" + jreArchive());
           return 1;

@@ -20,7 +20,7 @@ std::vector<std::string> asked;
 std::string destination;
 std::vector<std::string> splashCalls;
 
-int download(const char* url, const char* destPath) {
+int download(const char* url, const char* destPath, const DownloadLimits&) {
   const std::string address = url;
   asked.push_back(address);
   destination = destPath;

@@ -171,12 +171,24 @@ class SecureTransfer : public Transfer {
 
   std::string certificate() const { return folder_ / "certificate.pem"; }
 
-  BackgroundChild startServer(int port) const {
+  // What is in its files is the content, or with "-HTTP" the whole answer.
+  BackgroundChild startServer(int port, const std::string& mode = "-WWW") const {
     ChildOptions options;
     options.directory = folder_ / "web";
     return BackgroundChild({"openssl", "s_server", "-accept", "127.0.0.1:" + std::to_string(port),
-                            "-cert", certificate(), "-key", folder_ / "key.pem", "-WWW"},
+                            "-cert", certificate(), "-key", folder_ / "key.pem", mode},
                            options);
+  }
+
+  TransferResult runRedirected(const std::string& location) {
+    const int port = unusedPort();
+    writeFile(folder_ / "web/moved",
+              "HTTP/1.0 302 Found\r\nLocation: " + location + "\r\nContent-Length: 0\r\n\r\n");
+    writeFile(folder_ / "web/here", "HTTP/1.0 200 OK\r\nContent-Length: 5\r\n\r\nmoved");
+    BackgroundChild server = startServer(port, "-HTTP");
+    EXPECT_TRUE(server.waitForOutput("ACCEPT"));
+    request_.authorities = certificate();
+    return run("https://127.0.0.1:" + std::to_string(port) + "/moved");
   }
 };
 
@@ -199,6 +211,21 @@ TEST_F(SecureTransfer, TakesACertificateOfATrustedAuthority) {
   const TransferResult result = run("https://127.0.0.1:" + std::to_string(port) + "/file");
   EXPECT_EQ(result.error, TransferError::kNone) << result.message;
   EXPECT_EQ(readFile(folder_ / "file"), "secret content");
+}
+
+TEST_F(SecureTransfer, FollowsARedirectThatStaysSecure) {
+  const TransferResult result = runRedirected("/here");
+  EXPECT_EQ(result.error, TransferError::kNone) << result.message;
+  EXPECT_EQ(readFile(folder_ / "file"), "moved");
+}
+
+TEST_F(SecureTransfer, FollowsNoRedirectIntoTheClear) {
+  server_.answer("/file", answerFile("anybody's content"));
+  const TransferResult result = runRedirected(server_.url("/file"));
+  EXPECT_EQ(result.error, TransferError::kUnsupportedUrl);
+  EXPECT_EQ(result.message, "a redirect to another protocol is not followed");
+  EXPECT_THAT(server_.targets(), SizeIs(0)) << "nobody is asked";
+  EXPECT_FALSE(fs::exists(folder_ / "file"));
 }
 
 TEST_F(SecureTransfer, RefusesACertificateOfAnotherHost) {

@@ -187,9 +187,10 @@ TEST_F(URLDownloadTest, SendsNothingMoreOnceCancelled) {
   server_.answer("/file", answerStalled("content that never comes whole", 10));
   URLDownload* download = start(server_.url("/file"), 60);
   turnLoopUntil("data");
+  EXPECT_TRUE(fs::exists(folder_ / "file"));
   [download cancel];
+  EXPECT_FALSE(fs::exists(folder_ / "file")) << "it ended before cancel returned";
   messages_.clear();
-  for (int i = 0; i < 100 && fs::exists(folder_ / "file"); ++i) turnLoop(0.05);
   turnLoop(0.1);
   EXPECT_FALSE(fs::exists(folder_ / "file"));
   EXPECT_THAT(messages_, IsEmpty());

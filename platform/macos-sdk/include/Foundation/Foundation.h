@@ -135,6 +135,7 @@ extern "C" NSString* const NSURLErrorFailingURLStringErrorKey;
 @interface NSURLDownload : NSObject
 - (instancetype)initWithRequest:(NSURLRequest*)request delegate:(id)delegate;
 - (void)setDestination:(NSString*)path allowOverwrite:(BOOL)allowOverwrite;
+- (void)cancel;
 @end
 
 typedef uint32_t AEEventClass;
