@@ -1,5 +1,6 @@
-// First: the next header does not stand alone.
+// First: sys/random.h does not stand alone.
 #include <Availability.h>
+#include <sys/types.h>
 //
 #include <sys/random.h>
 
