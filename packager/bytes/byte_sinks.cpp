@@ -1,5 +1,6 @@
 #include "packager/bytes/byte_sinks.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -80,13 +81,36 @@ bool isFile(const std::string& path) {
 }
 
 std::string readWholeFile(const std::string& path) {
-  StringSink content;
-  copyFileInto(content, path);
-  return content.bytes();
+  std::string content = readBeginningOf(path, kLargestWholeFile + 1);
+  if (content.size() > kLargestWholeFile) {
+    throw PackError(
+        "is larger than " + std::to_string(kLargestWholeFile >> 20) + " MiB, or has no end",
+        "name another file", {path, 0});
+  }
+  return content;
 }
 
-void writeWholeFile(const std::string& path, std::string_view bytes, unsigned mode) {
-  FileSink file(path, mode);
+std::string readBeginningOf(const std::string& path, std::size_t most) {
+  const OwnedFile file = openForReading(path);
+  std::string content;
+  std::vector<char> buffer(kCopyBuffer);
+  while (content.size() < most) {
+    const std::size_t wanted = std::min(buffer.size(), most - content.size());
+    const std::size_t size = std::fread(buffer.data(), 1, wanted, file.get());
+    if (size == 0) {
+      break;
+    }
+    content.append(buffer.data(), size);
+  }
+  if (std::ferror(file.get())) {
+    throwFileError(path, "cannot be read", errno);
+  }
+  return content;
+}
+
+void writeWholeFile(const std::string& path, std::string_view bytes, unsigned mode,
+                    Durability durability) {
+  FileSink file(path, mode, durability);
   file.write(bytes);
   file.commit();
 }

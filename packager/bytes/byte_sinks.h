@@ -63,9 +63,14 @@ std::uint64_t copyFileInto(ByteSink& sink, const std::string& path);
 
 /// Whether there is a file, or a link to one.
 bool isFile(const std::string& path);
-/// The whole of a small file. Throws PackError, naming it, when it cannot be read.
+/// The whole of a small file. Throws PackError, naming it, when it cannot be read, and when it has
+/// more than kLargestWholeFile bytes, as a device has that never ends.
 std::string readWholeFile(const std::string& path);
+inline constexpr std::size_t kLargestWholeFile = 64 * 1024 * 1024;
+/// Up to `most` bytes of it. Throws PackError, naming it, when it cannot be read.
+std::string readBeginningOf(const std::string& path, std::size_t most);
 /// Writes a file as FileSink does: all of it, or PackError and what was there before.
-void writeWholeFile(const std::string& path, std::string_view bytes, unsigned mode = 0666);
+void writeWholeFile(const std::string& path, std::string_view bytes, unsigned mode = 0666,
+                    Durability durability = Durability::kFlushed);
 
 }  // namespace quillory::pack

@@ -71,6 +71,8 @@ int runBundle(const BundleArguments& given, Reporter& reporter) {
 }  // namespace
 
 BundleResult makeBundle(const Config& config, const BundleOptions& options, Reporter& reporter) {
+  const std::string bundle = options.output + '/' + config.application.name + ".app";
+  requireReplaceable(bundle);  // before anybody waits for the packing
   const WorkFolder work(options.output);
   const std::optional<SigningKey> key = bundleKey(config, options.isUnsigned, reporter);
   const BundleTools tools = findBundleTools(config, options.target);
@@ -81,8 +83,7 @@ BundleResult makeBundle(const Config& config, const BundleOptions& options, Repo
                 work.path(), reporter);
   const MadeFiles made =
       assembleBundle(config, tools, packed, key ? key->publicHex() : "", work.path());
-  const BundleResult result{options.output + '/' + config.application.name + ".app",
-                            options.output + "/release", bytesIn(made.bundle)};
+  const BundleResult result{bundle, options.output + "/release", bytesIn(made.bundle)};
   putInPlace(made, {result.bundle, result.releaseFolder, work / "earlier"});
   return result;
 }

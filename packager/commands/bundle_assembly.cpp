@@ -18,6 +18,9 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr unsigned kExecutable = 0777;  // less the umask
+constexpr unsigned kPlain = 0666;
+// With the folder around it, before that gets its name.
+constexpr Durability kFlushedLater = Durability::kLeftToTheSystem;
 
 TailRecords tailRecords(const Config& config, const PackedParts& parts,
                         const std::string& publicKey) {
@@ -74,7 +77,7 @@ Parameters parametersOf(const Config& config) {
 }
 
 void writeParametersFile(const std::string& path, const Config& config) {
-  FileSink params(path);
+  FileSink params(path, kPlain, kFlushedLater);
   writeParameters(params, parametersOf(config));
   params.commit();
 }
@@ -86,7 +89,7 @@ std::string writeIcon(const Config& config, const std::string& resources) {
     return "";
   }
   const std::string name = config.application.executable + ".icns";
-  writeWholeFile(resources + name, icnsFrom(config.resolve(icon)));
+  writeWholeFile(resources + name, icnsFrom(config.resolve(icon)), kPlain, kFlushedLater);
   return name;
 }
 
@@ -103,7 +106,8 @@ MadeFiles assembleBundle(const Config& config, const BundleTools& tools, const P
   const std::string resources = contents + "Resources/";
   fs::create_directories(contents + "MacOS");
   fs::create_directories(resources);
-  FileSink executable(contents + "MacOS/" + config.application.executable, kExecutable);
+  FileSink executable(contents + "MacOS/" + config.application.executable, kExecutable,
+                      kFlushedLater);
   copyFileInto(executable, tools.launcher);
   if (config.bundle.tail == TailPlace::kExecutable) {
     executable.write(guardBeforeMarker(tools.launcher));
@@ -112,15 +116,17 @@ MadeFiles assembleBundle(const Config& config, const BundleTools& tools, const P
   }
   executable.commit();
   if (config.bundle.tail == TailPlace::kFile) {
-    FileSink tail(resources + kTailFileName);
+    FileSink tail(resources + kTailFileName, kPlain, kFlushedLater);
     writeTail(tail, config, tools, parts, publicKey);
     tail.commit();
   }
   writeParametersFile(resources + kParamsFileName, config);
   const std::string icon = writeIcon(config, resources);
-  writeWholeFile(contents + "Info.plist", applicationInfoPlist(config.application, icon));
+  writeWholeFile(contents + "Info.plist", applicationInfoPlist(config.application, icon), kPlain,
+                 kFlushedLater);
   if (!tools.elevMac.empty()) {
-    writeWholeFile(resources + "elev_mac", readWholeFile(tools.elevMac), kExecutable);
+    writeWholeFile(resources + "elev_mac", readWholeFile(tools.elevMac), kExecutable,
+                   kFlushedLater);
   }
   addReleaseOf(parts.updater, made.release);
   addReleaseOf(parts.application, made.release);

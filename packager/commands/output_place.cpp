@@ -1,13 +1,26 @@
 #include "packager/commands/output_place.h"
 
+#include <cerrno>
 #include <filesystem>
 
+#include "packager/commands/launcher_log.h"
+#include "packager/reading/bundle_view.h"
 #include "packager/report/findings.h"
+#include "support/durable.h"
 
 namespace quillory::pack {
 namespace {
 
 namespace fs = std::filesystem;
+
+// So that a power cut leaves nothing under its final name whose bytes are not there.
+void flush(bool (*sync)(const std::string&), const std::string& folder) {
+  const LauncherLog log(true);
+  if (!sync(folder)) {
+    throwFileError(folder, "cannot be written to the disk", errno,
+                   "look at the disk, and pack again");
+  }
+}
 
 void move(const std::string& made, const std::string& place) {
   std::error_code error;
@@ -74,19 +87,35 @@ void moveReleaseFiles(const MadeFiles& made, const OutputPlace& place, bool vers
 
 }  // namespace
 
-void putInPlace(const MadeFiles& made, const OutputPlace& place) {
-  std::error_code unknown;
-  if (exists(place.bundle) && !fs::is_directory(place.bundle + "/Contents", unknown)) {
-    throw PackError("is in the way, and is no bundle", "move it away", {place.bundle, 0});
+void requireReplaceable(const std::string& bundle) {
+  if (!exists(bundle)) {
+    return;
   }
+  if (!isBundle(bundle)) {
+    throw PackError("is in the way, and is no bundle", "move it away", {bundle, 0});
+  }
+  if (!isFinishedBundle(bundle)) {
+    throw PackError("is in the way, and is no bundle that this program has finished",
+                    "move it away, or name another folder with --output or bundle.output",
+                    {bundle, 0});
+  }
+}
+
+void putInPlace(const MadeFiles& made, const OutputPlace& place) {
+  requireReplaceable(place.bundle);
+  flush(syncTree, made.release);
   std::error_code error;
   fs::create_directories(place.release, error);
   if (error) {
     throw PackError("cannot be created: " + error.message(), "", {place.release, 0});
   }
   moveReleaseFiles(made, place, false);
+  flush(syncFolder, place.release);  // no version file before the archive that it tells of
+  flush(syncTree, made.bundle);
   BundleExchange bundle(made, place);
+  flush(syncFolder, fs::path(place.bundle).parent_path());
   moveReleaseFiles(made, place, true);
+  flush(syncFolder, place.release);
   bundle.keep();
 }
 

@@ -17,11 +17,16 @@ struct OutputPlace {
   std::string earlier;  ///< not there yet: takes a bundle of an earlier run
 };
 
+/// Throws PackError when something stands in the place of a bundle that must not be replaced: a
+/// file, or the bundle of somebody else.
+void requireReplaceable(const std::string& bundle);
+
 /// Moves the archives into the release folder, then the bundle, then the version files, so that
 /// nobody reads of an archive that is not there yet. Release files replace those of the same names;
-/// what else lies there, archives of earlier versions say, stays. Throws PackError; the bundle of
-/// an earlier run is then where it was. What stands in the bundle's place and is no bundle is left
-/// alone, with a PackError.
+/// what else lies there, archives of earlier versions say, stays. Everything is on
+/// the disk before it gets its name, and each name before those that speak of it. Throws PackError;
+/// the bundle of an earlier run is then where it was. What requireReplaceable() refuses is left
+/// alone.
 void putInPlace(const MadeFiles& made, const OutputPlace& place);
 
 }  // namespace quillory::pack

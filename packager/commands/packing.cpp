@@ -64,7 +64,7 @@ void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
   std::vector<std::future<void>> running;
   for (const PackingJob& job : jobs) {
     progress.total += job.content->totalBytes();
-    files.push_back(std::make_unique<FileSink>(job.output));
+    files.push_back(std::make_unique<FileSink>(job.output, 0666, Durability::kLeftToTheSystem));
   }
   for (std::size_t i = 0; i < jobs.size(); ++i) {
     running.push_back(std::async(std::launch::async, [&, i] {

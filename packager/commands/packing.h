@@ -21,8 +21,8 @@ struct PackingOptions {
   Salt salt = Salt::kRandom;
 };
 
-/// Packs all jobs at the same time. When one fails the others are stopped and nothing of them is
-/// left.
+/// Packs all jobs at the same time, into files that nobody keeps: the disk is not waited for. When
+/// one fails the others are stopped and nothing of them is left.
 void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
              Reporter& reporter);
 

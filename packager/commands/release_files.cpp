@@ -10,10 +10,12 @@ namespace quillory::pack {
 void addRelease(const std::string& folder, const std::string& name, const std::string& version,
                 const std::string& archive) {
   std::filesystem::create_directories(folder);
-  FileSink copy(folder + '/' + releaseArchiveName(name, version));
+  FileSink copy(folder + '/' + releaseArchiveName(name, version), 0666,
+                Durability::kLeftToTheSystem);
   copyFileInto(copy, archive);
   copy.commit();
-  writeWholeFile(folder + '/' + versionFileName(name), version + '\n');
+  writeWholeFile(folder + '/' + versionFileName(name), version + '\n', 0666,
+                 Durability::kLeftToTheSystem);
 }
 
 }  // namespace quillory::pack

@@ -5,7 +5,7 @@
 namespace quillory::pack {
 
 /// Adds Quillory-<name>-version.txt and Quillory-<name>-<version>-archive.p2.l2 to `folder`, which
-/// is created. `archive` is copied.
+/// is created, and flushed by who gives it its name. `archive` is copied.
 void addRelease(const std::string& folder, const std::string& name, const std::string& version,
                 const std::string& archive);
 

@@ -1,11 +1,13 @@
 #include "packager/config/toml_file.h"
 
 #include <algorithm>
+#include <optional>
 #include <sstream>
 #include <tuple>
 #include <utility>
 
 #include "packager/bytes/byte_sinks.h"
+#include "packager/config/toml_limits.h"
 #include "packager/config/toml_versions.h"
 #include "packager/report/findings.h"
 
@@ -20,7 +22,12 @@ std::string parserMessage(const std::string& what) {
 }
 
 toml::value parse(const std::string& path) {
-  std::istringstream text(readWholeFile(path));
+  // A byte more than may be there, so that a file without an end is seen to be too large.
+  const std::string bytes = readBeginningOf(path, kLargestTomlFile + 1);
+  if (const std::optional<Finding> excess = excessOfToml(path, bytes)) {
+    throw RejectedInput({*excess});
+  }
+  std::istringstream text(bytes);
   try {
     return toml::parse(text, path);
   } catch (const toml::exception& e) {

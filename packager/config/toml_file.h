@@ -37,9 +37,9 @@ const TomlValue* find(const TomlValue::Table& table, const std::string& key);
 /// What a value is, for people: "a whole number".
 std::string kindOf(const TomlValue& value);
 
-/// The tables of a file. Throws RejectedInput, with the line, when it is not TOML, and PackError
-/// when it cannot be read. Whole numbers that do not fit are the nearest that do, or an error: the
-/// versions of the library differ.
+/// The tables of a file. Throws RejectedInput, with the line, when it is not TOML or goes beyond
+/// toml_limits.h, and PackError when it cannot be read. Whole numbers that do not fit are the
+/// nearest that do, or an error: the versions of the library differ.
 TomlValue::Table readTomlFile(const std::string& path);
 
 }  // namespace quillory::pack

@@ -73,7 +73,20 @@ void readTailOf(BundleView& bundle, Findings& findings) {
 
 }  // namespace
 
-bool isBundle(const std::string& path) { return fs::is_directory(path + "/Contents"); }
+bool isBundle(const std::string& path) {
+  std::error_code unknown;
+  return fs::is_directory(path + "/Contents", unknown);
+}
+
+bool isFinishedBundle(const std::string& path) {
+  Findings ignored;
+  try {
+    const BundleView bundle = readBundle(path, ignored);
+    return bundle.params && bundle.tail;
+  } catch (const PackError&) {
+    return false;
+  }
+}
 
 std::string plistText(const std::string& plist, const std::string& key) {
   const std::size_t at = plist.find("<key>" + key + "</key>");

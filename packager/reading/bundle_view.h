@@ -23,6 +23,10 @@ struct BundleView {
 /// Whether it has the folder "Contents", which makes a bundle of a folder.
 bool isBundle(const std::string& path);
 
+/// Whether a bundle holds what each of ours holds when it is finished, and nobody else's does: a
+/// parameters file with its marker, and a tail.
+bool isFinishedBundle(const std::string& path);
+
 /// Reads what the launcher reads, and in its order. What is missing is a finding.
 BundleView readBundle(const std::string& path, Findings& findings);
 

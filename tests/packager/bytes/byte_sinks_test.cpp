@@ -195,6 +195,27 @@ TEST(ReadWholeFile, ReportsWhatIsNotThere) {
   EXPECT_THROW(readWholeFile("/"), PackError);
 }
 
+TEST(ReadWholeFile, StopsAtADeviceWithoutAnEnd) {
+  try {
+    readWholeFile("/dev/zero");
+    FAIL();
+  } catch (const PackError& e) {
+    EXPECT_EQ(asText(e.finding()),
+              "/dev/zero: error: is larger than 64 MiB, or has no end\n  -> name another file");
+  }
+}
+
+TEST(ReadBeginningOf, ReadsNoMoreThanIsAskedFor) {
+  TempDir dir;
+  writeFile(dir / "file", "content");
+  EXPECT_EQ(readBeginningOf(dir / "file", 3), "con");
+  EXPECT_EQ(readBeginningOf(dir / "file", 0), "");
+  EXPECT_EQ(readBeginningOf(dir / "file", 7), "content");
+  EXPECT_EQ(readBeginningOf(dir / "file", 8), "content");
+  EXPECT_EQ(readBeginningOf("/dev/zero", 1 << 20), std::string(1 << 20, '\0'));
+  EXPECT_THROW(readBeginningOf("/nonexistent/file", 1), PackError);
+}
+
 TEST(ReadWholeFile, ReturnsEveryByte) {
   TempDir dir;
   const std::string content("a\0b\r\n\xff", 6);

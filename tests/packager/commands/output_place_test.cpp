@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 
+#include "formats/markers.h"
 #include "packager/report/findings.h"
+#include "support/durable.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory::pack {
@@ -31,6 +34,9 @@ class PutInPlace : public ::testing::Test {
 
   void makeEarlierRun() {
     writeFile(dir_ / "dist/Hello.app/Contents/old", "old");
+    writeFile(dir_ / "dist/Hello.app/Contents/Resources/Tail", "Hello");
+    writeFile(dir_ / "dist/Hello.app/Contents/Resources/AppParams.excludefromsigning",
+              paramsMarker() + std::string("0\0", 2));
     writeFile(dir_ / "dist/release/" + kVersionFile, "2\n");
   }
   // A folder cannot be replaced by a file.
@@ -117,6 +123,71 @@ TEST_F(PutInPlace, LeavesAloneWhatIsNoBundle) {
   fs::remove(dir_ / "dist/Hello.app");
   fs::create_symlink("nowhere", dir_ / "dist/Hello.app");
   EXPECT_EQ(errorOf(), inTheWay);
+}
+
+TEST_F(PutInPlace, LeavesAloneABundleThatSomebodyElseHasMade) {
+  const std::string foreign = dir_ / "dist/Hello.app/Contents";
+  const std::string error =
+      dir_ / "dist/Hello.app" +
+      ": error: is in the way, and is no bundle that this program has finished\n"
+      "  -> move it away, or name another folder with --output or bundle.output";
+  writeFile(foreign + "/MacOS/Hello", "program");
+  EXPECT_EQ(errorOf(), error);
+  writeFile(foreign + "/Resources/Tail", "a file of that name");
+  EXPECT_EQ(errorOf(), error);
+  writeFile(foreign + "/Resources/AppParams.excludefromsigning", "without the marker");
+  EXPECT_EQ(errorOf(), error);
+  writeFile(foreign + "/Resources/AppParams.excludefromsigning",
+            paramsMarker() + std::string("0\0", 2));
+  fs::remove(foreign + "/Resources/Tail");
+  EXPECT_EQ(errorOf(), error);
+  EXPECT_EQ(readFile(foreign + "/MacOS/Hello"), "program");
+  EXPECT_FALSE(isThere("dist/release")) << "it is looked at before anything is moved";
+}
+
+// What was flushed, and what stood under its final name then.
+class Flushed : public PutInPlace {
+ protected:
+  Flushed() {
+    self_ = this;
+    durableCalls.flushFolder = [](int, const std::string& path) { return self_->note(path); };
+    durableCalls.flushTree = [](int, const std::string& path) { return self_->note(path); };
+  }
+  ~Flushed() override { durableCalls = before_; }
+
+  int note(const std::string& path) {
+    std::string line = path.substr(dir_.str().size() + 1) + ':';
+    for (const std::string& name :
+         {"release/"s + kArchive, "Hello.app"s, "release/"s + kVersionFile}) {
+      line += isThere("dist/" + name) ? " " + fs::path(name).extension().string() : "";
+    }
+    seen_.push_back(line);
+    return static_cast<int>(seen_.size()) == failing_ ? EIO : 0;
+  }
+
+  static inline Flushed* self_ = nullptr;
+  const DurableCalls before_ = durableCalls;
+  std::vector<std::string> seen_;
+  int failing_ = 0;
+};
+
+TEST_F(Flushed, BeforeItsNameAndEachNameBeforeTheNext) {
+  EXPECT_EQ(errorOf(), "");
+  EXPECT_EQ(seen_,
+            (std::vector<std::string>{"work/release:", "dist/release: .l2", "work/Hello.app: .l2",
+                                      "dist: .l2 .app", "dist/release: .l2 .app .txt"}));
+}
+
+TEST_F(Flushed, OrNothingOfItIsToldOf) {
+  for (failing_ = 1; failing_ <= 4; ++failing_) {
+    seen_.clear();
+    EXPECT_NE(errorOf().find("error: cannot be written to the disk: Input/output error"),
+              std::string::npos)
+        << failing_;
+    EXPECT_FALSE(isThere("dist/Hello.app")) << failing_;
+    EXPECT_FALSE(isThere("dist/release/"s + kVersionFile)) << failing_;
+    writeFile(dir_ / "work/release/" + kArchive, "archive");
+  }
 }
 
 TEST_F(PutInPlace, NamesAReleaseFolderThatCannotBeMade) {

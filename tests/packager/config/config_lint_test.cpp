@@ -99,6 +99,11 @@ TEST(LintConfig, RefusesTextsThatTheLauncherWouldCut) {
       findingOf(loadWith("arguments = [\"" + longest + "x\"]\n").findings, "record-limit").what,
       "application.arguments has 1023 bytes; the launcher reads up to 1022 and takes the rest "
       "for the next record");
+  for (const char* key : {"main-class", "compatibility-class"}) {
+    const std::string updater = std::string("[updater]\n") + key + " = \"" + longest;
+    EXPECT_TRUE(loadWith(updater + "\"\n").accepted) << key;
+    EXPECT_TRUE(hasRule(loadWith(updater + "x\"\n").findings, "record-limit")) << key;
+  }
   const std::string url = "https://example.com/" + std::string(4978, 'u');
   EXPECT_TRUE(loadWith("[update]\nurl = \"" + url + "\"\n").accepted);
   EXPECT_TRUE(hasRule(loadWith("[update]\nurl = \"" + url + "u\"\n").findings, "record-limit"));

@@ -59,6 +59,7 @@ TEST_F(LintNames, KeepsTheRuntimeApartFromTheOthers) {
   EXPECT_EQ(findingOf(lint(), "name-taken").what,
             "runtime.name is the name of the updater, whose folders would be taken for the "
             "runtime's");
+  EXPECT_EQ(findingOf(lint(), "name-taken").severity, Severity::kError);
   config_.runtime.name = "HELLO";
   EXPECT_EQ(findingOf(lint(), "name-taken").what,
             "runtime.name is the name of the application, whose folders would be taken for the "
@@ -104,6 +105,7 @@ TEST_F(LintNames, WarnsOfAnIdentifierThatNobodyWrote) {
   config_.filledIn = {"application.identifier"};
   const Findings findings = lint();
   ASSERT_EQ(rulesOf(findings), Rules{"identifier"});
+  EXPECT_EQ(findings[0].severity, Severity::kWarning);
   EXPECT_EQ(findings[0].what,
             "application.identifier is missing; \"com.example.hello\" is used, which another "
             "application may have");
@@ -115,7 +117,8 @@ TEST_F(LintNames, LooksAtAnIdentifierThatIsGiven) {
     config_.places.erase("application.identifier");
     EXPECT_EQ(rulesOf(lint()), Rules{}) << "it was made from the name";
     config_.places["application.identifier"] = {"quillory.toml", 6};
-    EXPECT_EQ(rulesOf(lint()), Rules{"identifier"}) << identifier;
+    ASSERT_EQ(rulesOf(lint()), Rules{"identifier"}) << identifier;
+    EXPECT_EQ(lint()[0].severity, Severity::kWarning);
   }
   config_.application.identifier = "com.example.My-App.2";
   EXPECT_EQ(rulesOf(lint()), Rules{});

@@ -108,6 +108,9 @@ TEST(LoadConfig, ReadsTheExampleOfTheReadMe) {
 
 TEST(LoadConfig, TellsRuntimesApart) {
   EXPECT_EQ(loadWith("[runtime]\njlink = true\n").config.runtime.source, RuntimeSource::kJlink);
+  EXPECT_EQ(loadWith("").config.signing.salt, Salt::kRandom);
+  EXPECT_EQ(loadWith("[signing]\nsalt = \"random\"\n").config.signing.salt, Salt::kRandom);
+  EXPECT_EQ(loadWith("[signing]\nsalt = \"derived\"\n").config.signing.salt, Salt::kDerived);
   EXPECT_EQ(loadWith("[runtime]\nmodules = [\"java.base\"]\n").config.runtime.source,
             RuntimeSource::kJlink);
   EXPECT_EQ(loadWith("[runtime]\nfolder = \"jre\"\n").config.runtime.source,

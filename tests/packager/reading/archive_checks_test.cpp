@@ -138,6 +138,7 @@ TEST_F(RuntimeChecks, TakeOneWithJavaAJarAndOneLibrary) {
 TEST_F(RuntimeChecks, WantJava) {
   const Findings findings = runtime(jar_ + library_);
   ASSERT_EQ(rulesOf(findings), Rules{"no-java"});
+  EXPECT_EQ(findings[0].severity, Severity::kError);
   EXPECT_EQ(findings[0].place.file, "JRE.p2");
 }
 
