@@ -20,6 +20,19 @@ std::optional<std::string> sharedDirectoryFor(
     const std::string& installType,
     const std::function<std::string()>& homeFolder = homeFolderOfUser);
 
+/// Whether that is the directory of all users.
+bool isForAllUsers(const std::string& installType);
+
+/// Where a start keeps what it writes, its log and its settings, when it may not write where the
+/// application is installed: a master folder in the user's own directory, made as that is. Where
+/// he has no home that he can write to, a new folder in `temporaryFolder` for him alone; "" where
+/// not even that can be made.
+std::string ownFolderFor(const std::string& home, const std::string& appName,
+                         const std::string& temporaryFolder = "/tmp");
+
+/// A new folder in `parent` that only this user can look into; "" when none can be made.
+std::string makePrivateFolder(const std::string& parent);
+
 /// <shared directory>/Quillory-<appName>
 std::string masterFolderFor(const std::string& sharedDirectory, const std::string& appName);
 

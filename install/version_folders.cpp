@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "support/clock.h"
+#include "support/file_modes.h"
 #include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/paths.h"
@@ -80,6 +81,11 @@ std::optional<std::string> newestVersionFolder(const std::string& master, const 
     const long version = versionOfFolder(entry).value_or(-1);
     logMessage("[PickFolder] Folder %s matches %s with version %ld\n", entry.c_str(), name.c_str(),
                version);
+    if (!mayBeUsed(joinPath(master, entry))) {
+      logMessage("[PickFolder] Folder %s could have been changed by another user. Skipping.\n",
+                 entry.c_str());
+      continue;
+    }
     if (version <= latestVersion) continue;
     latest = entry;
     latestVersion = version;

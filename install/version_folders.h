@@ -35,7 +35,8 @@ std::optional<long> versionOfFolder(std::string_view folderName);
 
 /// The name of the folder of `name` with the highest version, or nothing. Folders are looked at in
 /// byte order of their names, whatever the file system; of equal versions the first stays, so a
-/// JRE's plain folder comes before its bundle.
+/// JRE's plain folder comes before its bundle. Those that another user could have written are
+/// passed over, with a line in the log, where that matters: see mayBeUsed().
 std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name);
 
 /// Number of entries in a folder's listing, "." and ".." included; 0 when it cannot be opened.

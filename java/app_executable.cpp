@@ -25,7 +25,9 @@ std::string provideAppExecutable(const std::string& binFolder, const std::string
 
   // Beside its place first: two starts at the same time do not mix their bytes.
   OutputFile copy(executable, ExactMode{installationMode()});
-  if (!copyWhole(java, copy, executable)) logError("Error setting app binary executable!\n");
+  if (copyWhole(java, copy, executable)) return executable;
+  if (usesOnlyTrusted()) return java;
+  logError("Error setting app binary executable!\n");
   return executable;
 }
 

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <utility>
@@ -16,6 +17,7 @@
 #include "java/launch_properties.h"
 #include "java/launch_start.h"
 #include "support/exit_status.h"
+#include "support/file_modes.h"
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
@@ -53,6 +55,23 @@ OwnedFile openLaunchFile(const std::string& path) {
   return nullptr;
 }
 
+/// Options of the JVM, which decide what is executed: "" where another user could have written
+/// them.
+std::string rememberedOptionsOf(const LaunchRequest& request, const std::string& privateJre) {
+  const bool isOwn = !request.ownFolder.empty();
+  const std::string folder = joinPath(isOwn ? request.ownFolder : request.masterFolder, "QYApps");
+  // The folder, the master folder and the two of the user's directory.
+  constexpr int kLevels = 4;
+  std::filesystem::path place = folder;
+  for (int level = 0; isOwn && level < kLevels; ++level, place = place.parent_path()) {
+    if (mayBeUsed(place)) continue;
+    logMessage("[Extractor] %s could have been changed by another user. Not used.\n",
+               place.c_str());
+    return "";
+  }
+  return folder + '/' + kRememberedOptionsPrefix + privateJre;
+}
+
 /// Nothing, with an error in the log, when the application has no private JRE to run on.
 std::optional<LaunchRuntime> chooseRuntime(const LaunchRequest& request,
                                            const std::string& appName) {
@@ -73,8 +92,7 @@ std::optional<LaunchRuntime> chooseRuntime(const LaunchRequest& request,
   logMessage("[Extractor] Using private JRE %s\n", privateJre->c_str());
   runtime.folder = joinPath(request.masterFolder, *privateJre);
   runtime.executable = provideAppExecutable(runtime.folder + "/bin", appName);
-  runtime.rememberedOptionsPath =
-      joinPath(request.masterFolder, "QYApps") + '/' + kRememberedOptionsPrefix + *privateJre;
+  runtime.rememberedOptionsPath = rememberedOptionsOf(request, *privateJre);
   logMessage("[Extractor] JRE LSO file is %s\n", runtime.rememberedOptionsPath.c_str());
   return runtime;
 }
@@ -101,7 +119,8 @@ bool passProperties(const LaunchRequest& request, const LaunchRuntime& runtime,
                           block);
   for (std::string& option : readRememberedOptions(runtime.rememberedOptionsPath, block))
     command.jvmOptions.push_back(std::move(option));
-  const std::optional<std::string> file = writeLaunchProperties(block, appFolder);
+  const std::optional<std::string> file =
+      writeLaunchProperties(block, request.ownFolder.empty() ? appFolder : request.ownFolder);
   if (file) command.applicationArguments.push_back(*file);
   return file.has_value();
 }
@@ -171,6 +190,11 @@ LaunchResult launch(const LaunchRequest& request) {
   if (request.launchClass == kLaunchCompatibilityCheck)
     return {.status = runCompatibilityClass(command)};
   return {.status = kNothingLaunched};
+}
+
+void prepareLaunch(const LaunchRequest& request) {
+  const OwnedFile launchFile = openLaunchFile(joinPath(appFolderOf(request), kLaunchFileName));
+  if (launchFile) chooseRuntime(request, readLaunchHeader(launchFile.get()).appName);
 }
 
 bool isCompatible(const LaunchResult& result) { return result.status == kExitJreCompatible; }

@@ -20,7 +20,11 @@ inline constexpr int kLaunchCompatibilityCheck = 1;
 /// What is launched: the application, or the class of it that judges a JRE.
 struct LaunchRequest {
   std::string masterFolder;
-  std::string appFolderName;        ///< the version folder in it that has the launch file
+  std::string appFolderName;  ///< the version folder in it that has the launch file
+  /// Where the launch writes its properties and finds what an earlier one has remembered, for a
+  /// user who does not write to the installation; "" for the updater's folder and the master
+  /// folder.
+  std::string ownFolder = {};
   const PropertyBlock& properties;  ///< borrowed, and left as it is
   std::vector<std::string> userArguments = {};
   std::string updateUrl = {};  ///< as the tail has it
@@ -46,6 +50,10 @@ struct LaunchResult {
 /// waits for it. No status without a launch file or a private JRE (kExitFailure), or without
 /// launch properties (kExitNoProperties).
 LaunchResult launch(const LaunchRequest& request);
+
+/// Makes what launch() would make in the installation, the application's executable, for users who
+/// may not. Nothing to be made, and failures, are as launch() would log them.
+void prepareLaunch(const LaunchRequest& request);
 
 /// Whether the compatibility class said kExitJreCompatible.
 bool isCompatible(const LaunchResult& result);

@@ -1,5 +1,8 @@
 #include "launcher/driver.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <optional>
@@ -9,6 +12,7 @@
 #include "formats/extraction.h"
 #include "formats/property_block.h"
 #include "formats/update_url.h"
+#include "install/closed_installation.h"
 #include "install/file_logging.h"
 #include "install/install_locations.h"
 #include "install/jre_name.h"
@@ -55,11 +59,19 @@ struct Start {
   UpdateUrl updateUrl;
   Rsa_key* key = nullptr;
   std::string masterFolder;
+  /// Where this start writes what is its user's: the master folder, unless only the administrator
+  /// writes there.
+  std::string ownFolder;
   JreName jreName;
 
   TailArchives archives() const { return {tailStream.get(), key}; }
   SplashOverride splashOverride() const { return {tail.canOverrideSplash, params.splashImage}; }
   bool showsUi() const { return !isSilent && !line.prepareOnly; }
+  bool isHardenedForAll() const { return params.isHardened && isForAllUsers(tail.installType); }
+  /// Whether the administrator's rights are at work on what others could otherwise write to.
+  bool isClosedToOthers() const {
+    return geteuid() == 0 && (line.prepareOnly || isHardenedForAll());
+  }
 };
 
 std::string findSharedDirectory(const Start& start) {
@@ -90,17 +102,43 @@ std::string readTail(Start& start) {
   return sharedDirectory;
 }
 
+void chooseModes(const Start& start) {
+  if (start.isHardenedForAll()) {
+    chooseInstallationModes(InstallationModes::kOnlyTrustedAreUsed);
+  } else if (start.params.isHardened) {
+    chooseInstallationModes(InstallationModes::kOwnerWrites);
+  }
+  // An application is not started by this run, which could inherit it.
+  if (start.line.prepareOnly && start.isClosedToOthers()) umask(022);
+}
+
+std::string ownFolderOf(const Start& start) {
+  if (!start.isHardenedForAll() || start.line.prepareOnly) return start.masterFolder;
+  const std::string folder = ownFolderFor(start.surroundings.homeFolder(), start.tail.appName);
+  logMessage("[Extractor] Own folder is %s\n", folder.c_str());
+  return folder;
+}
+
+/// The folder whose QYApps/JreNameOverride counts: the administrator's before the user's own.
+const std::string& folderOfOverride(const Start& start) {
+  const bool isSafe = mayBeUsed(joinPath(start.masterFolder, "QYApps"));
+  return isSafe ? start.masterFolder : start.ownFolder;
+}
+
 void enterMasterFolder(Start& start, const std::string& sharedDirectory) {
+  chooseModes(start);
   if (start.line.prepareOnly) createDirectoryForAllUsers(sharedDirectory);
   start.masterFolder = masterFolderFor(sharedDirectory, start.tail.appName);
   logMessage("[Extractor] Master folder is %s\n", start.masterFolder.c_str());
-  setupFileLogging(start.masterFolder.c_str());
+  if (start.isClosedToOthers()) endUnless(closeInstallation(start.masterFolder));
+  start.ownFolder = ownFolderOf(start);
+  setupFileLogging(start.ownFolder.c_str());
 
   const std::optional<JreName> jreName = JreName::make(
-      overrideJreName(start.masterFolder, start.params.jreName), start.tail.jreVersion);
+      overrideJreName(folderOfOverride(start), start.params.jreName), start.tail.jreVersion);
   endUnless(jreName.has_value());
   start.jreName = *jreName;
-  makeDir(joinPath(start.masterFolder, "QYAppsSharedConfig").c_str());
+  makeDir(joinPath(start.ownFolder, "QYAppsSharedConfig").c_str());
 }
 
 void logWhatTailCarries(const TailRecords& tail) {
@@ -116,17 +154,27 @@ void logWhatTailCarries(const TailRecords& tail) {
   }
 }
 
+/// Under the fixed names in the folder of all users, anybody could block the set-up of a user.
+std::string folderForSplash(const Start& start) {
+  const std::string& shared = start.surroundings.sharedTemporaryFolder;
+  return start.params.isHardened ? makePrivateFolder(shared) : shared;
+}
+
 /// Never comes back when this user may not write to the master folder.
 void makeFirstTempFolder(const Start& start, const ComponentFolders& folders) {
-  if (makeNewDir(folders.guTemp.c_str()) == 0) return;
+  if (mayBeUsed(start.masterFolder) && makeNewDir(folders.guTemp.c_str()) == 0) return;
   logMessage("[Extractor] Unable to create GU Temp folder - assuming elevation required\n");
   const StartSurroundings& around = start.surroundings;
   endUnless(mayElevate(start.line.prepareOnly, around.isRelaunchedCopy()));
-  endUnlessExtracted(extractSplashForElevation(start.archives(), start.splashOverride(),
-                                               around.sharedTemporaryFolder));
+  const std::string pictureFolder = folderForSplash(start);
+  if (!pictureFolder.empty())
+    endUnlessExtracted(
+        extractSplashForElevation(start.archives(), start.splashOverride(), pictureFolder));
   logMessage("[Extractor] Performing elevated setup and launch\n");
   doElevatedSetupAndLaunch(start.tail.appName, start.line.fullArgc, start.line.fullArgv,
                            start.isSilent, start.exe);
+  if (!pictureFolder.empty() && pictureFolder != around.sharedTemporaryFolder)
+    removeTree(pictureFolder);
   std::exit(kExitSuccess);
 }
 
@@ -147,6 +195,7 @@ FetchDisplay splashAsDisplay() {
 LaunchRequest launchOf(const Start& start, const std::string& updaterFolder) {
   return {.masterFolder = start.masterFolder,
           .appFolderName = updaterFolder,
+          .ownFolder = start.ownFolder == start.masterFolder ? "" : start.ownFolder,
           .properties = start.properties,
           .userArguments = {start.line.args, start.line.args + start.line.argCount},
           .updateUrl = start.updateUrl.toldOfTail(),
@@ -154,9 +203,19 @@ LaunchRequest launchOf(const Start& start, const std::string& updaterFolder) {
           .launchedFromDynprops = start.exe.absolutePath};
 }
 
+/// Whether a program of the installation may run now: with the administrator's rights, none that
+/// anybody else could have put there.
+bool mayRun(const Start& start, const std::string& path) {
+  if (!start.isClosedToOthers() || isOutOfReach(start.masterFolder, path)) return true;
+  logMessage("[SUDO] Any user could have written %s: not run with the administrator's rights\n",
+             path.c_str());
+  return false;
+}
+
 /// Asks the compatibility class of an installed updater about a `java` of the system.
 bool isCompatibleWith(const Start& start, const std::string& updaterFolder,
                       const std::string& java) {
+  if (!mayRun(start, joinPath(start.masterFolder, updaterFolder))) return false;
   LaunchRequest check = launchOf(start, updaterFolder);
   check.launchClass = kLaunchCompatibilityCheck;
   check.javaToCheck = java;
@@ -185,7 +244,7 @@ std::string setUpJre(const Start& start, const ComponentFolders& folders,
   if (!jre.provided) std::exit(jre.exitStatus);
   const std::string unpack200 = unpack200Of(*jre.provided);
   logMessage("[Extractor] UP200 path is %s\n", unpack200.c_str());
-  return unpack200;
+  return mayRun(start, unpack200) ? unpack200 : "";
 }
 
 /// Installs the updater, a JRE and the application; returns the folder name of the updater to run.
@@ -238,9 +297,13 @@ std::string installOrUpdate(Start& start) {
 
 [[noreturn]] void handOff(Start& start, const std::string& guFolderName) {
   start.tailStream.reset();
-  if (start.line.prepareOnly) std::exit(kExitSuccess);
   LaunchRequest request = launchOf(start, guFolderName);
   request.jreName = start.jreName.text();
+  if (start.isClosedToOthers()) {
+    if (start.isHardenedForAll()) prepareLaunch(request);
+    openInstallation(start.masterFolder);
+  }
+  if (start.line.prepareOnly) std::exit(kExitSuccess);
   std::exit(launch(request).exitStatus);
 }
 
@@ -256,7 +319,6 @@ void runStart(const std::string& exePath, const CommandLine& line,
   auto params = readDynamicParams(start.exe, line.prepareOnly, start.properties);
   endUnless(params.has_value());
   start.params = *std::move(params);
-  if (start.params.isHardened) chooseInstallationModes(InstallationModes::kOwnerWrites);
   const std::string sharedDirectory = readTail(start);
   enterMasterFolder(start, sharedDirectory);
   const std::string guFolderName = installOrUpdate(start);

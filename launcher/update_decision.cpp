@@ -8,6 +8,7 @@
 #include "java/jre_bundle.h"
 #include "java/jre_inspection.h"
 #include "launcher/bundle_paths.h"
+#include "support/files.h"
 #include "support/log.h"
 
 namespace quillory {
@@ -25,6 +26,14 @@ bool hasUsableJre(const std::string& masterFolder, const std::optional<std::stri
   if (isHealthyJre(path) && !isHalfMade(path)) return true;
   logMessage("[Extractor] The existing JRE %s is broken. Instructing the wrapper to update.\n",
              folder->c_str());
+  return false;
+}
+
+/// A set-up by the administrator that was killed leaves its folders closed.
+bool canBeOpened(const std::string& masterFolder, const std::string& folder) {
+  if (isFolder(joinPath(masterFolder, folder))) return true;
+  logMessage("[Extractor] %s cannot be opened. Instructing the wrapper to update.\n",
+             folder.c_str());
   return false;
 }
 
@@ -95,7 +104,7 @@ UpdateDecision decideUpdate(const UpdateQuestion& question) {
     logMessage("[Extractor] Note: No latest JRE version exists\n");
     return {true, gu};
   }
-  if (gu.empty()) {
+  if (gu.empty() || !canBeOpened(question.masterFolder, gu)) {
     logNoGuOrJre();
     logJreExists();
     return {true, gu};

@@ -21,7 +21,12 @@ constexpr int kCommandFailed = 1 << 8;
 constexpr int kMostLinks = 40;
 constexpr mode_t kAllBits = 07777;
 
+constexpr mode_t kForOwnerAlone = 0700;
+constexpr mode_t kWrittenByOthers = 022;
+
 InstallationModes chosen = InstallationModes::kOpenToAll;
+std::string closedParent;
+std::string closedPrefix;
 
 bool isOurs(const struct stat& found) { return found.st_uid == geteuid(); }
 
@@ -90,6 +95,8 @@ mode_t openingMode() { return static_cast<mode_t>(installationMode()); }
 
 void chooseInstallationModes(InstallationModes modes) { chosen = modes; }
 
+bool usesOnlyTrusted() { return chosen == InstallationModes::kOnlyTrustedAreUsed; }
+
 unsigned installationMode() { return chosen == InstallationModes::kOpenToAll ? 0777 : 0755; }
 
 unsigned installationFileMode() { return chosen == InstallationModes::kOpenToAll ? 0666 : 0644; }
@@ -100,15 +107,18 @@ int chmodR755(const char* path) {
 }
 
 int chmod777(const char* path) {
+  if (isKeptClosed(path)) return changeMode(path, kForOwnerAlone);
   logCommand(openingCommand(), path);
   return changeMode(path, openingMode());
 }
 
 int chmod777Folder(const char* path) {
-  logCommand(openingCommand(), path);
+  const bool isClosed = isKeptClosed(path);
+  if (!isClosed) logCommand(openingCommand(), path);
   struct stat found {};
   const bool isFolder = lstat(path, &found) == 0 && S_ISDIR(found.st_mode);
-  return isFolder ? changeOne(path, found, openingMode()) : kCommandFailed;
+  return isFolder ? changeOne(path, found, isClosed ? kForOwnerAlone : openingMode())
+                  : kCommandFailed;
 }
 
 bool openAsInstalled(const std::string& path) {
@@ -134,6 +144,25 @@ int setModesBelow(const std::string& path, unsigned bits) {
 bool isForeignLink(const std::string& path) {
   struct stat found {};
   return lstat(path.c_str(), &found) == 0 && isForeign(found);
+}
+
+bool mayBeUsed(const std::string& path) {
+  if (!usesOnlyTrusted()) return true;
+  struct stat found {};
+  return lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode) &&
+         (isOurs(found) || found.st_uid == 0) && (found.st_mode & kWrittenByOthers) == 0;
+}
+
+void keepFoldersClosed(const std::string& parent, const std::string& prefix) {
+  closedParent = parent;
+  closedPrefix = prefix;
+}
+
+bool isKeptClosed(const std::string& path) {
+  if (closedParent.empty()) return false;
+  const fs::path folder(path);
+  return folder.parent_path() == fs::path(closedParent) &&
+         folder.filename().string().starts_with(closedPrefix);
 }
 
 }  // namespace quillory

@@ -13,10 +13,14 @@ namespace quillory {
 enum class InstallationModes {
   kOpenToAll,    ///< 0777 for folders and tools; new files as the umask says
   kOwnerWrites,  ///< 0755 instead of 0777, and 0644 for new files
+  /// The same, and a component that somebody else could have written is not used.
+  kOnlyTrustedAreUsed,
 };
 
 /// For the whole process. Chosen once, before anything is installed; kOpenToAll until then.
 void chooseInstallationModes(InstallationModes modes);
+/// Whether that is kOnlyTrustedAreUsed.
+bool usesOnlyTrusted();
 /// The mode of folders and tools: 0777 or 0755.
 unsigned installationMode();
 /// What new files of an installation are made with, less the umask: 0666 or 0644.
@@ -40,5 +44,16 @@ int setModesBelow(const std::string& path, unsigned mode);
 
 /// Whether a link of another user, who is not the administrator, stands at `path`.
 bool isForeignLink(const std::string& path);
+
+/// Whether `path` is a folder that nobody but this user and the administrator writes to; also when
+/// nobody has to ask, which is so without kOnlyTrustedAreUsed.
+bool mayBeUsed(const std::string& path);
+
+/// From now on each folder directly in `parent` whose name begins with `prefix` is made for its
+/// owner alone (0700): makeDir(), makeNewDir() and chmod777() leave it so, without a log line. ""
+/// as parent ends that, and leaves the folders as they are.
+void keepFoldersClosed(const std::string& parent, const std::string& prefix);
+/// Whether `path` is such a folder.
+bool isKeptClosed(const std::string& path);
 
 }  // namespace quillory

@@ -86,6 +86,10 @@ void copyInstead(const char* oldPath, const char* newPath) {
     logMessage("[Rename] Copy failed too! Severe filesystem issues.\n");
 }
 
+mode_t modeOfNewFolder(const char* path) {
+  return isKeptClosed(path) ? 0700 : static_cast<mode_t>(installationMode());
+}
+
 }  // namespace
 
 int deleteFolder(const char* folder) {
@@ -135,14 +139,14 @@ int makeDir(const char* path) {
     return -1;
   }
   if (isFolder(path)) return 0;
-  const int made = mkdir(path, static_cast<mode_t>(installationMode()));
+  const int made = mkdir(path, modeOfNewFolder(path));
   // Also when it could not be made: a folder that is there but closed to us may be opened by this.
   chmod777Folder(path);
   return made;
 }
 
 int makeNewDir(const char* path) {
-  if (mkdir(path, static_cast<mode_t>(installationMode())) != 0) return -1;
+  if (mkdir(path, modeOfNewFolder(path)) != 0) return -1;
   chmod777Folder(path);
   return 0;
 }

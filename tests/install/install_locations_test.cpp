@@ -77,6 +77,28 @@ TEST_F(SharedDirectoryFor, IsNothingForAUserWithoutHome) {
               ElementsAre("Permanent install for current user\n", "HomeDir is \n"));
 }
 
+TEST(OwnFolderFor, IsAMasterFolderInTheHomeOfTheUser) {
+  const CapturedLog log;
+  const TempDir home;
+  const TempDir shared;
+  EXPECT_EQ(ownFolderFor(home.str(), "Demo", shared.str()),
+            home / "Library/Application Support/Quillory-Demo");
+  EXPECT_TRUE(fs::is_directory(home / "Library/Application Support/Quillory-Demo"));
+  EXPECT_TRUE(fs::is_empty(shared.path()));
+}
+
+TEST(OwnFolderFor, IsANewOneForThisUserAloneWithoutAHome) {
+  const CapturedLog log;
+  const TempDir shared;
+  writeFile(shared / "a file", "in which there is no home");
+  for (const std::string& home : {std::string(), shared / "a file/home"}) {
+    const std::string folder = ownFolderFor(home, "Demo", shared.str());
+    EXPECT_TRUE(folder.starts_with(shared / "Quillory-")) << folder;
+    EXPECT_EQ(modeOf(folder), 0700U);
+  }
+  EXPECT_EQ(ownFolderFor("", "Demo", shared / "missing"), "");
+}
+
 TEST(HomeFolderOfUser, IsThatOfThePasswordDatabaseWhateverHomeSays) {
   const std::string before = homeFolderOfUser();
   const passwd* user = getpwuid(getuid());

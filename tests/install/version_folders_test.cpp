@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "support/clock.h"
+#include "support/file_modes.h"
 #include "support/paths.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
@@ -88,6 +89,22 @@ TEST(NewestVersionFolder, NeverTakesATemporaryFolderOrAnotherComponent) {
   fs::create_directory(master / "logs");
   EXPECT_EQ(latest(master.str(), "App"), "(none)");
   EXPECT_EQ(latest(master.str(), "Quillory"), "Quillory-Quillory-3-complete");
+}
+
+TEST(NewestVersionFolder, PassesOverWhatAnotherUserCouldHaveWritten) {
+  const TempDir master;
+  const CapturedLog log;
+  for (const char* name : {"Quillory-App-7-complete", "Quillory-App-8-complete"})
+    fs::create_directory(master / name);
+  fs::permissions(master / "Quillory-App-7-complete", static_cast<fs::perms>(0755));
+  fs::permissions(master / "Quillory-App-8-complete", static_cast<fs::perms>(0777));
+  EXPECT_EQ(latest(master.str(), "App"), "Quillory-App-8-complete");
+  chooseInstallationModes(InstallationModes::kOnlyTrustedAreUsed);
+  EXPECT_EQ(latest(master.str(), "App"), "Quillory-App-7-complete");
+  chooseInstallationModes(InstallationModes::kOpenToAll);
+  EXPECT_TRUE(
+      log.contains("[PickFolder] Folder Quillory-App-8-complete could have been changed by "
+                   "another user. Skipping.\n"));
 }
 
 TEST(VersionFolder, IsNamedAfterComponentAndVersion) {

@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "support/durable.h"
+#include "support/file_modes.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/file_size_limit.h"
 #include "tests/harness/scoped_replace.h"
@@ -145,6 +146,16 @@ TEST_F(ProvideAppExecutable, FailsForANameThatIsTooLong) {
   const std::string name(300, 'x');
   EXPECT_EQ(provideAppExecutable(bin_, name), bin_ + "/" + name);
   EXPECT_THAT(namesIn(bin_), ElementsAre("java"));
+}
+
+// Only the administrator writes there, who has made the copy if he could.
+TEST_F(ProvideAppExecutable, IsJavaItselfWhereOnlyTrustedFoldersAreUsedAndNoCopyCanBeMade) {
+  const CapturedLog log;
+  const std::string gone = dir_ / "gone";
+  chooseInstallationModes(InstallationModes::kOnlyTrustedAreUsed);
+  EXPECT_EQ(provideAppExecutable(gone, "demo"), gone + "/java");
+  chooseInstallationModes(InstallationModes::kOpenToAll);
+  EXPECT_EQ(provideAppExecutable(gone, "demo"), gone + "/demo");
 }
 
 }  // namespace

@@ -136,7 +136,8 @@ TEST_F(ExtractWrapperTail, LeavesWritingToTheOwnerInAHardenedInstallation) {
   umask(before);
   EXPECT_TRUE(fs::exists(installed("logs")));
   EXPECT_EQ(openToOthers(master_), std::vector<std::string>()) << ended.log;
-  EXPECT_NE(ended.log.find("[ChMod] Executing chmod 755 \"" + master_ + "\"\n"), std::string::npos);
+  EXPECT_NE(ended.log.find("[ChMod] Executing chmod 755 \"" + master_ + "/logs\"\n"),
+            std::string::npos);
 }
 
 TEST_F(ExtractWrapperTail, OpensFoldersToEveryUserWithoutThatParameter) {

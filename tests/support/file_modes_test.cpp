@@ -219,6 +219,46 @@ TEST_F(PlantedByAnother, ALinkOfTheAdministratorIsFollowed) {
   EXPECT_EQ(modeOf(folder_ / "private"), 0777U);
 }
 
+TEST(MayBeUsed, AsksOnlyWhereThatIsChosen) {
+  const TempDir folder;
+  fs::create_directory(folder / "open");
+  changeMode(folder / "open", 0777);
+  EXPECT_TRUE(mayBeUsed(folder / "open"));
+  EXPECT_TRUE(mayBeUsed(folder / "missing"));
+  const WithModes modes(InstallationModes::kOnlyTrustedAreUsed);
+  EXPECT_EQ(installationMode(), 0755U);
+  EXPECT_FALSE(mayBeUsed(folder / "open"));
+  EXPECT_FALSE(mayBeUsed(folder / "missing"));
+}
+
+TEST(MayBeUsed, IsForFoldersThatNobodyElseWrites) {
+  const WithModes modes(InstallationModes::kOnlyTrustedAreUsed);
+  const TempDir folder;
+  fs::create_directory(folder / "a");
+  fs::create_directory_symlink("a", folder / "link");
+  writeFile(folder / "file", "");
+  for (const mode_t safe : {0755, 0700, 0555, 01755}) {
+    changeMode(folder / "a", safe);
+    EXPECT_TRUE(mayBeUsed(folder / "a")) << std::oct << safe;
+  }
+  for (const mode_t open : {0775, 0757, 0777, 01777}) {
+    changeMode(folder / "a", open);
+    EXPECT_FALSE(mayBeUsed(folder / "a")) << std::oct << open;
+  }
+  changeMode(folder / "a", 0755);
+  EXPECT_FALSE(mayBeUsed(folder / "link"));
+  EXPECT_FALSE(mayBeUsed(folder / "file"));
+}
+
+TEST_F(PlantedByAnother, AFolderIsNotUsed) {
+  const WithModes modes(InstallationModes::kOnlyTrustedAreUsed);
+  fs::create_directory(folder_ / "Quillory-Quillory-999-complete");
+  changeMode(folder_ / "Quillory-Quillory-999-complete", 0755);
+  EXPECT_TRUE(mayBeUsed(folder_ / "Quillory-Quillory-999-complete"));
+  ASSERT_EQ(chown((folder_ / "Quillory-Quillory-999-complete").c_str(), kAnother, kAnother), 0);
+  EXPECT_FALSE(mayBeUsed(folder_ / "Quillory-Quillory-999-complete"));
+}
+
 TEST(Chmod777, LeavesTheGroupBitOfAFolder) {
   const QuietLog log;
   const TempDir folder;
