@@ -5,6 +5,9 @@ for in "verdict | label | detail"; the more exactly it says what it excuses, the
 import re
 
 RULES = [
+    (r"^status 0 for nothing \|.*\[SUDO\] Relaunch complete",
+     "the start that asked for an administrator's rights ends with 0 once it has started its copy, "
+     "whatever becomes of that"),
     (r"^crash \| (a stack of 64 KiB|1 MiB of data) \| signal 11: $",
      "too little for the system to load the program"),
     (r"^not whole \| the umask [^|]* \| [^;]*/lib/classes\.jsa: file [^;]*$",

@@ -23,6 +23,9 @@ PASSING = re.compile(r"(^|/)(logs/.*|QYLaunchProperties-[^/]*|Quillory-[^/]*-ver
 # The line of the stand-in for Java, bundles.py.
 RUNS = "The application runs"
 
+STAMPED = re.compile(r"\d{4}-\d\d-\d\d |\+\d+ +(---+|\+\+\++|\*\*\*+)?$")
+MOST_LINES = 4
+
 
 @dataclasses.dataclass
 class Outcome:
@@ -34,6 +37,11 @@ class Outcome:
     def runs(self):
         """Whether it was a start that brought the application."""
         return self.status == 0 and RUNS in self.output
+
+    def end(self):
+        """How it ended, and the last that was said, without what the system log repeats."""
+        lines = [line for line in self.output.splitlines() if line and not STAMPED.match(line)]
+        return f"status {self.status}: " + " / ".join(lines[-MOST_LINES:])
 
 
 @dataclasses.dataclass

@@ -228,18 +228,18 @@ def run_case(scenario, label, part, hostile):
     took = time.monotonic() - begin
     server.answer = None
     if outcome.status is None:
-        return Result(label, "hangs", f"for more than {LIMIT} s: {outcome.output[-400:]}")
+        return Result(label, "hangs", outcome.end())
     if outcome.status < 0:
-        return Result(label, "crash", f"signal {-outcome.status}")
+        return Result(label, "crash", outcome.end())
     if outcome.status == 0 and not outcome.runs():
-        return Result(label, "status 0 for nothing", outcome.output[-400:])
+        return Result(label, "status 0 for nothing", outcome.end())
     _, foreign = differences(scenario.expected, scenario.tree())
     if foreign and not outcome.runs():
         return Result(label, "foreign files", "; ".join(foreign[:5]))
     again = scenario.start()
     broken, foreign = differences(scenario.expected, scenario.tree())
     if not again.runs():
-        return Result(label, "broken", again.output[-400:])
+        return Result(label, "broken", again.end())
     if broken or foreign:
         return Result(label, "not whole", "; ".join((broken + foreign)[:5]))
     return Result(label, "whole", f"{took:.1f} s")

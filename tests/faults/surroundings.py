@@ -136,12 +136,12 @@ USED_UP = (-signal.SIGXFSZ, -signal.SIGXCPU)
 def judge(label, outcome):
     """What is wrong with how the start ended, or None."""
     if outcome.status is None:
-        return Result(label, "hangs", outcome.output[-400:])
+        return Result(label, "hangs", outcome.end())
     if outcome.status < 0 and outcome.status not in USED_UP:
-        return Result(label, "crash", f"signal {-outcome.status}: {outcome.output[-400:]}")
+        return Result(label, "crash", outcome.end())
     # Of some streams nothing is heard; that the next start is whole then has to do.
     if outcome.status == 0 and label not in STREAMS and not outcome.runs():
-        return Result(label, "status 0 for nothing", outcome.output[-400:])
+        return Result(label, "status 0 for nothing", outcome.end())
     return None
 
 
@@ -153,7 +153,7 @@ def run_case(scenario, label, start):
         return fault
     again = scenario.start()
     if not scenario.is_good(again):
-        return Result(label, "broken", f"status {again.status}: {again.output[-400:]}")
+        return Result(label, "broken", again.end())
     broken, foreign = differences(scenario.expected, scenario.tree())
     if broken or foreign:
         return Result(label, "not whole", "; ".join((broken + foreign)[:5]))

@@ -30,9 +30,9 @@ def after(scenario, label):
     """Starts once more, and looks at what is there then."""
     outcome = scenario.start()
     if outcome.status is None:
-        return Result(label, "hangs", outcome.output[-600:])
+        return Result(label, "hangs", outcome.end())
     if not scenario.is_good(outcome):
-        return Result(label, "broken", f"status {outcome.status}: {outcome.output[-600:]}")
+        return Result(label, "broken", outcome.end())
     broken, foreign = differences(scenario.expected, scenario.tree())
     if broken:
         return Result(label, "not whole", "; ".join(broken[:5]))
@@ -89,11 +89,11 @@ def failures(scenario, most):
             ["--calls", "all", where, call.number, "--fault", fault])
         label = f"{fault} {label_of(scenario, call)}"
         if outcome.status is None:
-            yield Result(label, "hangs", outcome.output[-600:])
+            yield Result(label, "hangs", outcome.end())
         elif outcome.status < 0:
-            yield Result(label, "crash", f"signal {-outcome.status}: {outcome.output[-600:]}")
+            yield Result(label, "crash", outcome.end())
         elif outcome.status == 0 and not scenario.is_good(outcome):
-            yield Result(label, "status 0 for nothing", outcome.output[-600:])
+            yield Result(label, "status 0 for nothing", outcome.end())
         elif not report.hit:
             continue
         else:

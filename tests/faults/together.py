@@ -2,7 +2,7 @@
 
 import subprocess
 
-from machine import LIMIT, RUNS, differences, end_group
+from machine import LIMIT, Outcome, differences, end_group
 from results import Result
 
 
@@ -21,7 +21,7 @@ def start_at_once(scenario, count):
             end_group(process)
             status = process.wait()
         output = (machine.top / f"output-{number}").read_text("utf-8", "replace")
-        endings.append((status, RUNS in output, output))
+        endings.append(Outcome(status, output))
     return endings
 
 
@@ -30,11 +30,10 @@ def rounds(scenario, count, most):
         label = f"round {number + 1} of {count} starts"
         scenario.set_up()
         endings = start_at_once(scenario, count)
-        lost = [ending for ending in endings if ending[0] != 0 or not ending[1]]
+        lost = [outcome for outcome in endings if not outcome.runs()]
         broken, foreign = differences(scenario.expected, scenario.tree())
         if lost:
-            detail = lost[0][2][-600:]
-            yield Result(label, "starts lost", f"{len(lost)} of {count}: {detail}")
+            yield Result(label, "starts lost", f"{len(lost)} of {count}: {lost[0].end()}")
         elif broken:
             yield Result(label, "not whole", "; ".join(broken[:5]))
         elif foreign:
