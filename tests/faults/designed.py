@@ -8,12 +8,14 @@ RULES = [
     (r"^status 0 for nothing \|.*\[SUDO\] Relaunch complete",
      "the start that asked for an administrator's rights ends with 0 once it has started its copy, "
      "whatever becomes of that"),
-    (r"^crash \| (a stack of 64 KiB|1 MiB of data) \| signal 11: $",
+    (r"^crash \| (a stack of 64 KiB|1 MiB of data) \| status -11: $",
      "too little for the system to load the program"),
-    (r"^not whole \| the umask [^|]* \| [^;]*/lib/classes\.jsa: file [^;]*$",
-     "java makes its archive of classes with the user's umask"),
-    (r"^not whole \| kill \d+ write [^|]*/lib/classes\.jsa \|[^;]*/lib/classes\.jsa: file [^;]*$",
-     "java was killed in the middle of its archive of classes; it does without"),
+    (r"^not whole \| the umask [^|]* \| ([^;]*(/lib/classes\.jsa: file|(Library|Application Support): "
+     r"folder) [^;]*(; |$))+$",
+     "what java makes, and the folders that are no application's own, get the user's umask"),
+    (r"^not whole \| (kill \d+ [^|]*/lib/classes\.jsa|11 descriptors|EMFILE [^|]*/lib/classes\.jsa|"
+     r"EAGAIN [^|]*) \| [^;]*/lib/classes\.jsa: (file|missing) [^;]*$",
+     "java could not make its archive of classes; it does without"),
 ]
 
 

@@ -7,7 +7,8 @@ import os
 import shutil
 import time
 
-from machine import describe, tree_of
+from machine import PASSING, describe, tree_of
+from private_root import BUNDLE as LAUNCHER
 from private_root import OTHER, USER, PrivateRoot
 from results import Result
 
@@ -44,6 +45,11 @@ def first_writable(paths):
 
 def must_be_writable(path):
     if not os.access(path, os.W_OK):
+        raise PermissionError(path)
+
+
+def must_be_readable(path):
+    if not os.access(path, os.R_OK):
         raise PermissionError(path)
 
 
@@ -129,7 +135,7 @@ class Neighbourhood:
         self.private = self.root.top / "home/user/private"
 
     def start(self, user=USER):
-        return self.root.run(["/case/Demo.app/Contents/MacOS/launcher", "argument"], user)
+        return self.root.run([LAUNCHER, "argument"], user)
 
     def install(self):
         self.root.clear()
@@ -174,7 +180,7 @@ class Neighbourhood:
         """While it is installed: at some calls it is stopped, and looked at what others may write."""
         for number in range(10, 200, 20):
             self.root.clear()
-            self.root.run(["/case/Demo.app/Contents/MacOS/launcher"],
+            self.root.run([LAUNCHER],
                           injected=["--calls", "change", "--at", number, "--fault", "kill-all"])
             found = first_writable(self.installed())
             yield Result(f"writes in the middle of the set-up, call {number}",
@@ -226,9 +232,19 @@ class Neighbourhood:
 
     def other_user(self):
         self.install()
+        yield self.other_start("another user starts the same installation")
+        # What the elevated set-up makes, it makes with the umask of who asked for it.
+        self.root.clear()
+        self.root.run(["sh", "-c", "umask 077; exec \"$@\"", "sh", LAUNCHER])
+        yield self.other_start("the same after an installation with the umask 077")
+
+    def other_start(self, label):
+        unreadable = [path for path in self.installed() if not PASSING.search(path) and
+                      not os.path.islink(path) and not as_other(must_be_readable, path)]
+        if unreadable:
+            return Result(label, "cannot read", "; ".join(sorted(unreadable)[:5]))
         outcome = self.start(OTHER)
-        yield Result("another user starts the same installation",
-                     "whole" if outcome.runs() else "keeps from starting", outcome.end())
+        return Result(label, "whole" if outcome.runs() else "keeps from starting", outcome.end())
 
 
 def attacks(machine, packer):
