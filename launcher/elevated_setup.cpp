@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "launcher/prepare_only.h"
@@ -16,8 +18,8 @@ namespace {
 constexpr char kRule[] = "[SUDO] ==============================================\n";
 
 /// What the user gave us, for another program.
-void addOwnArguments(std::vector<const char*>& arguments, int argc, char** argv) {
-  for (int i = 1; i < argc; ++i) arguments.push_back(argv[i]);
+void addOwnArguments(std::vector<std::string>& arguments, int argc, char** argv) {
+  arguments.insert(arguments.end(), argv + 1, argv + argc);
 }
 
 void logBanner(const char* line) {
@@ -36,11 +38,11 @@ void explainStatus(int status) {
   }
 }
 
-int runBehindSplash(const Spawner* tool, bool isSilent) {
-  if (isSilent) return runSpawnerAndWait(tool);
+int runBehindSplash(const Tool& tool, bool isSilent) {
+  if (isSilent) return tool.runAndWait();
   splash::showSplash();
   splash::setProgress(splash::kProgressIndefinite);
-  const int status = runSpawnerAndWait(tool);
+  const int status = tool.runAndWait();
   splash::hideSplash();
   return status;
 }
@@ -52,23 +54,22 @@ void runElevated(const std::string& appName, int argc, char** argv, bool isSilen
   const std::string path = exe.resource("elev_mac");
   logMessage("[SUDO] Elev_mac path is %s\n", path.c_str());
 
-  const std::string prompt = "--prompt=" + appName;
-  std::vector<const char*> arguments = {path.c_str(), prompt.c_str(), exe.absolutePath.c_str()};
+  std::vector<std::string> arguments = {path, "--prompt=" + appName, exe.absolutePath};
   addOwnArguments(arguments, argc, argv);
-  arguments.push_back(kPrepareOnlyArgument);
-  const OwnedSpawner tool = spawnerOf(arguments);
+  arguments.emplace_back(kPrepareOnlyArgument);
+  const Tool tool(std::move(arguments));
 
   logBanner("[SUDO] ======      Launching elevated setup    ======\n");
-  explainStatus(runBehindSplash(tool.get(), isSilent));
+  explainStatus(runBehindSplash(tool, isSilent));
   logMessage("[SUDO] Elevated setup complete\n");
 }
 
 void relaunch(int argc, char** argv, const Executable& exe) {
-  std::vector<const char*> arguments = {exe.absolutePath.c_str()};
+  std::vector<std::string> arguments = {exe.absolutePath};
   addOwnArguments(arguments, argc, argv);
-  const OwnedSpawner copy = spawnerOf(arguments);
+  const Tool copy(std::move(arguments));
   logBanner("[SUDO] ======      Relaunching post setup      ======\n");
-  runSpawnerAndWait(copy.get());
+  copy.runAndWait();
   logMessage("[SUDO] Relaunch complete\n");
 }
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/log.h"
@@ -12,21 +13,34 @@
 namespace quillory {
 namespace {
 
-// A process that has started, or a log line.
-ProgramResult start(const Spawner* spawner, const char* directory) {
+void logCreation() { logMessage("[Spawner] Creating spawner\n"); }
+
+void logExecutable(const char* path) {
+  logMessage("[Spawner] Setting spawner exe to %s\n", path);
+  // The child shares standard output: what is buffered here has to come before its first line.
+  std::fflush(stdout);
+}
+
+void logArgument(const char* text) { logMessage("[Spawner] Appended argument %s\n", text); }
+
+std::vector<std::string> argumentsOf(const Spawner* spawner) {
   const char* const* const end = std::find(spawner->arguments, spawner->arguments + kSpawnerSlots,
                                            static_cast<const char*>(nullptr));
+  return {spawner->arguments, end};
+}
+
+// A process that has started, or a log line.
+ProgramResult start(const std::vector<std::string>& arguments, const char* directory) {
   ProgramOptions options;
   if (directory != nullptr) options.directory = directory;
   options.waits = false;
-  const ProgramResult program =
-      runProgram(std::vector<std::string>(spawner->arguments, end), options);
+  const ProgramResult program = runProgram(arguments, options);
   if (!program.started) logMessage("Launch Error %d.\n", program.error);
   return program;
 }
 
-int runAndWait(const Spawner* spawner, const char* directory) {
-  ProgramResult program = start(spawner, directory);
+int startAndWait(const std::vector<std::string>& arguments, const char* directory) {
+  ProgramResult program = start(arguments, directory);
   if (!program.started) return -1;
   logMessage("Spawn call returned %d.\n", 0);
 
@@ -41,22 +55,20 @@ int runAndWait(const Spawner* spawner, const char* directory) {
 }
 
 int runAndContinue(const Spawner* spawner, const char* directory) {
-  return start(spawner, directory).started ? 0 : -1;
+  return start(argumentsOf(spawner), directory).started ? 0 : -1;
 }
 
 }  // namespace
 
 Spawner* createSpawner() {
-  logMessage("[Spawner] Creating spawner\n");
+  logCreation();
   return std::make_unique<Spawner>().release();
 }
 
 void deleteSpawner(Spawner* spawner) { const std::unique_ptr<Spawner> owner(spawner); }
 
 void setSpawnerExe(Spawner* spawner, const char* path) {
-  logMessage("[Spawner] Setting spawner exe to %s\n", path);
-  // The child shares standard output: what is buffered here has to come before its first line.
-  std::fflush(stdout);
+  logExecutable(path);
   addSpawnerArg(spawner, path);
 }
 
@@ -68,8 +80,16 @@ void addSpawnerArg(Spawner* spawner, const char* text) {
     return;
   }
   *slot = text;
-  logMessage("[Spawner] Appended argument %s\n", text);
+  logArgument(text);
 }
+
+Tool::Tool(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {
+  logCreation();
+  if (!arguments_.empty()) logExecutable(arguments_[0].c_str());
+  for (const std::string& argument : arguments_) logArgument(argument.c_str());
+}
+
+int Tool::runAndWait() const { return startAndWait(arguments_, nullptr); }
 
 OwnedSpawner spawnerOf(const std::vector<const char*>& arguments) {
   OwnedSpawner spawner(createSpawner());
@@ -83,10 +103,12 @@ OwnedSpawner spawnerOf(const std::vector<const char*>& arguments) {
   return spawner;
 }
 
-int runSpawnerAndWait(const Spawner* spawner) { return runAndWait(spawner, nullptr); }
+int runSpawnerAndWait(const Spawner* spawner) {
+  return startAndWait(argumentsOf(spawner), nullptr);
+}
 
 int runSpawnerAndWait(const Spawner* spawner, const char* directory) {
-  return runAndWait(spawner, directory);
+  return startAndWait(argumentsOf(spawner), directory);
 }
 
 int runSpawnerAndContinue(const Spawner* spawner) { return runAndContinue(spawner, nullptr); }

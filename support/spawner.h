@@ -2,6 +2,7 @@
 #pragma once
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace quillory {
@@ -26,6 +27,20 @@ using OwnedSpawner = std::unique_ptr<Spawner, SpawnerDeleter>;
 void setSpawnerExe(Spawner* spawner, const char* path);
 /// Appends; a 501st argument is dropped with a warning in the log.
 void addSpawnerArg(Spawner* spawner, const char* text);
+
+/// An external tool and its arguments, as many as there are: a Spawner's log lines, without its
+/// slots. For lists that others make longer, such as the arguments of a start.
+class Tool {
+ public:
+  /// `arguments` begin with the path of the executable, which is never searched for in PATH. Logged
+  /// as a Spawner is that gets them.
+  explicit Tool(std::vector<std::string> arguments);
+  /// As runSpawnerAndWait().
+  int runAndWait() const;
+
+ private:
+  std::vector<std::string> arguments_;
+};
 
 /// A new spawner with the executable and its arguments, which it borrows.
 OwnedSpawner spawnerOf(const std::vector<const char*>& arguments);

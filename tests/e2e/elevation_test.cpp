@@ -102,6 +102,17 @@ TEST_F(RealElevation, InstallsForAllUsersAndStartsJavaAsTheUser) {
   EXPECT_THAT(result.out, Not(HasSubstr("elev_mac ended with status")));
 }
 
+// The last argument of the copy with the administrator's rights says that it starts no application.
+TEST_F(RealElevation, TakesAnyNumberOfArguments) {
+  const std::vector<std::string> arguments(600, "x");
+  const ChildResult result = start(arguments);
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  EXPECT_EQ(countOf(result.out, "[Extractor] Launching '"), 1) << "by the relaunched copy";
+  const std::string java = startedJava();
+  EXPECT_EQ(countOf(java, "\nx"), 600);
+  EXPECT_EQ(ownerOf(at(kMaster) + "/started"), PrivateRoot::kUser);
+}
+
 TEST_F(RealElevation, PreparesWithoutAWindowAndWithoutStartingJava) {
   const ChildResult result = start({"argument"});
   const std::string& out = result.out;

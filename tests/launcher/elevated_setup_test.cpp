@@ -157,6 +157,19 @@ TEST_F(DoElevatedSetupAndLaunch, RunsTheToolThenItself) {
   EXPECT_EQ(readFile(bundle_.exePath() + ".arguments"), "<-x>\n<two words>\n<>\n<$HOME \"q\">\n");
 }
 
+// The last one tells the copy with the administrator's rights not to start the application.
+TEST_F(DoElevatedSetupAndLaunch, HandsOnAnyNumberOfArguments) {
+  for (const std::size_t count : {496u, 497u, 600u, 2000u}) {
+    SCOPED_TRACE(count);
+    std::string own;
+    for (std::size_t i = 0; i < count; ++i) own += "<x>\n";
+    EXPECT_EQ(elevate(std::vector<std::string>(count, "x")).status, kReturned);
+    EXPECT_EQ(readFile(tool_ + ".arguments"), "<--prompt=My App>\n<" + bundle_.exePath() + ">\n" +
+                                                  own + "<QYPREPARE_FOR_LAUNCH_ONLY>\n");
+    EXPECT_EQ(readFile(bundle_.exePath() + ".arguments"), own);
+  }
+}
+
 TEST_F(DoElevatedSetupAndLaunch, RelaunchesWithoutArgumentsWhereThereWereNone) {
   EXPECT_EQ(elevate({}).status, kReturned);
   EXPECT_EQ(readFile(tool_ + ".arguments"),

@@ -47,6 +47,7 @@ using CreateSpawner = SpawnerTest;
 using SetSpawnerExe = SpawnerTest;
 using AddSpawnerArg = SpawnerTest;
 using SpawnerOf = SpawnerTest;
+using ToolOfAnyLength = SpawnerTest;
 using RunSpawnerAndWait = SpawnerTest;
 using RunSpawnerAndContinue = SpawnerTest;
 
@@ -100,6 +101,32 @@ TEST_F(SpawnerOf, IsTheExecutableAndItsArgumentsInOrder) {
                           "[Spawner] Setting spawner exe to /bin/tool\n",
                           "[Spawner] Appended argument /bin/tool\n",
                           "[Spawner] Appended argument one\n", "[Spawner] Appended argument \n"));
+}
+
+TEST_F(ToolOfAnyLength, HasTheLogLinesOfASpawner) {
+  Tool({"/bin/tool", "one", ""});
+  EXPECT_THAT(log_.messages(),
+              ElementsAre("[Spawner] Creating spawner\n", "[Spawner] Creating spawner\n",
+                          "[Spawner] Setting spawner exe to /bin/tool\n",
+                          "[Spawner] Appended argument /bin/tool\n",
+                          "[Spawner] Appended argument one\n", "[Spawner] Appended argument \n"));
+}
+
+TEST_F(ToolOfAnyLength, RunsWithAllOfItsArguments) {
+  for (const std::size_t count : {496u, 497u, 600u, 2000u}) {
+    std::vector<std::string> arguments = {"/bin/sh", "-c", "[ $# = \"$1\" ] && exit 42", "sh",
+                                          std::to_string(count)};
+    arguments.resize(4 + count, "x");
+    EXPECT_EQ(Tool(arguments).runAndWait(), 42) << count;
+  }
+  EXPECT_FALSE(log_.contains("WARNING"));
+}
+
+TEST_F(ToolOfAnyLength, TellsFailuresAsASpawnerDoes) {
+  EXPECT_EQ(Tool({"/nonexistent/tool"}).runAndWait(), -1);
+  EXPECT_EQ(log_.messages().back(), "Launch Error 2.\n");
+  EXPECT_EQ(Tool({"/bin/sh", "-c", "kill -9 $$"}).runAndWait(), 0);
+  EXPECT_EQ(log_.messages().back(), "[Spawner] runSpawnerAndWait returned 0\n");
 }
 
 TEST_F(RunSpawnerAndWait, RunsAFullList) {
