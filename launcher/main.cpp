@@ -35,6 +35,8 @@ int main(int argc, char** argv) {
   // An empty argument list names no program, and no argument that could be the last one.
   if (argc < 1) return quillory::kExitFailure;
   quillory::fillStandardStreams();
+  // What nobody reads is no reason not to install.
+  quillory::outliveReaders();
   quillory::startCocoa(argv);
   quillory::platformCalls = quillory::cocoaPlatform();
 

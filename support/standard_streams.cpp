@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <initializer_list>
 
 namespace quillory {
@@ -14,6 +15,14 @@ void fillStandardStreams() {
     // Whatever is opened gets the lowest free number: this one, since those below are in use.
     (void)!open("/dev/null", O_RDWR);
   }
+}
+
+void outliveReaders() {
+  // A handler, unlike an ignored signal, is not inherited by programs. Who ignored it already does
+  // so for them, too.
+  if (std::signal(
+          SIGPIPE, +[](int) {}) == SIG_IGN)
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 }  // namespace quillory

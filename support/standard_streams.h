@@ -7,4 +7,8 @@ namespace quillory {
 /// get its number, and what is printed would go into that file. The first call of a process.
 void fillStandardStreams();
 
+/// Lets a write to a pipe without a reader fail, as `PROGRAM | head -1` makes it, where it would
+/// end the process. Programs that are started have the signal as they had it without this.
+void outliveReaders();
+
 }  // namespace quillory

@@ -111,6 +111,8 @@ int run(const Request& request) {
 
 int main(int argc, char** argv) {
   quillory::fillStandardStreams();
+  // The status tells what became of it, also where nobody reads the message.
+  quillory::outliveReaders();
   const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
   if (arguments.size() == 1 && (arguments[0] == "--help" || arguments[0] == "-h")) {
     std::fputs(help().c_str(), stdout);

@@ -31,6 +31,21 @@ TEST_F(Surroundings, AnyWorkingFolderWillDo) {
   EXPECT_THAT(startedArguments(user_), Contains("argument"));
 }
 
+// `launcher | head -1`: writes that fail are no reason to install nothing.
+TEST_F(Surroundings, AnOutputThatNobodyReadsIsNoFailure) {
+  for (const char* const script :
+       {"{ \"$0\" argument 2>&1; echo $? >\"$1\"; } | true",
+        "{ \"$0\" argument 2>/dev/null; echo $? >\"$1\"; } | head -1",
+        "{ \"$0\" argument 2>&1 >/dev/null; echo $? >\"$1\"; } | true"}) {
+    SCOPED_TRACE(script);
+    fs::remove_all(user_.master());
+    runChild({"/bin/sh", "-c", script, bundle_.executable(), folder_ / "status"}, user_.options());
+    EXPECT_EQ(readFile(folder_ / "status"), "0\n");
+    EXPECT_THAT(startedArguments(user_), Contains("argument"));
+    EXPECT_TRUE(fs::exists(user_.master() + "/Quillory-Demo-3-complete/hello.txt"));
+  }
+}
+
 TEST_F(Surroundings, ARelativePathIsTakenFromTheWorkingFolder) {
   const ChildResult result = startAs("./launcher", bundle_.contents() + "/MacOS");
   EXPECT_EQ(result.exitStatus, 0);
