@@ -57,7 +57,9 @@ std::uint32_t scanToMarker(std::FILE* stream, const char* marker, int length, co
   if (length <= 0) return 0;
 
   MarkerSearch search({marker, static_cast<std::size_t>(length)});
-  std::vector<char> block(kBlockLength);
+  // What was read too much is given back by a seek; a pipe can take nothing back.
+  const bool canSeek = std::fseek(stream, 0, SEEK_CUR) == 0;
+  std::vector<char> block(canSeek ? kBlockLength : 1);
   std::size_t consumed = 0;
   while (const std::size_t count = std::fread(block.data(), 1, block.size(), stream)) {
     const std::size_t taken = search.take({block.data(), count});

@@ -1,6 +1,7 @@
 #include "formats/markers.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <string>
 
@@ -50,6 +51,19 @@ TEST(AllocAndInitMarker, LeavesNoMarkerInTheExecutable) {
     for (std::size_t at = 0; at < marker.size(); at += 8)
       EXPECT_EQ(program.find(marker.substr(at, 8)), std::string::npos) << "bytes from " << at;
   }
+}
+
+TEST(ScanToMarker, LeavesAPipeBehindTheMarkerToo) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const OwnedFile reader(fdopen(ends[0], "rb"));
+  const std::string bytes = std::string(1000, '.') + tailMarker() + "next";
+  ASSERT_EQ(write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+  close(ends[1]);
+  EXPECT_EQ(scan(reader.get(), tailMarker()), 1128U);
+  char next[5] = "";
+  EXPECT_EQ(std::fread(next, 1, 4, reader.get()), 4U);
+  EXPECT_STREQ(next, "next");
 }
 
 TEST(ScanToMarker, CountsToTheByteBehindTheMarker) {
