@@ -88,12 +88,12 @@ void init() {
 }
 
 void configureSplash(const char* path) {
-  print("[Splash] configureSplash with URL %s\n", path);
   const PictureSize size = platformCalls.window.loadPicture(path);
-  logToSystem("Image Size: %.0f : %.0f", size.width, size.height);
   imageWidth = truncated(size.width);
   imageHeight = truncated(size.height);
   setFrameSizeWithoutBar();
+  print("[Splash] configureSplash with URL %s\n", path);
+  logToSystem("Image Size: %.0f : %.0f", size.width, size.height);
 }
 
 void showSplash() {

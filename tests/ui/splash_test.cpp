@@ -121,8 +121,32 @@ TEST_F(ConfigureSplash, GivesTheWindowThePicturesSizeAboutItsCentre) {
   configureSplash("/a b/nativesplash.png");
   EXPECT_THAT(asked, ElementsAre("load /a b/nativesplash.png", "frame -70 -40 640 480"));
   EXPECT_EQ(::testing::internal::GetCapturedStdout(),
-            "[Splash] configureSplash with URL /a b/nativesplash.png\n"
-            "[Splash] Resizing to 640 480\n");
+            "[Splash] Resizing to 640 480\n"
+            "[Splash] configureSplash with URL /a b/nativesplash.png\n");
+}
+
+TEST_F(ConfigureSplash, SaysTheSizeAfterTheUrl) {
+  const ScopedReplace systemLog(
+      platformCalls.systemLog, +[](const char* message) { std::printf("system: %s\n", message); });
+  ::testing::internal::CaptureStdout();
+  configureSplash("p.png");
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+            "[Splash] Resizing to 400 200\n"
+            "[Splash] configureSplash with URL p.png\n"
+            "system: Image Size: 400 : 200\n");
+}
+
+TEST_F(ConfigureSplash, GoesOnWithoutAThreadForTheStripes) {
+  platformCalls.window.startRedrawThread = [](void*) -> void* {
+    note("no thread");
+    return nullptr;
+  };
+  setProgress(kProgressIndefinite);
+  setProgress(50);
+  setProgress(kProgressIndefinite);
+  cleanup();
+  EXPECT_THAT(asked, ::testing::Not(::testing::Contains(::testing::HasSubstr("cancel"))));
+  EXPECT_EQ(progress(), kProgressIndefinite);
 }
 
 TEST_F(ConfigureSplash, LogsTheSizeRoundedAndUsesItTruncated) {
