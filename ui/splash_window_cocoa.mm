@@ -1,13 +1,12 @@
 #include "ui/splash_window_cocoa.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "platform/autorelease_pool.h"
 #include "platform/main_thread.h"
 #include "platform/toolkit.h"
 #include "support/log.h"
-#include "ui/picture_limits.h"
+#include "support/picture_limits.h"
 #import "ui/redrawer_cocoa.h"
 #include "ui/splash.h"
 #import "ui/splash_view_cocoa.h"
@@ -61,15 +60,13 @@ void createWindow(int width, int height) {
 // nil when there is no picture to be had. Not by NSImage's own ways: GNUstep starts a pasteboard
 // server for a file whose name says nothing, and releases an image without content once too often.
 NSImage* newImage(const char* path) {
-  NSString* name =
-      [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
-                                                                  length:std::strlen(path)];
-  NSData* content = name == nil ? nil : [NSData dataWithContentsOfFile:name];
-  if (content == nil || !platform::isReadyForPictures()) return nil;
-  if (splash::isPictureTooLarge([content bytes], [content length])) {
+  const PictureFile picture = readPicture(path);
+  if (picture.fault == PictureFault::kTooLarge)
     logToSystem("[Splash] The picture is too large to be shown.\n");
-    return nil;
-  }
+  if (picture.fault == PictureFault::kOtherFormat)
+    logToSystem("[Splash] The picture is neither a PNG nor a JPEG, and is not shown.\n");
+  if (picture.content.empty() || !platform::isReadyForPictures()) return nil;
+  NSData* content = [NSData dataWithBytes:picture.content.data() length:picture.content.size()];
   NSImageRep* bitmap = [NSBitmapImageRep imageRepWithData:content];
   if (bitmap == nil) return nil;
   NSImage* image = [[NSImage alloc] initWithSize:[bitmap size]];
@@ -156,7 +153,14 @@ void* startRedrawThread(void* redrawer) {
     thread = [[NSThread alloc] initWithTarget:static_cast<Redrawer*>(redrawer)
                                      selector:@selector(runThread:)
                                        object:splashView];
-    [thread start];
+    // The system may have none left. The bar then stands still. The object is left as it is: it
+    // counts as running, and its release would end the process.
+    @try {
+      [thread start];
+    } @catch (...) {
+      logToSystem("The splash is not animated: a thread was refused.\n");
+      thread = nil;
+    }
   });
   return thread;
 }

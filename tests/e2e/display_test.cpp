@@ -138,6 +138,21 @@ TEST_F(DisplayStart, GoesOnWithoutAPicture) {
   EXPECT_THAT(report(), HasSubstr("REPORT END\n"));
 }
 
+// All that a start asks for when it has the run thread: the one that looks for the display, those
+// of the bar, those that hash archives.
+class DisplayStartWithoutThread : public DisplayStart, public ::testing::WithParamInterface<int> {};
+
+TEST_P(DisplayStartWithoutThread, GoesOn) {
+  refusedThread_ = GetParam();
+  startAndHalt();
+  const ChildResult result = finish();
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_EQ(result.signal, 0);
+  EXPECT_THAT(report(), HasSubstr("REPORT END\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(, DisplayStartWithoutThread, ::testing::Range(2, 9));
+
 TEST_F(DisplayStart, GoesOnWithoutTheLibraryOfWindows) {
   libraryPath_ = folder_ / "damaged";
   int damaged = 0;

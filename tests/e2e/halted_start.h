@@ -33,6 +33,10 @@ class HaltedStart : public ::testing::Test {
                   std::string(kHaltedIdentifier) + "</string></dict></plist>");
     ChildOptions options = user_.options();
     options.environment["DISPLAY"] = xServer_.display();
+    if (refusedThread_ > 0) {
+      options.environment["LD_PRELOAD"] += ":" QUILLORY_REFUSED_THREAD;
+      options.environment["QUILLORY_REFUSED_THREAD"] = std::to_string(refusedThread_);
+    }
     if (!libraryPath_.empty()) options.environment["LD_LIBRARY_PATH"] = libraryPath_;
     if (!busAddress_.empty()) options.environment["DBUS_SESSION_BUS_ADDRESS"] = busAddress_;
     std::vector<std::string> command = {bundle.executable()};
@@ -64,6 +68,7 @@ class HaltedStart : public ::testing::Test {
   std::string picture_ = readFile(QUILLORY_TEST_PICTURE);
   std::string busAddress_;
   std::string libraryPath_;
+  int refusedThread_ = 0;  ///< counted from 1; 0: none
   bool hasJvmLibrary_ = false;  ///< the application runs in the launcher's own process
   std::unique_ptr<BackgroundChild> start_;
 

@@ -297,6 +297,38 @@ TEST_F(SplashWindow, RefusesAPictureThatNoMemoryHolds) {
   EXPECT_THAT(demo_.log(), ::testing::HasSubstr("Image Size: 0 : 0"));
 }
 
+// Their decoders take what a file of some bytes asks for, up to gigabytes.
+TEST_F(SplashWindow, RefusesPicturesOfOtherFormats) {
+  const std::string png = redPicture(40, 20);
+  demo_.command("init");
+  for (const std::string format : {"gif", "tiff", "bmp", "ppm", "ico"}) {
+    SCOPED_TRACE(format);
+    const std::string other = pictures_ / ("other." + format);
+    ASSERT_EQ(runChild({"convert-im6.q16", png, other}).exitStatus, 0);
+    const std::size_t before = demo_.log().size();
+    demo_.command("configure " + other);
+    const std::string log = demo_.log().substr(before);
+    EXPECT_THAT(log, ::testing::HasSubstr("[Splash] The picture is neither a PNG nor a JPEG"));
+    EXPECT_THAT(log, ::testing::HasSubstr("Image Size: 0 : 0"));
+  }
+}
+
+TEST_F(SplashWindow, ShowsAJpeg) {
+  const std::string jpeg = pictures_ / "picture.jpg";
+  for (const std::string interlace : {"None", "JPEG"}) {
+    SCOPED_TRACE(interlace);
+    ASSERT_EQ(
+        runChild({"convert-im6.q16", "-size", "64x48", "xc:white", "-interlace", interlace, jpeg})
+            .exitStatus,
+        0);
+    demo_.commands({"init", "configure " + jpeg, "show"});
+    EXPECT_TRUE(becomes(centred(64, 48)));
+    EXPECT_TRUE(shows(5, 5, kWhite));
+    demo_.command("cleanup");
+  }
+  EXPECT_THAT(demo_.log(), ::testing::HasSubstr("Image Size: 64 : 48"));
+}
+
 TEST_F(SplashWindow, CanBeHiddenAndShownAgain) {
   show(redPicture(100, 50));
   ASSERT_TRUE(becomes(centred(100, 50)));
