@@ -10,7 +10,7 @@ namespace quillory {
 JreName::JreName(std::string text) : text_(std::move(text)) {}
 
 std::optional<JreName> JreName::make(const std::string& name, const std::string& version) {
-  if (isUsableInFolderName(name, version)) return JreName(name);
+  if (isUsableAsJre(name, version)) return JreName(name);
   logError("[Extractor] The JRE name '%s' with version '%s' cannot be part of a folder name\n",
            name.c_str(), version.c_str());
   return std::nullopt;

@@ -13,7 +13,7 @@ class JreName {
   JreName() = default;
 
   /// Nothing, with an error in the log, where `name` with the JRE's `version` (may be "") cannot be
-  /// the name of a folder inside its parent, as isUsableInFolderName() says: it would lead out of
+  /// the name of a folder inside its parent, as isUsableAsJre() says: it would lead out of
   /// the master folder.
   static std::optional<JreName> make(const std::string& name, const std::string& version);
 

@@ -34,6 +34,11 @@ bool isInsideOneFolder(std::string_view text) {
   return text != ".." && text.find_first_of(kNever) == text.npos;
 }
 
+bool fitsInto(std::string_view around, std::string_view name, std::string_view version) {
+  return isInsideOneFolder(name) && isInsideOneFolder(version) &&
+         around.size() + name.size() + version.size() <= kLongestFileName;
+}
+
 bool isTaken(const std::string& path) {
   struct stat found {};
   return lstat(path.c_str(), &found) == 0;
@@ -42,9 +47,11 @@ bool isTaken(const std::string& path) {
 }  // namespace
 
 bool isUsableInFolderName(std::string_view name, std::string_view version) {
-  constexpr std::string_view kAround = "Quillory---complete.plugin";
-  return isInsideOneFolder(name) && isInsideOneFolder(version) &&
-         kAround.size() + name.size() + version.size() <= kLongestFileName;
+  return fitsInto("Quillory---complete", name, version);
+}
+
+bool isUsableAsJre(std::string_view name, std::string_view version) {
+  return fitsInto("Quillory---complete.plugin", name, version);
 }
 
 std::string versionFolder(const std::string& master, const std::string& name,

@@ -16,8 +16,10 @@ inline constexpr char kUpdaterName[] = "Quillory";
 
 /// Whether `name` and `version` can make the name of a folder inside its parent: neither is "..",
 /// none holds a '/' or a zero byte, and it is no longer than file systems take
-/// ("Quillory-<name>-<version>-complete.plugin").
+/// ("Quillory-<name>-<version>-complete", 255 bytes).
 bool isUsableInFolderName(std::string_view name, std::string_view version);
+/// The same for a JRE, whose bundle has the longest name ("...-complete.plugin").
+bool isUsableAsJre(std::string_view name, std::string_view version);
 
 /// The path of a version folder in `master`; nothing is created.
 std::string versionFolder(const std::string& master, const std::string& name,

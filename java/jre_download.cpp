@@ -177,7 +177,7 @@ JreOutcome<FetchedJre> downloadJre(const JrePlace& place, const JreServer& serve
   const std::optional<std::string> version = downloadVersion(fetch);
   if (!version) return {};
   // The version comes from the network, and becomes part of a path.
-  if (!isUsableInFolderName(place.name.text(), *version)) {
+  if (!isUsableAsJre(place.name.text(), *version)) {
     logError("[JREDownload] JRE version '%s' cannot be part of a folder name\n", version->c_str());
     return {};
   }

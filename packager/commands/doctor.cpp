@@ -87,14 +87,15 @@ class Doctor {
     return name == nullptr ? "" : *name;
   }
 
-  void checkName(const char* what, const std::string& name, const std::string& version) {
+  void checkName(const char* what, const std::string& name, const std::string& version,
+                 bool (*isUsable)(std::string_view, std::string_view)) {
     if (name.find('-') != std::string::npos) {
       add(Severity::kError, "name-dash",
           std::string(what) + " \"" + name +
               "\" holds a \"-\": its folders are never found again, so every start installs anew",
           bundle_.folder, "choose a name without it");
     }
-    if (!isUsableInFolderName(name, version)) {
+    if (!isUsable(name, version)) {
       add(Severity::kError, "name",
           std::string(what) + " \"" + name + "\" cannot be part of a folder's name", bundle_.folder,
           "choose a shorter name without \"/\"");
@@ -107,8 +108,8 @@ class Doctor {
       add(Severity::kError, "name", "the tail has no application name", tail.file,
           "name = \"...\" in [application], and pack again");
     }
-    checkName("the application's name", app, tail.records.appVersion);
-    checkName("the runtime's name", jreName(), tail.records.jreVersion);
+    checkName("the application's name", app, tail.records.appVersion, isUsableInFolderName);
+    checkName("the runtime's name", jreName(), tail.records.jreVersion, isUsableAsJre);
     if (isSameOnDisk(jreName(), app) || isSameOnDisk(jreName(), kUpdaterName) ||
         isSameOnDisk(app, kUpdaterName)) {
       add(Severity::kError, "name-taken",

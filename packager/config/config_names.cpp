@@ -40,11 +40,17 @@ class NameLinter {
   }
   Subject subject(const std::string& key) const { return {key, config_.placeOf(key)}; }
 
+  static bool isUsable(const std::string& key, const std::string& name,
+                       const std::string& version) {
+    return key == "runtime.name" ? isUsableAsJre(name, version)
+                                 : isUsableInFolderName(name, version);
+  }
+
   // Rules for what becomes part of a version folder's name.
   void folderName(const std::string& key, const std::string& name, const std::string& version) {
     if (const auto flaw = flawOfFolderName(subject(key), name)) {
       findings_.push_back(*flaw);
-    } else if (!isUsableInFolderName(name, version)) {
+    } else if (!isUsable(key, name, version)) {
       add(Severity::kError, "record-limit", key,
           "is too long: with its version, the folders named after it would have names of more "
           "than 255 bytes",

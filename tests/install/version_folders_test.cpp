@@ -38,9 +38,27 @@ TEST(IsUsableInFolderName, RefusesWhatWouldLeaveTheFolder) {
 }
 
 TEST(IsUsableInFolderName, RefusesWhatNoFileSystemTakes) {
-  // "Quillory-", "-" and "-complete.plugin" are 26 bytes of 255.
-  EXPECT_TRUE(isUsableInFolderName(std::string(227, 'a'), "12"));
-  EXPECT_FALSE(isUsableInFolderName(std::string(228, 'a'), "12"));
+  // "Quillory-", "-" and "-complete" are 19 bytes of 255.
+  EXPECT_TRUE(isUsableInFolderName(std::string(234, 'a'), "12"));
+  EXPECT_FALSE(isUsableInFolderName(std::string(235, 'a'), "12"));
+}
+
+TEST(IsUsableInFolderName, TakesEveryNameThatAFolderCanHave) {
+  const TempDir master;
+  const CapturedLog log;
+  for (std::size_t length = 229; length <= 235; ++length) {
+    const std::string name(length, 'a');
+    EXPECT_TRUE(isUsableInFolderName(name, "1")) << length;
+    EXPECT_TRUE(fs::create_directory(versionFolder(master.str(), name, "1"))) << length;
+  }
+  EXPECT_FALSE(isUsableInFolderName(std::string(236, 'a'), "1"));
+}
+
+TEST(IsUsableAsJre, LeavesPlaceForTheNameOfItsBundle) {
+  EXPECT_TRUE(isUsableAsJre(std::string(227, 'a'), "12"));
+  EXPECT_FALSE(isUsableAsJre(std::string(228, 'a'), "12"));
+  EXPECT_FALSE(isUsableAsJre("..", "12"));
+  EXPECT_FALSE(isUsableAsJre("JRE", "1/2"));
 }
 
 TEST(NewestVersionFolder, TakesTheHighestNumberNotTheHighestText) {
