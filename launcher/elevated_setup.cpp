@@ -79,6 +79,7 @@ void createDirectoryForAllUsers(const std::string& directory) {
   constexpr mode_t kOnlyOwnerWrites = 0755;
   for (std::size_t end = directory.find('/', 1);; end = directory.find('/', end + 1)) {
     const std::string folder = directory.substr(0, end);
+    // Every user's applications are in there: whoever may write could exchange them.
     // mkdir() alone would leave it to the umask whether users can look inside.
     if (mkdir(folder.c_str(), kOnlyOwnerWrites) == 0) {
       logMessage("[Extractor] Created %s\n", folder.c_str());

@@ -62,6 +62,7 @@ bool writeScript(const char* path, const char* name, ArgumentList& list) {
 
 int generateScript(const char* path, const char* name, ArgumentList& list) {
   if (writeScript(path, name, list)) return kExitSuccess;
+  // Whoever runs the script next would run the old one, or a part of it.
   std::printf("could not write script: %s\n", path);
   return kExitFailure;
 }

@@ -18,7 +18,8 @@ struct LinePart {
   std::size_t length = 0;
   bool isCut = false;
 
-  // False at the first byte that finds no room; those behind it are dropped without a word.
+  // False at the first byte that finds no room, the 1,024th; those behind it are dropped without a
+  // word: one message tells all that there is to be told.
   bool append(char byte) {
     if (length == text.size() - 1) return std::exchange(isCut, true);
     text[length++] = byte;
@@ -63,6 +64,8 @@ int readEntry(std::FILE* file, const char* name, ArgumentList& list) {
     chopExe(line.name.text.data());
     printDebug("%s[%s]\n", line.name.text.data(), line.value.text.data());
     if (std::strcmp(line.name.text.data(), name) != 0 || result == kListFull) continue;
+    // A list has so many places and no more. A command without its last arguments would be another
+    // command, so none is run.
     if (list.count == list.capacity()) {
       std::printf("too many arguments in config entry %s: at most %d\n", name, list.capacity());
       result = kListFull;

@@ -46,6 +46,7 @@ int copyBytes(const char* tag, std::FILE* source, const std::string& sourcePath,
     if (count > 0 && !target.write(copyBuf, count)) break;
   } while (count == sizeof copyBuf);
   if (target.close()) return kDone;
+  // A short copy would be taken for the file, and fail much later for no reason that anybody finds.
   logFailure(tag, "write destination file", target.path(), target.error());
   return kFailed;
 }

@@ -36,7 +36,8 @@ bool isForeign(const struct stat& link) {
 
 // The command leaves a folder's set-group-ID bit, which makes new files in it the group's.
 mode_t wantedMode(const struct stat& found, mode_t mode) {
-  return S_ISDIR(found.st_mode) ? mode | (found.st_mode & (S_ISUID | S_ISGID)) : mode;
+  if (!S_ISDIR(found.st_mode)) return mode;
+  return static_cast<mode_t>(mode | (found.st_mode & (S_ISUID | S_ISGID)));
 }
 
 // Between the look at it and this, somebody may have put a link there: it is not followed.

@@ -11,7 +11,6 @@
 #include <string_view>
 
 #include "support/clock.h"
-#include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/owned.h"
 #include "support/paths.h"
@@ -28,16 +27,6 @@ constexpr std::uint64_t kRenamePauseMicros = 300000;
 void deleteFile(const std::string& path) {
   logMessage("Deleting FILE %s\n", path.c_str());
   if (std::remove(path.c_str()) != 0) logMessage("Failed to delete file %s\n", path.c_str());
-}
-
-void deleteSubfolder(const std::string& path) {
-  logMessage("Deleting DIR %s\n", path.c_str());
-  if (deleteFolder(path.c_str()) != 0) {
-    logMessage("Failed to delete %s\n", path.c_str());
-    return;
-  }
-  // It may still hold what could not be removed, which has been logged.
-  rmdir(path.c_str());
 }
 
 void clearTarget(const char* path) {
@@ -87,26 +76,10 @@ void copyInstead(const char* oldPath, const char* newPath) {
 }
 
 mode_t modeOfNewFolder(const char* path) {
-  return isKeptClosed(path) ? 0700 : static_cast<mode_t>(installationMode());
+  return static_cast<mode_t>(isKeptClosed(path) ? 0700 : installationMode());
 }
 
 }  // namespace
-
-int deleteFolder(const char* folder) {
-  const auto names = isLink(folder) ? std::nullopt : listForWalk(folder);
-  if (!names) {
-    logMessage("[DeleteFolder] Deleting from '%s' is NULL\n", folder);
-    return 1;
-  }
-  for (const std::string& name : *names) {
-    const std::string path = joinPath(folder, name);
-    if (!isLink(path) && isFolder(path))
-      deleteSubfolder(path);
-    else
-      deleteFile(path);
-  }
-  return 0;
-}
 
 bool removeTree(const std::string& path) {
   std::error_code error;

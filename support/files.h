@@ -11,8 +11,8 @@ namespace quillory {
 
 /// Empties `folder`; the folder itself stays. 0 when it could be opened, even if some entries could
 /// not be removed (logged); 1 otherwise. Entries named '.' and one more character are left alone by
-/// intent. A link is removed like a file, never followed; a `folder` that is a link itself counts
-/// as one that cannot be opened.
+/// intent. A link is removed like a file, never followed, also one that takes the place of a folder
+/// meanwhile; a `folder` that is a link itself counts as one that cannot be opened.
 int deleteFolder(const char* folder);
 
 /// Removes `path` with everything in it, whatever the names, following no link and without a log

@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
 
+#include "support/platform.h"
+#include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/support/ordinary_user.h"
 #include "tests/support/quiet_log.h"
@@ -24,6 +27,7 @@ using testing::modeOf;
 using testing::QuietLog;
 using testing::readFile;
 using testing::RecordedShell;
+using testing::ScopedReplace;
 using testing::TempDir;
 using testing::writeFile;
 
@@ -100,6 +104,28 @@ TEST(DeleteFolder, DoesNotEmptyAFolderThroughALink) {
   fs::create_directory_symlink(folder / "outside", folder / "link");
   EXPECT_EQ(deleteFolder((folder / "link").c_str()), 1);
   EXPECT_EQ(readFile(folder / "outside/file"), "kept");
+}
+
+// Another user can exchange a folder for a link between any two steps; here at the first line of a
+// file in it.
+TEST(DeleteFolder, FollowsNoLinkThatTakesTheFoldersPlaceMeanwhile) {
+  const QuietLog log;
+  const TempDir folder;
+  static std::string sub, aside, precious;
+  sub = folder / "top/sub";
+  aside = folder / "aside";
+  precious = folder / "precious";
+  for (const std::string& place : {sub, precious})
+    for (const char* name : {"a", "b", "c"}) writeFile(place + '/' + name, "kept");
+  const ScopedReplace exchange(
+      platformCalls.systemLog, +[](const char* message) {
+        if (!std::string(message).starts_with("Deleting FILE " + sub) || fs::exists(aside)) return;
+        fs::rename(sub, aside);
+        fs::create_directory_symlink(precious, sub);
+      });
+  EXPECT_EQ(deleteFolder((folder / "top").c_str()), 0);
+  EXPECT_TRUE(fs::exists(aside));
+  for (const char* name : {"a", "b", "c"}) EXPECT_TRUE(fs::exists(precious + '/' + name)) << name;
 }
 
 TEST(DeleteFolder, GoesOnBehindAFileThatCannotBeRemoved) {
