@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <filesystem>
+#include <new>
 #include <ostream>
 
 #include "packager/cli/argument_parser.h"
@@ -66,6 +67,8 @@ int runCommand(const Command& command, Reporter& reporter) {
     reporter.finding(e.finding());
   } catch (const std::filesystem::filesystem_error& e) {
     reporter.finding({Severity::kError, "", e.code().message(), {e.path1().string(), 0}, ""});
+  } catch (const std::bad_alloc&) {
+    reporter.finding({Severity::kError, "", "there is not enough memory for this", {}, ""});
   } catch (const std::exception& e) {
     reporter.finding({Severity::kError, "", e.what(), {}, ""});
   }

@@ -75,12 +75,13 @@ BundleResult makeBundle(const Config& config, const BundleOptions& options, Repo
   requireReplaceable(bundle);  // before anybody waits for the packing
   const WorkFolder work(options.output);
   const std::optional<SigningKey> key = bundleKey(config, options.isUnsigned, reporter);
+  const bool isHardened = isToBeHardened(config, key.has_value(), reporter);
   const BundleTools tools = findBundleTools(config, options.target);
   const BundleParts parts =
       gatherParts(config, tools, options.target, options.output, work.path(), reporter);
   const PackedParts packed =
       packParts(parts, {options.compression, key ? &*key : nullptr, config.signing.salt},
-                work.path(), reporter);
+                work.path(), reporter, isHardened ? nameOf(options.target) : "");
   const MadeFiles made =
       assembleBundle(config, tools, packed, key ? key->publicHex() : "", work.path());
   const BundleResult result{bundle, options.output + "/release", bytesIn(made.bundle)};

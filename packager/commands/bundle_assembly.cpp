@@ -64,7 +64,7 @@ void writeTail(ByteSink& sink, const Config& config, const BundleTools& tools,
   writeTailEntry(sink, {"App2", ""});
 }
 
-Parameters parametersOf(const Config& config) {
+Parameters parametersOf(const Config& config, bool isHardened) {
   Parameters all = {{"jre_name", config.runtime.name}};
   if (config.update.mode == UpdateMode::kDynamic && !config.update.url.empty()) {
     all.emplace_back("update_url", config.update.url);
@@ -72,13 +72,16 @@ Parameters parametersOf(const Config& config) {
   if (config.jvm.forceSpawn) {
     all.emplace_back("force_spawn", "true");
   }
+  if (isHardened) {
+    all.emplace_back("hardened", "true");
+  }
   all.insert(all.end(), config.parameters.begin(), config.parameters.end());
   return all;
 }
 
-void writeParametersFile(const std::string& path, const Config& config) {
+void writeParametersFile(const std::string& path, const Config& config, bool isHardened) {
   FileSink params(path, kPlain, kFlushedLater);
-  writeParameters(params, parametersOf(config));
+  writeParameters(params, parametersOf(config, isHardened));
   params.commit();
 }
 
@@ -120,7 +123,7 @@ MadeFiles assembleBundle(const Config& config, const BundleTools& tools, const P
     writeTail(tail, config, tools, parts, publicKey);
     tail.commit();
   }
-  writeParametersFile(resources + kParamsFileName, config);
+  writeParametersFile(resources + kParamsFileName, config, parts.isHardened);
   const std::string icon = writeIcon(config, resources);
   writeWholeFile(contents + "Info.plist", applicationInfoPlist(config.application, icon), kPlain,
                  kFlushedLater);

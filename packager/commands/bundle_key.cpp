@@ -5,6 +5,8 @@
 namespace quillory::pack {
 namespace {
 
+constexpr bool kHardenedByDefault = false;
+
 void warnOfUnsigned(const Config& config, Reporter& reporter) {
   reporter.finding({Severity::kWarning,
                     "unsigned",
@@ -56,6 +58,25 @@ std::optional<SigningKey> bundleKey(const Config& config, bool isUnsigned, Repor
                       "chmod 600 " + path});
   }
   return key;
+}
+
+bool isToBeHardened(const Config& config, bool hasKey, Reporter& reporter) {
+  const std::optional<bool> asked = config.install.hardened;
+  if (hasKey || asked == false) {
+    return asked.value_or(kHardenedByDefault);
+  }
+  if (asked == true) {
+    throw RejectedInput({{Severity::kError, "hardened",
+                          "install.hardened asks for signed archives, and these are packed without "
+                          "a key: the launcher would refuse them",
+                          config.placeOf("install.hardened"), "sign them, or leave out hardened"}});
+  }
+  reporter.finding({Severity::kNote,
+                    "hardened",
+                    "the bundle is not hardened, because its archives are not signed",
+                    {config.file, 0},
+                    "sign them with a key: quillory-pack keygen"});
+  return false;
 }
 
 }  // namespace quillory::pack

@@ -1,4 +1,4 @@
-// The key that the archives of a bundle are signed with.
+// The key that the archives of a bundle are signed with, and what their launcher asks of it.
 #pragma once
 #include <optional>
 
@@ -13,5 +13,10 @@ namespace quillory::pack {
 /// such key, or one whose signatures the launcher does not take. A key file that other people of
 /// this machine can read is reported.
 std::optional<SigningKey> bundleKey(const Config& config, bool isUnsigned, Reporter& reporter);
+
+/// Whether the bundle becomes a hardened one: where nobody said otherwise, when it has a key; a
+/// note tells of one that has none. Throws RejectedInput where a hardened one is asked for without
+/// a key, whose archives its launcher would refuse.
+bool isToBeHardened(const Config& config, bool hasKey, Reporter& reporter);
 
 }  // namespace quillory::pack

@@ -10,6 +10,7 @@
 #include "formats/tail_format.h"
 #include "formats/update_url.h"
 #include "install/version_folders.h"
+#include "packager/commands/identity_checks.h"
 #include "packager/commands/verify.h"
 #include "packager/config/name_rules.h"
 #include "packager/reading/archive_checks.h"
@@ -228,6 +229,7 @@ class Doctor {
     try {
       const PlainArchive archive(tail.regionOf(*entry), isCompressed(*entry));
       const Verdict verdict = verifyArchiveFile(archive, name, key, findings_);
+      checkIdentity(tail, *entry, verdict, expectedArchivesOf(bundle_), name, findings_);
       if (verdict.trust == Trust::kBroken || verdict.trust == Trust::kUnchecked ||
           (key != nullptr && verdict.trust == Trust::kUnsigned)) {
         add(Severity::kError, "signature",
@@ -237,7 +239,7 @@ class Doctor {
       Findings ignored;
       const ArchiveListing listing = archive.list(ignored, name);
       examine(archive, listing, name, findings_);
-    } catch (const PackError& e) {
+    } catch (const DamagedArchive& e) {
       findings_.push_back(e.finding());
     }
   }

@@ -46,6 +46,9 @@ Json describeArchive(const ArchiveListing& listing) {
   for (const ListedEntry& entry : listing.entries) {
     total += entry.length;
   }
+  if (listing.identity) {
+    archive["is"] = asText(*listing.identity);
+  }
   archive["content"] = readableSize(static_cast<std::uint64_t>(total));
   archive["signed"] = listing.signature.has_value();
   if (listing.signature) {

@@ -20,11 +20,14 @@ struct PackedParts {
   PackedPart updater;
   PackedPart application;
   std::optional<PackedPart> runtime;
+  bool isHardened = false;  ///< the archives say what they are, which hardened launchers ask
 };
 
 /// Packs all parts at the same time into files in `folder`, under the names that they have in a
-/// tail. Throws PackError; nothing is left in the folder then.
+/// tail. With a `platform`, the name of a target, the archives say what they are: the updater for
+/// every platform, the others for that one. Throws PackError; nothing is left in the folder then.
 PackedParts packParts(const BundleParts& parts, const PackingOptions& options,
-                      const std::string& folder, Reporter& reporter);
+                      const std::string& folder, Reporter& reporter,
+                      const std::string& platform = "");
 
 }  // namespace quillory::pack

@@ -44,6 +44,9 @@ void packOne(const PackingJob& job, const PackingOptions& options, FileSink& fil
   CountingSink counted(compressed, progress, stop);
   PipelinedSink pipe(counted);
   ArchiveWriter archive(pipe);
+  if (job.identity) {
+    archive.identity(*job.identity);
+  }
   archive.tree(*job.content);
   if (options.key != nullptr) {
     archive.endSigned(*options.key, options.salt);

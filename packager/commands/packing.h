@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/archive_identity.h"
 #include "packager/content/content_tree.h"
 #include "packager/keys/signing_key.h"
 #include "packager/report/reporter.h"
@@ -13,6 +14,8 @@ namespace quillory::pack {
 struct PackingJob {
   const ContentTree* content = nullptr;
   std::string output;  ///< a ".p2.l2" file
+  /// What the archive says that it is; none: it says nothing of that.
+  std::optional<ArchiveIdentity> identity = std::nullopt;
 };
 
 struct PackingOptions {

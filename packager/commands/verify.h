@@ -21,12 +21,15 @@ enum class Trust {
 struct Verdict {
   std::string archive;  ///< what was checked
   Trust trust = Trust::kBroken;
-  std::string client;  ///< what a client does with it
+  std::string client;                                      ///< what a client does with it
+  std::optional<ArchiveIdentity> identity = std::nullopt;  ///< what it says that it is
 };
 
 struct VerifyResult {
   std::vector<Verdict> verdicts;
   Findings findings;
+  /// What of a bundle is covered by no signature of ours, for people.
+  std::vector<std::string> uncovered{};
 
   /// Nothing is broken; and where a key says that archives are signed, all of them are.
   bool good(bool keyGiven) const;
@@ -36,13 +39,14 @@ struct VerifyResult {
 Verdict verifyArchiveFile(const PlainArchive& archive, const std::string& name,
                           const PublicKey* key, Findings& findings);
 
-/// The same for an archive inside a file; one that cannot be decompressed is broken.
+/// The same for an archive inside a file; one that cannot be decompressed is broken. Throws
+/// PackError where that cannot be told, on a full disk say.
 Verdict verifyRegion(const FileRegion& region, bool compressed, const std::string& name,
                      const PublicKey* key, Findings& findings);
 
-/// A bundle, a tail or an archive. `keyFile` "": the bundle's own key. Throws PackError for other
-/// files.
-VerifyResult verifyPath(const std::string& path, const std::string& keyFile);
+/// A bundle, a tail or an archive. `keyFile` "": the bundle's own key. `isStrict`: of a bundle also
+/// what no signature covers is looked at, see strict_check.h. Throws PackError for other files.
+VerifyResult verifyPath(const std::string& path, const std::string& keyFile, bool isStrict = false);
 
 /// "verify": prints the verdicts; fails unless all that it looks at is good.
 Command verifyCommand();

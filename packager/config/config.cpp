@@ -93,6 +93,9 @@ void readInstall(ConfigSection section, InstallConfig& out) {
   out.type = place == 0 ? "perm_user" : place == 1 ? "perm_all" : "temporary";
   section.text("silent-switch", out.silentSwitch);
   section.number("required-java", out.requiredJava, 0, 9999);
+  bool hardened = true;
+  section.flag("hardened", hardened);
+  out.hardened = section.has("hardened") ? std::optional(hardened) : std::nullopt;
   section.rejectUnknown();
 }
 

@@ -72,6 +72,8 @@ struct InstallConfig {
   std::string type = "perm_user";  ///< as the tail has it
   std::string silentSwitch;
   std::int64_t requiredJava = 0;  ///< 0 for none
+  /// Whether launchers refuse what a careful start should not take; none: where it can be done.
+  std::optional<bool> hardened;
 };
 
 enum class UpdateMode { kOff, kStatic, kDynamic };

@@ -184,6 +184,9 @@ class Linter {
       if (name == "update_url" || name == "jre_name") {
         error("parameter", key, "is written by other keys of this file",
               name == "jre_name" ? "use runtime.name" : "use dynamic = true and url in [update]");
+      } else if (name == "hardened") {
+        error("parameter", key, "is written by another key of this file",
+              "use hardened in [install]");
       } else if (name == "force_spawn" && config_.places.count("jvm.force-spawn") != 0) {
         error("parameter", key, "is written by jvm.force-spawn as well", "keep one of the two");
       } else if (const auto flaw = flawOfParameter(subject(key), name, value)) {

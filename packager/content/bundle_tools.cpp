@@ -138,6 +138,10 @@ void checkMarker(const Config& config, const std::string& launcher, Findings& fi
 
 }  // namespace
 
+std::string ownProgramFor(Target target, const std::string& name) {
+  return firstFile(foldersFor(target), name);
+}
+
 BundleTools findBundleTools(const Config& config, Target target) {
   BundleTools tools;
   std::vector<Wanted> all = {

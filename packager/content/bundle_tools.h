@@ -18,6 +18,9 @@ struct BundleTools {
   std::string elevMac;  ///< "" when there is none, which only this system's own programs may lack
 };
 
+/// The program of that name which comes with us for `target`; "" when it is nowhere.
+std::string ownProgramFor(Target target, const std::string& name);
+
 /// Throws RejectedInput when a file that the configuration names is not there or not for `target`,
 /// or when the launcher holds a tail already; PackError when the files of `target` are nowhere.
 BundleTools findBundleTools(const Config& config, Target target);

@@ -1,6 +1,10 @@
 #include "packager/content/info_plist.h"
 
+#include <cstdlib>
+#include <vector>
+
 #include "packager/config/name_rules.h"
+#include "packager/reading/bundle_view.h"
 
 namespace quillory::pack {
 namespace {
@@ -59,6 +63,19 @@ std::string urlTypes(const ApplicationConfig& application) {
          "\t\t\t</array>\n\t\t</dict>\n\t</array>\n";
 }
 
+// Those of a text that urlTypes() has made.
+std::vector<std::string> urlSchemesIn(const std::string& plist) {
+  std::vector<std::string> schemes;
+  std::size_t at = plist.find("<key>CFBundleURLSchemes</key>");
+  const std::size_t end = plist.find("</array>", at);
+  while ((at = plist.find("<string>", at)) < end) {
+    const std::size_t start = at + std::string("<string>").size();
+    at = plist.find("</string>", start);
+    schemes.push_back(plist.substr(start, at - start));
+  }
+  return schemes;
+}
+
 }  // namespace
 
 std::string applicationInfoPlist(const ApplicationConfig& application,
@@ -86,6 +103,21 @@ std::string applicationInfoPlist(const ApplicationConfig& application,
   }
   plist += entry("NSPrincipalClass", "NSApplication");
   return plist + kFoot;
+}
+
+bool isApplicationInfoPlist(const std::string& text) {
+  // Read, and written again: whatever was added or changed is not there then.
+  ApplicationConfig read;
+  read.name = plistText(text, "CFBundleName");
+  read.executable = plistText(text, "CFBundleExecutable");
+  read.identifier = plistText(text, "CFBundleIdentifier");
+  read.displayVersion = plistText(text, "CFBundleShortVersionString");
+  read.version = std::strtoll(plistText(text, "CFBundleVersion").c_str(), nullptr, 10);
+  read.category = plistText(text, "LSApplicationCategoryType");
+  read.copyright = plistText(text, "NSHumanReadableCopyright");
+  read.urlSchemes = urlSchemesIn(text);
+  return !read.executable.empty() &&
+         applicationInfoPlist(read, plistText(text, "CFBundleIconFile")) == text;
 }
 
 std::string runtimeInfoPlist(const std::string& name, const std::string& version,

@@ -34,6 +34,8 @@ const unsigned char* bytesOf(std::string_view text) {
   return reinterpret_cast<const unsigned char*>(text.data());
 }
 
+unsigned char* bytesOf(std::string& text) { return reinterpret_cast<unsigned char*>(text.data()); }
+
 std::string base64(std::string_view bytes) {
   std::string text(bytes.size() / 3 * 4 + 5, '\0');
   unsigned long length = text.size();
@@ -64,6 +66,24 @@ std::array<unsigned char, 32> sha256(std::string_view a, std::string_view b = {}
   }
   sha256_done(&state, out.data());
   return out;
+}
+
+// Whether the halves belong together: a number that the private one has changed comes back through
+// the public one.
+bool isWhole(rsa_key& key) {
+  const std::size_t size = ltc_mp.unsigned_size(key.N);
+  std::string number(size, '\0');
+  if (size < 2) {
+    return false;
+  }
+  number.back() = 2;
+  std::string changed(size, '\0'), back(size, '\0');
+  unsigned long length = size;
+  return rsa_exptmod(bytesOf(number), size, bytesOf(changed), &length, PK_PRIVATE, &key) ==
+             CRYPT_OK &&
+         length == size &&
+         rsa_exptmod(bytesOf(changed), size, bytesOf(back), &length, PK_PUBLIC, &key) == CRYPT_OK &&
+         length == size && back == number;
 }
 
 }  // namespace
@@ -103,6 +123,10 @@ SigningKey SigningKey::load(const std::string& path) {
   SigningKey key(std::move(loaded));
   if (key.key_->key.type != PK_PRIVATE) {
     throw PackError("is the public half of a key", "name the file with the private key", {path, 0});
+  }
+  if (!isWhole(key.key_->key)) {
+    throw PackError("the key is damaged: what it signs does not hold under its own public half",
+                    "restore it from your backup", {path, 0});
   }
   return key;
 }

@@ -29,7 +29,7 @@ class SigningKey {
   /// the library makes none of that length, or the system gives no random numbers.
   static SigningKey generate(int bits);
   /// Reads "RSA PRIVATE KEY" and unencrypted "PRIVATE KEY" files. Throws PackError with the way out
-  /// for everything else.
+  /// for everything else, and for a key whose halves do not belong together.
   static SigningKey load(const std::string& path);
 
   /// PKCS #1 in PEM, as every tool for keys reads it.

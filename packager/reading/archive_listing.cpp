@@ -86,6 +86,13 @@ ArchiveListing listArchive(RecordInput& input, Findings& findings, const std::st
       listing.signature = std::move(signature);
       break;
     }
+    const bool isFirst = listing.entries.empty() && !listing.identity;
+    if (isFirst && entry->type == kFileEntry && entry->length == 0) {
+      listing.identity = parseIdentityPath(entry->path);
+      if (listing.identity) {
+        continue;
+      }
+    }
     listing.entries.push_back(*entry);
     if (hasErrors(findings)) {
       break;  // what follows would be read from the wrong place

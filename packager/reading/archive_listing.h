@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "formats/archive_format.h"
+#include "formats/archive_identity.h"
 #include "packager/reading/record_input.h"
 
 namespace quillory::pack {
@@ -27,6 +28,8 @@ struct ListedSignature {
 };
 
 struct ArchiveListing {
+  /// What its first entry says that it is; not among the entries then.
+  std::optional<ArchiveIdentity> identity;
   std::vector<ListedEntry> entries;
   std::optional<ListedSignature> signature;
   std::int64_t end = 0;  ///< the first byte behind the archive
@@ -40,8 +43,8 @@ struct ArchiveListing {
 std::optional<ListedEntry> readListedEntry(RecordInput& input, Findings& findings,
                                            const std::string& path);
 
-/// All entries from where `input` stands to the end of the archive: its last record, or the end of the
-/// file. `path` is how findings name it.
+/// All entries from where `input` stands to the end of the archive: its last record, or the end of
+/// the file. `path` is how findings name it.
 ArchiveListing listArchive(RecordInput& input, Findings& findings, const std::string& path);
 
 }  // namespace quillory::pack

@@ -16,6 +16,35 @@ namespace {
 
 constexpr std::size_t kBlock = 256 * 1024;
 
+// Who looks at an archive should not take a full disk of his own for a fault of it.
+[[noreturn]] void throwNoRoom(const PackError& e) {
+  throw PackError("the archive cannot be put here to be looked at: " + std::string(e.what()),
+                  "make room there, or set TMPDIR to another folder", {temporaryFolder(), 0});
+}
+
+class ScratchFile {
+ public:
+  explicit ScratchFile(const std::string& path) : file_(path, 0600, Durability::kLeftToTheSystem) {}
+
+  void write(std::string_view bytes) {
+    try {
+      file_.write(bytes);
+    } catch (const PackError& e) {
+      throwNoRoom(e);
+    }
+  }
+  void commit() {
+    try {
+      file_.commit();
+    } catch (const PackError& e) {
+      throwNoRoom(e);
+    }
+  }
+
+ private:
+  FileSink file_;
+};
+
 }  // namespace
 
 void readRegion(const FileRegion& region, const std::function<void(std::string_view)>& take) {
@@ -27,7 +56,7 @@ void readRegion(const FileRegion& region, const std::function<void(std::string_v
     const std::string block =
         input.bytes(static_cast<std::size_t>(std::min<std::int64_t>(left, kBlock)));
     if (block.empty()) {
-      throw PackError("ends too early", "copy or download it again", {region.path, 0});
+      throw DamagedArchive("ends too early", "copy or download it again", {region.path, 0});
     }
     take(block);
     left -= static_cast<std::int64_t>(block.size());
@@ -51,7 +80,7 @@ std::string temporaryFolder() {
 PlainArchive::PlainArchive(const FileRegion& region, bool compressed)
     : work_(std::make_unique<WorkFolder>(temporaryFolder())),
       path_(*work_ / archiveName("archive")) {
-  FileSink file(path_, 0600, Durability::kLeftToTheSystem);
+  ScratchFile file(path_);
   if (!compressed) {
     readRegion(region, [&](std::string_view block) { file.write(block); });
     file.commit();
@@ -63,7 +92,7 @@ PlainArchive::PlainArchive(const FileRegion& region, bool compressed)
   });
   const auto check = [&](bool good) {
     if (!good) {
-      throw PackError(decoder.error(), "pack or download it again", {region.path, 0});
+      throw DamagedArchive(decoder.error(), "pack or download it again", {region.path, 0});
     }
   };
   readRegion(region,

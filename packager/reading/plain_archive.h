@@ -19,13 +19,21 @@ struct FileRegion {
 };
 /// All of a file. Throws PackError when its length cannot be told.
 FileRegion wholeFile(const std::string& path);
-/// Feeds it to `take`, block by block. Throws PackError when the file ends within it, and, like
-/// stopIfInterrupted(), between two blocks.
+/// Feeds it to `take`, block by block. Throws DamagedArchive when the file ends within it, and
+/// PackError, like stopIfInterrupted(), between two blocks.
 void readRegion(const FileRegion& region, const std::function<void(std::string_view)>& take);
+
+/// An archive that cannot be decompressed or is not all there: what is wrong lies with it, and not
+/// with the disk or the memory of who looks.
+class DamagedArchive : public PackError {
+ public:
+  using PackError::PackError;
+};
 
 class PlainArchive {
  public:
-  /// `compressed`: the region is an LZMA stream. Throws PackError when it is damaged.
+  /// `compressed`: the region is an LZMA stream. Throws DamagedArchive when that is so, and
+  /// PackError where it cannot be put into the folder for temporary files.
   PlainArchive(const FileRegion& region, bool compressed);
 
   const std::string& path() const { return path_; }

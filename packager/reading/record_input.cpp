@@ -1,5 +1,7 @@
 #include "packager/reading/record_input.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -22,6 +24,10 @@ RecordInput::RecordInput(const std::string& path, Findings& findings)
     : path_(path), findings_(findings), file_(std::fopen(path.c_str(), "rb")) {
   if (!file_) {
     throwFileError(path, "cannot be opened", errno);
+  }
+  struct stat info;
+  if (fstat(fileno(file_.get()), &info) == 0 && !S_ISREG(info.st_mode)) {
+    throw PackError("is a folder, a device or a pipe, and no file", "name a file", {path, 0});
   }
   if (fseeko(file_.get(), 0, SEEK_END) != 0) {
     throwFileError(path, "cannot be read", errno);

@@ -13,7 +13,8 @@ namespace quillory::pack {
 
 class RecordInput {
  public:
-  /// Throws PackError when the file cannot be opened. `findings` outlives the reader.
+  /// Throws PackError when the file cannot be opened, or is no plain file, which may have no end.
+  /// `findings` outlives the reader.
   RecordInput(const std::string& path, Findings& findings);
 
   /// The value as the launcher gets it. One that is too long is cut, as there, with a finding; one

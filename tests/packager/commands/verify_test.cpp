@@ -30,6 +30,37 @@ TEST_F(Verify, FindsAFreshBundleGood) {
   EXPECT_THAT(result.err, HasSubstr("good\n"));
 }
 
+TEST_F(Verify, SaysWhatNoSignatureCovers) {
+  EXPECT_THAT(
+      pack({"verify", bundle_}).err,
+      HasSubstr(bundle_ + ": no signature of ours covers Info.plist, the launcher, elev_mac, "
+                          "the parameters, the tail's records, tools and pictures; "
+                          "--strict compares what can be compared\n"));
+  const auto document = nlohmann::json::parse(pack({"verify", "--json", bundle_, tail()}).out);
+  EXPECT_EQ(document["uncovered"].size(), 1u);
+  EXPECT_EQ(document["uncovered"][bundle_][1], "the launcher");
+}
+
+TEST_F(Verify, DoesNotTakeAFullDiskForABrokenArchive) {
+  const ChildResult result =
+      runChild({"sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$@\"", "sh", QUILLORY_PACK, "verify",
+                "--key", Project::key(), release("Quillory-1")});
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err,
+              AllOf(HasSubstr("error: the archive cannot be put here to be looked at: "),
+                    HasSubstr("set TMPDIR to another folder")));
+}
+
+TEST_F(Verify, ReadsNoDeviceWithoutAnEnd) {
+  for (const char* command : {"verify", "inspect"}) {
+    const CommandResult result = pack({command, "/dev/zero"});
+    EXPECT_EQ(result.status, 1) << command;
+    EXPECT_THAT(result.err,
+                HasSubstr("/dev/zero: error: is a folder, a device or a pipe, and no file"));
+  }
+}
+
 TEST_F(Verify, ChecksArchivesWithAKeyAndSaysWhenThereIsNone) {
   EXPECT_THAT(pack({"verify", "--key", Project::key(), release("Hello-3")}).out,
               HasSubstr("signed: "));

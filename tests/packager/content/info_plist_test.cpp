@@ -109,5 +109,29 @@ TEST(RuntimeInfoPlist, IsAPropertyListInXml) {
             std::string::npos);
 }
 
+TEST(IsApplicationInfoPlist, TakesWhatIsWrittenForAnyConfiguration) {
+  ApplicationConfig application;
+  application.name = "A & B <c>";
+  application.executable = "AB";
+  application.identifier = "com.example.ab";
+  application.displayVersion = "1.0 \"one\"";
+  application.version = 12;
+  EXPECT_TRUE(isApplicationInfoPlist(applicationInfoPlist(application, "")));
+  application.category = "public.app-category.games";
+  application.copyright = "(c) & others";
+  application.urlSchemes = {"a", "b-c"};
+  const std::string plist = applicationInfoPlist(application, "AB.icns");
+  EXPECT_TRUE(isApplicationInfoPlist(plist));
+  EXPECT_FALSE(isApplicationInfoPlist(""));
+  EXPECT_FALSE(isApplicationInfoPlist(applicationInfoPlist({}, "")));
+  for (std::size_t length = 0; length < plist.size(); length += 13) {
+    EXPECT_FALSE(isApplicationInfoPlist(plist.substr(0, length))) << length;
+  }
+  for (std::size_t at = 0; at <= plist.size(); at += 7) {
+    EXPECT_FALSE(isApplicationInfoPlist(plist.substr(0, at) + '<' + plist.substr(at))) << at;
+  }
+  EXPECT_FALSE(isApplicationInfoPlist(plist + ' '));
+}
+
 }  // namespace
 }  // namespace quillory::pack

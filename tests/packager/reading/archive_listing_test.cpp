@@ -121,5 +121,21 @@ TEST_F(ListArchive, TakesContentThatEndsWithTheFile) {
   EXPECT_EQ(findings_[0].place.file, "the archive");
 }
 
+TEST_F(ListArchive, TakesTheFirstEntryForWhatTheArchiveSaysThatItIs) {
+  const auto identityIn = [&](const std::string& bytes) {
+    const ArchiveListing listing = list(bytes);
+    EXPECT_EQ(rulesOf(findings_), std::vector<std::string>{});
+    return (listing.identity ? asText(*listing.identity) : "none") + ", " +
+           std::to_string(listing.entries.size());
+  };
+  const std::string path = "qyArcSpBlock_Component1;JRE;17;linux";
+  const std::string other = records({"0", "a", "0"});
+  EXPECT_EQ(identityIn(records({"0", path, "0"}) + other + records({""})), "JRE 17 (linux), 1");
+  EXPECT_EQ(identityIn(other + records({"0", path, "0", ""})), "none, 2") << "the second entry";
+  EXPECT_EQ(identityIn(records({"0", path, "0", "0", path, "0", ""})), "JRE 17 (linux), 1");
+  EXPECT_EQ(identityIn(records({"0", path, "1"}) + "x" + records({""})), "none, 1") << "a file";
+  EXPECT_EQ(identityIn(records({"0", path + ";more", "0", ""})), "none, 1");
+}
+
 }  // namespace
 }  // namespace quillory::pack
