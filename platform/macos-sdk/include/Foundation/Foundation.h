@@ -54,6 +54,7 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4, NSISOLatin1StringEncoding = 
 @end
 
 @interface NSData : NSObject
++ (instancetype)dataWithBytes:(const void*)bytes length:(NSUInteger)length;
 + (instancetype)dataWithContentsOfFile:(NSString*)path;
 - (const void*)bytes;
 - (NSUInteger)length;
@@ -117,6 +118,7 @@ enum : NSURLRequestCachePolicy { NSURLRequestUseProtocolCachePolicy = 0 };
 + (instancetype)requestWithURL:(NSURL*)url
                    cachePolicy:(NSURLRequestCachePolicy)policy
                timeoutInterval:(NSTimeInterval)seconds;
+- (NSURL*)URL;
 @end
 
 static const long long NSURLResponseUnknownLength = -1;
