@@ -1,5 +1,9 @@
 #include "java/app_executable.h"
 
+#include <filesystem>
+
+#include "install/installation_lock.h"
+#include "install/leftovers.h"
 #include "java/whole_copy.h"
 #include "support/files.h"
 #include "support/log.h"
@@ -9,6 +13,11 @@ namespace {
 
 bool isFileName(const std::string& name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+}
+
+// <master folder>/<JRE folder>/bin
+std::string masterFolderOf(const std::string& binFolder) {
+  return std::filesystem::path(binFolder).parent_path().parent_path().string();
 }
 
 }  // namespace
@@ -23,6 +32,9 @@ std::string provideAppExecutable(const std::string& binFolder, const std::string
   const std::string executable = binFolder + "/" + appName;
   if (doesFileExist(executable.c_str())) return executable;
 
+  InstallationLock lock;
+  // Nobody else is copying: what lies there beside its place was cut short.
+  if (lock.tryToTake(masterFolderOf(binFolder))) clearUnfinishedFiles(binFolder);
   // Beside its place first: two starts at the same time do not mix their bytes.
   OutputFile copy(executable, ExactMode{installationMode()});
   if (copyWhole(java, copy, executable)) return executable;

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <optional>
 
+#include "install/leftovers.h"
 #include "java/whole_copy.h"
 #include "support/command_output.h"
 #include "support/files.h"
@@ -123,7 +124,7 @@ int replaceTrustStore(const std::string& source, const std::string& jreHome,
   const std::string shown = jreHome + kTrustStoreFolder + kTrustStoreFile;
   logMessage("[Extractor] CACerts path %s exists\n", source.c_str());
   logMessage("[Extractor] TargetCACerts path is %s\n", shown.c_str());
-  removeUnfinishedCopies(folder);
+  clearUnfinishedFiles(folder);
   struct stat old = {};
   if (lstat(target.c_str(), &old) == 0) {
     if (access(target.c_str(), R_OK) == 0) logMessage("File exists: %s\n", shown.c_str());

@@ -1,8 +1,11 @@
 #include "java/launch_properties.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -23,6 +26,8 @@ namespace {
 
 constexpr int kRetries = 5;
 constexpr std::uint64_t kRetryPauseMicros = 500'000'000;
+constexpr int kNameTurns = 100;
+constexpr std::uint64_t kNamePauseMicros = 1000;
 constexpr int kLoggedValueLength = 99;
 
 /// Whether there is a file, also one that cannot be opened (which doesFileExist() would deny).
@@ -53,10 +58,30 @@ void logLaunchProperty(const char* key, const std::string& value) {
   }
 }
 
+/// Whether this start alone has the file of that name now, or nobody can.
+bool isOurs(const std::string& path) {
+  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (file < 0) return errno != EEXIST;
+  close(file);
+  return true;
+}
+
+/// A name that no other start has: of the same millisecond and folder there may be one, and its
+/// Java takes the file away when it has read it. After some turns what lies there is taken for left
+/// behind, and written anew.
+std::string ownPropertiesPath(const std::string& folder) {
+  std::string path = newLaunchPropertiesPath(folder);
+  for (int turn = 0; turn < kNameTurns && !isOurs(path); ++turn) {
+    timeCalls.sleepMicros(kNamePauseMicros);
+    path = newLaunchPropertiesPath(folder);
+  }
+  return path;
+}
+
 /// Of the same millisecond and folder there may be the file of another start, or something that
 /// another user has put there: neither is written through.
 NewFile newPropertiesFile(const std::string& folder, const char* how) {
-  const std::string path = newLaunchPropertiesPath(folder);
+  const std::string path = ownPropertiesPath(folder);
   logMessage("[%s] Writing launch properties to %s\n", how, path.c_str());
   return NewFile(path);
 }

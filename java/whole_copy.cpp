@@ -1,15 +1,10 @@
 #include "java/whole_copy.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <vector>
 
-#include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/owned.h"
-#include "support/paths.h"
 
 namespace quillory {
 namespace {
@@ -38,17 +33,6 @@ bool copyWhole(const std::string& source, OutputFile& copy, const std::string& t
       "[Extractor] *************************** Unable to open destination file for copy %s\n",
       target.c_str());
   return false;
-}
-
-void removeUnfinishedCopies(const std::string& folder) {
-  struct stat found {};
-  if (lstat(folder.c_str(), &found) != 0 || !S_ISDIR(found.st_mode)) return;
-  for (const std::string& name : namesIn(folder)) {
-    // The second is what versions before this one called theirs.
-    if (!name.starts_with(".unfinished-") && !name.starts_with(".java-")) continue;
-    const std::string path = joinPath(folder, name);
-    if (lstat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode)) unlink(path.c_str());
-  }
 }
 
 }  // namespace quillory

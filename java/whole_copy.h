@@ -12,8 +12,4 @@ namespace quillory {
 /// there stays.
 bool copyWhole(const std::string& source, OutputFile& copy, const std::string& target);
 
-/// Removes what copies into `folder` have left that were cut short. Only while no other start makes
-/// one; it follows no link.
-void removeUnfinishedCopies(const std::string& folder);
-
 }  // namespace quillory

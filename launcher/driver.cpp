@@ -15,8 +15,9 @@
 #include "install/closed_installation.h"
 #include "install/file_logging.h"
 #include "install/install_locations.h"
+#include "install/installation_lock.h"
 #include "install/jre_name.h"
-#include "install/replacement.h"
+#include "install/leftovers.h"
 #include "install/unfinished.h"
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
@@ -63,6 +64,7 @@ struct Start {
   /// writes there.
   std::string ownFolder;
   JreName jreName;
+  InstallationLock lock;  ///< held while something is installed
 
   TailArchives archives() const { return {tailStream.get(), key}; }
   SplashOverride splashOverride() const { return {tail.canOverrideSplash, params.splashImage}; }
@@ -161,8 +163,10 @@ std::string folderForSplash(const Start& start) {
 }
 
 /// Never comes back when this user may not write to the master folder.
-void makeFirstTempFolder(const Start& start, const ComponentFolders& folders) {
+void makeFirstTempFolder(Start& start, const ComponentFolders& folders) {
   if (mayBeUsed(start.masterFolder) && makeNewDir(folders.guTemp.c_str()) == 0) return;
+  // The elevated copy takes it, while this process waits for that.
+  start.lock.release();
   logMessage("[Extractor] Unable to create GU Temp folder - assuming elevation required\n");
   const StartSurroundings& around = start.surroundings;
   endUnless(mayElevate(start.line.prepareOnly, around.isRelaunchedCopy()));
@@ -282,13 +286,56 @@ std::string extractEverything(Start& start, const std::string& installedGu) {
   return *gu;
 }
 
+UpdateDecision decide(const Start& start) {
+  return decideUpdate({start.masterFolder, start.tail.appName, start.jreName.text(),
+                       start.tail.guVersion, start.tail.appVersion});
+}
+
+/// Shows the picture of the updater that another start is installing, as soon as it is there.
+void showSplashOfOther(const Start& start, bool& isShown) {
+  if (isShown || !start.showsUi()) return;
+  std::string picture;
+  {
+    const LogPause pause;
+    const std::optional<std::string> gu = newestVersionFolder(start.masterFolder, kUpdaterName);
+    if (gu) picture = joinPath(start.masterFolder, *gu, kSplashPictureName);
+    if (picture.empty() || !doesFileExist(picture.c_str())) return;
+  }
+  showSplash(start, picture);
+  isShown = true;
+}
+
+/// Takes the lock for a start that has something to install, and decides again: meanwhile another
+/// one may have installed it.
+UpdateDecision decideUnderLock(Start& start, const UpdateDecision& first) {
+  bool isSplashShown = false;
+  const InstallationLock::Taken taken =
+      start.lock.take(start.masterFolder, [&] { showSplashOfOther(start, isSplashShown); });
+  if (taken == InstallationLock::Taken::kNot) return first;
+  clearLeftovers(start.masterFolder);
+  if (taken == InstallationLock::Taken::kAtOnce) {
+    const LogPause pause;
+    const UpdateDecision second = decide(start);
+    if (second.extract) return second;
+  }
+  logMessage("[Extractor] Another start may have installed something, will check again\n");
+  return decide(start);
+}
+
+/// Clears up behind starts that were killed, unless another one is at work right now.
+void clearUp(Start& start) {
+  if (!hasLeftovers(start.masterFolder) || !start.lock.tryToTake(start.masterFolder)) return;
+  clearLeftovers(start.masterFolder);
+  start.lock.release();
+}
+
 /// The folder name of the updater to run: the installed one, or that of the tail.
 std::string installOrUpdate(Start& start) {
   logWhatTailCarries(start.tail);
-  bringBackWhatWasSetAside(start.masterFolder);
-  const UpdateDecision decision =
-      decideUpdate({start.masterFolder, start.tail.appName, start.jreName.text(),
-                    start.tail.guVersion, start.tail.appVersion});
+  clearUp(start);
+  UpdateDecision decision = decide(start);
+  // A start in which everything is current waits for nobody.
+  if (decision.extract) decision = decideUnderLock(start, decision);
   if (decision.extract) return extractEverything(start, decision.installedGu);
   logMessage("[Extractor] Running without extraction now\n");
   splash::cleanup();
@@ -303,6 +350,7 @@ std::string installOrUpdate(Start& start) {
     if (start.isHardenedForAll()) prepareLaunch(request);
     openInstallation(start.masterFolder);
   }
+  start.lock.release();
   if (start.line.prepareOnly) std::exit(kExitSuccess);
   std::exit(launch(request).exitStatus);
 }

@@ -19,6 +19,9 @@ LogFile logFile;
 // the start-up thread and the main thread; atomic so that a stale value is the worst that happens.
 std::atomic<std::uint64_t> lastTimestamp{0};
 
+// How many LogPause objects this thread has.
+thread_local int pauses = 0;
+
 // A line of 43 or 48 marks. Made anew each time: the main thread may be logging while the process
 // ends, when a global string would be gone.
 std::string lineOf(char mark, std::size_t length) { return std::string(length, mark) + '\n'; }
@@ -54,6 +57,7 @@ void flushStandardStreams() {
 }
 
 void writeMessage(const std::string& message) {
+  if (pauses > 0) return;
   const std::string line = elapsedPrefix() + message;
   logFile.write(line);
   logCalls.show(line.data(), line.size());
@@ -86,6 +90,7 @@ void logError(const char* format, ...) {
 }
 
 void logToSystem(const char* format, ...) {
+  if (pauses > 0) return;
   va_list arguments;
   va_start(arguments, format);
   const std::string message = formatText(format, arguments);
@@ -106,6 +111,10 @@ void logEndSection(const char* name) {
   logMessage("--- End: %s\n", name);
   writeMessage(line);
 }
+
+LogPause::LogPause() { ++pauses; }
+
+LogPause::~LogPause() { --pauses; }
 
 void setFileToLogTo(std::FILE* file) { logFile.set(file); }
 

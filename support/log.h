@@ -29,6 +29,16 @@ void logToSystem(const char* format, ...) __attribute__((format(printf, 1, 2)));
 void logStartSection(const char* name);  ///< "+++ Start: <name>" between two lines of 48 '+'
 void logEndSection(const char* name);    ///< "--- End: <name>" between two lines of 48 '-'
 
+/// While one lives, what the thread that made it logs is dropped: for looking at something a second
+/// time, of which the log has told already.
+class LogPause {
+ public:
+  LogPause();
+  ~LogPause();
+  LogPause(const LogPause&) = delete;
+  LogPause& operator=(const LogPause&) = delete;
+};
+
 /// Makes `file` (may be null) the file sink and takes ownership; closes nothing.
 void setFileToLogTo(std::FILE* file);
 

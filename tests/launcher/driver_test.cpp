@@ -4,11 +4,17 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
+#include <csignal>
 #include <filesystem>
+#include <map>
+#include <thread>
 
 #include "install/install_locations.h"
+#include "install/installation_lock.h"
 #include "install/unfinished.h"
 #include "support/clock.h"
+#include "support/durable.h"
 #include "support/exit_status.h"
 #include "tests/harness/eventually.h"
 #include "tests/harness/scoped_replace.h"
@@ -418,6 +424,142 @@ TEST_F(ExtractWrapperTail, BringsBackWhatAKillHasLeftAside) {
   EXPECT_EQ(readFile(installed("Quillory-Demo-3-complete/hello.txt")), "hello");
   EXPECT_FALSE(fs::exists(installed(".replaced")));
   EXPECT_NE(started(), "");
+}
+
+/// Kills the process when something is flushed for the `killAt`-th time.
+int flushes = 0;
+int killAt = 0;
+int flushOrBeKilled(int, const std::string&) {
+  if (++flushes == killAt) kill(getpid(), SIGKILL);
+  return 0;
+}
+
+/// Names and contents, without what every start adds.
+std::map<std::string, std::string> treeOf(const std::string& folder) {
+  std::map<std::string, std::string> tree;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+    const std::string path = entry.path().string().substr(folder.size());
+    if (path.starts_with("/logs") || path.find("/QYLaunchProperties-") != path.npos) continue;
+    tree[path] = entry.is_symlink()        ? "-> " + fs::read_symlink(entry.path()).string()
+                 : entry.is_regular_file() ? readFile(entry.path())
+                                           : "a folder";
+  }
+  return tree;
+}
+
+TEST_F(ExtractWrapperTail, IsWholeAfterOneMoreStartWhereverAnUpdateIsKilled) {
+  const ScopedReplace noWait(
+      timeCalls.sleepMicros, +[](std::uint64_t) {});
+  const TempDir before;
+  start({}, true);
+  fs::copy(master_, before / "master",
+           fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+  // Updater and runtime of the same versions, but of other bytes, and the same application.
+  TailText newer = offlineTail();
+  for (const char* const guVersion : {"7", "8"}) {
+    SCOPED_TRACE(guVersion);
+    newer.guVersion = guVersion;
+    std::map<std::string, std::string> whole;
+    int kills = 0;
+    for (killAt = 0; kills == killAt - (killAt > 0); ++killAt) {
+      SCOPED_TRACE(killAt);
+      fs::remove_all(master_);
+      fs::copy(before / "master", master_,
+               fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+      // For the same version there is a reason, too.
+      if (newer.guVersion == "7") markUnfinished(installed("Quillory-Quillory-7-complete"));
+      writeTail(newer, updaterEntries("Second") + jreEntry(std::string(kJava) + "# second\n") +
+                           appEntries("hello"));
+      flushes = 0;
+      {
+        const ScopedReplace tree(durableCalls.flushTree, flushOrBeKilled);
+        const ScopedReplace folder(durableCalls.flushFolder, flushOrBeKilled);
+        const ScopedReplace file(durableCalls.flushFile, flushOrBeKilled);
+        if (start({}, true).status == -1) ++kills;
+      }
+      start({}, true);
+      if (killAt == 0) whole = treeOf(master_);
+      EXPECT_EQ(treeOf(master_), whole);
+    }
+    EXPECT_GT(kills, 5);
+    EXPECT_EQ(whole.count("/Quillory-Quillory-" + newer.guVersion + "-complete/.unfinished"), 0U);
+    EXPECT_NE(whole["/Quillory-jre-17-complete/bin/java"].find("# second"), std::string::npos);
+  }
+}
+
+TEST_F(ExtractWrapperTail, WaitsForTheStartThatInstallsAndRunsWhatItHasInstalled) {
+  InstallationLock other;
+  start({}, true);
+  const TempDir before;
+  fs::rename(installed("Quillory-jre-17-complete"), before / "alias");
+  ASSERT_TRUE(other.tryToTake(master_));
+  std::thread finishing([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    fs::rename(before / "alias", installed("Quillory-jre-17-complete"));
+    other.release();
+  });
+  const Ended ended = start();
+  finishing.join();
+  EXPECT_EQ(ended.status, kExitSuccess);
+  expectInOrder(ended.log,
+                {"[Extractor] Note: No latest JRE version exists\n",
+                 "[Extractor] Another start is installing. Waiting until it has come to its end\n",
+                 "[Extractor] Configuring splash\n", "ShowSplash",
+                 "[Extractor] The other start has come to its end\n",
+                 "[Extractor] Another start may have installed something, will check again\n",
+                 "[Extractor] Running without extraction now\n", "Called splash.cleanup"});
+  EXPECT_FALSE(ended.logs("[ExtractArchiveFile]"));
+  EXPECT_NE(started(), "");
+}
+
+TEST_F(ExtractWrapperTail, ShowsNothingWhileItWaitsInASilentRun) {
+  InstallationLock other;
+  start({}, true);
+  fs::remove_all(installed("Quillory-jre-17-complete"));
+  ASSERT_TRUE(other.tryToTake(master_));
+  std::thread finishing([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    other.release();
+  });
+  const Ended ended = start({"-quiet"});
+  finishing.join();
+  EXPECT_FALSE(ended.logs("ShowSplash"));
+  EXPECT_TRUE(ended.logs("[Extractor] The other start has come to its end\n"));
+  EXPECT_NE(started(), "");
+}
+
+TEST_F(ExtractWrapperTail, WaitsForNobodyWhereEverythingIsCurrent) {
+  start();
+  started();
+  InstallationLock other;
+  ASSERT_TRUE(other.tryToTake(master_));
+  const Ended ended = start({"again"});
+  EXPECT_EQ(ended.status, kExitSuccess);
+  EXPECT_TRUE(started().ends_with("\nagain\n"));
+}
+
+TEST_F(ExtractWrapperTail, RunsTheApplicationWithoutTheLock) {
+  start();
+  started();
+  InstallationLock other;
+  EXPECT_TRUE(other.tryToTake(master_));
+}
+
+TEST_F(ExtractWrapperTail, ClearsUpBehindAKilledStartButNotBehindOneThatIsAtWork) {
+  start();
+  started();
+  const std::string left = installed("QuilloryTemp-1700000000-9-app");
+  writeFile(left + "/file", "");
+  {
+    InstallationLock other;
+    ASSERT_TRUE(other.tryToTake(master_));
+    start();
+    EXPECT_NE(started(), "");
+    EXPECT_TRUE(fs::exists(left));
+  }
+  start();
+  EXPECT_NE(started(), "");
+  EXPECT_FALSE(fs::exists(left));
 }
 
 TEST_F(ExtractWrapperTail, EndsWithTheStatusOfAnExtractionThatFails) {

@@ -9,6 +9,7 @@
 #include <deque>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/clock.h"
@@ -292,6 +293,21 @@ TEST(CloseLoggedFile, ClosesTheFileOnlyOnce) {
   closeLoggedFile();
   EXPECT_NE(fcntl(reused, F_GETFD), -1);
   close(reused);
+}
+
+TEST(LogPause, DropsWhatItsOwnThreadLogs) {
+  const CapturedLog system;
+  const CapturedOutput out;
+  {
+    const LogPause pause;
+    const LogPause another;
+    logMessage("dropped\n");
+    logError("dropped\n");
+    logToSystem("dropped\n");
+    std::thread([] { logMessage("kept\n"); }).join();
+  }
+  logMessage("later\n");
+  EXPECT_EQ(system.text(), "kept\nlater\n");
 }
 
 TEST(PrintWorkingDir, LogsTheCurrentDirectory) {
