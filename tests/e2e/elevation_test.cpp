@@ -205,6 +205,14 @@ TEST_F(Elevation, IsNotTriedByACopyThatIsToPrepareOnly) {
       1);
 }
 
+// Only an elevated run makes it, even if the user is the administrator.
+TEST_F(Elevation, IsWhatMakesTheFolderOfAllUsers) {
+  useRecorder();
+  const ChildResult result = root_->runAsRoot({kExecutable, "ordinary"});
+  EXPECT_EQ(prompts(), 1) << result.out;
+  EXPECT_FALSE(fs::exists(at("/Library")));
+}
+
 TEST_F(Elevation, ShowsTheSplashMeanwhile) {
   useRecorder();
   const ChildResult result = start();

@@ -47,6 +47,14 @@ TEST_F(MainLog, BeginsWithTheArgumentsAndTheStepsOfTheEntryInOrder) {
       << result.err;
 }
 
+TEST_F(MainLog, TellsTheProgramsNameAloneWithoutArguments) {
+  const std::vector<std::string> messages = systemLogOf(start(bundle_, user_));
+  ASSERT_GE(messages.size(), 3U);
+  EXPECT_EQ(messages[0], "------------OSsX Wrapper Start-------------");
+  EXPECT_EQ(messages[1], "main(0)=" + bundle_.executable());
+  EXPECT_EQ(messages[2], "Starting up runner");
+}
+
 TEST_F(MainLog, SaysEachOfThemOnceAndInTheSystemLogOnly) {
   const ChildResult result = start(bundle_, user_);
   const std::vector<std::string> messages = systemLogOf(result);

@@ -109,6 +109,18 @@ TEST(NewestVersionFolder, NeverTakesATemporaryFolderOrAnotherComponent) {
   EXPECT_EQ(latest(master.str(), "Quillory"), "Quillory-Quillory-3-complete");
 }
 
+TEST(NewestVersionFolder, SkipsNamesOfOneOrTwoBytes) {
+  const TempDir master;
+  const CapturedLog log;
+  fs::create_directory(master / "--");
+  EXPECT_EQ(componentOfFolder("--"), "");
+  EXPECT_EQ(latest(master.str(), ""), "(none)");
+  EXPECT_THAT(log.messages(), ElementsAre());
+  fs::create_directory(master / "-- ");
+  latest(master.str(), "");
+  EXPECT_THAT(log.messages(), ElementsAre("[PickFolder] Folder --  matches  with version -1\n"));
+}
+
 TEST(NewestVersionFolder, PassesOverWhatAnotherUserCouldHaveWritten) {
   const TempDir master;
   const CapturedLog log;

@@ -146,6 +146,15 @@ TEST_F(ExtractWrapperTail, LeavesWritingToTheOwnerInAHardenedInstallation) {
             std::string::npos);
 }
 
+// By intent: the launch call has said in the log what went wrong.
+TEST_F(ExtractWrapperTail, EndsWithZeroWhateverTheLaunchCallReturned) {
+  writeTail(offlineTail(),
+            updaterEntries("First") + jreEntry("neither a program nor a script") + appEntries("a"));
+  const Ended ended = start();
+  expectInOrder(ended.log, {"[Extractor] Attempting spawn launch\n", "Launch Error 8.\n"});
+  EXPECT_EQ(ended.status, kExitSuccess);
+}
+
 TEST_F(ExtractWrapperTail, OpensFoldersToEveryUserWithoutThatParameter) {
   start();
   for (const char* folder : {"", "logs", "QYAppsSharedConfig", "Quillory-Quillory-7-complete",

@@ -1,12 +1,15 @@
 #include "launcher/for_embedders.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <climits>
 #include <string>
 
 #include "tests/harness/captured_log.h"
+#include "tests/harness/temp_dir.h"
 
 namespace quillory {
 namespace {
@@ -36,6 +39,23 @@ TEST(GetPathToExe, FailsWithoutABuffer) {
   EXPECT_EQ(getPathToExe(path, 0), -1);
   EXPECT_EQ(getPathToExe(path, -1), -1);
   EXPECT_EQ(path[0], 'x');
+}
+
+// As on a system without /proc.
+TEST(GetPathToExe, FailsWhereTheLinkCannotBeRead) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs a root folder of its own";
+  const testing::TempDir root;
+  const pid_t child = fork();
+  if (child == 0) {
+    if (chroot(root.str().c_str()) != 0) _exit(2);
+    std::array<char, 100> path;
+    path.fill('x');
+    _exit(getPathToExe(path.data(), static_cast<int>(path.size())) == -1 && path[0] == '\0' ? 0
+                                                                                            : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
 }
 
 }  // namespace

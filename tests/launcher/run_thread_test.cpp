@@ -2,18 +2,24 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "tests/harness/scoped_replace.h"
+#include "tests/harness/temp_dir.h"
 
 namespace quillory {
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using testing::readFile;
 using testing::ScopedReplace;
+using testing::TempDir;
 
 struct DriverCall {
   std::string exePath;
@@ -90,6 +96,28 @@ TEST_F(Run, ReachesTheCommandRunnerBehindADriverThatReturns) {
   runWith({"app", "x"});
   EXPECT_THAT(runnerCalls, ElementsAre("app", "x"));
   EXPECT_EQ(returnCode, -1);
+}
+
+// What the driver does next may be the end of the process.
+TEST_F(Run, HasItsLineOutBeforeTheDriverBegins) {
+  const TempDir folder;
+  const std::string path = folder / "out";
+  const pid_t child = fork();
+  if (child == 0) {
+    std::string name = "app";
+    char* pointers[] = {name.data(), nullptr};
+    argc = 1;
+    argv = pointers;
+    // A file gets what is buffered when it is flushed, and _exit() flushes nothing.
+    if (std::freopen(path.c_str(), "w", stdout) == nullptr) _exit(2);
+    runSteps(
+        {.drive = [](char*, int, char**, int, char**, bool) { _exit(0); }, .runCommand = kRunner});
+    _exit(3);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(readFile(path), "Extracting wrapper tail...\n");
 }
 
 TEST(RunSteps, AreTheDriverAndTheRunner) {

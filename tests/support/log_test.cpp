@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <deque>
 #include <filesystem>
 #include <string>
@@ -105,6 +107,28 @@ TEST(LogMessage, ReadsTheClockBeforeTheSystemLogIsTold) {
   const CapturedOutput out;
   logMessage("message\n");
   EXPECT_EQ(toldAt, 3000U);
+}
+
+// What Java or a library has printed there comes before what happens next, a crash perhaps.
+TEST(LogMessage, FlushesWhatStandsInTheBuffersOfBothStandardStreams) {
+  const TempDir folder;
+  const std::string out = folder / "out", err = folder / "err";
+  const pid_t child = fork();
+  if (child == 0) {
+    const CapturedLog system;
+    if (std::freopen(out.c_str(), "w", stdout) == nullptr) _exit(2);
+    if (std::freopen(err.c_str(), "w", stderr) == nullptr) _exit(2);
+    static char buffer[4096];
+    if (std::setvbuf(stderr, buffer, _IOFBF, sizeof buffer) != 0) _exit(2);
+    std::fputs("an error before\n", stderr);
+    logMessage("message\n");
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_NE(readFile(out).find(" message\n"), std::string::npos);
+  EXPECT_EQ(readFile(err), "an error before\n");
 }
 
 TEST(LogMessage, IsShownWhereTheTableSays) {
