@@ -98,6 +98,8 @@ Digest digestOfRegion(std::FILE* archive, long length, const HashedPart* begun,
   return digest;
 }
 
+// The folder stays, empty: it is the caller's, who goes on as with any other, and the next start
+// finds nothing in it that could run.
 void reject(const std::string& destDir) {
   logStars();
   logMessage("[ExtractArchive] ERROR - unable to verify signature of hash of archive.\n");

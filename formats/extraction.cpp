@@ -62,6 +62,7 @@ ExtractionResult failToCreate(const Entry& entry, const std::string& output) {
   return failure(End::kFileNotCreated, entry, output, "unable to open file for writing");
 }
 
+// A failure: half of a file under its name would be run as a whole one.
 ExtractionResult failToWrite(const Entry& entry, const std::string& output, int error) {
   logError("[ExtractArchiveFile] Unable to extract archive file %s (%ld), unable to write %s: %s\n",
            entry.path.c_str(), entry.length, output.c_str(), std::strerror(error));
@@ -78,6 +79,8 @@ bool readSignatureBlock(const std::string& path, std::FILE* stream,
   if (name != kSignatureName) return false;
 
   logMessage("[ExtractArchiveFile] Found signature block %s\n", name.c_str());
+  // Met, whatever its offset is: -1 must not stand for "none", or an archive that says so would be
+  // taken for one without a signature.
   signature.emplace();
   signature->offset = readLong(stream, kSignaturePlaceRecord);
   signature->hex = readText(stream, kSignatureHexRecord, kSignatureHexCapacity);
@@ -126,6 +129,7 @@ ExtractionResult followSuffixes(const ExtractionTools& tools, std::string path,
 
 ExtractionResult extractFile(const ExtractionTools& tools, const std::string& destDir,
                              std::FILE* stream, const Entry& entry, const ArchiveTrust& trust) {
+  // What counts up to it would never end, or take it for an enormous one.
   if (entry.length < 0) return refuse(entry, "its length is negative");
   const std::string path = pathBelow(destDir.c_str(), entry.path);
   const bool isPacked = entry.type == kPack200Entry;

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <array>
 #include <filesystem>
@@ -131,6 +132,18 @@ TEST(InitHash, MayBeCalledAgain) {
   Hash_state state;
   EXPECT_TRUE(initHash(&state));
   EXPECT_TRUE(initHash(&state));
+}
+
+// The library finds a hash by the first of its name: the order decides where others have one.
+TEST(InitHash, RegistersItsHashesInTheirOrder) {
+  for (const auto* own : {&mixed_descriptor, &sha256_desc, &sha3_256_descriptor})
+    unregister_hash(own);
+  Hash_state state;
+  ASSERT_TRUE(initHash(&state));
+  const int mixed = find_hash("mixed");
+  EXPECT_GE(mixed, 0);
+  EXPECT_GT(find_hash("sha256"), mixed);
+  EXPECT_GT(find_hash(sha3_256_descriptor.name), find_hash("sha256"));
 }
 
 TEST(UpdateHash, RefusesANegativeLength) {
@@ -349,6 +362,27 @@ TEST_F(VerifyArchive, AsksNothingOfWhatFollowsTheBlock) {
 TEST_F(VerifyArchive, LeavesNothingOfARejectedArchive) {
   EXPECT_FALSE(extract(fileEntry(".a", "hi") + fileEntry("dir/.b", "hi") +
                        signatureBlock("29", signatureHex)));
+}
+
+TEST_F(VerifyArchive, LeavesTheFolderOfARejectedArchiveEmpty) {
+  EXPECT_FALSE(extract(signedBody() + signatureBlock("29", "00")));
+  EXPECT_TRUE(fs::is_directory(destDir()));
+  EXPECT_TRUE(fs::is_empty(destDir()));
+}
+
+TEST_F(VerifyArchive, SaysThatAnArchiveCannotBeReadFromItsStart) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  close(ends[1]);
+  const std::string unseekable = "/dev/fd/" + std::to_string(ends[0]);
+  printedBy([&] {
+    EXPECT_FALSE(verifyArchive(unseekable.c_str(), destDir().c_str(), 0, "", key.get()));
+  });
+  close(ends[0]);
+  EXPECT_TRUE(
+      log.contains("[ExtractArchive] Seeking to start of data...\n"
+                   "[ExtractArchive] fseek() Error?!\n"
+                   "[ExtractArchive] Completed hash\n"));
 }
 
 TEST_F(VerifyArchive, RejectsASignedArchiveWithoutAKey) {

@@ -307,6 +307,45 @@ TEST_F(ExtractArchiveFile, ReadsASignatureTextOfUpTo8191Characters) {
   EXPECT_EQ(hex.get(), std::string(8190, 'a'));
 }
 
+TEST_F(ExtractArchiveFile, CutsALongerSignatureText) {
+  StreamOf stream(signatureBlock("1", std::string(8191, 'a')) + "next");
+  ::testing::internal::CaptureStdout();
+  EXPECT_EQ(extractOne(stream), kEndOfArchive);
+  EXPECT_THAT(::testing::internal::GetCapturedStdout(),
+              HasSubstr("***WARNING - STRING TOO LONG FOR ALLOC 8191>8192! (READSTRING) [aaa"));
+  EXPECT_EQ(hex.get(), std::string(8191, 'a'));
+  EXPECT_EQ(std::fgetc(stream.get()), '\0') << "its terminator stays unread";
+}
+
+TEST_F(ExtractArchiveFile, TakesEveryTypeButAFolderForASignatureBlock) {
+  for (const char* type : {"0", "2", "3", "-1", "x"}) {
+    SCOPED_TRACE(type);
+    StreamOf stream(records({type, "qyArcSpBlock_DigitalSignature1", "1", "123", "00ff"}));
+    offset = -1;
+    EXPECT_EQ(extractOne(stream), kEndOfArchive);
+    EXPECT_EQ(offset, 123);
+    EXPECT_STREQ(hex.get(), "00ff");
+  }
+  StreamOf folder(records({"1", "qyArcSpBlock_DigitalSignature1"}));
+  offset = -1;
+  EXPECT_EQ(extractOne(folder), 0);
+  EXPECT_THAT(extracted(), ElementsAre("qyArcSpBlock_DigitalSignature1/"));
+}
+
+TEST_F(ExtractArchiveFile, TakesTheExactNameOnlyForASignatureBlock) {
+  CapturedLog log;
+  for (const char* name :
+       {"qyArcSpBlock_DigitalSignature", "qyArcSpBlock_DigitalSignature2",
+        "qyArcSpBlock_DigitalSignature11", "qyArcSpBlock_digitalSignature1",
+        "qyArcSpBlock_DigitalSignature1 ", "qyArcSpblock_DigitalSignature1",
+        "x/qyArcSpBlock_DigitalSignature1", "qyArcSpBlock_DigitalSignature1/x"}) {
+    StreamOf stream(fileEntry(name, "hi"));
+    EXPECT_EQ(extractOne(stream), 0) << name;
+    EXPECT_EQ(readFile(inDest(name)), "hi");
+  }
+  EXPECT_FALSE(log.contains("Found signature block"));
+}
+
 TEST_F(ExtractArchiveFile, IgnoringTheSignatureKeepsNoneOfIt) {
   StreamOf stream(fileEntry("a", "hi") + signatureBlock("1", "00ff"));
   EXPECT_EQ(

@@ -71,6 +71,16 @@ TEST_F(WithTools, Pack200EntryIsUnpackedToItsPath) {
   EXPECT_EQ(up200modified, 1);
 }
 
+TEST_F(WithTools, Pack200EntryIsWrittenBesideItsPathFirst) {
+  makeTool("unpack200", "stat -c %a $1 > " + beside("mode") + "; cp $1 $2; chmod 640 $2");
+  CapturedLog log;
+  extractArchiveWith("unpack200", fileEntry("lib/a.jar", "packed", "2") + endOfArchive());
+  EXPECT_TRUE(log.contains("\t[ExtractArchiveFile] Extracting to " + inDest("lib/a.jar.p2") + "\n" +
+                           "[ChMod] Executing chmod -R 755 \"" + inDest("lib/a.jar.p2") + "\"\n"));
+  EXPECT_EQ(readFile(beside("mode")), "755\n");
+  EXPECT_EQ(modeOf(inDest("lib/a.jar")), 0640U) << "as the tool has left it";
+}
+
 TEST_F(WithTools, PlainFilesNeedNoUnpack200) {
   const ScopedReplace none(up200modified, 0);
   extractArchiveWith("unpack200", fileEntry("a.jar", "hi"));

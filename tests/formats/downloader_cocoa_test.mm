@@ -3,14 +3,17 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#import <objc/runtime.h>
 
 #include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "formats/downloads.h"
+#include "formats/downloads_cocoa.h"
 #include "platform/autorelease_pool.h"
 #include "tests/harness/temp_dir.h"
+#import "url_download.h"
 
 namespace quillory {
 namespace {
@@ -139,6 +142,74 @@ TEST_F(DownloaderTest, FollowsRedirectsThatMayBeFollowed) {
   EXPECT_TRUE(answer(worse, responseOfLength(0)) == worse);
   EXPECT_TRUE(answer(request(@"file:///etc/hostname"), responseOfLength(0)) == nil);
   EXPECT_TRUE(answer(worse, nil) == worse) << "no redirect";
+}
+
+// Another body for a method, until the end of the scope.
+class ScopedMethod {
+ public:
+  ScopedMethod(Class owner, SEL selector, IMP body)
+      : method_(class_getInstanceMethod(owner, selector)),
+        original(method_setImplementation(method_, body)) {}
+  ~ScopedMethod() { method_setImplementation(method_, original); }
+
+ private:
+  Method method_;
+
+ public:
+  const IMP original;
+};
+
+NSURLRequestCachePolicy askedPolicy;
+NSTimeInterval askedTimeout;
+
+id noDownload(id self, SEL, NSURLRequest* request, id) {
+  askedPolicy = [request cachePolicy];
+  askedTimeout = [request timeoutInterval];
+  [self release];
+  return nil;
+}
+
+TEST_F(DownloaderTest, LeavesItToTheProtocolWhatACacheMayAnswer) {
+  const ScopedMethod none([URLDownload class], @selector(initWithRequest:delegate:),
+                          reinterpret_cast<IMP>(noDownload));
+  askedPolicy = NSURLRequestReloadIgnoringCacheData;
+  ::testing::internal::CaptureStderr();
+  [downloader_ startDownloadingURL:nil fromURL:@"http://host/file" toFile:@"/nonexistent/file"];
+  ::testing::internal::GetCapturedStderr();
+  EXPECT_EQ(askedPolicy, NSURLRequestUseProtocolCachePolicy);
+  EXPECT_EQ(askedTimeout, 60);
+}
+
+using Turn = BOOL (*)(id, SEL, NSString*, NSDate*);
+IMP originalTurn;
+NSTimeInterval longestTurn;
+int turns;
+
+BOOL recordedTurn(id self, SEL selector, NSString* mode, NSDate* end) {
+  longestTurn = std::max(longestTurn, [end timeIntervalSinceNow]);
+  ++turns;
+  return reinterpret_cast<Turn>(reinterpret_cast<void (*)()>(originalTurn))(self, selector, mode,
+                                                                            end);
+}
+
+TEST(DownloadThroughCocoa, TurnsItsLoopForAFifthOfASecondAtATime) {
+  const AutoreleasePool pool;
+  const testing::TempDir folder;
+  testing::writeFile(folder / "source", "content");
+  longestTurn = 0;
+  turns = 0;
+  {
+    const ScopedMethod recorded([NSRunLoop class], @selector(runMode:beforeDate:),
+                                reinterpret_cast<IMP>(reinterpret_cast<void (*)()>(recordedTurn)));
+    originalTurn = recorded.original;
+    ::testing::internal::CaptureStderr();
+    downloadThroughCocoa(("file://" + (folder / "source")).c_str(), (folder / "file").c_str(), {});
+    ::testing::internal::GetCapturedStderr();
+  }
+  EXPECT_EQ(testing::readFile(folder / "file"), "content");
+  EXPECT_GT(turns, 0);
+  EXPECT_LT(longestTurn, 0.201);
+  EXPECT_GT(longestTurn, 0.15);
 }
 
 TEST_F(DownloaderTest, IsDoneOnceTheRunLoopHasTurnedToTheEnd) {

@@ -68,6 +68,12 @@ TEST(ReadJreVersion, SaysNothingOfSpacesAtTheEndOfTheFile) {
                                           "[JREDownload] JRE Version is 8\n"));
 }
 
+TEST(ReadJreVersion, TakesATabForAPartOfTheVersion) {
+  CapturedLog log;
+  StreamOf file("1\t8\v\f9 x");
+  EXPECT_EQ(readJreVersion(file.get()), "1\t8\v\f9");
+}
+
 TEST(ReadJreVersion, AcceptsFiftyCharacters) {
   const std::string fifty(50, '7');
   for (const char* const end : {"", "\n", " "}) {
@@ -331,6 +337,14 @@ TEST_F(DownloadJre, WaitsForTheVersionFileNotForLongAndForTheArchiveAsLongAsItTa
   EXPECT_EQ(limits[0].totalSeconds, 20);
   EXPECT_EQ(limits[1].maxBytes, 0);
   EXPECT_EQ(limits[1].totalSeconds, 0);
+}
+
+TEST_F(DownloadJre, ShowsTheSplashBeforeItSaysWhatItFetches) {
+  const SplashInTheLog splash;
+  serveVersion("8");
+  expectFailure(
+      "splash: show\n\\[JREDownload\\] Fetching JRE Version from (.|\n)*"
+      "splash: show\n\\[JREDownload\\] Downloading JRE\n");
 }
 
 TEST_F(DownloadJre, AsksForNamesThatAnAddressCannotHold) {

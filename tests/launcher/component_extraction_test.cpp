@@ -109,6 +109,16 @@ TEST_F(ExtractUpdater, TakesATailThatEndsEarly) {
   EXPECT_EQ(readFile(folders_.gu + "/nativesplash.png"), "picture");
 }
 
+// unpack200 is a program of a runtime, and none is there yet.
+TEST_F(ExtractUpdater, HasNoUnpack200) {
+  const std::string packed = records({"2", "a.jar", "6"}) + "packed";
+  extract(kToolAndPicture + fileEntry("GU.p2", archiveOf(packed)));
+  EXPECT_EQ(result_.end, ExtractionEnd::kNotUnpacked);
+  EXPECT_EQ(result_.entry, "a.jar");
+  EXPECT_FALSE(log_.contains("[Spawner]")) << "nothing is run";
+  EXPECT_FALSE(fs::exists(folders_.gu));
+}
+
 TEST_F(ExtractUpdater, MovesNothingAfterAnEntryThatIsRefused) {
   const std::string refused = fileEntry("../out", "x");
   const std::string tool = fileEntry("lzma64", kCopyingTool);

@@ -81,6 +81,22 @@ TEST(ReadParamPairs, TakesWhatIsThereOfAFileCutAnywhere) {
   }
 }
 
+// Behind a longer one the rest of the file is read from a wrong place.
+TEST(ReadParamPairs, TakesSoManyCharactersOfANameAndAValueAndNoMore) {
+  const auto urlBehind = [](std::size_t nameLength, std::size_t valueLength) {
+    ::testing::internal::CaptureStdout();
+    const DynamicParams params =
+        readPairs({{std::string(nameLength, 'n'), std::string(valueLength, 'v')},
+                   {"update_url", "http://u"}});
+    ::testing::internal::GetCapturedStdout();
+    return params.updateUrl;
+  };
+  EXPECT_EQ(urlBehind(1022, 1), "http://u");
+  EXPECT_EQ(urlBehind(1023, 1), std::nullopt);
+  EXPECT_EQ(urlBehind(1, 199'998), "http://u");
+  EXPECT_EQ(urlBehind(1, 199'999), std::nullopt);
+}
+
 TEST(ReadParamPairs, KeepsTheDynamicUpdateUrl) {
   const CapturedLog log;
   EXPECT_EQ(readPairs({{"update_url", "http://localhost/u"}}).updateUrl, "http://localhost/u");

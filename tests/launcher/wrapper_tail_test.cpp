@@ -111,6 +111,35 @@ TEST(ReadTailRecords, TakesLongKeysAndUrls) {
   EXPECT_EQ(tail.updateUrl, text.updateUrl);
 }
 
+// A value that fills its record is cut there, and the rest of the tail is read from a wrong place.
+TEST(ReadTailRecords, TakesSoManyCharactersOfEachRecordAndNoMore) {
+  constexpr std::size_t kLongest[] = {1022, 1022, 1022, 1022, 1022, 8190,
+                                      1022, 1022, 1022, 1022, 4998};
+  for (std::size_t at = 0; at < 10; ++at) {
+    SCOPED_TRACE(at);
+    for (const bool isTooLong : {false, true}) {
+      std::string bytes;
+      for (std::size_t i = 0; i < at; ++i) bytes += '\0';
+      const std::string value(kLongest[at] + (isTooLong ? 1 : 0), 'v');
+      const StreamOf stream(bytes + value + '\0' + "next" + '\0');
+      ::testing::internal::CaptureStdout();
+      const TailRecords tail = readTailRecords(stream.get());
+      const std::string printed = ::testing::internal::GetCapturedStdout();
+      EXPECT_EQ(tail.*kTailRecords[at].text, value);
+      EXPECT_EQ(tail.*kTailRecords[at + 1].text, isTooLong ? "" : "next");
+      EXPECT_EQ(printed.find("STRING TOO LONG") != std::string::npos, isTooLong);
+    }
+  }
+  for (const bool isTooLong : {false, true}) {
+    const std::string url(kLongest[10] + (isTooLong ? 1 : 0), 'u');
+    const StreamOf stream(std::string(10, '\0') + url + '\0' + "entries");
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(readTailRecords(stream.get()).updateUrl, url);
+    ::testing::internal::GetCapturedStdout();
+    EXPECT_EQ(std::fgetc(stream.get()), isTooLong ? '\0' : 'e');
+  }
+}
+
 TEST(ReadTailRecords, TakesMissingRecordsForEmpty) {
   const std::string whole =
       records({"app", "3", "17", "7", "1500", "abcd", "1", "perm_all", "-s", "8", "http://u"});
