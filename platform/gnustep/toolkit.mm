@@ -1,6 +1,5 @@
 #include "platform/toolkit.h"
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -16,8 +15,8 @@
 #include "platform/gnustep/scoped_encodings.h"
 #include "platform/gnustep/scoped_environment.h"
 #include "platform/gnustep/scoped_signals.h"
+#include "platform/gnustep/user_entry.h"
 #include "platform/gnustep/window_library.h"
-#include "support/exit_status.h"
 #include "support/log.h"
 
 namespace quillory::platform {
@@ -87,13 +86,6 @@ void handleNextEvent() {
   }
 }
 
-// GNUstep would end the process with an exception that tells users nothing.
-void requireUserName() {
-  if (getpwuid(geteuid()) != nullptr) return;
-  logToSystem("The password database has no entry for this user, who needs one.\n");
-  std::exit(kExitFailure);
-}
-
 // A user of no language, such as that of a container, would have ASCII only: Java could not open
 // its own files below a home folder with an "ö". On macOS paths are UTF-8, whatever the language.
 void assumeUtf8() {
@@ -119,7 +111,7 @@ void keepLoopWaiting() {
 }  // namespace
 
 void startToolkit(char* programName) {
-  requireUserName();
+  provideUserEntry();
   assumeUtf8();
   const ScopedSignals signals;
   const ScopedEncodings encodings;

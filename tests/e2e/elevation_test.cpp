@@ -205,6 +205,17 @@ TEST_F(Elevation, IsNotTriedByACopyThatIsToPrepareOnly) {
       1);
 }
 
+// As in containers that run as a number: what is installed for all users needs no home.
+TEST_F(Elevation, IsNotNeededByAUserOfNoNameWhoMayWriteThere) {
+  root_->makeUserFolder(kSupport);
+  writeFile(at("/run/passwd"), "root:x:0:0:root:/root:/bin/sh\n");
+  useRecorder();
+  const ChildResult result = start({"argument"});
+  EXPECT_EQ(result.exitStatus, 0) << result.out << result.err;
+  EXPECT_EQ(prompts(), 0);
+  EXPECT_THAT(startedJava(), EndsWith("argument\n"));
+}
+
 // Only an elevated run makes it, even if the user is the administrator.
 TEST_F(Elevation, IsWhatMakesTheFolderOfAllUsers) {
   useRecorder();

@@ -75,12 +75,12 @@ TEST_F(Surroundings, TheBundleIsLookedForBesideALinkToTheExecutable) {
   EXPECT_THAT(startedArguments(user_), Contains("argument"));
 }
 
-TEST_F(Surroundings, AUserOfNoNameIsToldSo) {
+TEST_F(Surroundings, AUserOfNoNameHasNoFolderOfHisOwn) {
   ChildOptions options = user_.options();
   options.environment["NSS_WRAPPER_PASSWD"] = "/dev/null";
   const ChildResult result = runChild({bundle_.executable()}, options);
   EXPECT_EQ(result.exitStatus, 1);
-  EXPECT_THAT(result.err, HasSubstr("The password database has no entry for this user"));
+  EXPECT_THAT(result.out, HasSubstr("ERROR: Unable to get shared dir!"));
   EXPECT_FALSE(fs::exists(user_.support()));
 }
 
