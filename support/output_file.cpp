@@ -1,6 +1,7 @@
 #include "support/output_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -80,6 +81,8 @@ OutputFile::OutputFile(std::string path, ExactMode mode, Durability durability)
     return;
   }
   remember(beside_.c_str());
+  // Whoever cleans up behind killed processes knows by this that the file is being written.
+  flock(descriptor, LOCK_EX | LOCK_NB);
   fchmod(descriptor, static_cast<mode_t>(mode.bits));
   file_.reset(fdopen(descriptor, "wb"));
   if (!file_) {

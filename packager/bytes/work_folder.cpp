@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "packager/bytes/abandoned.h"
 #include "packager/report/findings.h"
 
 namespace quillory::pack {
@@ -30,15 +31,26 @@ WorkFolder::WorkFolder(const std::string& parent) {
   if (error) {
     throw PackError("cannot be created: " + error.message(), "", {parent, 0});
   }
-  path_ = parent + "/.unfinished-XXXXXX";
-  if (mkdtemp(path_.data()) == nullptr) {
-    throwFileError(parent, "no folder can be made in it", errno);
+  removeAbandoned(parent);
+  // Again where another run's cleaning was faster than our lock.
+  while (lock_ < 0) {
+    path_ = parent + "/.unfinished-XXXXXX";
+    if (mkdtemp(path_.data()) == nullptr) {
+      throwFileError(parent, "no folder can be made in it", errno);
+    }
+    lock_ = lockUnfinished(path_);
+    if (lock_ < 0 && fs::exists(path_, error)) {
+      break;  // a file system without locks
+    }
   }
 }
 
 WorkFolder::~WorkFolder() {
   std::error_code ignored;
   fs::remove_all(path_, ignored);
+  if (lock_ >= 0) {
+    close(lock_);
+  }
 }
 
 void noticeInterruptions() {

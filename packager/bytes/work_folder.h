@@ -7,8 +7,8 @@ namespace quillory::pack {
 class WorkFolder {
  public:
   /// Made inside `parent`, which is created when missing, so that what is finished can be moved out
-  /// with a rename. Only this user may look into it. Throws PackError, naming `parent`, when it
-  /// cannot be made.
+  /// with a rename. Only this user may look into it. What runs that were killed have left in
+  /// `parent` is removed first. Throws PackError, naming `parent`, when it cannot be made.
   explicit WorkFolder(const std::string& parent);
   ~WorkFolder();
   WorkFolder(const WorkFolder&) = delete;
@@ -19,6 +19,7 @@ class WorkFolder {
 
  private:
   std::string path_;
+  int lock_ = -1;  ///< held as long as the folder is in use; see abandoned.h
 };
 
 /// Throws PackError when the process has been asked to stop (SIGINT, SIGTERM, SIGHUP), so that work

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "packager/bytes/abandoned.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/keys/signing_key.h"
 #include "packager/report/exit_statuses.h"
@@ -26,6 +27,8 @@ void makeKeyFile(const std::string& path, int bits, Reporter& reporter) {
   }
   reporter.line("making a key of " + std::to_string(bits) + " bits, which takes a few seconds");
   const SigningKey key = SigningKey::generate(bits);
+  // One that was killed may have left half a key here.
+  removeAbandoned(std::filesystem::path(path).parent_path().string());
   writeWholeFile(path, key.privatePem(), 0600);
   reporter.value("key", path);
   reporter.value("fingerprint", fingerprint(key.publicDer()));

@@ -3,10 +3,12 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "packager/bytes/abandoned.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/config/parameter_rules.h"
 #include "packager/reading/bundle_view.h"
@@ -62,6 +64,7 @@ void check(const std::string& name, const std::string& value) {
 
 // The file anew, with what stood before the marker.
 void writeParamsFile(const ParamsView& params) {
+  removeAbandoned(std::filesystem::path(params.file).parent_path().string());
   struct stat info;
   const unsigned mode = stat(params.file.c_str(), &info) == 0 ? info.st_mode & 0777 : 0666;
   FileSink file(params.file, mode);

@@ -4,7 +4,12 @@ for in "verdict | label | detail"; the more exactly it says what it excuses, the
 
 import re
 
+# Places whose modes alone differ: "PATH: file 600 111 0e20... instead of file 644 111 0e20...".
+MODES = (r"[^;]*: (?:folder \d+ instead of folder \d+|file \d+ (\d+ \w+) instead of file \d+ \1)")
+
 RULES = [
+    (rf"^not whole \| EIO \d+ (?:f?chmod|fchmodat) [^|]* \| {MODES}$",
+     "a mode that the disk refuses to set is another one; what is installed is whole"),
     (r"^status 0 for nothing \|.*\[SUDO\] Relaunch complete",
      "the start that asked for an administrator's rights ends with 0 once it has started its copy, "
      "whatever becomes of that"),

@@ -223,6 +223,14 @@ class Packing(Scenario):
         return tree_of(self.project())
 
 
+class Setting(Packing):
+    name = "pack-set"
+    table_name = "quillory-pack set"
+
+    def command(self):
+        return [self.executable, "set", "dist/Demo.app", "channel=stable"]
+
+
 class KeyMaking(Packing):
     """The next run says that there is a key, or makes one; a key that is there has to be one."""
 
@@ -246,4 +254,5 @@ class KeyMaking(Packing):
 
 
 ALL = (FirstInstall, Reinstall, UpdaterUpdate, WholeUpdate, RuntimeDownload, SystemRuntime,
-       *((ElevatedSetUp,) if not why_impossible() else ()), Packing, KeyMaking)
+       *((ElevatedSetUp,) if not why_impossible() else ()), Packing, Setting,
+       KeyMaking)

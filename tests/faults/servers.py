@@ -202,9 +202,10 @@ VERSIONS = {
 }
 
 
-def cases():
-    for where, answers in (("version file", {**QUICK, **VERSIONS, **SLOW}),
-                           ("archive", {**QUICK, **SLOW})):
+def cases(with_slow):
+    slow = SLOW if with_slow else {}
+    for where, answers in (("version file", {**QUICK, **VERSIONS, **slow}),
+                           ("archive", {**QUICK, **slow})):
         for name, answer in answers.items():
             yield f"{where}: {name}", (VERSION if where == "version file" else "archive.p2"), answer
 
@@ -234,6 +235,8 @@ def run_case(scenario, label, part, hostile):
     if outcome.status == 0 and not outcome.runs():
         return Result(label, "status 0 for nothing", outcome.end())
     _, foreign = differences(scenario.expected, scenario.tree())
+    # The mark of an installation that has not come to its end, as this one has not.
+    foreign = [place for place in foreign if not place.endswith("/.unfinished")]
     if foreign and not outcome.runs():
         return Result(label, "foreign files", "; ".join(foreign[:5]))
     again = scenario.start()
