@@ -117,10 +117,11 @@ bool passProperties(const LaunchRequest& request, const LaunchRuntime& runtime,
                            .jreNameProperty = givenJava(request),
                            .launchedFromDynprops = request.launchedFromDynprops},
                           block);
-  for (std::string& option : readRememberedOptions(runtime.rememberedOptionsPath, block))
+  for (std::string& option :
+       readRememberedOptions(runtime.rememberedOptionsPath, block, request.showsWaits))
     command.jvmOptions.push_back(std::move(option));
-  const std::optional<std::string> file =
-      writeLaunchProperties(block, request.ownFolder.empty() ? appFolder : request.ownFolder);
+  const std::optional<std::string> file = writeLaunchProperties(
+      block, request.ownFolder.empty() ? appFolder : request.ownFolder, request.showsWaits);
   if (file) command.applicationArguments.push_back(*file);
   return file.has_value();
 }

@@ -31,7 +31,9 @@ struct LaunchRequest {
   std::optional<std::string> dynamicUpdateUrl = {};
   std::string launchedFromDynprops = {};  ///< the property of that name
   int launchClass = kLaunchApplication;   ///< any other than the two launches nothing
-  std::string jreName = {};      ///< of the application: the private JRE's folders are found by it
+  std::string jreName = {};  ///< of the application: the private JRE's folders are found by it
+  /// Waits of minutes are told in a window, where there is a display.
+  bool showsWaits = false;
   std::string javaToCheck = {};  ///< of a compatibility check: the path of a `java`
 };
 

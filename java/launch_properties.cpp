@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "formats/launch_properties_format.h"
 #include "formats/record_stream.h"
@@ -19,6 +20,7 @@
 #include "support/new_file.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/platform.h"
 #include "support/url_request.h"
 
 namespace quillory {
@@ -36,16 +38,46 @@ bool isThere(const std::string& path) {
   return stat(path.c_str(), &status) == 0;
 }
 
-OwnedFile openRememberedOptions(const std::string& path) {
+// The waits between the attempts for one file, and the window that tells of them.
+class RetryWaits {
+ public:
+  RetryWaits(bool isShown, std::string text) : isShown_(isShown), text_(std::move(text)) {}
+  ~RetryWaits() {
+    if (isUp_) platformCalls.notice.takeDown();
+  }
+  RetryWaits(const RetryWaits&) = delete;
+  RetryWaits& operator=(const RetryWaits&) = delete;
+
+  void wait() {
+    if (isShown_ && !isUp_) {
+      isUp_ = true;
+      platformCalls.notice.show(text_.c_str());
+    }
+    timeCalls.sleepMicros(kRetryPauseMicros);
+  }
+
+ private:
+  const bool isShown_;
+  const std::string text_;
+  bool isUp_ = false;
+};
+
+std::string waitingFor(const std::string& what, const std::string& where) {
+  return "The application cannot be started yet: " + what + '\n' + where +
+         "\nIt is tried again every few minutes.";
+}
+
+OwnedFile openRememberedOptions(const std::string& path, bool showsWaits) {
   OwnedFile file(std::fopen(path.c_str(), "rb"));
   if (file || !isThere(path)) return file;
+  RetryWaits waits(showsWaits, waitingFor("this file cannot be opened.", path));
   for (int attempt = 0; attempt < kRetries; ++attempt) {
     logMessage("[Extractor] LSO file does exist. Retrying (%d)...", attempt);
     file.reset(std::fopen(path.c_str(), "rb"));
     if (file) return file;
     // The Java side may be writing it. The wait is this long by intent, also after the last
     // attempt.
-    timeCalls.sleepMicros(kRetryPauseMicros);
+    waits.wait();
   }
   return file;
 }
@@ -86,14 +118,16 @@ NewFile newPropertiesFile(const std::string& folder, const char* how) {
   return NewFile(path);
 }
 
-NewFile openNewPropertiesFile(const PropertyBlock& block, const std::string& folder) {
+NewFile openNewPropertiesFile(const PropertyBlock& block, const std::string& folder,
+                              bool showsWaits) {
   NewFile first = newPropertiesFile(folder, "Extractor");
   logMessage("[Extractor] Launch properties length is %d\n", static_cast<int>(propsLen(block)));
   if (first.isOpen()) return first;
+  RetryWaits waits(showsWaits, waitingFor("no file can be made in this folder.", folder));
   for (int attempt = 0; attempt < kRetries; ++attempt) {
     NewFile file = newPropertiesFile(folder, "Retry");
     if (file.isOpen()) return file;
-    timeCalls.sleepMicros(kRetryPauseMicros);
+    waits.wait();
   }
   return first;
 }
@@ -121,7 +155,8 @@ void addLaunchTimeProperties(const LaunchFacts& facts, PropertyBlock& block) {
   addDynamicProperty(block, "url_req", url);
 }
 
-std::vector<std::string> readRememberedOptions(const std::string& lsoPath, PropertyBlock& block) {
+std::vector<std::string> readRememberedOptions(const std::string& lsoPath, PropertyBlock& block,
+                                               bool showsWaits) {
   std::vector<std::string> options;
   logMessage("[Extractor] Checking LSO file\n");
   if (lsoPath.empty()) {
@@ -129,7 +164,7 @@ std::vector<std::string> readRememberedOptions(const std::string& lsoPath, Prope
     return options;
   }
   logMessage("[Extractor] Reading %s\n", lsoPath.c_str());
-  const OwnedFile file = openRememberedOptions(lsoPath);
+  const OwnedFile file = openRememberedOptions(lsoPath, showsWaits);
   if (!file) {
     logError("JRE LSO file does not exist\n");
     return options;
@@ -157,9 +192,9 @@ std::string newLaunchPropertiesPath(const std::string& folder) {
 }
 
 std::optional<std::string> writeLaunchProperties(const PropertyBlock& block,
-                                                 const std::string& folder) {
+                                                 const std::string& folder, bool showsWaits) {
   logMessage("[Extractor] Writing launch properties file\n");
-  NewFile file = openNewPropertiesFile(block, folder);
+  NewFile file = openNewPropertiesFile(block, folder, showsWaits);
   if (!file.isOpen()) return noProperties();
   logMessage("[Extractor] Writing to file\n");
   file.write(block.bytes().data(), propsLen(block));

@@ -26,8 +26,10 @@ void addLaunchTimeProperties(const LaunchFacts& facts, PropertyBlock& block);
 /// Reads the options of the file at `lsoPath` (empty: none is looked for) and adds them to `block`.
 ///
 /// A file that is there but cannot be opened is tried again five times, with 500 seconds after each
-/// failure. No failure is fatal: the result is then empty, and `block` is left as it was.
-std::vector<std::string> readRememberedOptions(const std::string& lsoPath, PropertyBlock& block);
+/// failure. No failure is fatal: the result is then empty, and `block` is left as it was. With
+/// `showsWaits` a window tells of the wait (NoticeCalls of support/platform.h).
+std::vector<std::string> readRememberedOptions(const std::string& lsoPath, PropertyBlock& block,
+                                               bool showsWaits = false);
 
 /// The path of a new launch-properties file in `folder`, which is not made. The name holds the
 /// milliseconds since the Unix epoch and the number of entries in `folder`, so it is new as soon as
@@ -38,8 +40,9 @@ std::string newLaunchPropertiesPath(const std::string& folder);
 ///
 /// A file that cannot be opened is tried again five times under new names, with 500 seconds after
 /// each failure. Nothing, with an error in the log, when that was in vain or the content cannot be
-/// written.
+/// written. With `showsWaits` a window tells of the wait.
 std::optional<std::string> writeLaunchProperties(const PropertyBlock& block,
-                                                 const std::string& folder);
+                                                 const std::string& folder,
+                                                 bool showsWaits = false);
 
 }  // namespace quillory

@@ -4,6 +4,7 @@
 #include "java/bundle_loader_cocoa.h"
 #include "platform/support_cocoa.h"
 #include "ui/application_shell_cocoa.h"
+#include "ui/notice_window_cocoa.h"
 #include "ui/splash_window_cocoa.h"
 
 namespace quillory {
@@ -15,7 +16,8 @@ Platform cocoaPlatform() {
           .bundles = cocoaBundles(),
           .isMainThread = isMainThreadOfCocoa,
           .requestedUrl = latestRequestedUrl,
-          .window = cocoaSplashWindow()};
+          .window = cocoaSplashWindow(),
+          .notice = cocoaNotice()};
 }
 
 }  // namespace quillory

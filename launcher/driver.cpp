@@ -204,7 +204,8 @@ LaunchRequest launchOf(const Start& start, const std::string& updaterFolder) {
           .userArguments = {start.line.args, start.line.args + start.line.argCount},
           .updateUrl = start.updateUrl.toldOfTail(),
           .dynamicUpdateUrl = start.updateUrl.toldOfParams(),
-          .launchedFromDynprops = start.exe.absolutePath};
+          .launchedFromDynprops = start.exe.absolutePath,
+          .showsWaits = start.params.isHardened && start.showsUi()};
 }
 
 /// Whether a program of the installation may run now: with the administrator's rights, none that

@@ -42,6 +42,7 @@ constinit Platform platformCalls = {
                .startRedrawThread = [](void*) -> void* { return nullptr; },
                .cancelRedrawThread = [](void*) {},
                .runOnMainThread = [](void (*work)()) { work(); }},
+    .notice = {.show = [](const char*) {}, .takeDown = [] {}},
 };
 
 }  // namespace quillory

@@ -54,6 +54,15 @@ struct WindowCalls {
 
 }  // namespace splash
 
+/// What people are told while a start waits for minutes. Any thread; none fails. The plain answer:
+/// nothing is shown.
+struct NoticeCalls {
+  /// Shows `text` in a small window, with a button "Quit" that ends the process. Where there is no
+  /// display nothing is shown.
+  void (*show)(const char* text);
+  void (*takeDown)();
+};
+
 /// What ends a download that would go on for too long; 0: nothing does.
 struct DownloadLimits {
   long long maxBytes = 0;   ///< more than these are no download
@@ -76,6 +85,7 @@ struct Platform {
   /// nobody listens.
   const char* (*requestedUrl)();
   splash::WindowCalls window;
+  NoticeCalls notice;
 };
 
 /// Written before a second thread starts, and by tests.

@@ -23,6 +23,8 @@ extern const char __objc_class_name_NSBitmapImageRep = 0;
 extern const char __objc_class_name_NSColor = 0;
 extern const char __objc_class_name_NSImage = 0;
 extern const char __objc_class_name_NSView = 0;
+extern const char __objc_class_name_NSButton = 0;
+extern const char __objc_class_name_NSTextField = 0;
 extern const char __objc_class_name_NSWindow = 0;
 }
 

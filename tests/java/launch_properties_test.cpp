@@ -353,6 +353,48 @@ TEST_F(WriteLaunchProperties, GivesUpAfterFiveRetries) {
                                     "\nUnable to write Launch Properties file! Cannot run!\n"));
 }
 
+std::vector<std::string> notices;
+
+class RecordedNotices {
+ public:
+  RecordedNotices()
+      : calls_(platformCalls.notice,
+               NoticeCalls{.show = [](const char* text) { notices.emplace_back(text); },
+                           .takeDown = [] { notices.emplace_back("down"); }}) {
+    notices.clear();
+  }
+
+ private:
+  ScopedReplace<NoticeCalls> calls_;
+};
+
+TEST_F(WriteLaunchProperties, ShowsOneNoticeForAllItsWaitsOnRequest) {
+  const RecordedNotices recorded;
+  writeLaunchProperties(PropertyBlock(), dir_ / "none");
+  EXPECT_THAT(notices, IsEmpty());
+  writeLaunchProperties(PropertyBlock(), dir_ / "none", true);
+  EXPECT_THAT(notices,
+              ElementsAre("The application cannot be started yet: no file can be made in this "
+                          "folder.\n" +
+                              (dir_ / "none") + "\nIt is tried again every few minutes.",
+                          "down"));
+  writeLaunchProperties(PropertyBlock(), dir_.str(), true);
+  EXPECT_THAT(notices, SizeIs(2)) << "there was nothing to wait for";
+}
+
+TEST_F(ReadRememberedOptions, ShowsANoticeForItsWaitsOnRequest) {
+  makeUnopenable(dir_ / "lso");
+  const RecordedNotices recorded;
+  PropertyBlock block;
+  readRememberedOptions(dir_ / "lso", block);
+  EXPECT_THAT(notices, IsEmpty());
+  readRememberedOptions(dir_ / "lso", block, true);
+  EXPECT_THAT(notices, ElementsAre("The application cannot be started yet: this file cannot be "
+                                   "opened.\n" +
+                                       (dir_ / "lso") + "\nIt is tried again every few minutes.",
+                                   "down"));
+}
+
 TEST_F(WriteLaunchProperties, GivesUpWhenTheContentCannotBeWritten) {
   const std::string path = dir_ / "QYLaunchProperties-1700000000123-2";
   PropertyBlock block;

@@ -46,6 +46,8 @@ TEST(CocoaPlatform, LeavesNoPlainAnswerForBundlesAndWindow) {
   expectOwnAnswer(cocoa.window.startRedrawThread, plain.window.startRedrawThread);
   expectOwnAnswer(cocoa.window.cancelRedrawThread, plain.window.cancelRedrawThread);
   expectOwnAnswer(cocoa.window.runOnMainThread, plain.window.runOnMainThread);
+  expectOwnAnswer(cocoa.notice.show, plain.notice.show);
+  expectOwnAnswer(cocoa.notice.takeDown, plain.notice.takeDown);
 }
 
 TEST(CocoaPlatform, TakesWhatIsLogged) {

@@ -69,9 +69,13 @@ void DemoProcess::begin() {
   process_ = std::make_unique<BackgroundChild>(arguments, options);
 }
 
-std::string DemoProcess::command(const std::string& text) {
+void DemoProcess::startCommand(const std::string& text) {
   const std::string line = text + "\n";
   EXPECT_EQ(write(commands_, line.data(), line.size()), static_cast<ssize_t>(line.size()));
+}
+
+std::string DemoProcess::command(const std::string& text) {
+  startCommand(text);
   const std::string answer = "done " + text.substr(0, text.find(' ')) + "\n";
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   for (bool isAlive = true; isAlive && std::chrono::steady_clock::now() < end;) {

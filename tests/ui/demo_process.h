@@ -28,6 +28,8 @@ class DemoProcess {
   /// Has one command carried out; what it wrote to standard output. A test failure, and "", when
   /// that does not come to an end.
   std::string command(const std::string& text);
+  /// Begins one that does not come to an end.
+  void startCommand(const std::string& text);
   /// Several in turn.
   void commands(const std::vector<std::string>& texts);
 

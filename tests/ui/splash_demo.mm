@@ -7,6 +7,9 @@
 //   reshow          hides and shows it, and waits for an answer of the window server, all at once
 //   size W H        resizes the window
 //   script          the scripted demonstration
+//   notice TEXT     shows it, with the button that ends the program
+//   notice-down     takes it away
+//   press           presses the button
 //   url             prints the URL that was requested
 //   shell COMMAND   runs a command in a shell, as the launcher does with its tools
 //   wait MS         does nothing for a time
@@ -30,6 +33,7 @@
 #include "support/url_request.h"
 #import "ui/app_runner_cocoa.h"
 #include "ui/application_shell_cocoa.h"
+#include "ui/notice_window_cocoa.h"
 #include "ui/splash.h"
 #include "ui/splash_window_cocoa.h"
 
@@ -65,6 +69,21 @@ void reshow() {
   });
 }
 
+// As a click on it does.
+void pressQuit() {
+  quillory::platform::onMainThread([] {
+    const quillory::AutoreleasePool pool;
+    NSArray* windows = [NSApp windows];
+    for (NSUInteger i = 0; i < [windows count]; ++i) {
+      NSArray* views = [[[windows objectAtIndex:i] contentView] subviews];
+      for (NSUInteger j = 0; j < [views count]; ++j) {
+        id view = [views objectAtIndex:j];
+        if ([view isKindOfClass:NSClassFromString(@"NSButton")]) [view performClick:nil];
+      }
+    }
+  });
+}
+
 int numberIn(std::istream& line) {
   int number = 0;
   line >> number;
@@ -93,6 +112,9 @@ void carryOut(const std::string& name, std::istream& line) {
   }
   if (name == "script") runScript();
   if (name == "url") printUrl();
+  if (name == "notice") quillory::platformCalls.notice.show(restOf(line).c_str());
+  if (name == "notice-down") quillory::platformCalls.notice.takeDown();
+  if (name == "press") pressQuit();
   if (name == "shell") runShell(restOf(line));
   if (name == "wait")
     quillory::timeCalls.sleepMicros(static_cast<std::uint64_t>(numberIn(line)) * 1000);
@@ -120,6 +142,7 @@ int main(int, char** argv) {
   quillory::platformCalls.systemLog = quillory::logThroughCocoa;
   quillory::platformCalls.requestedUrl = quillory::latestRequestedUrl;
   quillory::platformCalls.window = quillory::cocoaSplashWindow();
+  quillory::platformCalls.notice = quillory::cocoaNotice();
   quillory::createApplication();
   quillory::registerOSXEventListener();
   pthread_t thread;

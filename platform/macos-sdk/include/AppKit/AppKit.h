@@ -85,6 +85,24 @@ extern "C" NSApplication* NSApp;
 - (void)drawRect:(NSRect)dirty;
 - (void)setNeedsDisplay:(BOOL)isNeeded;
 - (void)setNeedsDisplayInRect:(NSRect)rect;
+- (void)addSubview:(NSView*)view;
+@end
+
+@interface NSControl : NSView
+- (void)setStringValue:(NSString*)text;
+- (void)setTarget:(id)target;
+- (void)setAction:(SEL)action;
+@end
+
+@interface NSTextField : NSControl
+- (void)setEditable:(BOOL)isEditable;
+- (void)setSelectable:(BOOL)isSelectable;
+- (void)setBezeled:(BOOL)isBezeled;
+- (void)setDrawsBackground:(BOOL)isDrawn;
+@end
+
+@interface NSButton : NSControl
+- (void)setTitle:(NSString*)title;
 @end
 
 @interface NSWindow : NSResponder
