@@ -1,6 +1,8 @@
 #include "packager/config/toml_file.h"
 
 #include <algorithm>
+#include <exception>
+#include <new>
 #include <optional>
 #include <sstream>
 #include <tuple>
@@ -18,7 +20,9 @@ namespace {
 std::string parserMessage(const std::string& what) {
   const std::string first = what.substr(0, what.find('\n'));
   const std::size_t colon = first.find(": ");
-  return colon == std::string::npos ? first : first.substr(colon + 2);
+  const std::string message = colon == std::string::npos ? first : first.substr(colon + 2);
+  // Of some mistakes it says where they are, and nothing else.
+  return message.find_first_not_of(' ') == std::string::npos ? "this is no TOML" : message;
 }
 
 toml::value parse(const std::string& path) {
@@ -35,6 +39,14 @@ toml::value parse(const std::string& path) {
                           "toml",
                           parserMessage(e.what()),
                           {path, lineOfMistake(e)},
+                          "https://toml.io explains the notation"}});
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& e) {  // of a number that the C++ library does not take, say
+    throw RejectedInput({{Severity::kError,
+                          "toml",
+                          parserMessage(e.what()),
+                          {path, 0},
                           "https://toml.io explains the notation"}});
   }
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "packager/bytes/byte_sinks.h"
+#include "support/picture_limits.h"
 
 namespace quillory::pack {
 namespace {
@@ -17,6 +18,7 @@ struct IconKind {
 constexpr std::array<IconKind, 5> kKinds = {
     {{64, "icp6"}, {128, "ic07"}, {256, "ic08"}, {512, "ic09"}, {1024, "ic10"}}};
 constexpr std::size_t kHeader = 8;
+constexpr char kDamagedPng[] = "is a PNG picture that is cut short or damaged";
 constexpr std::string_view kSignature("\x89PNG\r\n\x1a\n", 8);
 // Length and type of the first chunk.
 constexpr std::string_view kIhdr("\0\0\0\x0dIHDR", 8);
@@ -56,7 +58,7 @@ std::string flawOfPng(std::string_view bytes) {
     return "is no PNG picture";
   }
   if (bytes.size() < kHeightInPng + 4 || bytes.substr(kSignature.size(), kIhdr.size()) != kIhdr) {
-    return "is a PNG picture that is cut short or damaged";
+    return kDamagedPng;
   }
   const bool isEmpty = bigEndian(bytes, kWidthInPng) == 0 || bigEndian(bytes, kHeightInPng) == 0;
   return isEmpty ? "is a PNG picture without a single pixel" : "";
@@ -92,7 +94,14 @@ std::optional<Finding> findingOf(const Subject& subject, const std::string& flaw
 }  // namespace
 
 std::optional<Finding> flawOfPicture(const Subject& picture, std::string_view bytes) {
-  return findingOf(picture, flawOfPng(bytes), "save it as PNG: the splash would stay empty");
+  const PictureFault fault = faultOfPicture(bytes);
+  std::string flaw = bytes.starts_with(kSignature) ? flawOfPng(bytes) : "";
+  if (flaw.empty() && fault == PictureFault::kOtherFormat) {
+    flaw = bytes.starts_with(kSignature) ? kDamagedPng : "is neither a PNG nor a JPEG picture";
+  } else if (flaw.empty() && fault == PictureFault::kTooLarge) {
+    flaw = "is larger than what the launcher shows: 8192 by 4096 pixels, 16 MiB, 100 passes";
+  }
+  return findingOf(picture, flaw, "save it as a smaller PNG: the splash would stay empty");
 }
 
 std::optional<Finding> flawOfIcon(const Subject& icon, std::string_view bytes) {

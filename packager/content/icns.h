@@ -8,8 +8,8 @@
 
 namespace quillory::pack {
 
-/// What keeps these bytes from being a PNG picture for the splash, as far as its first chunk tells:
-/// "... is no PNG picture"; none when they are one.
+/// What keeps these bytes from being a picture for the splash: they are neither a PNG nor a JPEG,
+/// as far as the header tells, or the launcher does not show so large a picture. None when it does.
 std::optional<Finding> flawOfPicture(const Subject& picture, std::string_view bytes);
 
 /// The same of an icon: an icns file, or a PNG picture of a size that icons have.

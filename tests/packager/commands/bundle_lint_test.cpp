@@ -30,7 +30,8 @@ TEST_F(LintOfBundles, LintApplicationPathsKeepsThePlacesOfTheInstallation) {
 }
 
 TEST_F(LintOfBundles, LintFilesTakesAGoodConfiguration) {
-  writeFile(dir_ / "splash.png", "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR"s + bigEndian(3) + bigEndian(5));
+  writeFile(dir_ / "splash.png",
+            "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR"s + bigEndian(3) + bigEndian(5) + "\x08\6\0\0\0"s);
   writeFile(dir_ / "icon.png",
             "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR"s + bigEndian(256) + bigEndian(256));
   writeFile(dir_ / "cacerts", "x");
@@ -62,7 +63,7 @@ TEST_F(LintOfBundles, LintFilesLooksIntoPictures) {
   config_.application.icon = "text";
   const Findings findings = lintFiles(config_, {dir_ / "hello.jar"});
   ASSERT_EQ(rulesOf(findings), (Names{"picture", "picture"}));
-  EXPECT_EQ(findings[0].what, dir_ / "text" + " is no PNG picture");
+  EXPECT_EQ(findings[0].what, dir_ / "text" + " is neither a PNG nor a JPEG picture");
   EXPECT_EQ(findings[1].what, dir_ / "text" + " is neither an icns nor a PNG picture");
 }
 

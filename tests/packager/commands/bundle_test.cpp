@@ -446,7 +446,7 @@ TEST(BundleLint, RefusesPicturesThatAreNone) {
   writeFile(project / "cut.icns", "icns");
   expectRejected(project, project.config("icon = \"cut.icns\"\n"), "picture");
   writeFile(project / "odd.png",
-            std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\0\0\0\1\0\0\0\1", 24));
+            std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\0\0\0\1\0\0\0\1\x08\6\0\0\0", 29));
   expectRejected(project, project.config("icon = \"odd.png\"\n"), "picture");
   EXPECT_EQ(
       pack({"bundle", "-q", project.writeConfig(project.config("splash = \"odd.png\"\n"))}).status,

@@ -19,6 +19,22 @@ TomlValue::Table read(const std::string& text) {
   return readTomlFile(dir / "file.toml");
 }
 
+TEST(ReadTomlFile, SaysSomethingOfEveryMistake) {
+  TempDir dir;
+  for (const char* text :
+       {"[parameters]\na = t= 1\n", "a\n", "a = \n", "= 1\n", "a = 'b\n", "[a\n"}) {
+    writeFile(dir / "file.toml", text);
+    try {
+      readTomlFile(dir / "file.toml");
+      ADD_FAILURE() << text;
+    } catch (const RejectedInput& e) {
+      const std::string& what = e.findings().at(0).what;
+      EXPECT_NE(what.find_first_not_of(' '), std::string::npos) << text;
+      EXPECT_EQ(e.findings().at(0).rule, "toml") << text;
+    }
+  }
+}
+
 TEST(ReadTomlFile, HasEveryKindOfValueWithItsLine) {
   const TomlValue::Table root = read(
       "text = \"a\"\n"

@@ -79,11 +79,12 @@ TEST(FlawOfIcon, IsASizeThatIconsDoNotHave) {
 }
 
 TEST(FlawOfPicture, IsADamagedHeader) {
-  const std::string whole = png('\3', '\1').substr(0, 24);
+  const std::string whole = png('\3', '\1').substr(0, 26);
   EXPECT_EQ(pictureFlaw(whole), "");
   for (std::size_t length = 0; length < whole.size(); ++length) {
     EXPECT_EQ(pictureFlaw(whole.substr(0, length)),
-              length < 8 ? "is no PNG picture" : "is a PNG picture that is cut short or damaged")
+              length < 8 ? "is neither a PNG nor a JPEG picture"
+                         : "is a PNG picture that is cut short or damaged")
         << length;
   }
   for (std::size_t at = 0; at < 16; ++at) {
@@ -134,6 +135,27 @@ TEST(FlawOfIcon, IsAPictureThatIsCutOrWider) {
   EXPECT_EQ(iconFlaw(pngOf(0x01000100, 256)),
             "is a picture of 16777472 by 256 pixels: those of icons are square, of 64, 128, 256, "
             "512 or 1024");
+}
+
+TEST(FlawOfPicture, TakesWhatTheLauncherShows) {
+  const auto shown = [](std::uint32_t width, std::uint32_t height, char depth) {
+    return pictureFlaw("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR"s + bigEndian(width) + bigEndian(height) +
+                       depth + "\6\0\0\0"s);
+  };
+  EXPECT_EQ(shown(8192, 4096, 8), "");
+  const std::string tooLarge =
+      "is larger than what the launcher shows: 8192 by 4096 pixels, 16 MiB, 100 passes";
+  EXPECT_EQ(shown(8192, 4097, 8), tooLarge);
+  EXPECT_EQ(shown(8192, 4096, 16), tooLarge) << "twice as much once decoded";
+  EXPECT_EQ(shown(0xFFFFFFFF, 0xFFFFFFFF, 8), tooLarge);
+  // The frame of a JPEG: length, bits, height, width, one component.
+  const auto jpegOf = [](const std::string& size) {
+    return "\xFF\xD8\xFF\xC0\0\x0B\x08"s + size + "\1\1\x11\0\xFF\xDA"s;
+  };
+  EXPECT_EQ(pictureFlaw(jpegOf("\1\0\1\0"s)), "");
+  EXPECT_EQ(pictureFlaw(jpegOf("\xFF\xFF\xFF\xFF"s)), tooLarge);
+  EXPECT_EQ(pictureFlaw("GIF89a\1\0\1\0\0\0\0;"s), "is neither a PNG nor a JPEG picture");
+  EXPECT_EQ(pictureFlaw("II*\0\x08\0\0\0"s), "is neither a PNG nor a JPEG picture");
 }
 
 }  // namespace
