@@ -80,6 +80,12 @@ std::optional<long> versionOfFolder(std::string_view folderName) {
 }
 
 std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name) {
+  return newestVersionFolder(master, name, [](const std::string&) { return true; });
+}
+
+std::optional<std::string> newestVersionFolder(
+    const std::string& master, const std::string& name,
+    const std::function<bool(const std::string& folder)>& isWhole) {
   const std::vector<std::string> entries = namesIn(master);
   std::optional<std::string> latest;
   long latestVersion = -1;
@@ -94,6 +100,10 @@ std::optional<std::string> newestVersionFolder(const std::string& master, const 
       continue;
     }
     if (version <= latestVersion) continue;
+    if (!isWhole(joinPath(master, entry))) {
+      logMessage("[PickFolder] Folder %s is not whole. Skipping.\n", entry.c_str());
+      continue;
+    }
     latest = entry;
     latestVersion = version;
     logMessage("[PickFolder] Set latest to %ld %s\n", latestVersion, latest->c_str());

@@ -5,6 +5,7 @@
 //   Quillory-<JRE name>-<version>-complete.plugin            a JRE's bundle beside its folder
 //   QuilloryTemp-<seconds>-<count>-app                       while a component is extracted
 #pragma once
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,6 +41,11 @@ std::optional<long> versionOfFolder(std::string_view folderName);
 /// JRE's plain folder comes before its bundle. Those that another user could have written are
 /// passed over, with a line in the log, where that matters: see mayBeUsed().
 std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name);
+
+/// The same of those whose path `isWhole` accepts; the log names the others.
+std::optional<std::string> newestVersionFolder(
+    const std::string& master, const std::string& name,
+    const std::function<bool(const std::string& folder)>& isWhole);
 
 /// Number of entries in a folder's listing, "." and ".." included; 0 when it cannot be opened.
 long countFolderEntries(const std::string& folder);

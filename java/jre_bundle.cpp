@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "install/replacement.h"
+#include "java/jre_inspection.h"
 #include "support/files.h"
 #include "support/folder_listing.h"
 #include "support/log.h"
@@ -221,6 +222,10 @@ std::string prepareJreBundle(const std::string& bundle) {
   for (const std::string& name : namesIn(jre.content)) moveInto(jre.content, name, jre.alias);
   rmdir(jre.content.c_str());
   return jre.alias;
+}
+
+bool isWholeJre(const std::string& jreFolder) {
+  return isHealthyJre(jreFolder) && !isHalfMade(jreFolder);
 }
 
 bool isHalfMade(const std::string& jreFolder) {

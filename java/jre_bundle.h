@@ -39,6 +39,10 @@ ShapedJre shapeJreBundle(const std::string& bundle);
 /// what was there is deleted.
 void publishJre(const ShapedJre& jre);
 
+/// Whether the JRE folder found in a master folder can be started from: it is healthy, as
+/// isHealthyJre() says, and not half made.
+bool isWholeJre(const std::string& jreFolder);
+
 /// Whether the JRE folder found in a master folder, an alias or, without one, a bundle, was left
 /// by a start that did not publish it: its home is not yet behind the alias. A bundle alone always
 /// was; an alias alone is a JRE that somebody else has put there.

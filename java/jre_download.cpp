@@ -106,11 +106,12 @@ bool decompress(const ArchiveTools& tools, const std::string& packed, const std:
   return false;
 }
 
-ExtractionResult extract(const ArchiveTools& tools, const std::string& folder,
+ExtractionResult extract(const Fetch& fetch, const std::string& version, const std::string& folder,
                          const std::string& archive) {
   const std::string unpack200 = unpack200Of(folder);
   logMessage("[JREDownload] Extracting JRE archive to %s\n", folder.c_str());
-  return extractAllOf(unpack200.c_str(), archive, folder, ArchiveTrust{tools.key});
+  return extractAllOf(unpack200.c_str(), archive, folder,
+                      fetch.tools.trustIn(fetch.place.name.text(), version));
 }
 
 // Whether what was extracted is a JRE with a version.
@@ -138,7 +139,7 @@ std::optional<int> fetchInto(const Fetch& fetch, const std::string& version,
   const std::string packed = packedArchiveName(folder + "/JREArchive");
   if (!downloadArchive(fetch, version, packed)) return kFailed;
   if (!decompress(fetch.tools, packed, archive)) return kFailed;
-  const ExtractionResult extracted = extract(fetch.tools, folder, archive);
+  const ExtractionResult extracted = extract(fetch, version, folder, archive);
   if (extracted.isFailure()) return exitStatusOf(extracted);
   unlink(packed.c_str());
   logMessage("[JREDownload] Done extracting JRE archive\n");

@@ -53,15 +53,20 @@ bool isWorthKeeping(const std::string& folder) {
 }
 
 // Moves the JRE in `temporary` into place, over what is there.
-std::string installJre(const JreRequest& request, const std::string& temporary,
-                       const std::string& folder) {
+JreOutcome<std::string> installJre(const JreRequest& request, const std::string& temporary,
+                                   const std::string& folder) {
   const std::string bundle = folder + kBundleSuffix;
+  if (request.tools.isHardened && !holdsJava(temporary)) {
+    logError("[Extractor] No usable JRE was extracted. What is installed stays as it is\n");
+    removeTree(temporary);
+    return {};
+  }
   // An archive whose signature did not hold leaves nothing. That is moved into place like any JRE
   // (the next start finds it broken and tries again), but not at the price of one that works.
   if (!holdsJava(temporary) && holdsJava(folder)) {
     logError("[Extractor] No usable JRE was extracted, keeping the one in %s\n", folder.c_str());
     removeTree(temporary);
-    return prepareAndComplete(request, bundle);
+    return {.provided = prepareAndComplete(request, bundle)};
   }
   // One that works stays behind its alias until the new one is complete. What is broken is not
   // worth keeping, and no link is left that the new one would be reached through.
@@ -69,7 +74,7 @@ std::string installJre(const JreRequest& request, const std::string& temporary,
   // Flushed when it is published: until then nobody takes it for whole.
   putInPlace(temporary, bundle, Durability::kLeftToTheSystem);
   logMessage("[Extractor] Renamed JRE folder to %s\n", bundle.c_str());
-  return prepareAndComplete(request, bundle);
+  return {.provided = prepareAndComplete(request, bundle)};
 }
 
 ExtractionResult extractFromTail(const JreRequest& request, const std::string& folder) {
@@ -79,7 +84,8 @@ ExtractionResult extractFromTail(const JreRequest& request, const std::string& f
   std::optional<MetSignature> unused;  // Of the tail, which has none; the archive has its own.
   const ExtractionTools tools = {request.tools.lzmaTool.c_str(), unpack200.c_str()};
   ExtractionResult result =
-      extractEntry(tools, folder, request.embedded.tail, unused, ArchiveTrust{request.tools.key});
+      extractEntry(tools, folder, request.embedded.tail, unused,
+                   request.tools.trustIn(request.embedded.name, request.embedded.version));
   if (result.isFailure()) return result;
   logMessage("[Extractor] Extracted JRE %s\n", request.place.name.text().c_str());
   return result;
@@ -102,7 +108,7 @@ JreOutcome<std::string> provideOffline(const JreRequest& request) {
   logMessage("[Extractor] Regenerating jsa...\n");
   regenerateSharedArchive(temporary);
   logEndSection(kOfflineSection);
-  return {.provided = installJre(request, temporary, folder)};
+  return installJre(request, temporary, folder);
 }
 
 // The path of an installed JRE that a start would accept.
@@ -145,7 +151,7 @@ JreOutcome<std::string> provideOnline(const JreRequest& request) {
   logMessage("[JREDownload] Finalising setup of new JRE %s\n", jre.version.c_str());
   const std::string folder = finalFolder(request.place, jre.version);
   logEndSection(kOnlineSection);
-  return {.provided = installJre(request, jre.folder, folder)};
+  return installJre(request, jre.folder, folder);
 }
 
 }  // namespace

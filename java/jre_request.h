@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "formats/archive_signature.h"
+#include "formats/archive_trust.h"
 #include "install/jre_name.h"
 #include "support/exit_status.h"
 
@@ -21,6 +21,9 @@ struct JrePlace {
 struct EmbeddedJre {
   std::string version;        ///< empty: the tail has none
   std::FILE* tail = nullptr;  ///< stands on its entry; borrowed
+  /// What its archive calls it, in a hardened bundle: the name that the bundle was packed with,
+  /// whatever another one says under which it is installed.
+  std::string name = {};
 };
 
 /// Where a JRE's version and archive are fetched from. docs/formats/version-file.md has the names.
@@ -33,6 +36,12 @@ struct JreServer {
 struct ArchiveTools {
   std::string lzmaTool;
   Rsa_key* key = nullptr;  ///< may be null; borrowed
+  bool isHardened = false;
+
+  /// What the archive of a JRE must prove.
+  ArchiveTrust trustIn(const std::string& name, const std::string& version) const {
+    return {key, isHardened, ArchiveIdentity{name, version, std::string(thisPlatform())}};
+  }
 };
 
 /// What came of a step that provides something of a JRE.

@@ -13,6 +13,7 @@
 #include "formats/remembered_options_format.h"
 #include "install/version_folders.h"
 #include "java/app_executable.h"
+#include "java/jre_bundle.h"
 #include "java/launch_command.h"
 #include "java/launch_properties.h"
 #include "java/launch_start.h"
@@ -78,7 +79,9 @@ std::optional<LaunchRuntime> chooseRuntime(const LaunchRequest& request,
   LaunchRuntime runtime;
   // Looked for whatever is launched, so that the log tells which private JRE there was.
   const std::optional<std::string> privateJre =
-      newestVersionFolder(request.masterFolder, givenJava(request));
+      request.onlyWholeJre
+          ? newestVersionFolder(request.masterFolder, givenJava(request), isWholeJre)
+          : newestVersionFolder(request.masterFolder, givenJava(request));
   if (request.launchClass == kLaunchCompatibilityCheck) {
     runtime.executable = request.javaToCheck;
     logMessage("[Extractor] Checking for existing system JRE %s\n", request.javaToCheck.c_str());

@@ -34,6 +34,7 @@ struct LaunchRequest {
   std::string jreName = {};  ///< of the application: the private JRE's folders are found by it
   /// Waits of minutes are told in a window, where there is a display.
   bool showsWaits = false;
+  bool onlyWholeJre = false;     ///< of a hardened bundle: folders of others do not count
   std::string javaToCheck = {};  ///< of a compatibility check: the path of a `java`
 };
 

@@ -1,8 +1,11 @@
 #include "launcher/component_extraction.h"
 
+#include <unistd.h>
+
 #include <optional>
 
 #include "formats/archive_format.h"
+#include "formats/launch_file_format.h"
 #include "install/replacement.h"
 #include "install/unfinished.h"
 #include "install/version_folders.h"
@@ -35,7 +38,7 @@ ExtractionResult extractTailEntry(const TailArchives& tail, const UnpackingTools
                                   const std::string& destination) {
   std::optional<MetSignature> unused;  // Of the tail, which has none; an archive in it has its own.
   return extractEntry({pathOrNull(tools.lzma), pathOrNull(tools.unpack200)}, destination,
-                      tail.stream, unused, ArchiveTrust{tail.key});
+                      tail.stream, unused, ArchiveTrust{tail.key, tail.isHardened, tail.expected});
 }
 
 namespace {
@@ -46,6 +49,10 @@ ExtractionResult extractTailEntries(int count, const TailArchives& tail,
   for (int i = 0; i < count && !result.isFailure(); ++i)
     result = extractTailEntry(tail, tools, destination);
   return result;
+}
+
+bool holdsLaunchFile(const std::string& folder) {
+  return access(joinPath(folder, kLaunchFileName).c_str(), F_OK) == 0;
 }
 
 // A tool of the tail, which is there to be run.
@@ -89,7 +96,8 @@ ExtractionResult extractUpdater(const TailArchives& tail, const ComponentFolders
 
   logMessage("[Extractor] Extracted GU and GU Version\n");
   logMessage("[Extractor] Renaming GU folder to %s\n", folders.gu.c_str());
-  markUnfinished(folders.guTemp);
+  // Of a rejected archive an empty folder stays, by intent, and the next start takes it as it is.
+  if (holdsLaunchFile(folders.guTemp)) markUnfinished(folders.guTemp);
   putInPlace(folders.guTemp, folders.gu);
   chmod777(folders.gu.c_str());
   return result;

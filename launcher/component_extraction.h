@@ -19,10 +19,12 @@
 
 namespace quillory {
 
-/// The open tail and the key of its archives (may be null).
+/// The open tail, and what its archives must prove.
 struct TailArchives {
   std::FILE* stream;
-  Rsa_key* key;
+  Rsa_key* key;  ///< may be null
+  bool isHardened = false;
+  std::optional<ArchiveIdentity> expected = {};  ///< of a hardened bundle
 };
 
 struct ComponentFolders {

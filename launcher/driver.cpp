@@ -66,7 +66,14 @@ struct Start {
   JreName jreName;
   InstallationLock lock;  ///< held while something is installed
 
-  TailArchives archives() const { return {tailStream.get(), key}; }
+  TailArchives archivesOf(const std::string& component, const std::string& version) const {
+    return {tailStream.get(), key, params.isHardened,
+            ArchiveIdentity{component, version, std::string(thisPlatform())}};
+  }
+  UpdateQuestion question() const {
+    return {masterFolder,   tail.appName,    jreName.text(),
+            tail.guVersion, tail.appVersion, params.isHardened};
+  }
   SplashOverride splashOverride() const { return {tail.canOverrideSplash, params.splashImage}; }
   bool showsUi() const { return !isSilent && !line.prepareOnly; }
   bool isHardenedForAll() const { return params.isHardened && isForAllUsers(tail.installType); }
@@ -162,18 +169,19 @@ std::string folderForSplash(const Start& start) {
   return start.params.isHardened ? makePrivateFolder(shared) : shared;
 }
 
-/// Never comes back when this user may not write to the master folder.
-void makeFirstTempFolder(Start& start, const ComponentFolders& folders) {
-  if (mayBeUsed(start.masterFolder) && makeNewDir(folders.guTemp.c_str()) == 0) return;
+/// Where this user may not write to the master folder, it never comes back, but where elevation
+/// would not help: false.
+bool makeFirstTempFolder(Start& start, const ComponentFolders& folders) {
+  if (mayBeUsed(start.masterFolder) && makeNewDir(folders.guTemp.c_str()) == 0) return true;
   // The elevated copy takes it, while this process waits for that.
   start.lock.release();
   logMessage("[Extractor] Unable to create GU Temp folder - assuming elevation required\n");
   const StartSurroundings& around = start.surroundings;
-  endUnless(mayElevate(start.line.prepareOnly, around.isRelaunchedCopy()));
+  if (!mayElevate(start.line.prepareOnly, around.isRelaunchedCopy())) return false;
   const std::string pictureFolder = folderForSplash(start);
   if (!pictureFolder.empty())
     endUnlessExtracted(
-        extractSplashForElevation(start.archives(), start.splashOverride(), pictureFolder));
+        extractSplashForElevation(start.archivesOf("", ""), start.splashOverride(), pictureFolder));
   logMessage("[Extractor] Performing elevated setup and launch\n");
   doElevatedSetupAndLaunch(start.tail.appName, start.line.fullArgc, start.line.fullArgv,
                            start.isSilent, start.exe);
@@ -229,12 +237,24 @@ bool isCompatibleWith(const Start& start, const std::string& updaterFolder,
   return isCompatible(result);
 }
 
-/// Provides the JRE and returns the path of its unpack200.
-std::string setUpJre(const Start& start, const ComponentFolders& folders,
-                     const UpdaterFiles& updater) {
+/// What a start runs that could not install all of what its bundle carries. One that is not
+/// hardened ends with `status`, as does one that runs nothing, or that finds nothing whole.
+std::string runWhatIsThere(const Start& start, int status) {
+  if (!start.params.isHardened || start.line.prepareOnly) std::exit(status);
+  const std::optional<std::string> gu = runnableUpdater(start.question());
+  if (!gu) std::exit(status);
+  splash::cleanup();
+  logMessage("[Extractor] What this bundle carries is not installed. Will run what is there: %s\n",
+             gu->c_str());
+  return *gu;
+}
+
+/// Provides the JRE, and with it the path of its unpack200, "" where that must not run.
+JreOutcome<std::string> setUpJre(const Start& start, const ComponentFolders& folders,
+                                 const UpdaterFiles& updater) {
   const JreOutcome<std::string> jre = provisionJre(
       {.place = {start.masterFolder, start.jreName},
-       .embedded = {start.tail.jreVersion, start.tailStream.get()},
+       .embedded = {start.tail.jreVersion, start.tailStream.get(), start.params.jreName},
        .system = {.requiredJavaVersion = start.tail.requiredJavaVersion,
                   .isCompatible =
                       [&start](const std::string& updaterFolder, const std::string& java) {
@@ -243,13 +263,13 @@ std::string setUpJre(const Start& start, const ComponentFolders& folders,
                   .isAutoTest = start.params.isAutoTest,
                   .places = {}},
        .server = {start.updateUrl.inForce(), folders.gu},
-       .tools = {updater.lzmaTool, start.key},
+       .tools = {updater.lzmaTool, start.key, start.params.isHardened},
        .display = start.showsUi() ? splashAsDisplay() : FetchDisplay{},
        .caCerts = updater.caCerts});
-  if (!jre.provided) std::exit(jre.exitStatus);
+  if (!jre.provided) return jre;
   const std::string unpack200 = unpack200Of(*jre.provided);
   logMessage("[Extractor] UP200 path is %s\n", unpack200.c_str());
-  return mayRun(start, unpack200) ? unpack200 : "";
+  return {.provided = mayRun(start, unpack200) ? unpack200 : ""};
 }
 
 /// Installs the updater, a JRE and the application; returns the folder name of the updater to run.
@@ -263,21 +283,26 @@ std::string extractEverything(Start& start, const std::string& installedGu) {
   makeDir(start.masterFolder.c_str());
   const ComponentFolders folders = nameComponentFolders(start.masterFolder, start.tail.guVersion,
                                                         start.tail.appName, start.tail.appVersion);
-  makeFirstTempFolder(start, folders);
-  endUnlessExtracted(extractUpdater(start.archives(), folders, start.splashOverride()));
+  if (!makeFirstTempFolder(start, folders)) return runWhatIsThere(start, kExitFailure);
+  const ExtractionResult updaterResult = extractUpdater(
+      start.archivesOf(kUpdaterName, start.tail.guVersion), folders, start.splashOverride());
+  if (updaterResult.isFailure()) return runWhatIsThere(start, exitStatusOf(updaterResult));
   const UpdaterFiles updater = locateUpdaterFiles(folders.gu);
   showSplash(start, updater.splashPicture);
-  const std::string unpack200 = setUpJre(start, folders, updater);
+  const JreOutcome<std::string> unpack200 = setUpJre(start, folders, updater);
+  if (!unpack200.provided) return runWhatIsThere(start, unpack200.exitStatus);
   if (start.tail.appVersion.empty()) {
     logMessage("[Extractor] Online installer - no app to extract\n");
   } else {
-    endUnlessExtracted(extractApplication(start.archives(), folders,
-                                          {.lzma = updater.lzmaTool, .unpack200 = unpack200}));
+    const ExtractionResult result =
+        extractApplication(start.archivesOf(start.tail.appName, start.tail.appVersion), folders,
+                           {.lzma = updater.lzmaTool, .unpack200 = *unpack200.provided});
+    if (result.isFailure()) return runWhatIsThere(start, exitStatusOf(result));
   }
 
   markFinished(folders.gu);
 
-  const std::optional<std::string> gu = newestVersionFolder(start.masterFolder, kUpdaterName);
+  const std::optional<std::string> gu = updaterToRun(start.masterFolder, start.params.isHardened);
   if (!gu) {
     logError("No latest App version even after download!\n");
     std::exit(kExitFailure);
@@ -287,10 +312,7 @@ std::string extractEverything(Start& start, const std::string& installedGu) {
   return *gu;
 }
 
-UpdateDecision decide(const Start& start) {
-  return decideUpdate({start.masterFolder, start.tail.appName, start.jreName.text(),
-                       start.tail.guVersion, start.tail.appVersion});
-}
+UpdateDecision decide(const Start& start) { return decideUpdate(start.question()); }
 
 /// Shows the picture of the updater that another start is installing, as soon as it is there.
 void showSplashOfOther(const Start& start, bool& isShown) {
@@ -347,6 +369,7 @@ std::string installOrUpdate(Start& start) {
   start.tailStream.reset();
   LaunchRequest request = launchOf(start, guFolderName);
   request.jreName = start.jreName.text();
+  request.onlyWholeJre = start.params.isHardened;
   if (start.isClosedToOthers()) {
     if (start.isHardenedForAll()) prepareLaunch(request);
     openInstallation(start.masterFolder);

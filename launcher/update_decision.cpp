@@ -1,14 +1,17 @@
 #include "launcher/update_decision.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 
+#include "formats/launch_file_format.h"
 #include "install/unfinished.h"
 #include "install/version_folders.h"
 #include "java/jre_bundle.h"
 #include "java/jre_inspection.h"
 #include "launcher/bundle_paths.h"
 #include "support/files.h"
+#include "support/folder_listing.h"
 #include "support/log.h"
 
 namespace quillory {
@@ -20,10 +23,25 @@ bool isNewer(const std::string& ourVersion, const std::string& installedFolder) 
          versionOfFolder(installedFolder).value_or(-1);
 }
 
+bool hasLaunchFile(const std::string& updaterFolder) {
+  std::error_code error;
+  const std::string file = joinPath(updaterFolder, kLaunchFileName);
+  return std::filesystem::is_regular_file(file, error) &&
+         std::filesystem::file_size(file, error) > 0 && !error;
+}
+
+/// Of an application nothing is known but that it is not empty.
+bool holdsAnything(const std::string& folder) { return !namesIn(folder).empty(); }
+
+std::optional<std::string> newest(const UpdateQuestion& question, const std::string& name,
+                                  bool (*isWhole)(const std::string& folder)) {
+  if (question.onlyWhole) return newestVersionFolder(question.masterFolder, name, isWhole);
+  return newestVersionFolder(question.masterFolder, name);
+}
+
 bool hasUsableJre(const std::string& masterFolder, const std::optional<std::string>& folder) {
   if (!folder) return false;
-  const std::string path = joinPath(masterFolder, *folder);
-  if (isHealthyJre(path) && !isHalfMade(path)) return true;
+  if (isWholeJre(joinPath(masterFolder, *folder))) return true;
   logMessage("[Extractor] The existing JRE %s is broken. Instructing the wrapper to update.\n",
              folder->c_str());
   return false;
@@ -46,8 +64,7 @@ void logJreExists() { logMessage("[Extractor] Note: Latest JRE version does exis
 
 /// Whether the application in the tail is to be installed, where the updater is current.
 bool isAppOutdated(const UpdateQuestion& question) {
-  const std::optional<std::string> app =
-      newestVersionFolder(question.masterFolder, question.appName);
+  const std::optional<std::string> app = newest(question, question.appName, holdsAnything);
   if (!app) {
     logMessage("[Extractor] No app version found and we are offline so will extract\n");
     return true;
@@ -94,11 +111,24 @@ bool isOutdated(const UpdateQuestion& question, const std::string& gu) {
 
 }  // namespace
 
+std::optional<std::string> updaterToRun(const std::string& masterFolder, bool onlyWhole) {
+  if (!onlyWhole) return newestVersionFolder(masterFolder, kUpdaterName);
+  const std::optional<std::string> finished = newestVersionFolder(
+      masterFolder, kUpdaterName,
+      [](const std::string& folder) { return hasLaunchFile(folder) && !isUnfinished(folder); });
+  return finished ? finished : newestVersionFolder(masterFolder, kUpdaterName, hasLaunchFile);
+}
+
+std::optional<std::string> runnableUpdater(const UpdateQuestion& question) {
+  const std::optional<std::string> jre = newest(question, question.jreName, isWholeJre);
+  if (!hasUsableJre(question.masterFolder, jre)) return std::nullopt;
+  return updaterToRun(question.masterFolder, question.onlyWhole);
+}
+
 UpdateDecision decideUpdate(const UpdateQuestion& question) {
   logMessage("[Extractor] Checking for a latest valid GU\n");
-  const std::string gu = newestVersionFolder(question.masterFolder, kUpdaterName).value_or("");
-  const std::optional<std::string> jreFolder =
-      newestVersionFolder(question.masterFolder, question.jreName);
+  const std::string gu = updaterToRun(question.masterFolder, question.onlyWhole).value_or("");
+  const std::optional<std::string> jreFolder = newest(question, question.jreName, isWholeJre);
   if (!hasUsableJre(question.masterFolder, jreFolder)) {
     logNoGuOrJre();
     logMessage("[Extractor] Note: No latest JRE version exists\n");

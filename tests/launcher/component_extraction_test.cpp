@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "install/unfinished.h"
 #include "support/clock.h"
 #include "support/exit_status.h"
 #include "tests/harness/captured_log.h"
@@ -117,6 +118,15 @@ TEST_F(ExtractUpdater, HasNoUnpack200) {
   EXPECT_EQ(result_.entry, "a.jar");
   EXPECT_FALSE(log_.contains("[Spawner]")) << "nothing is run";
   EXPECT_FALSE(fs::exists(folders_.gu));
+}
+
+TEST_F(ExtractUpdater, MarksWhatItHasMovedUntilTheRestIsThere) {
+  extract(kToolAndPicture + emptyEntry("a") + emptyEntry("b") + emptyEntry("c"));
+  EXPECT_FALSE(isUnfinished(folders_.gu)) << "without a launch file it is no updater";
+  fs::create_directory(folders_.guTemp);
+  extract(kToolAndPicture + emptyEntry("a") + emptyEntry("b") +
+          fileEntry("GU.p2", archiveOf(fileEntry("QuilloryLaunch", "launch"))));
+  EXPECT_TRUE(isUnfinished(folders_.gu));
 }
 
 TEST_F(ExtractUpdater, MovesNothingAfterAnEntryThatIsRefused) {

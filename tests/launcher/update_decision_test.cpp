@@ -129,6 +129,42 @@ TEST_F(DecideUpdate, ExtractsAgainWhatWasCutShort) {
   EXPECT_TRUE(decide("07", "3").extract) << "versions are numbers";
 }
 
+TEST_F(DecideUpdate, CountsOnlyWholeFoldersInAHardenedBundle) {
+  installJre();
+  writeFile(master_ / "Quillory-Quillory-7-complete/QuilloryLaunch", "launch");
+  writeFile(master_ / "Quillory-App-3-complete/app.jar", "jar");
+  install("Quillory-Quillory-8-complete");
+  install("Quillory-App-4-complete");
+  install("Quillory-jre-9-complete");
+  UpdateQuestion question = {master_.str(), "App", "jre", "7", "3"};
+  EXPECT_TRUE(decideUpdate(question).extract) << "the newest JRE is broken";
+  question.onlyWhole = true;
+  EXPECT_FALSE(decideUpdate(question).extract);
+  EXPECT_EQ(decideUpdate(question).installedGu, "Quillory-Quillory-7-complete");
+  EXPECT_TRUE(
+      log_.contains("[PickFolder] Folder Quillory-jre-9-complete is not whole. Skipping.\n"));
+  question.guVersion = "8";
+  EXPECT_TRUE(decideUpdate(question).extract);
+  question.guVersion = "7";
+  question.appVersion = "4";
+  EXPECT_TRUE(decideUpdate(question).extract);
+}
+
+TEST_F(DecideUpdate, RunsAnUnfinishedUpdaterOnlyWhereThereIsNoOther) {
+  installJre();
+  writeFile(master_ / "Quillory-Quillory-7-complete/QuilloryLaunch", "launch");
+  writeFile(master_ / "Quillory-Quillory-8-complete/QuilloryLaunch", "launch");
+  markUnfinished(master_ / "Quillory-Quillory-8-complete");
+  EXPECT_EQ(updaterToRun(master_.str(), false), "Quillory-Quillory-8-complete");
+  EXPECT_EQ(updaterToRun(master_.str(), true), "Quillory-Quillory-7-complete");
+  const UpdateQuestion question = {master_.str(), "App", "jre", "8", "3", true};
+  EXPECT_EQ(runnableUpdater(question), "Quillory-Quillory-7-complete");
+  fs::remove_all(master_ / "Quillory-Quillory-7-complete");
+  EXPECT_EQ(runnableUpdater(question), "Quillory-Quillory-8-complete");
+  fs::remove_all(master_ / "Quillory-jre-8-complete");
+  EXPECT_EQ(runnableUpdater(question), std::nullopt) << "without a JRE nothing runs";
+}
+
 TEST_F(DecideUpdate, LeavesWhatWasCutShortToTheBundleThatHasIt) {
   installJre();
   install("Quillory-App-3-complete");
