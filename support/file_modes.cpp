@@ -128,17 +128,17 @@ bool openAsInstalled(const std::string& path) {
 
 // Goes on behind a failure, as the command does. A folder gets its mode before it is entered, which
 // may be what makes it readable.
-int setModesBelow(const std::string& path, unsigned bits) {
-  const mode_t mode = static_cast<mode_t>(bits);
+int setModesBelow(const std::string& path, unsigned mode) {
+  const mode_t wanted = static_cast<mode_t>(mode);
   struct stat found {};
   const std::string place = behindLinks(path.c_str(), found);
   if (place.empty()) return kCommandFailed;
-  int status = changeOne(place.c_str(), found, mode);
+  int status = changeOne(place.c_str(), found, wanted);
   if (!S_ISDIR(found.st_mode)) return status;
   std::error_code error;
   for (fs::recursive_directory_iterator entry(place, error), end; !error && entry != end;
        entry.increment(error))
-    if (changeEntry(*entry, mode) != 0) status = kCommandFailed;
+    if (changeEntry(*entry, wanted) != 0) status = kCommandFailed;
   return error ? kCommandFailed : status;
 }
 

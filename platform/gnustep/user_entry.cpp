@@ -37,6 +37,7 @@ int makeUp(passwd* entry, char* buffer, size_t size, passwd** result) {
 
 // Both in the place of the C library's, for every library of the process.
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's are reserved
 extern "C" int getpwuid_r(uid_t user, passwd* entry, char* buffer, size_t size, passwd** result) {
   static const auto next = reinterpret_cast<decltype(&getpwuid_r)>(dlsym(RTLD_NEXT, "getpwuid_r"));
   const int error = next(user, entry, buffer, size, result);
@@ -44,6 +45,7 @@ extern "C" int getpwuid_r(uid_t user, passwd* entry, char* buffer, size_t size, 
   return makeUp(entry, buffer, size, result);
 }
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): as above
 extern "C" int getpwnam_r(const char* name, passwd* entry, char* buffer, size_t size,
                           passwd** result) {
   static const auto next = reinterpret_cast<decltype(&getpwnam_r)>(dlsym(RTLD_NEXT, "getpwnam_r"));
