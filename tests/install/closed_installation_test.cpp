@@ -24,7 +24,7 @@ constexpr uid_t kAnother = 65533;
 
 class ClosedInstallation : public ::testing::Test {
  protected:
-  ~ClosedInstallation() override { keepFoldersClosed("", ""); }
+  void TearDown() override { keepFoldersClosed("", ""); }
 
   std::string in(const std::string& name) const { return master_ + '/' + name; }
   void make(const std::string& name, unsigned mode) {
