@@ -1,28 +1,15 @@
 """Starts of one bundle at the same moment: each has to bring the application."""
 
-import subprocess
+import concurrent.futures
 
-from machine import LIMIT, Outcome, differences, end_group
+from machine import differences
 from results import Result
 
 
 def start_at_once(scenario, count):
-    machine = scenario.machine
-    processes = [subprocess.Popen([str(word) for word in scenario.command()],
-                                  start_new_session=True, stdin=subprocess.DEVNULL,
-                                  stdout=open(machine.top / f"output-{number}", "wb"),
-                                  stderr=subprocess.STDOUT, cwd=machine.folder,
-                                  env=scenario.environment()) for number in range(count)]
-    endings = []
-    for number, process in enumerate(processes):
-        try:
-            status = process.wait(LIMIT)
-        except subprocess.TimeoutExpired:
-            end_group(process)
-            status = process.wait()
-        output = (machine.top / f"output-{number}").read_text("utf-8", "replace")
-        endings.append(Outcome(status, output))
-    return endings
+    """Each to its end, with the application that it has started."""
+    with concurrent.futures.ThreadPoolExecutor(count) as threads:
+        return list(threads.map(lambda _: scenario.start(), range(count)))
 
 
 def rounds(scenario, count, most):
