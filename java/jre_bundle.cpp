@@ -53,11 +53,12 @@ void moveInto(const std::string& folder, const std::string& name, const std::str
   (void)std::rename(from.c_str(), to.c_str());
 }
 
-// A Java home without a bundle around it, as the copy of a system JRE can be, gets one.
+// A Java home without a bundle around it, as the copy of a system JRE can be, gets one; also where a
+// start was killed that had begun to.
 void wrapPlainHome(const std::string& bundle) {
   const std::string contents = bundle + "/Contents";
   const std::string home = contents + "/Home";
-  if (isLink(home) || isFolder(home)) return;
+  if (isLink(home) || access((home + "/bin/java").c_str(), F_OK) == 0) return;
   if (access((bundle + "/bin/java").c_str(), F_OK) != 0) return;
   logMessage("[OSX JRE] %s is a Java home, making a bundle of it\n", bundle.c_str());
   makeDir(contents.c_str());

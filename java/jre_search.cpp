@@ -1,5 +1,7 @@
 #include "java/jre_search.h"
 
+#include <sys/wait.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <initializer_list>
@@ -10,6 +12,7 @@
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
 #include "support/command_output.h"
+#include "support/durable.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/process.h"
@@ -84,21 +87,26 @@ std::optional<SystemJre> findAcceptableJre(const SystemJreQuestion& question) {
   return jre;
 }
 
-// Runs a command of /bin with the words and the quoted paths; its result is not examined.
-void runOnPaths(const std::string& command, std::initializer_list<std::string> words,
-                std::initializer_list<std::string> paths) {
+// Runs a command of /bin with the words and the quoted paths. Returns the wait status of it, or of
+// the shell that ran it.
+int runOnPaths(const std::string& command, std::initializer_list<std::string> words,
+               std::initializer_list<std::string> paths) {
   std::string line = command;
   for (const std::string& word : words) line += ' ' + word;
   for (const std::string& path : paths) line += " \"" + path + '"';
   logMessage("[JRESearch] Running %s\n", line.c_str());
   if (std::all_of(paths.begin(), paths.end(), isSafeInShellQuotes)) {
-    processCalls.runShell(line.c_str());
-    return;
+    return processCalls.runShell(line.c_str());
   }
   std::vector<std::string> arguments = {"/bin/" + command};
   arguments.insert(arguments.end(), words);
   arguments.insert(arguments.end(), paths);
-  runProgram(arguments);
+  return runProgram(arguments).waitStatus;
+}
+
+// A shell passes a signal on as 128 and its number.
+bool wasEndedBySignal(int waitStatus) {
+  return WIFSIGNALED(waitStatus) || (WIFEXITED(waitStatus) && WEXITSTATUS(waitStatus) > 128);
 }
 
 }  // namespace
@@ -137,9 +145,17 @@ SystemJreSearch copySystemJre(const std::string& masterFolder, const SystemJreQu
   logMessage("[JRESearch] JRE is valid, copying...\n");
   // Named, not created: cp would copy into a folder that is there.
   const std::string copy = temporaryFolder(masterFolder);
-  runOnPaths("cp", {"-LRf"}, {jre->folder, copy});
+  // What cp could not copy it says itself, and the rest may do. One that was killed has not said
+  // anything, and what it left would be taken for a JRE for ever.
+  if (wasEndedBySignal(runOnPaths("cp", {"-LRf"}, {jre->folder, copy}))) {
+    logMessage("[JRESearch] The copying was ended by a signal, the copy is not used\n");
+    removeTree(copy);
+    return {};
+  }
   logMessage("[JRESearch] Running chmod -R 755 \"%s/bin\"\n", copy.c_str());
   setModesBelow(copy + "/bin", 0755);
+  // It is moved to its place as it is, where files that a power cut emptied would count.
+  syncTree(copy);
   return {.copy = copy};
 }
 

@@ -131,6 +131,10 @@ class SystemRuntime(RuntimeDownload):
     name = "system-runtime"
     table_name = "first start, which copies a runtime of the system"
 
+    def make(self):
+        # Where there is none to be had: a start that cannot copy would have another one.
+        return self.packer.bundle("online-in-vain", runtime=None, url=self.server.url + "nothing/")
+
     def environment(self):
         tools = self.machine.shared / "tools-with-java"
         home = self.machine.shared / "java-8"

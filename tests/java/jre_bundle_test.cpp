@@ -174,6 +174,16 @@ TEST_F(PrepareJreBundle, MakesABundleOfAPlainJavaHome) {
   EXPECT_EQ(listTree(dir_.str()), once);
 }
 
+TEST_F(PrepareJreBundle, GoesOnWithThePlainJavaHomeOfAStartThatWasKilled) {
+  writeJavaHome(bundle_);
+  fs::create_directories(home_);
+  prepare();
+  EXPECT_THAT(fs::read_symlink(home_), alias_);
+  EXPECT_TRUE(fs::exists(alias_ + "/bin/java"));
+  EXPECT_TRUE(fs::exists(alias_ + "/lib/rt.jar"));
+  EXPECT_FALSE(fs::exists(bundle_ + "/bin"));
+}
+
 TEST_F(PrepareJreBundle, MovesOnlyTheInnerJreOfAPlainJdkHome) {
   writeJavaHome(bundle_);
   writeJavaHome(bundle_ + "/jre");

@@ -6,10 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "support/durable.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/records.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/java/jre_fixture.h"
+#include "tests/support/recorded_shell.h"
 
 namespace quillory {
 namespace {
@@ -225,6 +227,37 @@ TEST_F(CopySystemJre, CopiesAFolderThatAShellWouldExpand) {
   EXPECT_EQ(modeOf(copy + "/bin/java"), 0755U);
   EXPECT_TRUE(log_.contains("[JRESearch] Running cp -LRf \"" + system_ + "\" \"" + copy + "\"\n"));
   EXPECT_FALSE(fs::exists("bad"));
+}
+
+TEST_F(CopySystemJre, DoesNotUseACopyWhoseCopyingWasKilled) {
+  writeJavaHome(system_);
+  putInPath(system_ + "/bin/java");
+  // As system() tells it: of the shell that became cp, and of one that had cp as its child.
+  static constexpr int kKilled = 9;
+  static constexpr int kKilledBelowTheShell = (128 + 9) << 8;
+  for (const int status : {kKilled, kKilledBelowTheShell}) {
+    const RecordedShell shell(status);
+    const SystemJreSearch found = searchWhole();
+    EXPECT_FALSE(found.copy.has_value());
+    EXPECT_FALSE(found.isCutShort);
+  }
+  // What could not be read is cp's own to tell, and the rest is used.
+  const RecordedShell shell(1 << 8);
+  EXPECT_TRUE(searchWhole().copy.has_value());
+}
+
+TEST_F(CopySystemJre, FlushesTheCopyBeforeItIsMovedToItsPlace) {
+  writeJavaHome(system_);
+  putInPath(system_ + "/bin/java");
+  static std::vector<std::string> flushed;
+  flushed.clear();
+  const ScopedReplace recorded(
+      durableCalls.flushTree, +[](int, const std::string& path) {
+        flushed.push_back(path);
+        return 0;
+      });
+  const std::string copy = search();
+  EXPECT_THAT(flushed, ::testing::ElementsAre(copy));
 }
 
 TEST_F(CopySystemJre, EndsWhereLinksLeadInCircles) {
