@@ -5,7 +5,7 @@
 namespace quillory::pack {
 namespace {
 
-constexpr bool kHardenedByDefault = false;
+constexpr bool kHardenedByDefault = true;
 
 void warnOfUnsigned(const Config& config, Reporter& reporter) {
   reporter.finding({Severity::kWarning,

@@ -132,9 +132,22 @@ TEST(Bundle, WritesTheDynamicParameters) {
                             kRuntime);
   const std::string params = readFile(bundle + "/Contents/Resources/AppParams.excludefromsigning");
   EXPECT_EQ(params.substr(64),
-            records({"4", "jre_name", "JRE", "update_url", "https://example.com/", "force_spawn",
-                     "true", "channel", "beta"}));
+            records({"5", "jre_name", "JRE", "update_url", "https://example.com/", "force_spawn",
+                     "true", "hardened", "true", "channel", "beta"}));
   EXPECT_THAT(readFile(bundle + "/Contents/Resources/Tail"), HasSubstr(records({"", "D", "0"})));
+}
+
+TEST(Bundle, SaysNothingOfItselfWhereItIsNotHardened) {
+  Project project;
+  const std::string bundle =
+      bundleOf(project, project.config("[install]\nhardened = false\n") + kRuntime);
+  const std::string params = readFile(bundle + "/Contents/Resources/AppParams.excludefromsigning");
+  EXPECT_EQ(params.substr(64), records({"1", "jre_name", "JRE"}));
+  for (const char* part : {"Hello-3", "Quillory-1"}) {
+    EXPECT_THAT(unpacked(project / "dist/release/Quillory-" + part + "-archive.p2.l2"),
+                StartsWith(records({"0", "QuilloryLaunch"})))
+        << part;
+  }
 }
 
 TEST(Bundle, PutsTheTailBehindTheMarkerInTheExecutableWhenAsked) {
@@ -160,7 +173,8 @@ TEST(Bundle, PacksTheApplicationWithALaunchFile) {
       records({"6", "com.example.hello.Hello", "", "Hello", "", "0", "256", "64", "1",
                "lib/hello.jar", "2", "-x", "y z", "", "", "", "0", "0"});
   const std::string jar = readFile(project / "hello.jar");
-  EXPECT_THAT(archive, StartsWith(records({"0", "QuilloryLaunch", std::to_string(launch.size())}) +
+  EXPECT_THAT(archive, StartsWith(records({"0", "qyArcSpBlock_Component1;Hello;3;linux", "0"}) +
+                                  records({"0", "QuilloryLaunch", std::to_string(launch.size())}) +
                                   launch + records({"1", "data", "0", "data/a.txt", "1"}) + "A" +
                                   records({"0", "help/m", "1"}) + "M" + records({"1", "lib"}) +
                                   records({"0", "lib/hello.jar", std::to_string(jar.size())}) +
@@ -174,7 +188,8 @@ TEST(Bundle, PacksTheUpdaterWithTheApplicationsNameAndMemory) {
       records({"6", "io.quillory.updater.Main", "", "Hello", "", "0", "256", "0", "1",
                "updater.jar", "0", "io.quillory.updater.JreCompatibility", "", "", "0", "0"});
   EXPECT_THAT(unpacked(project / "dist/release/Quillory-Quillory-1-archive.p2.l2"),
-              StartsWith(records({"0", "QuilloryLaunch", std::to_string(launch.size())}) + launch +
+              StartsWith(records({"0", "qyArcSpBlock_Component1;Quillory;1;any", "0"}) +
+                         records({"0", "QuilloryLaunch", std::to_string(launch.size())}) + launch +
                          records({"0", "updater.jar"})));
 }
 
