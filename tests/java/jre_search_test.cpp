@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -268,6 +269,10 @@ TEST_F(CopySystemJre, EndsWhereLinksLeadInCircles) {
   fs::create_symlink("a", "b");
   EXPECT_THAT(jreFolderOfJava("a"), ::testing::AnyOf("a", "b"));
   fs::current_path(before);
+  const auto isFollowing = [](const std::string& message) {
+    return message.starts_with("[JRESearch] Followed link ");
+  };
+  EXPECT_EQ(std::count_if(log_.messages().begin(), log_.messages().end(), isFollowing), 64);
 }
 
 TEST(JreFolderOfJava, CutsAtTheLastBin) {
