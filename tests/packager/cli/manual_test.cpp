@@ -55,9 +55,10 @@ TEST(ManualPage, HasEveryCommandOnceAndEveryOption) {
 
 TEST(ManualPage, HasTheFirstStepsAndTheStatuses) {
   const std::string page = manualPage({}, {});
-  EXPECT_THAT(page, AllOf(HasSubstr("\n.SH NAME\nquillory\\-pack \\- packs Java"),
-                          HasSubstr("  quillory\\-pack keygen    # makes signing.pem"),
-                          HasSubstr(".SH \"EXIT STATUS\"\n0 done; 1 ")));
+  EXPECT_THAT(
+      page, AllOf(HasSubstr("\n.SH NAME\nquillory\\-pack \\- packs Java"),
+                  HasSubstr("  quillory\\-pack keygen    # makes signing.pem"),
+                  HasSubstr("\n.SH \"COMMANDS\"\n"), HasSubstr(".SH \"EXIT STATUS\"\n0 done; 1 ")));
 }
 
 }  // namespace

@@ -111,9 +111,9 @@ TEST_F(ArchiveChecks, RefusesAHeapThatBeginsBeyondItsLimit) {
   } kCases[] = {{"256", "257", true}, {"256", "256", false}, {"256", "0", false},
                 {"0", "64", false},   {"-1", "64", false},   {"1", "2", true}};
   for (const auto& [maximum, initial, isRefused] : kCases) {
-    EXPECT_EQ(rulesOf(program(file("QuilloryLaunch", launchFile("M", maximum, initial, {})))),
-              isRefused ? Rules{"memory"} : Rules{})
-        << maximum << ' ' << initial;
+    const Findings found = program(file("QuilloryLaunch", launchFile("M", maximum, initial, {})));
+    EXPECT_EQ(rulesOf(found), isRefused ? Rules{"memory"} : Rules{}) << maximum << ' ' << initial;
+    EXPECT_EQ(hasErrors(found), isRefused) << maximum << ' ' << initial;
   }
 }
 
