@@ -70,6 +70,13 @@ ExtractionResult failToWrite(const Entry& entry, const std::string& output, int 
                  "unable to write " + output + ": " + std::strerror(error));
 }
 
+// What an error cuts short reads like the end of the archive, and half of an installation would be
+// taken for all of it.
+ExtractionResult failToRead(const Entry& entry) {
+  logError("[ExtractArchiveFile] Unable to read the archive on, behind %s\n", entry.path.c_str());
+  return failure(End::kNotRead, entry, "", "the archive cannot be read");
+}
+
 // Whether the entry is the signature block, whose last two records are then in `signature`.
 bool readSignatureBlock(const std::string& path, std::FILE* stream,
                         std::optional<MetSignature>& signature) {
@@ -179,9 +186,10 @@ ExtractionResult extractEntry(const ExtractionTools& tools, const std::string& d
                               const ArchiveTrust& trust) {
   if (signature) return endOfArchive();
   const std::string type = readText(stream, kEntryTypeRecord);
-  if (type.empty()) return endOfArchive();
+  if (type.empty() && std::ferror(stream) == 0) return endOfArchive();
 
   Entry entry{std::atol(type.c_str()), readText(stream, kEntryPathRecord), 0};
+  if (std::ferror(stream) != 0) return failToRead(entry);
   toNativePath(entry.path.data());
   logMessage("[ExtractArchiveFile] Extracting %s (::%ld)\n", entry.path.c_str(), entry.type);
   const std::size_t suffixLength = entry.type == kPack200Entry ? kArchiveSuffix.size() : 0;
@@ -198,11 +206,13 @@ ExtractionResult extractEntry(const ExtractionTools& tools, const std::string& d
     return {};
   }
   entry.length = readLong(stream, kEntryLengthRecord);
+  if (std::ferror(stream) != 0) return failToRead(entry);
   if (entry.length == 0) {
     logMessage("[ExtractArchiveFile] Skipping empty file\n");  // Not reproduced, by intent.
     return {};
   }
-  if (readSignatureBlock(entry.path, stream, signature)) return endOfArchive();
+  if (readSignatureBlock(entry.path, stream, signature))
+    return std::ferror(stream) != 0 ? failToRead(entry) : endOfArchive();
   return extractFile(tools, destDir, stream, entry, trust);
 }
 

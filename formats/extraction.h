@@ -35,6 +35,7 @@ enum class ExtractionEnd {
   kFileNotCreated,  ///< the file's place is taken, or may not be written to
   kFileNotWritten,  ///< the disk is full, say; nothing of the file is left
   kNotUnpacked,     ///< unpack200 left nothing
+  kNotRead,         ///< the archive itself cannot be read on: its disk is failing, say
   /// Only of a hardened bundle: the archive does not prove that it is what it should be. The
   /// destination folder is empty, and the archive is deleted.
   kArchiveRejected,
