@@ -3,8 +3,9 @@
 #
 # Builds the programs, puts faults into installations, updates and packing runs, and looks whether they
 # recover: kills and power cuts at every call that changes something, calls that fail, starts at the
-# same moment, servers that mean harm. Writes the tables of docs/faults.md. Takes about an hour; --quick
-# tries a sample in about a minute, and writes nothing. More options are those of tests/faults/faults.py.
+# same moment, servers and users that mean harm, odd surroundings. Writes the tables of docs/faults.md.
+# Takes about an hour; --quick tries a sample in about a minute, and writes nothing. More options are
+# those of tests/faults/faults.py.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/steps.sh

@@ -15,9 +15,13 @@ RULES = [
      "whatever becomes of that"),
     (r"^crash \| (a stack of 64 KiB|1 MiB of data) \| status -11: $",
      "too little for the system to load the program"),
-    (r"^not whole \| the umask [^|]* \| ([^;]*(/lib/classes\.jsa: file|(Library|Application Support): "
-     r"folder) [^;]*(; |$))+$",
-     "what java makes, and the folders that are no application's own, get the user's umask"),
+    (r"^not whole \| the umask [^|]* \| ([^;]*(/lib/classes\.jsa: file|/cacerts: file|"
+     r"(Library|Application Support): folder) [^;]*(; |$))+$",
+     "what java makes, the copied trust store, and the folders that are no application's own, get the "
+     "user's umask"),
+    (r"^foreign files \| (kill-all|kill|cut) [^|]* \| (/tmp/Quillory-\w{6}(/(lzma64|nativesplash\.png))?"
+     r"(; |$))+$",
+     "the killed start's private folder in /tmp, which the system empties"),
     (r"^not whole \| (kill \d+ [^|]*/lib/classes\.jsa|11 descriptors|EMFILE [^|]*/lib/classes\.jsa|"
      r"EAGAIN [^|]*) \| [^;]*/lib/classes\.jsa: (file|missing) [^;]*$",
      "java could not make its archive of classes; it does without"),
