@@ -321,7 +321,7 @@ TEST_F(DownloadJre, SaysInClearWordsThatAWebPageCame) {
   EXPECT_FALSE(log.contains("A web page came"));
 }
 
-TEST_F(DownloadJre, WaitsForTheVersionFileNotForLongAndForTheArchiveAsLongAsItTakes) {
+TEST_F(DownloadJre, WaitsForTheVersionFileNotForLongAndForTheArchiveAsLongAsItTakesUpToFourGigabytes) {
   static std::vector<DownloadLimits> limits;
   limits.clear();
   const ScopedReplace transport(
@@ -335,7 +335,7 @@ TEST_F(DownloadJre, WaitsForTheVersionFileNotForLongAndForTheArchiveAsLongAsItTa
   ASSERT_EQ(limits.size(), 2U);
   EXPECT_EQ(limits[0].maxBytes, 65536);
   EXPECT_EQ(limits[0].totalSeconds, 20);
-  EXPECT_EQ(limits[1].maxBytes, 0);
+  EXPECT_EQ(limits[1].maxBytes, 4294967296);
   EXPECT_EQ(limits[1].totalSeconds, 0);
 }
 
