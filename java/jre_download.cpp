@@ -19,8 +19,8 @@
 namespace quillory {
 namespace {
 
-// A runtime may be large, and a line slow, so only what no runtime ever was is an end: a server that
-// sends without one fills the disk otherwise.
+// A runtime may be large, and a line slow, so only what no runtime ever was is an end: a server
+// that sends without one fills the disk otherwise.
 constexpr DownloadLimits kArchiveLimits = {.maxBytes = 4LL << 30, .totalSeconds = 0};
 
 // True when a whole file arrived. What an earlier start left there is never taken for it.
@@ -93,7 +93,8 @@ bool downloadArchive(const Fetch& fetch, const std::string& version, const std::
   fetch.display.show();
   logMessage("[JREDownload] Downloading JRE\n");
   logMessage("[JREDownload] JRE archive is at %s\n", url.c_str());
-  if (!downloadInFront(fetch, url, packed, kArchiveLimits, "[JREDownload] Failed to download JRE\n"))
+  if (!downloadInFront(fetch, url, packed, kArchiveLimits,
+                       "[JREDownload] Failed to download JRE\n"))
     return false;
   logMessage("[JREDownload] JRE Downloaded OK, will extract\n");
   return true;

@@ -321,7 +321,8 @@ TEST_F(DownloadJre, SaysInClearWordsThatAWebPageCame) {
   EXPECT_FALSE(log.contains("A web page came"));
 }
 
-TEST_F(DownloadJre, WaitsForTheVersionFileNotForLongAndForTheArchiveAsLongAsItTakesUpToFourGigabytes) {
+TEST_F(DownloadJre,
+       WaitsForTheVersionFileNotForLongAndForTheArchiveAsLongAsItTakesUpToFourGigabytes) {
   static std::vector<DownloadLimits> limits;
   limits.clear();
   const ScopedReplace transport(
