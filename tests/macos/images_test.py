@@ -40,6 +40,7 @@ CLASSES = {
                                 "download:didReceiveDataOfLength:",
                                 "downloadDidFinish:",
                                 "download:didFailWithError:"}),
+    "NoticeQuitter": ("NSObject", {"quit:"}),
     "Redrawer": ("NSObject", {"runThread:"}),
     "SplashView": ("NSView", {"initWithFrame:", "drawRect:", "dealloc"}),
     "URLHandler": ("NSObject", {"init", "handleURLEvent:withReplyEvent:", "getRequestedURL"}),

@@ -55,9 +55,6 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4, NSISOLatin1StringEncoding = 
 
 @interface NSData : NSObject
 + (instancetype)dataWithBytes:(const void*)bytes length:(NSUInteger)length;
-+ (instancetype)dataWithContentsOfFile:(NSString*)path;
-- (const void*)bytes;
-- (NSUInteger)length;
 @end
 
 @interface NSDictionary : NSObject
