@@ -2,29 +2,39 @@
 # Usage: scripts/test.sh [--all] [PRESET...]
 #
 # Sets the machine up, builds and runs the tests; the presets are "release" (the default), "debug",
-# "sanitize" and "threads". Left out is what takes minutes and rarely breaks, the tests with the label
-# "macos", for which the macOS programs are built: --all has them, too. Ends with one line for each
-# preset, passed or not.
+# "sanitize" and "threads". Left out is what takes minutes and rarely breaks: the tests with the label
+# "macos", for which the macOS programs are built, and, of presets other than "release", those with the
+# label "whole", most of whose time is that of other programs. --all has them, too. Ends with one line
+# for each preset, passed or not.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit
 . scripts/steps.sh
 
 purposes=(tests)
-selection=(--label-exclude '^macos$')
+all=
 if [ "${1:-}" = --all ]; then
   shift
   purposes+=(macos)
-  selection=()
+  all=1
 fi
 case "${1:-}" in -*) sed -n 2p scripts/test.sh >&2; exit 2 ;; esac
 [ $# -gt 0 ] || set -- release
 
+# What is left out of a preset's tests, as ctest wants to be told.
+left_out() {
+  [ -z "$all" ] || return
+  if [ "$1" = release ]; then echo --label-exclude '^macos$'; else echo --label-exclude '^(macos|whole)$'; fi
+}
+
 run_preset() {
+  local selection
+  read -ra selection < <(left_out "$1")
   step "Building the programs and their tests ($1)"
   cmake --preset "$1" >"build/$1-configure.log" 2>&1 || { cat "build/$1-configure.log"; return 1; }
   cmake --build --preset "$1" || return 1
   step "Running the tests ($1)"
-  ctest --preset "$1" --parallel "$(getconf _NPROCESSORS_ONLN)" "${selection[@]}"
+  # Many wait for other programs: two for each processor keep it busy.
+  ctest --preset "$1" --parallel "$((2 * $(getconf _NPROCESSORS_ONLN)))" "${selection[@]}"
 }
 
 mkdir -p build
