@@ -3,10 +3,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <thread>
 
@@ -496,19 +499,30 @@ TEST_F(ExtractWrapperTail, IsWholeAfterOneMoreStartWhereverAnUpdateIsKilled) {
   }
 }
 
+// Not in a thread: start() forks, and a thread that allocates at that moment leaves its lock to a
+// process without it.
+pid_t inAnotherProcess(const std::function<void()>& work) {
+  const pid_t process = fork();
+  if (process == 0) {
+    work();
+    _exit(0);
+  }
+  return process;
+}
+
 TEST_F(ExtractWrapperTail, WaitsForTheStartThatInstallsAndRunsWhatItHasInstalled) {
   InstallationLock other;
   start({}, true);
   const TempDir before;
   fs::rename(installed("Quillory-jre-17-complete"), before / "alias");
   ASSERT_TRUE(other.tryToTake(master_));
-  std::thread finishing([&] {
+  const pid_t finishing = inAnotherProcess([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     fs::rename(before / "alias", installed("Quillory-jre-17-complete"));
     other.release();
   });
   const Ended ended = start();
-  finishing.join();
+  waitpid(finishing, nullptr, 0);
   EXPECT_EQ(ended.status, kExitSuccess);
   expectInOrder(ended.log,
                 {"[Extractor] Note: No latest JRE version exists\n",
@@ -526,12 +540,12 @@ TEST_F(ExtractWrapperTail, ShowsNothingWhileItWaitsInASilentRun) {
   start({}, true);
   fs::remove_all(installed("Quillory-jre-17-complete"));
   ASSERT_TRUE(other.tryToTake(master_));
-  std::thread finishing([&] {
+  const pid_t finishing = inAnotherProcess([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     other.release();
   });
   const Ended ended = start({"-quiet"});
-  finishing.join();
+  waitpid(finishing, nullptr, 0);
   EXPECT_FALSE(ended.logs("ShowSplash"));
   EXPECT_TRUE(ended.logs("[Extractor] The other start has come to its end\n"));
   EXPECT_NE(started(), "");
