@@ -51,7 +51,7 @@ install(FILES ${texts}/quillory-pack.1 ${texts}/lzma64.1 DESTINATION ${man})
 install(FILES ${texts}/quillory-pack.bash DESTINATION ${bash} RENAME quillory-pack)
 install(FILES ${texts}/_quillory-pack DESTINATION ${zsh})
 install(FILES ${texts}/quillory-pack.fish DESTINATION ${fish})
-install(FILES README.md CONTRIBUTING.md DESTINATION ${doc})
+install(FILES README.md CONTRIBUTING.md SECURITY.md DESTINATION ${doc})
 install(DIRECTORY docs DESTINATION ${doc})
 
 install(SCRIPT ${CMAKE_CURRENT_LIST_DIR}/list_installed.cmake)
