@@ -53,8 +53,8 @@ void moveInto(const std::string& folder, const std::string& name, const std::str
   (void)std::rename(from.c_str(), to.c_str());
 }
 
-// A Java home without a bundle around it, as the copy of a system JRE can be, gets one; also where a
-// start was killed that had begun to.
+// A Java home without a bundle around it, as the copy of a system JRE can be, gets one; also where
+// a start was killed that had begun to.
 void wrapPlainHome(const std::string& bundle) {
   const std::string contents = bundle + "/Contents";
   const std::string home = contents + "/Home";
