@@ -176,6 +176,12 @@ std::string initialConfig(const std::string& folder) {
          "\n"
          "[update]\n"
          "# url = \"https://example.com/updates/\"  # where dist/release goes; without it: off\n"
+         "# mode = \"background\"          # look for updates, see docs/updates.md; make them "
+         "with\n"
+         "#                              # quillory-pack release instead of bundle\n"
+         "# reserve-key = \"reserve.public.pem\"  # made with: quillory-pack keygen --reserve\n"
+         "# rollout = \"7 days\"          # not to everybody at once\n"
+         "# notes = \"notes.md\"          # what is new, in Markdown\n"
          "\n"
          "[signing]\n"
          "key = \"signing.pem\"       # make it with: quillory-pack keygen\n";

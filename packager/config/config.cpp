@@ -15,6 +15,12 @@ namespace {
 
 constexpr int kMostMebibytes = 1024 * 1024;
 constexpr std::int64_t kLongestSplashMillis = 600'000;
+constexpr std::int64_t kLargestReleaseNumber = 1'000'000'000;
+constexpr int kLongestExpiry = 3650;  // days
+constexpr int kMostDeltas = 20;
+constexpr int kLongestWaitAtStart = 600;  // seconds
+constexpr int kMostCheckHours = 24 * 90;
+constexpr int kMostKeptVersions = 20;
 
 const std::vector<std::string> kSections = {"application", "jvm",     "updater",
                                             "runtime",     "install", "update",
@@ -37,6 +43,9 @@ void readApplication(ConfigSection section, ApplicationConfig& out) {
   section.texts("url-schemes", out.urlSchemes);
   section.text("category", out.category);
   section.text("copyright", out.copyright);
+  bool jarsStored = true;
+  section.flag("jars-stored", jarsStored);
+  out.jarsStored = section.has("jars-stored") ? std::optional(jarsStored) : std::nullopt;
   section.require("name", "name = \"My Application\" in [application]");
   section.require("version", "version = 1 in [application]; raise it with every release");
   section.require("main-class", "main-class = \"com.example.Main\" in [application]");
@@ -99,10 +108,33 @@ void readInstall(ConfigSection section, InstallConfig& out) {
   section.rejectUnknown();
 }
 
+void readRelease(ConfigSection& section, ReleaseConfig& out) {
+  section.text("minimum-system", out.minimumSystem);
+  section.version("minimum-from", out.minimumFrom);
+  section.number("stepping-stone", out.steppingStone, 1, kLargestReleaseNumber);
+  section.version("critical-below", out.criticalBelow);
+  section.text("rollout", out.rollout);
+  section.text("notes", out.notes);
+  section.number("expires-days", out.expiresDays, 1, kLongestExpiry);
+  section.number("deltas", out.deltas, 0, kMostDeltas);
+}
+
 void readUpdate(ConfigSection section, UpdateConfig& out) {
   section.text("url", out.url);
   bool dynamic = false;
   section.flag("dynamic", dynamic);
+  out.hasClient = section.has("channel") || section.has("mode");
+  section.text("channel", out.channel);
+  int clientMode = 0;
+  section.choice("mode", {kUpdateModes.begin(), kUpdateModes.end()}, clientMode);
+  out.clientMode = kUpdateModes[static_cast<std::size_t>(clientMode)];
+  section.number("at-start-seconds", out.atStartSeconds, 1, kLongestWaitAtStart);
+  section.number("check-hours", out.checkHours, 1, kMostCheckHours);
+  section.number("keep-versions", out.keepVersions, 2, kMostKeptVersions);
+  section.texts("mirrors", out.mirrors);
+  section.text("reserve-key", out.reserveKey);
+  section.texts("next-keys", out.nextKeys);
+  readRelease(section, out.release);
   section.rejectUnknown();
   out.mode = dynamic           ? UpdateMode::kDynamic
              : out.url.empty() ? UpdateMode::kOff
@@ -111,6 +143,7 @@ void readUpdate(ConfigSection section, UpdateConfig& out) {
 
 void readSigning(ConfigSection section, SigningConfig& out) {
   section.text("key", out.key);
+  section.text("next-key", out.nextKey);
   int salt = 0;
   section.choice("salt", {"random", "derived"}, salt);
   out.salt = salt == 0 ? Salt::kRandom : Salt::kDerived;
@@ -123,6 +156,7 @@ void readBundle(ConfigSection section, BundleConfig& out) {
   section.choice("tail", {"file", "executable"}, tail);
   out.tail = tail == 0 ? TailPlace::kFile : TailPlace::kExecutable;
   section.number("compression", out.compression, 0, 9);
+  section.flag("online", out.isOnline);
   section.text("launcher", out.launcher);
   for (std::size_t i = 0; i < kCompressions.size(); ++i)
     section.text(kCompressions[i].tool, out.decompressors[i]);

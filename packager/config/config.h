@@ -10,6 +10,7 @@
 
 #include "formats/archive_format.h"
 #include "formats/params_format.h"
+#include "packager/config/rollout.h"
 #include "packager/keys/signing_key.h"
 #include "packager/report/findings.h"
 
@@ -38,6 +39,8 @@ struct ApplicationConfig {
   std::vector<std::string> urlSchemes;
   std::string category;
   std::string copyright;
+  /// Whether jars are packed without compression inside, for small deltas; completed.
+  std::optional<bool> jarsStored;
 };
 
 struct JvmConfig {
@@ -78,13 +81,42 @@ struct InstallConfig {
 
 enum class UpdateMode { kOff, kStatic, kDynamic };
 
+/// What the release list says beside what was packed.
+struct ReleaseConfig {
+  std::string minimumSystem;       ///< "" for any
+  std::int64_t minimumFrom = 0;    ///< 0: from every version
+  std::int64_t steppingStone = 0;  ///< the number of an earlier release; 0 for none
+  std::int64_t criticalBelow = 0;  ///< 0 for none
+  std::string rollout;             ///< as it is written; "" for all at once
+  std::string notes;               ///< a file in Markdown; "" for none
+  int expiresDays = 90;
+  int deltas = 5;  ///< from so many earlier releases
+};
+
+/// How an update is looked for, as texts of the configuration.
+inline constexpr std::array<const char*, 5> kUpdateModes = {"background", "ask", "at-start",
+                                                            "manual", "off"};
+
 struct UpdateConfig {
   UpdateMode mode = UpdateMode::kOff;
   std::string url;
+  /// Whether installations look for updates by themselves: a channel or a mode is named. Without
+  /// that the updater's archive is the one that it always was.
+  bool hasClient = false;
+  std::string channel = "stable";
+  std::string clientMode = kUpdateModes[0];
+  int atStartSeconds = 20;
+  int checkHours = 24;
+  int keepVersions = 2;
+  std::vector<std::string> mirrors;   ///< tried in this order, after the URL
+  std::string reserveKey;             ///< a file with the public half
+  std::vector<std::string> nextKeys;  ///< files with the keys that count from the next release on
+  ReleaseConfig release;
 };
 
 struct SigningConfig {
   std::string key;
+  std::string nextKey;  ///< signs release lists as well; "" for none
   Salt salt = Salt::kRandom;
 };
 
@@ -94,7 +126,8 @@ struct BundleConfig {
   std::string output = "dist";
   TailPlace tail = TailPlace::kFile;
   int compression = 6;
-  std::string launcher;  ///< "" for the one beside this program, also for the next two
+  bool isOnline = false;  ///< without runtime and application, which the first start fetches
+  std::string launcher;   ///< "" for the one beside this program, also for the next two
   /// What undoes each of kCompressions, in their order.
   std::array<std::string, kCompressions.size()> decompressors;
   std::string elevMac;

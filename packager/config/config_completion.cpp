@@ -27,6 +27,7 @@ Config completed(Config config) {
   if (config.update.mode == UpdateMode::kOff) {
     config.update.url = kInvalidUpdateURL;
   }
+  config.application.jarsStored = config.application.jarsStored.value_or(config.update.hasClient);
   for (std::string* named : {&config.runtime.jdk, &config.runtime.jmods}) {
     *named = named->empty() ? "" : config.resolve(*named);
   }

@@ -10,6 +10,7 @@
 #include "formats/update_url.h"
 #include "packager/config/config_names.h"
 #include "packager/config/parameter_rules.h"
+#include "packager/config/update_lint.h"
 
 namespace quillory::pack {
 namespace {
@@ -28,6 +29,7 @@ class Linter {
     runtimeKeys();
     output();
     updateUrl();
+    append(findings_, lintUpdates(config_));
     urlSchemes();
     runtimeVersion();
     parameters();
@@ -73,6 +75,9 @@ class Linter {
     limit("updater.compatibility-class", config_.updater.compatibilityClass);
     limit("install.silent-switch", config_.install.silentSwitch);
     limit("update.url", config_.update.url, kUpdateUrlCapacity);
+    for (const std::string& mirror : config_.update.mirrors) {
+      limit("update.mirrors", mirror, kUpdateUrlCapacity);
+    }
     if (config_.application.mainClass.empty() ||
         config_.application.mainClass.find('/') != std::string::npos) {
       error("main-class", "application.main-class", "is not the name of a class",

@@ -6,6 +6,22 @@
 #include "packager/report/findings.h"
 
 namespace quillory::pack {
+namespace {
+
+constexpr std::size_t kPemColumns = 64;
+
+std::string base64(const std::string& bytes) {
+  std::string text(bytes.size() / 3 * 4 + 5, '\0');
+  unsigned long length = text.size();
+  if (base64_encode(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
+                    reinterpret_cast<unsigned char*>(text.data()), &length) != CRYPT_OK) {
+    throw PackError("a key cannot be written as text");
+  }
+  text.resize(length);
+  return text;
+}
+
+}  // namespace
 
 PemBlock readPem(const std::string& path) {
   const std::string text = readWholeFile(path);
@@ -35,6 +51,15 @@ PemBlock readPem(const std::string& path) {
   }
   block.der.resize(length);
   return block;
+}
+
+std::string pemText(const PemBlock& block) {
+  const std::string text = base64(block.der);
+  std::string pem = "-----BEGIN " + block.kind + "-----\n";
+  for (std::size_t at = 0; at < text.size(); at += kPemColumns) {
+    pem += text.substr(at, kPemColumns) + '\n';
+  }
+  return pem + "-----END " + block.kind + "-----\n";
 }
 
 }  // namespace quillory::pack

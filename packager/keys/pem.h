@@ -15,4 +15,7 @@ struct PemBlock {
 /// read, has no whole block or a damaged one, and for encrypted keys.
 PemBlock readPem(const std::string& path);
 
+/// The text of a file with this block alone, in lines of 64 characters.
+std::string pemText(const PemBlock& block);
+
 }  // namespace quillory::pack

@@ -55,6 +55,16 @@ PublicKey PublicKey::load(const std::string& path) {
 
 int PublicKey::modulusBytes() const { return static_cast<int>(ltc_mp.unsigned_size(key_->key.N)); }
 
+std::string PublicKey::hex() const {
+  std::string der(16384, '\0');
+  unsigned long length = der.size();
+  if (rsa_export(reinterpret_cast<unsigned char*>(der.data()), &length, PK_PUBLIC | PK_STD,
+                 &key_->key) != CRYPT_OK) {
+    throw PackError("the key could not be written");
+  }
+  return toHex(std::string_view(der).substr(0, length));
+}
+
 bool PublicKey::verifies(const std::string& signature, const Digest& digest) const {
   return matchSignature(bytesOf(signature), static_cast<int>(signature.size()), digest.data(),
                         &key_->key) == SignatureMatch::kMatches;

@@ -25,6 +25,9 @@ class PublicKey {
   int modulusBytes() const;
   /// As fingerprint() of signing_key.h has it.
   const std::string& fingerprint() const { return fingerprint_; }
+  /// SubjectPublicKeyInfo in DER, in hexadecimal, as tails, update settings and release lists have
+  /// it, whatever it was read from.
+  std::string hex() const;
   /// Whether `signature` is one of `digest` for the launcher. A malformed one is none.
   bool verifies(const std::string& signature, const Digest& digest) const;
 

@@ -34,6 +34,8 @@ class SigningKey {
 
   /// PKCS #1 in PEM, as every tool for keys reads it.
   std::string privatePem() const;
+  /// The public half in PEM, as openssl writes it: SubjectPublicKeyInfo.
+  std::string publicPem() const;
   /// SubjectPublicKeyInfo in DER, which the launcher and Java's key factories read.
   std::string publicDer() const;
   /// The same in hexadecimal, as tails have it.

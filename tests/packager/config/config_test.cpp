@@ -85,6 +85,18 @@ TEST(LoadConfig, ReadsEveryKeyOfTheExampleInTheDocumentation) {
   EXPECT_EQ(config.install.requiredJava, 8);
   EXPECT_EQ(config.update.mode, UpdateMode::kStatic);
   EXPECT_EQ(config.update.url, "https://example.com/updates/");
+  EXPECT_TRUE(config.update.hasClient);
+  EXPECT_EQ(config.update.clientMode, "background");
+  EXPECT_EQ(config.update.channel, "stable");
+  EXPECT_EQ(config.update.reserveKey, "reserve.public.pem");
+  EXPECT_EQ(config.update.checkHours, 24);
+  EXPECT_EQ(config.update.keepVersions, 2);
+  EXPECT_EQ(config.update.release.rollout, "7 days");
+  EXPECT_EQ(config.update.release.notes, "notes.md");
+  EXPECT_EQ(config.update.release.expiresDays, 90);
+  EXPECT_EQ(config.update.release.deltas, 5);
+  EXPECT_TRUE(config.application.jarsStored);
+  EXPECT_FALSE(config.bundle.isOnline);
   EXPECT_EQ(config.signing.key, "signing.pem");
   EXPECT_EQ(config.parameters, (Parameters{{"channel", "stable"}}));
 }
@@ -136,6 +148,58 @@ TEST(LoadConfig, TellsUpdatesApart) {
   EXPECT_EQ(both.update.url, "https://a.example/");
 }
 
+TEST(LoadConfig, ReadsWhatInstallationsUpdateThemselvesBy) {
+  const Loaded loaded = loadWith(
+      "[update]\n"
+      "url = \"https://example.com/\"\n"
+      "channel = \"beta\"\n"
+      "mode = \"at-start\"\n"
+      "at-start-seconds = 30\n"
+      "check-hours = 6\n"
+      "keep-versions = 3\n"
+      "mirrors = [\"https://one.example/\", \"https://two.example/\"]\n"
+      "reserve-key = \"reserve.public.pem\"\n"
+      "next-keys = [\"new.pem\"]\n"
+      "minimum-system = \"10.15\"\n"
+      "minimum-from = 4\n"
+      "stepping-stone = 2\n"
+      "critical-below = 3\n"
+      "expires-days = 30\n"
+      "deltas = 0\n"
+      "[signing]\n"
+      "next-key = \"new.pem\"\n");
+  ASSERT_TRUE(loaded.accepted) << asText(loaded.findings.at(0));
+  const UpdateConfig& update = loaded.config.update;
+  EXPECT_EQ(update.channel, "beta");
+  EXPECT_EQ(update.clientMode, "at-start");
+  EXPECT_EQ(update.atStartSeconds, 30);
+  EXPECT_EQ(update.checkHours, 6);
+  EXPECT_EQ(update.keepVersions, 3);
+  EXPECT_THAT(update.mirrors, ElementsAre("https://one.example/", "https://two.example/"));
+  EXPECT_THAT(update.nextKeys, ElementsAre("new.pem"));
+  EXPECT_EQ(update.release.minimumSystem, "10.15");
+  EXPECT_EQ(update.release.minimumFrom, 4);
+  EXPECT_EQ(update.release.steppingStone, 2);
+  EXPECT_EQ(update.release.criticalBelow, 3);
+  EXPECT_EQ(update.release.expiresDays, 30);
+  EXPECT_EQ(update.release.deltas, 0);
+  EXPECT_EQ(loaded.config.signing.nextKey, "new.pem");
+}
+
+// Configurations of before look for nothing, and what they pack stays as it was.
+TEST(LoadConfig, HasAClientOnlyWhereAChannelOrAModeIsNamed) {
+  const std::string url = "[update]\nurl = \"https://example.com/\"\n";
+  EXPECT_FALSE(loadWith(url).config.update.hasClient);
+  EXPECT_EQ(loadWith(url).config.application.jarsStored, false);
+  EXPECT_TRUE(loadWith(url + "channel = \"stable\"\n").config.update.hasClient);
+  EXPECT_TRUE(loadWith(url + "mode = \"manual\"\n").config.update.hasClient);
+  EXPECT_EQ(loadWith(url + "mode = \"manual\"\n").config.application.jarsStored, true);
+  EXPECT_EQ(loadWith("jars-stored = true\n" + url).config.application.jarsStored, true);
+  EXPECT_EQ(
+      loadWith("jars-stored = false\n" + url + "mode = \"ask\"\n").config.application.jarsStored,
+      false);
+}
+
 TEST(LoadConfig, KeepsParametersInTheOrderOfTheFile) {
   EXPECT_EQ(loadWith("[parameters]\nb = \"x\"\na = 7\nc = true\n").config.parameters,
             (Parameters{{"b", "x"}, {"a", "7"}, {"c", "true"}}));
@@ -150,7 +214,7 @@ TEST(LoadConfig, NamesTheLineAndTheNearestKeyForAnUnknownOne) {
 
 TEST(LoadConfig, ListsTheKnownKeysWhenNoneIsNear) {
   const Finding finding = findingOf(loadWith("[signing]\ncolour = 1\n").findings, "unknown-key");
-  EXPECT_EQ(finding.advice, "known here: key salt");
+  EXPECT_EQ(finding.advice, "known here: key next-key salt");
 }
 
 TEST(LoadConfig, RefusesUnknownTablesAndKeysOutsideOfTables) {

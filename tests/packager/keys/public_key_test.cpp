@@ -57,6 +57,17 @@ TEST(PublicKey, IsReadFromTheHexadecimalTextOfATail) {
   EXPECT_EQ(PublicKey::fromHex(hex, "test").modulusBytes(), 256);
 }
 
+TEST(PublicKey, IsWrittenAsTailsHaveItWhateverItWasReadFrom) {
+  TempDir dir;
+  openssl({"rsa", "-in", madeKey(), "-pubout", "-outform", "DER", "-out", dir / "der"});
+  openssl({"rsa", "-in", madeKey(), "-RSAPublicKey_out", "-out", dir / "pkcs1.pem"});
+  openssl({"rsa", "-in", madeKey(), "-pubout", "-out", dir / "spki.pem"});
+  const std::string expected = toHex(readFile(dir / "der"));
+  EXPECT_EQ(PublicKey::load(madeKey()).hex(), expected);
+  EXPECT_EQ(PublicKey::load(dir / "pkcs1.pem").hex(), expected);
+  EXPECT_EQ(PublicKey::load(dir / "spki.pem").hex(), expected);
+}
+
 TEST(PublicKey, CutAnywhereIsNoKey) {
   TempDir dir;
   openssl({"rsa", "-in", madeKey(), "-pubout", "-outform", "DER", "-out", dir / "der"});

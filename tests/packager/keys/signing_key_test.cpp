@@ -47,6 +47,8 @@ TEST(SigningKey, WritesWhatOpensslWrites) {
   TempDir dir;
   const std::string pem = SigningKey::load(madeKey()).privatePem();
   EXPECT_EQ(pem, openssl({"rsa", "-in", madeKey(), "-traditional"}).out);
+  EXPECT_EQ(SigningKey::load(madeKey()).publicPem(),
+            openssl({"rsa", "-in", madeKey(), "-pubout"}).out);
 }
 
 TEST(SigningKey, IsMadeOfTheLengthThatIsAskedForWithTheUsualExponent) {
