@@ -58,6 +58,22 @@ final class LaunchProperties {
     }
   }
 
+  /**
+   * The folder that this user's starts write to. That is the installation's master folder; but where
+   * only the administrator writes there, one of the user's own, to which the launcher writes the
+   * properties, too.
+   */
+  static File ownFolderOf(File current, File updaterFolder) {
+    File place = current.getAbsoluteFile().getParentFile();
+    return place == null || place.equals(updaterFolder) ? updaterFolder.getParentFile() : place;
+  }
+
+  /** What tells the file of this start from those of others: "<milliseconds>-<number>". */
+  static String stampIn(File current) {
+    String name = current.getName();
+    return name.startsWith(FILE_PREFIX) ? name.substring(FILE_PREFIX.length()) : name;
+  }
+
   /** The milliseconds in "QYLaunchProperties-<milliseconds>-<number>"; -1 for other names. */
   private static long stampOf(String name) {
     int dash = name.indexOf('-', FILE_PREFIX.length());

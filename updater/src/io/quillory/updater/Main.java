@@ -31,7 +31,7 @@ public final class Main {
       LaunchProperties.deleteEarlierThan(propertiesFile);
 
       File ownFolder = new File(required(properties, "qystat_app_dir")).getAbsoluteFile();
-      File folder = newestOf(required(properties, "qystat_app_name"), ownFolder);
+      File folder = versionToStart(propertiesFile, properties, ownFolder);
       LaunchFile launchFile = readLaunchFile(folder);
       application = Application.in(folder, launchFile);
       passedOn = argumentsFor(launchFile, arguments, ownExtraArguments(ownFolder, arguments));
@@ -57,6 +57,27 @@ public final class Main {
       throw new IOException("The launch properties have no " + key + ".");
     }
     return value;
+  }
+
+  /** The one that runs now. What is done for updates is begun. */
+  private static File versionToStart(
+      File propertiesFile, LaunchProperties properties, File ownFolder) throws IOException {
+    String name = required(properties, "qystat_app_name");
+    File master = ownFolder.getParentFile();
+    if (master == null) {
+      return newestOf(name, ownFolder);
+    }
+    File updateFolder =
+        new File(LaunchProperties.ownFolderOf(propertiesFile, ownFolder), Updates.FOLDER_NAME);
+    if (!new File(ownFolder, UpdateSettings.NAME).isFile() && !updateFolder.isDirectory()) {
+      return newestOf(name, ownFolder);
+    }
+    Updates updates = new Updates(propertiesFile, properties, ownFolder, updateFolder, name);
+    if (updates.chooseVersion() == null) {
+      return newestOf(name, ownFolder);
+    }
+    updates.begin();
+    return updates.chosen;
   }
 
   private static File newestOf(String name, File ownFolder) throws IOException {

@@ -1,6 +1,7 @@
 package io.quillory.updater;
 
 import java.io.File;
+import java.util.List;
 
 /** The version folders of a master folder, named "Quillory-<name>-<version>-complete". */
 final class VersionFolders {
@@ -13,6 +14,11 @@ final class VersionFolders {
    * whose name comes first in byte order. A {@code name} that holds a '-' never matches.
    */
   static File newest(File master, String name) {
+    return newest(master, name, null);
+  }
+
+  /** The same among the folders whose names are not in {@code passedOver}, which may be null. */
+  static File newest(File master, String name, List<String> passedOver) {
     String[] folders = master.list();
     if (folders == null) {
       return null;
@@ -21,6 +27,9 @@ final class VersionFolders {
     long bestVersion = -1;
     for (String folder : folders) {
       if (folder.length() < SHORTEST_NAME || !isOf(name, folder)) {
+        continue;
+      }
+      if (passedOver != null && passedOver.contains(folder)) {
         continue;
       }
       long version = versionOf(folder);
@@ -41,8 +50,15 @@ final class VersionFolders {
     return first >= 0 && second >= 0 && folder.substring(first + 1, second).equals(name);
   }
 
+  /** The text between the second and the third '-', which is the version; "" without a third. */
+  static String versionTextOf(String folder) {
+    int second = folder.indexOf('-', folder.indexOf('-') + 1);
+    int third = folder.indexOf('-', second + 1);
+    return third < 0 ? "" : folder.substring(second + 1, third);
+  }
+
   /** The number between the second and the third '-'; -1 without a third. */
-  private static long versionOf(String folder) {
+  static long versionOf(String folder) {
     int second = folder.indexOf('-', folder.indexOf('-') + 1);
     int third = folder.indexOf('-', second + 1);
     return third < 0 ? -1 : Records.numberAtStartOf(folder.substring(second + 1, third));

@@ -72,8 +72,13 @@ public class MainTest {
   }
 
   private void start(String... arguments) throws Exception {
+    startWith(new String[0], arguments);
+  }
+
+  private void startWith(String[] jvmOptions, String... arguments) throws Exception {
     List<String> command = new ArrayList<String>();
     command.add(System.getProperty("java.home") + "/bin/java");
+    command.addAll(Arrays.asList(jvmOptions));
     command.addAll(Arrays.asList("-cp", UPDATER, "io.quillory.updater.Main"));
     command.addAll(Arrays.asList(arguments));
     File errFile = folder.newFile();
@@ -231,5 +236,67 @@ public class MainTest {
     assertThat(
         err,
         containsString("[Updater] The class Damaged cannot be loaded: java.lang.ClassFormatError"));
+  }
+
+  /** Those of the updater's classes that a start loads, in their order. */
+  private List<String> loadedClasses() throws Exception {
+    startWith(new String[] {"-Xlog:class+load:file=" + folder.getRoot() + "/classes"},
+        properties.getPath());
+    assertEquals(err, 0, status);
+    List<String> names = new ArrayList<String>();
+    String prefix = "io.quillory.updater.";
+    for (String line : Files.readAllLines(new File(folder.getRoot(), "classes").toPath())) {
+      int start = line.indexOf(prefix);
+      if (start >= 0) {
+        names.add(line.substring(start + prefix.length(), line.indexOf(' ', start)));
+      }
+      assertFalse(line, line.contains("Lambda") && line.contains("quillory"));
+    }
+    return names;
+  }
+
+  @Test
+  public void anInstallationWithoutUpdatesIsStartedAsIfThereWereNone() throws Exception {
+    installDemo(1, "sample.Sample");
+    assertEquals(
+        Arrays.asList("Main", "LaunchProperties", "Records", "VersionFolders", "LaunchFile",
+            "Application", "Application$Loader"),
+        loadedClasses());
+    assertFalse(new File(folder.getRoot(), "QYUpdates").exists());
+  }
+
+  @Test
+  public void aWarmStartWithUpdatesLoadsThreeClassesMore() throws Exception {
+    installDemo(1, "sample.Sample");
+    write(new File(own, "QuilloryUpdate"), Installation.SETTINGS);
+    File updates = folder.newFolder("QYUpdates");
+    write(
+        new File(updates, "trials"),
+        "1\0" + "1\0Quillory-Demo-1-complete\0\0" + "0\0GOOD\0");
+    assertEquals(
+        Arrays.asList("Main", "LaunchProperties", "Records", "Updates", "UpdateSettings", "Trials",
+            "VersionFolders", "LaunchFile", "Application", "Application$Loader"),
+        loadedClasses());
+  }
+
+  @Test
+  public void aVersionThatCannotBeRunLeavesABadStart() throws Exception {
+    installDemo(1, "sample.Sample");
+    installDemo(2, "sample.Missing");
+    write(new File(own, "QuilloryUpdate"), Installation.SETTINGS);
+    File first = properties;
+    for (int i = 0; i < 2; i++) {
+      start(properties.getPath());
+      assertRefused("There is no class \"sample.Missing\" in " + folder.getRoot()
+          + "/Quillory-Demo-2-complete.");
+      properties = new File(own, "QYLaunchProperties-1700000020001-" + i);
+      Files.copy(first.toPath(), properties.toPath());
+    }
+    start(properties.getPath());
+    assertEquals(0, status);
+    assertEquals(
+        "[Updater] Version 2 of \"Demo\" did not start twice and is not tried again. Version 1 is "
+            + "started.\n",
+        err);
   }
 }

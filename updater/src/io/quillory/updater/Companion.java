@@ -1,0 +1,196 @@
+package io.quillory.updater;
+
+import java.io.File;
+import java.io.IOException;
+import java.io.RandomAccessFile;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.List;
+
+/**
+ * What goes on behind a running application: it is watched until its version is known to be good,
+ * its folder is held, and quillory-update is started some seconds after the first window, and then
+ * every so many hours.
+ */
+final class Companion {
+  /** What tests replace: the time, and what is asked of the machine. */
+  static class Surroundings {
+    long millis() {
+      return System.nanoTime() / 1_000_000;
+    }
+
+    void sleep(long millis) throws InterruptedException {
+      Thread.sleep(millis);
+    }
+
+    boolean isWindowShown() {
+      return ShownWindows.areThere();
+    }
+
+    /** Evenly between 0 and 1. */
+    double draw() {
+      return Math.random();
+    }
+
+    /** Null where it cannot be started. */
+    Process start(List<String> command) {
+      File nothing = new File("/dev/null");
+      try {
+        return new ProcessBuilder(command)
+            .redirectInput(nothing)
+            .redirectOutput(nothing)
+            .redirectError(nothing)
+            .start();
+      } catch (IOException e) {
+        return null; // quillory-update has gone with an older updater.
+      }
+    }
+  }
+
+  private static final long SECOND = 1000;
+  private static final long HOUR = 3600 * SECOND;
+  /** A start that goes on for so long has not failed early. */
+  private static final long EARLY = 20 * SECOND;
+  private static final long FROM_WINDOW_TO_HEALTHY = 20 * SECOND;
+  private static final long FROM_WINDOW_TO_CHECK = 5 * SECOND;
+  private static final long FROM_START_TO_CHECK = 10 * SECOND;
+  private static final double SPREAD = 0.2;
+  private static final long LOOKS_OFTEN_FOR = 60 * SECOND;
+  private static final long SHORT_PAUSE = SECOND / 2;
+  private static final long LONG_PAUSE = 10 * SECOND;
+  private static final long NEVER = Long.MAX_VALUE;
+
+  /** Until the process ends. */
+  private static RandomAccessFile held;
+
+  private final Updates updates;
+  private final Surroundings around;
+  private final File program;
+  private final boolean isChecking;
+
+  private long begin;
+  private long window = NEVER;
+  private long nextCheck;
+  private boolean hasLasted;
+  private boolean isSettled;
+  private Process running;
+
+  Companion(Updates updates, Surroundings around) {
+    this.updates = updates;
+    this.around = around;
+    program = updates.program("quillory-update");
+    UpdateSettings settings = updates.settings;
+    isChecking =
+        program != null
+            && (settings.is(UpdateSettings.BACKGROUND)
+                || settings.is(UpdateSettings.ASK)
+                || settings.is(UpdateSettings.AT_START));
+    isSettled = updates.attempt == null;
+  }
+
+  /** Returns when there is nothing left to be done, or does not while checks go on. */
+  void run() throws InterruptedException {
+    begin = around.millis();
+    hold();
+    if (isChecking) {
+      keepProperties();
+    }
+    // A start that has waited for its update has just asked.
+    nextCheck =
+        !isChecking ? NEVER
+            : updates.settings.is(UpdateSettings.AT_START) ? begin + untilNextCheck()
+            : begin + FROM_START_TO_CHECK;
+    while (!isSettled || isChecking) {
+      long now = around.millis();
+      lookForWindow(now);
+      noteHealth(now);
+      if (now >= nextCheck) {
+        check();
+        nextCheck = now + untilNextCheck();
+      }
+      around.sleep(pause(now));
+    }
+  }
+
+  private void lookForWindow(long now) {
+    if (window != NEVER || !around.isWindowShown()) {
+      return;
+    }
+    window = now;
+    if (nextCheck == begin + FROM_START_TO_CHECK) {
+      nextCheck = now + FROM_WINDOW_TO_CHECK;
+    }
+  }
+
+  private void noteHealth(long now) {
+    if (isSettled) {
+      return;
+    }
+    if (!hasLasted && now - begin >= EARLY) {
+      hasLasted = true;
+      note(Attempt.LASTED);
+    }
+    if (window != NEVER && now - window >= FROM_WINDOW_TO_HEALTHY) {
+      isSettled = true;
+      note(Attempt.HEALTHY);
+    }
+  }
+
+  private void note(String line) {
+    try {
+      updates.attempt.note(line);
+    } catch (IOException e) {
+      // A full disk: the end of the process may still say it.
+    }
+  }
+
+  private long pause(long now) {
+    boolean isWaiting = !isSettled || window == NEVER;
+    if (isWaiting && now - begin < LOOKS_OFTEN_FOR) {
+      return SHORT_PAUSE;
+    }
+    return isSettled ? Math.max(nextCheck - now, SHORT_PAUSE) : LONG_PAUSE;
+  }
+
+  private long untilNextCheck() {
+    long hours = Math.max(updates.settings.checkHours, 1);
+    return (long) (hours * HOUR * (1 - SPREAD + 2 * SPREAD * around.draw()));
+  }
+
+  private void check() {
+    if (running != null && running.isAlive()) {
+      return; // It loads something large.
+    }
+    List<String> command = new ArrayList<String>();
+    command.addAll(Arrays.asList(program.getPath(), "background", "--properties"));
+    File kept = new File(updates.folder, KeptProperties.NAME);
+    command.add(kept.isFile() ? kept.getPath() : updates.propertiesFile.getPath());
+    command.addAll(Arrays.asList("--own-folder", updates.folder.getParent()));
+    running = around.start(command);
+  }
+
+  /** The version that runs is not deleted: others ask for this lock before they do. */
+  private void hold() {
+    File folder = new File(updates.folder, "holds");
+    if (!updates.folder.isDirectory() || !(folder.isDirectory() || folder.mkdir())) {
+      return;
+    }
+    try {
+      if (held != null) {
+        held.close(); // Of an earlier companion in this process, which only a test has.
+      }
+      held = new RandomAccessFile(new File(folder, updates.chosen.getName()), "rw");
+      held.getChannel().tryLock(0, Long.MAX_VALUE, true);
+    } catch (IOException e) {
+      // It is the newest one, which stays anyway.
+    }
+  }
+
+  private void keepProperties() {
+    try {
+      KeptProperties.keep(updates.propertiesFile, updates.folder);
+    } catch (IOException e) {
+      // As long as the file of this start is there, it serves.
+    }
+  }
+}
