@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Usage: sign_mixed.py FOLDER [identity]
+"""Usage: sign_mixed.py FOLDER [identity|lists]
 
 Makes fresh RSA keys and the signatures in FOLDER (tests/data/signatures); with "identity" only the
-two files of that name, and without it the others. Needs Python 3 and
+two files of that name, with "lists" only those of release lists, and without either the others. Needs Python 3 and
 openssl. Written from the published descriptions of Keccak and of EMSA-PSS (RFC 8017), without the
 launcher's own code, so that it is a witness of its own. The private keys are thrown away.
 """
@@ -19,6 +19,23 @@ BODY = b"1\0lib\0" + b"0\0lib/hello.txt\0" + b"5\0hello"
 
 # The same behind an entry that says what the archive is.
 IDENTITY = b"0\0qyArcSpBlock_Component1;JRE;17;linux\0" + b"0\0"
+
+# The release list of docs/formats/release-list.md.
+BEFORE_KEYS = ["1", "Hello", "stable", "linux", "7", "1767225600", "1775001600", "2.31", "0", "", "0",
+               "", "2", "1767225600", "7", "100", "1", "3f" * 32, "3", "- Opens *faster*\n"]
+BEHIND_KEYS = ["1", "application", "Hello", "4", "1.3",
+               "Quillory-Hello-4-archive.p2.l2", "1000", "a1" * 32, "2000", "b2" * 32, "1900",
+               "1", "2", "c3" * 32, "Quillory-Hello-4-from-2-delta", "30", "d4" * 32, "70000"]
+
+
+def release_list(*next_keys):
+    values = BEFORE_KEYS + [str(len(next_keys)), *next_keys] + BEHIND_KEYS
+    return b"".join(value.encode() + b"\0" for value in values)
+
+
+def signature_block(signed, signature):
+    values = ["0", "qyArcSpBlock_DigitalSignature1", "1", str(len(signed)), signature.hex()]
+    return b"".join(value.encode() + b"\0" for value in values)
 
 
 def rotate(lane, count):
@@ -123,6 +140,19 @@ def integers(der):
     return values
 
 
+def write_lists(write):
+    keys = {name: Key(1040) for name in ("working", "reserve", "next")}
+    for name, key in keys.items():
+        write("key_" + name, key.public_der)
+    for name, signed, then in [
+            ("list", release_list(), "reserve"),
+            ("rotation", release_list(keys["next"].public_der.hex()), "next")]:
+        first = keys["working"].sign_pss(signed)
+        write(name + "_working", first)
+        write(name + "_then_" + then, keys[then].sign_pss(signed + signature_block(signed, first)))
+    write("rotation_next", keys["next"].sign_pss(release_list(keys["next"].public_der.hex())))
+
+
 def main():
     folder = sys.argv[1]
 
@@ -135,6 +165,9 @@ def main():
         key = Key(2048)
         write("key_identity", key.public_der)
         write("pss_identity", key.sign_pss(IDENTITY + BODY))
+        return
+    if sys.argv[2:] == ["lists"]:
+        write_lists(write)
         return
     keys = {name: Key(bits) for name, bits in
             [("2048", 2048), ("other", 2048), ("1040", 1040), ("1024", 1024)]}

@@ -1,0 +1,60 @@
+#include "formats/sha256.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "formats/text_encodings.h"
+#include "support/plain_file.h"
+
+namespace quillory {
+namespace {
+
+constexpr std::size_t kChunk = 256 * 1024;
+constexpr int kDigestLength = 32;
+
+}  // namespace
+
+Sha256::Sha256() { sha256_init(&state_); }
+
+void Sha256::update(std::string_view bytes) {
+  if (bytes.empty()) return;
+  sha256_process(&state_, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+}
+
+std::string Sha256::hex() {
+  std::array<unsigned char, kDigestLength> digest;
+  sha256_done(&state_, digest.data());
+  std::array<char, 2 * kDigestLength + 1> text;
+  bytesToHex(text.data(), digest.data(), kDigestLength);
+  return text.data();
+}
+
+std::string sha256Hex(std::string_view bytes) {
+  Sha256 digest;
+  digest.update(bytes);
+  return digest.hex();
+}
+
+std::optional<HashedFile> hashFile(const std::string& path) {
+  const OwnedFile file = openPlainFile(path);
+  if (!file) return std::nullopt;
+  Sha256 digest;
+  HashedFile hashed;
+  std::vector<char> chunk(kChunk);
+  while (const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), file.get())) {
+    digest.update({chunk.data(), count});
+    hashed.length += static_cast<std::int64_t>(count);
+  }
+  if (std::ferror(file.get()) != 0) return std::nullopt;
+  hashed.sha256 = digest.hex();
+  return hashed;
+}
+
+bool isSha256Hex(std::string_view text) {
+  return text.size() == kSha256HexLength && std::all_of(text.begin(), text.end(), [](char c) {
+           return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f');
+         });
+}
+
+}  // namespace quillory
