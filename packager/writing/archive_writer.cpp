@@ -3,6 +3,7 @@
 #include "formats/archive_format.h"
 #include "packager/report/findings.h"
 #include "packager/writing/record_writer.h"
+#include "packager/writing/signature_block.h"
 
 namespace quillory::pack {
 void ArchiveWriter::Tee::write(std::string_view bytes) {
@@ -58,16 +59,8 @@ void ArchiveWriter::tree(const ContentTree& content) {
 void ArchiveWriter::end() { RecordWriter(out_).text(kEntryTypeRecord, ""); }
 
 void ArchiveWriter::endSigned(const SigningKey& key, Salt salt) {
-  const std::uint64_t offset = out_.count;
-  const std::string hex = toHex(key.sign(out_.digest.finish(), salt));
-  // Past the digest from here on: a signature does not cover itself.
-  RecordWriter records(sink_);
-  records.number(kEntryTypeRecord, kFileEntry);
-  records.text(kEntryPathRecord, kSignatureBlockPath);
-  // Any number but 0, which would make the reader skip the block.
-  records.number(kEntryLengthRecord, 1);
-  records.number(kSignaturePlaceRecord, static_cast<std::int64_t>(offset));
-  records.text(kSignatureHexRecord, hex, kCheckedHexCapacity);
+  // Past the digest: a signature does not cover itself.
+  writeSignatureBlock(sink_, out_.count, out_.digest.finish(), key, salt);
 }
 
 }  // namespace quillory::pack
