@@ -10,6 +10,8 @@
 
 #include "java/jvm_library_names.h"
 #include "java/modified_utf8.h"
+#include "java/trial_end.h"
+#include "support/exit_status.h"
 #include "support/log.h"
 #include "support/platform.h"
 
@@ -21,6 +23,17 @@ using CreateJavaVm = jint (*)(JavaVM**, void**, void*);
 
 constexpr int kLaunched = 0;
 constexpr int kNotLaunched = 1;
+
+/// What is noted of an exception that main() throws: the status that a `java` would end with.
+constexpr int kThrew = 1;
+
+/// For the JVM, which calls the hook without anything of ours. Written before there is a JVM.
+std::string& tryFileOfJvm() {
+  static std::string path;
+  return path;
+}
+
+void JNICALL noteExit(jint status) { noteEnd(tryFileOfJvm(), status); }
 
 /// Where the library lies: in a plain Java home, in a bundle, in a bundle with a development kit.
 constexpr const char* kLibraryFolders[] = {"/lib/server/", "/Contents/Home/lib/server/",
@@ -48,11 +61,15 @@ struct Jvm {
   JNIEnv* env = nullptr;
 };
 
-/// `options` must live as long as the JVM.
-bool createJvm(CreateJavaVm create, Texts& options, Jvm& jvm) {
+/// `options` must live as long as the JVM, which calls `hook`, where there is one, with the status
+/// of an application that ends the process.
+bool createJvm(CreateJavaVm create, Texts& options, void(JNICALL* hook)(jint), Jvm& jvm) {
   std::vector<JavaVMOption> list;
   for (std::string& option : options)
     list.push_back({.optionString = option.data(), .extraInfo = nullptr});
+  static char exitOption[] = "exit";
+  if (hook != nullptr)
+    list.push_back({.optionString = exitOption, .extraInfo = reinterpret_cast<void*>(hook)});
   JavaVMInitArgs arguments = {.version = JNI_VERSION_1_4,
                               .nOptions = static_cast<jint>(list.size()),
                               .options = list.data(),
@@ -114,9 +131,11 @@ int runMain(const Jvm& jvm, const JavaInProcess& java) {
   closeLoggedFile();
   CallStaticVoidMethod(jvm.env, clazz, method, array);
   logMessage("[JNILauncher] Run complete.\n");
-  if (jvm.env->ExceptionOccurred() != nullptr) jvm.env->ExceptionDescribe();
+  const bool threw = jvm.env->ExceptionOccurred() != nullptr;
+  if (threw) jvm.env->ExceptionDescribe();
   logMessage("[JNILauncher] Destroying runtime.\n");
   jvm.vm->DestroyJavaVM();
+  noteEnd(java.tryFile, threw ? kThrew : kExitSuccess);
   logMessage("[JNILauncher] Done!\n");
   return kLaunched;
 }
@@ -174,7 +193,9 @@ int runInThisProcess(const JavaInProcess& java) {
 
   Texts options = allOptions(java);
   Jvm jvm;
-  if (!createJvm(create, options, jvm)) return kNotLaunched;
+  tryFileOfJvm() = java.tryFile;
+  if (!createJvm(create, options, java.tryFile.empty() ? nullptr : noteExit, jvm))
+    return kNotLaunched;
   return runMain(jvm, java);
 }
 

@@ -14,6 +14,9 @@ struct JavaInProcess {
   std::vector<std::string> jvmOptions;
   std::vector<std::string> classPath;
   std::vector<std::string> arguments;  ///< of main()
+  /// Where the end is noted (java/trial_end.h); "" where nobody asks, and the JVM then gets no
+  /// option for it.
+  std::string tryFile = {};
 };
 
 /// The dlopen() handle of the JVM library of `jreHome`, or null. It stays open: a JVM cannot be
@@ -29,6 +32,9 @@ void CallStaticVoidMethod(JNIEnv* env, jclass clazz, jmethodID method, ...);
 /// Runs the main class on this thread, in a JVM made for it, and returns 0 after main() has run,
 /// all other threads of the application have ended and the JVM is gone; 1 on any failure before
 /// main() was called. An exception that main() throws is printed and still gives 0.
+///
+/// With a `tryFile` its end is noted there: the status of an application that ends the process, 1
+/// for an exception that main() throws, else 0.
 ///
 /// A process can do this once, and after a failure that came behind the creation of the JVM not
 /// again. The log file is closed before main() is called.

@@ -15,6 +15,7 @@ struct LaunchCommand {
   std::string classPathText;              ///< the same, joined with ':'
   std::optional<std::string> classToRun;  ///< of the process; none: its list ends there
   std::vector<std::string> applicationArguments;
+  std::string tryFile;  ///< where the end of the application is noted (java/trial_end.h), or ""
 };
 
 /// "-Xmx<memory>m" and "-Xms<stack>m", each for a number of at least 1. The stack record feeds the

@@ -17,6 +17,7 @@
 #include "java/launch_command.h"
 #include "java/launch_properties.h"
 #include "java/launch_start.h"
+#include "java/trial_end.h"
 #include "support/exit_status.h"
 #include "support/file_modes.h"
 #include "support/log.h"
@@ -125,8 +126,12 @@ bool passProperties(const LaunchRequest& request, const LaunchRuntime& runtime,
     command.jvmOptions.push_back(std::move(option));
   const std::optional<std::string> file = writeLaunchProperties(
       block, request.ownFolder.empty() ? appFolder : request.ownFolder, request.showsWaits);
-  if (file) command.applicationArguments.push_back(*file);
-  return file.has_value();
+  if (!file) return false;
+  command.applicationArguments.push_back(*file);
+  if (request.launchClass == kLaunchApplication)
+    command.tryFile =
+        tryFileOf(request.ownFolder.empty() ? request.masterFolder : request.ownFolder, *file);
+  return true;
 }
 
 void passExtraArguments(std::FILE* launchFile, LaunchCommand& command) {

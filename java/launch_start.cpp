@@ -1,13 +1,20 @@
 #include "java/launch_start.h"
 
+#include <csignal>
+#include <optional>
+
 #include "java/bundle_loader.h"
 #include "java/jni_launch.h"
 #include "java/jre_bundle.h"
+#include "java/trial_end.h"
 #include "support/log.h"
 #include "support/program.h"
 
 namespace quillory {
 namespace {
+
+/// What shells add to the number of a signal.
+constexpr int kSignalled = 128;
 
 /// Runs the process behind the closed log file.
 ProgramResult run(const LaunchCommand& command, bool waits) {
@@ -27,10 +34,29 @@ int launchInProcess(const std::string& mainClass, const std::string& jreHome,
                                        .jreHome = jreHome,
                                        .jvmOptions = command.jvmOptions,
                                        .classPath = command.classPath,
-                                       .arguments = command.applicationArguments});
+                                       .arguments = command.applicationArguments,
+                                       .tryFile = command.tryFile});
   logMessage("[Extractor] Return code for JNI launch was %d\n", result);
   logEndSection("JNI Launch\n");
   return result;
+}
+
+/// What a shell would say of the end; nothing for one by a signal that is no sign of the user's,
+/// after which a process has nothing to say either.
+std::optional<int> statusOf(const ProgramResult& program) {
+  if (program.exited) return program.status;
+  const bool isOfUser =
+      program.signal == SIGHUP || program.signal == SIGINT || program.signal == SIGTERM;
+  if (isOfUser) return kSignalled + program.signal;
+  return std::nullopt;
+}
+
+/// Starts the process; where its end is of use to somebody, waits for it.
+std::int64_t spawn(const LaunchCommand& command) {
+  const ProgramResult program = run(command, !command.tryFile.empty());
+  const std::optional<int> status = statusOf(program);
+  if (status) noteEnd(command.tryFile, *status);
+  return program.error;
 }
 
 }  // namespace
@@ -48,7 +74,7 @@ std::int64_t startApplication(const std::string& mainClass, const std::string& j
   }
   logMessage("[Extractor] Attempting spawn launch\n");
   logStartSection("Spawn launch\n");
-  return run(command, false).error;
+  return spawn(command);
 }
 
 std::int64_t runCompatibilityClass(const LaunchCommand& command) {

@@ -9,7 +9,8 @@ namespace quillory {
 
 /// Loads the bundle of the private JRE at `jreFolder` and runs `mainClass` in a JVM of this
 /// process; where that fails, or when the spawn is forced, starts the command as a process and
-/// does not wait for it. 0 when the application has run or was started, else an error number.
+/// does not wait for it, unless its end is to be noted. 0 when the application has run or was
+/// started, else an error number.
 std::int64_t startApplication(const std::string& mainClass, const std::string& jreFolder,
                               bool isSpawnForced, const LaunchCommand& command);
 

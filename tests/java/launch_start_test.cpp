@@ -72,6 +72,49 @@ TEST_F(StartApplication, RunsTheMainClassInThisProcess) {
   EXPECT_THAT(spawned(), IsEmpty());
 }
 
+TEST_F(StartApplication, LearnsFromTheJvmHowItEndsWhereSomebodyAsks) {
+  rememberOptions({"1", recordOption()});
+  fs::create_directory(master_ + "/QYUpdates");
+  EXPECT_EQ(launch(kLaunchApplication), 0);
+  EXPECT_THAT(readFile(dir_ / "record"),
+              HasSubstr("option " + recordOption() + "\noption exit\nfind com/example/Main\n"));
+  EXPECT_FALSE(log_.contains("=exit"));
+  EXPECT_THAT(fs::is_empty(master_ + "/QYUpdates"), true) << "no try, and none is made";
+}
+
+TEST_F(StartApplication, NotesTheEndOfMainWhereTheUpdaterHasBegunATry) {
+  const std::string file = master_ + "/QYUpdates/try-1700000000123-3";
+  writeFile(file, "folder\n");
+  EXPECT_EQ(launch(kLaunchApplication), 0);
+  EXPECT_EQ(readFile(file), "folder\nended 0\n");
+  rememberOptions({"1", "-Dstub.throw"});
+  fs::remove(properties_);  // The time stands still: the next file is to have the same name.
+  EXPECT_EQ(launch(kLaunchApplication), 0);
+  EXPECT_EQ(readFile(file), "folder\nended 0\nended 1\n");
+}
+
+TEST_F(StartApplication, WaitsForAProcessWhoseEndIsToBeNoted) {
+  const ScopedReplace forced(forceSpawn, true);
+  const std::string file = master_ + "/QYUpdates/try-1700000000123-3";
+  static constexpr struct {
+    const char* end;
+    const char* noted;
+  } kCases[] = {{"exit 3", "ended 3\n"},
+                {"exit 0", "ended 0\n"},
+                {"kill -TERM $$", "ended 143\n"},
+                {"kill -HUP $$", "ended 129\n"},
+                {"kill -KILL $$", ""}};
+  for (const auto& [end, noted] : kCases) {
+    SCOPED_TRACE(end);
+    writeFile(file, "");
+    fs::remove(properties_);
+    fs::remove(executable_);
+    writeJava(jre_ + "/bin/java", end);
+    EXPECT_EQ(launch(kLaunchApplication), 0);
+    EXPECT_EQ(readFile(file), noted);
+  }
+}
+
 TEST_F(StartApplication, LogsTheInProcessLaunchAsASection) {
   launch(kLaunchApplication);
   const std::string plus = std::string(48, '+') + "\n";
@@ -208,6 +251,33 @@ TEST_F(RealLaunch, SpawnsWhenTheMainClassIsNotThere) {
   EXPECT_EQ(result.exitStatus, 0);
   EXPECT_THAT(result.out, HasSubstr("[JNILauncher] Searching for clazz failed!\n"));
   EXPECT_THAT(result.out, HasSubstr("[Extractor] Attempting spawn launch\n"));
+}
+
+/// What the probe has made of the try of its start.
+std::string onlyTryIn(const std::string& master) {
+  std::string content;
+  for (const auto& entry : fs::directory_iterator(master + "/QYUpdates"))
+    content += readFile(entry.path());
+  fs::remove_all(master + "/QYUpdates");
+  return content;
+}
+
+TEST_F(RealLaunch, NotesHowTheApplicationEnded) {
+  static constexpr struct {
+    const char* end;
+    const char* noted;
+  } kCases[] = {{"--exit=5", "folder\nended 5\n"},
+                {"--exit=0", "folder\nended 0\n"},
+                {"--throw", "folder\nended 1\n"},
+                {"--thread", "folder\nended 0\n"},
+                {"--terminate", "folder\nended 143\n"}};
+  for (const auto& [end, noted] : kCases) {
+    SCOPED_TRACE(end);
+    fs::create_directory(master_ + "/QYUpdates");
+    const ChildResult result = launchReally("JRE", "0", "false", {"--try", end});
+    EXPECT_FALSE(result.timedOut) << result.out << result.err;
+    EXPECT_EQ(onlyTryIn(master_), noted);
+  }
 }
 
 TEST_F(RealLaunch, ChecksCompatibilityUnderAJava) {

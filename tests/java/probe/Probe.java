@@ -22,6 +22,8 @@ public final class Probe {
     text.append("pid ").append(ProcessHandle.current().pid()).append('\n');
     say(text.toString());
     for (String arg : args) {
+      if (arg.equals("--try")) beginTry(new File(args[0]));
+      if (arg.equals("--terminate")) terminate();
       if (arg.startsWith("--file=")) writeTo(new File(arg.substring(7)), text.toString());
       if (arg.startsWith("--exit=")) System.exit(Integer.parseInt(arg.substring(7)));
       if (arg.equals("--throw")) throw new IllegalStateException("thrown on purpose");
@@ -40,6 +42,19 @@ public final class Probe {
     out.write(text.getBytes(StandardCharsets.UTF_8));
     out.close();
     if (!part.renameTo(file)) throw new IOException("Cannot write " + file);
+  }
+
+  /** As the updater does: a file that is named after the properties. */
+  private static void beginTry(File properties) throws IOException {
+    File master = properties.getParentFile().getParentFile();
+    String stamp = properties.getName().substring("QYLaunchProperties-".length());
+    writeTo(new File(master, "QYUpdates/try-" + stamp), "folder\n");
+  }
+
+  /** As a log-out does. */
+  private static void terminate() throws Exception {
+    new ProcessBuilder("kill", "-TERM", "" + ProcessHandle.current().pid()).start();
+    Thread.sleep(60_000);
   }
 
   /** A thread that outlives main(). */

@@ -8,15 +8,35 @@ import java.nio.charset.StandardCharsets;
 /**
  * The start of a version that is not known to be good: a file "try-…" that is on the disk before
  * the application's code runs. A line each for what is known of the start: first the folder's name;
- * then "lasted", "healthy" or "neutral" as it happens; and at the end of the process, by the
- * launcher, "ended" and the exit status. A later start judges it.
+ * then "lasted", "healthy" or "neutral" as it happens; and at the end "closed", and by the launcher
+ * "ended" and the exit status. A later start judges it.
  */
 final class Attempt {
   static final String PREFIX = "try-";
   static final String LASTED = "lasted";
   static final String HEALTHY = "healthy";
   static final String NEUTRAL = "neutral";
+  static final String CLOSED = "closed";
   static final String ENDED = "ended ";
+
+  /** An end in order, which only a launcher knows more about that has learned to. */
+  private static final class Closing extends Thread {
+    private final Attempt attempt;
+
+    Closing(Attempt attempt) {
+      super("Quillory end");
+      this.attempt = attempt;
+    }
+
+    @Override
+    public void run() {
+      try {
+        attempt.note(CLOSED);
+      } catch (IOException e) {
+        // A full disk, say.
+      }
+    }
+  }
 
   final File file;
   /** Open, and its file locked, until the process ends: by that others know that it runs. */
@@ -38,6 +58,7 @@ final class Attempt {
     Attempt attempt = new Attempt(file, opened);
     attempt.note(versionFolder);
     opened.getFD().sync();
+    Runtime.getRuntime().addShutdownHook(new Closing(attempt));
     return attempt;
   }
 

@@ -92,8 +92,9 @@ final class Judge {
       trials.noteGood(folder);
     } else if (has(lines, Attempt.NEUTRAL) || isOfAUser(ended)) {
       trials.noteNeutral(folder);
-    } else if (ended == null && has(lines, Attempt.LASTED)) {
-      // Killed, or a power cut, when it had been running for a while.
+    } else if (ended == null && (has(lines, Attempt.LASTED) || has(lines, Attempt.CLOSED))) {
+      // Killed, or a power cut, when it had been running for a while; or in order, by a launcher
+      // that did not say how.
       trials.noteNeutral(folder);
     } else {
       trials.noteBad(folder);

@@ -52,7 +52,7 @@ public class JudgeTest {
 
   @Test
   public void aVersionIsGoodThatSaidSoOrEndedWell() throws IOException {
-    assertEquals(trial(0, "GOOD"), trialsAfter("ended 0"));
+    assertEquals(trial(0, "GOOD"), trialsAfter("closed", "ended 0"));
     assertEquals(trial(0, "GOOD"), trialsAfter("healthy"));
     assertEquals(trial(0, "GOOD"), trialsAfter("lasted", "healthy", "ended 3"));
   }
@@ -63,6 +63,7 @@ public class JudgeTest {
       assertEquals(trial(0, "UNKNOWN"), trialsAfter("ended " + status));
     }
     assertEquals(trial(0, "UNKNOWN"), trialsAfter("neutral", "ended 1"));
+    assertEquals("nobody knows how", trial(0, "UNKNOWN"), trialsAfter("closed"));
     assertEquals("killed, or a power cut", trial(0, "UNKNOWN"), trialsAfter("lasted"));
   }
 
@@ -70,6 +71,7 @@ public class JudgeTest {
   public void aStartThatFailedOrDisappearedEarlyIsBad() throws IOException {
     assertEquals(trial(1, "UNKNOWN"), trialsAfter());
     assertEquals(trial(1, "UNKNOWN"), trialsAfter("ended 1"));
+    assertEquals(trial(1, "UNKNOWN"), trialsAfter("closed", "ended 1"));
     assertEquals(trial(1, "UNKNOWN"), trialsAfter("lasted", "ended 134"));
     assertEquals("no number", trial(1, "UNKNOWN"), trialsAfter("ended "));
   }

@@ -13,6 +13,7 @@ import java.io.IOException;
 import java.io.InputStream;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
+import java.nio.file.StandardOpenOption;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
@@ -289,6 +290,13 @@ public class MainTest {
       start(properties.getPath());
       assertRefused("There is no class \"sample.Missing\" in " + folder.getRoot()
           + "/Quillory-Demo-2-complete.");
+      File attempt =
+          new File(folder.getRoot(), "QYUpdates/try-" + properties.getName().substring(19));
+      assertEquals(
+          "Quillory-Demo-2-complete\nclosed\n",
+          new String(Files.readAllBytes(attempt.toPath()), StandardCharsets.UTF_8));
+      // As the launcher does.
+      Files.write(attempt.toPath(), "ended 1\n".getBytes(), StandardOpenOption.APPEND);
       properties = new File(own, "QYLaunchProperties-1700000020001-" + i);
       Files.copy(first.toPath(), properties.toPath());
     }
