@@ -40,6 +40,8 @@ install(TARGETS quillory-pack lzma64 RUNTIME DESTINATION bin)
 install(TARGETS launcher elev_mac RUNTIME DESTINATION ${share})
 get_target_property(updater_jar updater_jar JAR_FILE)
 install(FILES ${updater_jar} DESTINATION ${share})
+# For who writes an application: on its class path, beside it in an IDE.
+install(FILES ${quillory_api_jars} DESTINATION ${share})
 # Programs for Macs, where scripts/build-macos.sh has made them beside this build.
 foreach(program launcher lzma64 elev_mac)
   if(NOT APPLE)

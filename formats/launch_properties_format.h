@@ -7,4 +7,7 @@ namespace quillory {
 /// "QYLaunchProperties-<milliseconds>-<entries>" in the folder of the application.
 inline constexpr char kLaunchPropertiesPrefix[] = "QYLaunchProperties-";
 
+/// The same of the file in which an application hears of URLs that are opened while it runs.
+inline constexpr char kOpenRequestsPrefix[] = "QYOpenRequests-";
+
 }  // namespace quillory

@@ -5,10 +5,12 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "formats/launch_file.h"
+#include "formats/launch_properties_format.h"
 #include "formats/record_stream.h"
 #include "formats/remembered_options_format.h"
 #include "install/version_folders.h"
@@ -21,6 +23,7 @@
 #include "support/exit_status.h"
 #include "support/file_modes.h"
 #include "support/log.h"
+#include "support/open_requests.h"
 #include "support/owned.h"
 #include "support/paths.h"
 
@@ -108,6 +111,13 @@ void readClassPath(std::FILE* launchFile, const std::string& appFolder, LaunchCo
                command);
 }
 
+/// The file of the same start in which its application hears of URLs.
+std::string openRequestsFileOf(std::string propertiesFile) {
+  constexpr std::string_view kPrefix = kLaunchPropertiesPrefix;
+  const std::size_t name = propertiesFile.rfind('/') + 1;
+  return propertiesFile.replace(name, kPrefix.size(), kOpenRequestsPrefix);
+}
+
 /// Writes the properties of this launch; their file becomes the first application argument. False
 /// when they could not be written.
 bool passProperties(const LaunchRequest& request, const LaunchRuntime& runtime,
@@ -128,9 +138,11 @@ bool passProperties(const LaunchRequest& request, const LaunchRuntime& runtime,
       block, request.ownFolder.empty() ? appFolder : request.ownFolder, request.showsWaits);
   if (!file) return false;
   command.applicationArguments.push_back(*file);
-  if (request.launchClass == kLaunchApplication)
+  if (request.launchClass == kLaunchApplication) {
+    passOpenRequestsTo(openRequestsFileOf(*file));
     command.tryFile =
         tryFileOf(request.ownFolder.empty() ? request.masterFolder : request.ownFolder, *file);
+  }
   return true;
 }
 

@@ -5,6 +5,7 @@
 #include "platform/autorelease_pool.h"
 #include "platform/toolkit.h"
 #include "support/log.h"
+#include "support/open_requests.h"
 #include "ui/application_shell_cocoa.h"
 
 namespace {
@@ -35,6 +36,7 @@ URLHandler* urlHandler = nil;
   // Not by std::atomic_ref, which the C++ library of most Macs has not.
   __atomic_store_n(&requestedURL, strdup(text), __ATOMIC_RELEASE);
   quillory::logToSystem("[Quillory] [URL] Converted URL to '%s'\n", [self getRequestedURL]);
+  quillory::passOnOpenRequest(text);
 }
 
 - (const char*)getRequestedURL {

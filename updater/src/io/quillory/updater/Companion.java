@@ -92,9 +92,6 @@ final class Companion {
   void run() throws InterruptedException {
     begin = around.millis();
     hold();
-    if (isChecking) {
-      keepProperties();
-    }
     // A start that has waited for its update has just asked.
     nextCheck =
         !isChecking ? NEVER
@@ -163,8 +160,8 @@ final class Companion {
     }
     List<String> command = new ArrayList<String>();
     command.addAll(Arrays.asList(program.getPath(), "background", "--properties"));
-    File kept = new File(updates.folder, KeptProperties.NAME);
-    command.add(kept.isFile() ? kept.getPath() : updates.propertiesFile.getPath());
+    // It knows what to do when a later start has cleared that file away.
+    command.add(updates.propertiesFile.getPath());
     command.addAll(Arrays.asList("--own-folder", updates.folder.getParent()));
     running = around.start(command);
   }
@@ -183,14 +180,6 @@ final class Companion {
       held.getChannel().tryLock(0, Long.MAX_VALUE, true);
     } catch (IOException e) {
       // It is the newest one, which stays anyway.
-    }
-  }
-
-  private void keepProperties() {
-    try {
-      KeptProperties.keep(updates.propertiesFile, updates.folder);
-    } catch (IOException e) {
-      // As long as the file of this start is there, it serves.
     }
   }
 }

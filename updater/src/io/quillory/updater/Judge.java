@@ -88,10 +88,12 @@ final class Judge {
 
   private static void note(String[] lines, File folder, Trials trials) {
     String ended = statusIn(lines);
-    if (has(lines, Attempt.HEALTHY) || "0".equals(ended)) {
+    if (has(lines, Attempt.HEALTHY)) {
       trials.noteGood(folder);
     } else if (has(lines, Attempt.NEUTRAL) || isOfAUser(ended)) {
       trials.noteNeutral(folder);
+    } else if ("0".equals(ended)) {
+      trials.noteGood(folder);
     } else if (ended == null && (has(lines, Attempt.LASTED) || has(lines, Attempt.CLOSED))) {
       // Killed, or a power cut, when it had been running for a while; or in order, by a launcher
       // that did not say how.

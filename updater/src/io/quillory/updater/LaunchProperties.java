@@ -9,6 +9,8 @@ import java.util.List;
 final class LaunchProperties {
   private static final String EMPTY = "\u0004";
   private static final String FILE_PREFIX = "QYLaunchProperties-";
+  /** Made by the application through its API, and left behind by one that was killed. */
+  private static final String REQUESTS_PREFIX = "QYOpenRequests-";
   /** A start that is this much older has read its file. */
   private static final long READ_AFTER_MILLIS = 10_000;
 
@@ -76,13 +78,14 @@ final class LaunchProperties {
 
   /** The milliseconds in "QYLaunchProperties-<milliseconds>-<number>"; -1 for other names. */
   private static long stampOf(String name) {
-    int dash = name.indexOf('-', FILE_PREFIX.length());
-    if (!name.startsWith(FILE_PREFIX)
-        || !isNumber(name, FILE_PREFIX.length(), dash)
+    int start = name.startsWith(REQUESTS_PREFIX) ? REQUESTS_PREFIX.length() : FILE_PREFIX.length();
+    int dash = name.indexOf('-', start);
+    if (!(name.startsWith(FILE_PREFIX) || name.startsWith(REQUESTS_PREFIX))
+        || !isNumber(name, start, dash)
         || !isNumber(name, dash + 1, name.length())) {
       return -1;
     }
-    return Records.numberAtStartOf(name.substring(FILE_PREFIX.length(), dash));
+    return Records.numberAtStartOf(name.substring(start, dash));
   }
 
   private static boolean isNumber(String text, int start, int end) {

@@ -29,6 +29,7 @@ public final class Main {
       File propertiesFile = new File(arguments[0]);
       LaunchProperties properties = readProperties(propertiesFile);
       LaunchProperties.deleteEarlierThan(propertiesFile);
+      System.setProperty("quillory.launch.properties", propertiesFile.getPath());
 
       File ownFolder = new File(required(properties, "qystat_app_dir")).getAbsoluteFile();
       File folder = versionToStart(propertiesFile, properties, ownFolder);

@@ -72,7 +72,6 @@ final class Updates implements Runnable {
   /** Before anything of the version's own is read or run. */
   void begin() {
     tellOfGoingBack();
-    set("quillory.launch.properties", propertiesFile.getPath());
     set("quillory.update.folder", folder.getPath());
     set("quillory.update.mode", settings.mode);
     set("quillory.version.folder", chosen.getPath());
@@ -154,11 +153,23 @@ final class Updates implements Runnable {
   private File choose() {
     List<String> passedOver = new ArrayList<String>(withdrawn);
     trials.addBlocked(master, passedOver);
+    if (!passedOver.isEmpty()) {
+      notePassedOver(passedOver);
+    }
     File newest = newest(passedOver);
     if (newest == null && passedOver.size() > withdrawn.size()) {
       newest = newest(withdrawn);
     }
     return newest == null && !passedOver.isEmpty() ? newest(null) : newest;
+  }
+
+  /** So that the application does not take one of these for an update that is ready. */
+  private static void notePassedOver(List<String> names) {
+    StringBuilder text = new StringBuilder();
+    for (String name : names) {
+      text.append(text.length() == 0 ? "" : "/").append(name);
+    }
+    set("quillory.passed.over", text.toString());
   }
 
   private File newest(List<String> passedOver) {

@@ -175,11 +175,8 @@ public class CompanionTest {
     assertEquals(
         Arrays.asList(
             installation.updater + "/quillory-update", "background", "--properties",
-            installation.updates + "/properties", "--own-folder", installation.master.getPath()),
+            installation.properties.getPath(), "--own-folder", installation.master.getPath()),
         machine.command);
-    assertEquals(
-        Installation.read(installation.properties),
-        Installation.read(new File(installation.updates, "properties")));
   }
 
   @Test

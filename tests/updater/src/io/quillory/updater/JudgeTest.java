@@ -63,6 +63,7 @@ public class JudgeTest {
       assertEquals(trial(0, "UNKNOWN"), trialsAfter("ended " + status));
     }
     assertEquals(trial(0, "UNKNOWN"), trialsAfter("neutral", "ended 1"));
+    assertEquals(trial(0, "UNKNOWN"), trialsAfter("neutral", "closed", "ended 0"));
     assertEquals("nobody knows how", trial(0, "UNKNOWN"), trialsAfter("closed"));
     assertEquals("killed, or a power cut", trial(0, "UNKNOWN"), trialsAfter("lasted"));
   }

@@ -134,8 +134,6 @@ public class UpdatesTest {
     File one = installation.version(1);
     installation.program("quillory-update", "");
     Updates updates = start();
-    assertEquals(
-        installation.properties.getPath(), System.getProperty("quillory.launch.properties"));
     assertEquals(installation.updates.getPath(), System.getProperty("quillory.update.folder"));
     assertEquals(
         installation.updater + "/quillory-update", System.getProperty("quillory.update.program"));
