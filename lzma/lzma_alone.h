@@ -19,6 +19,8 @@ inline constexpr int kLzmaBest = 9;
 /// Streams whose header asks for a dictionary beyond this are refused instead of allocated.
 inline constexpr std::size_t kLzmaLargestDictionary = std::size_t{256} << 20;
 
+class CoderState;
+
 class LzmaCoder {
  public:
   /// `level` is the preset of the xz tools, 0 to 9. The length is not stored: an end marker is.
@@ -39,9 +41,8 @@ class LzmaCoder {
   const std::string& error() const;
 
  private:
-  struct State;
-  explicit LzmaCoder(std::unique_ptr<State> state);
-  std::unique_ptr<State> state_;
+  explicit LzmaCoder(std::unique_ptr<CoderState> state);
+  std::unique_ptr<CoderState> state_;
 };
 
 }  // namespace quillory
