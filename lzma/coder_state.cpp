@@ -12,7 +12,7 @@ const char* describe(lzma_ret result) {
     case LZMA_MEMLIMIT_ERROR:
       return "the LZMA stream asks for a dictionary of more than 256 MiB";
     case LZMA_MEM_ERROR:
-      return "out of memory";
+      return kOutOfMemory;
     case LZMA_OPTIONS_ERROR:
       return "unsupported LZMA options";
     default:

@@ -19,6 +19,9 @@ inline constexpr int kLzmaBest = 9;
 /// Streams whose header asks for a dictionary beyond this are refused instead of allocated.
 inline constexpr std::size_t kLzmaLargestDictionary = std::size_t{256} << 20;
 
+/// The error of a coder that the system has given too little memory.
+inline constexpr char kOutOfMemory[] = "out of memory";
+
 class CoderState;
 
 class LzmaCoder {

@@ -1,0 +1,36 @@
+// The files of an installed version that a delta needs, opened one after another. No link below the
+// folder is followed: what lies behind one is nobody's old version.
+#pragma once
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "formats/delta_header.h"
+
+namespace quillory::update {
+
+class BaseFiles {
+ public:
+  /// The folder stays open until the end of the scope. One that is a link itself, or cannot be
+  /// opened, has no files.
+  explicit BaseFiles(const std::string& folder);
+  ~BaseFiles();
+  BaseFiles(const BaseFiles&) = delete;
+  BaseFiles& operator=(const BaseFiles&) = delete;
+
+  /// Hands the content of a file to `take`, piece by piece, until that answers false. "" when it
+  /// was all taken, or `take` wanted no more; else why the file is not the one that is meant: it is
+  /// not there, is no plain file, cannot be read, or has another length.
+  std::string read(const BaseFile& file, const std::function<bool(std::string_view)>& take) const;
+
+  /// "" when the file has the length and the SHA-256; else what is different about it.
+  std::string differenceOf(const BaseFile& file) const;
+
+ private:
+  int open(const std::string& path) const;
+
+  int folder_;
+};
+
+}  // namespace quillory::update
