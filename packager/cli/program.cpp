@@ -8,14 +8,16 @@
 #include "packager/commands/init.h"
 #include "packager/commands/inspect.h"
 #include "packager/commands/keygen.h"
+#include "packager/commands/release.h"
 #include "packager/commands/set_params.h"
 #include "packager/commands/verify.h"
 
 namespace quillory::pack {
 
 std::vector<Command> allCommands() {
-  return {initCommand(),    keygenCommand(), bundleCommand(), inspectCommand(),    verifyCommand(),
-          extractCommand(), setCommand(),    doctorCommand(), completionCommand(), manualCommand()};
+  return {initCommand(),    keygenCommand(),     bundleCommand(),  releaseCommand(),
+          inspectCommand(), verifyCommand(),     extractCommand(), setCommand(),
+          doctorCommand(),  completionCommand(), manualCommand()};
 }
 
 Argument helpArgument() {

@@ -26,8 +26,10 @@ TailRecords tailRecords(const Config& config, const PackedParts& parts,
                         const std::string& publicKey) {
   TailRecords records;
   records.appName = parts.application.name;
-  records.appVersion = parts.application.version;
-  records.jreVersion = parts.runtime ? parts.runtime->version : "";
+  if (!config.bundle.isOnline) {
+    records.appVersion = parts.application.version;
+    records.jreVersion = parts.runtime ? parts.runtime->version : "";
+  }
   records.guVersion = parts.updater.version;
   records.minSplashMs = std::to_string(config.application.minSplashMillis);
   records.signaturePublicKey = publicKey;
@@ -37,7 +39,7 @@ TailRecords tailRecords(const Config& config, const PackedParts& parts,
   records.requiredJavaVersion =
       config.install.requiredJava == 0 ? "" : std::to_string(config.install.requiredJava);
   records.updateUrl =
-      config.update.mode == UpdateMode::kDynamic ? kDynamicUpdateUrl : config.update.url;
+      config.update.urlKind == UpdateUrlKind::kDynamic ? kDynamicUpdateUrl : config.update.url;
   return records;
 }
 
@@ -55,6 +57,9 @@ void writeTail(ByteSink& sink, const Config& config, const BundleTools& tools,
   writeTailEntry(sink, {kTrustStoreName, resolved(config, config.updater.cacerts)});
   writeTailEntry(sink, {"verpatch.exe", ""});
   writeTailEntry(sink, {packedArchiveName(kUpdaterPart), parts.updater.archive});
+  if (config.bundle.isOnline) {
+    return;
+  }
   if (parts.runtime) {
     writeTailEntry(sink, {packedArchiveName(kJrePart), parts.runtime->archive});
   }
@@ -66,7 +71,7 @@ void writeTail(ByteSink& sink, const Config& config, const BundleTools& tools,
 
 Parameters parametersOf(const Config& config, bool isHardened) {
   Parameters all = {{"jre_name", config.runtime.name}};
-  if (config.update.mode == UpdateMode::kDynamic && !config.update.url.empty()) {
+  if (config.update.urlKind == UpdateUrlKind::kDynamic && !config.update.url.empty()) {
     all.emplace_back("update_url", config.update.url);
   }
   if (config.jvm.forceSpawn) {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "formats/launch_file_format.h"
+#include "formats/update_settings_format.h"
 #include "install/version_folders.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/commands/named_jar.h"
@@ -125,7 +126,8 @@ std::vector<std::string> findJars(const Config& config) {
   return jars;
 }
 
-BundlePart updaterPart(const Config& config, const BundleTools& tools) {
+BundlePart updaterPart(const Config& config, const BundleTools& tools,
+                       const std::string& updateSettings) {
   const Jar jar = updaterJar(config, tools.updaterJar);
   LaunchFile launch = commonLaunchFile(config);
   launch.mainClass = config.updater.mainClass;
@@ -144,6 +146,11 @@ BundlePart updaterPart(const Config& config, const BundleTools& tools) {
   ContentTree tree("updater");
   tree.addBytes(launchFileBytes(launch), kLaunchFileName);
   tree.addFile(tools.updaterJar, kUpdaterJarName);
+  if (!updateSettings.empty()) {
+    tree.addBytes(updateSettings, kUpdateSettingsFileName);
+    tree.addFile(tools.updateProgram, kUpdateProgramName);
+    tree.addFile(tools.updateWindow, kUpdateWindowName);
+  }
   return {kUpdaterName, std::to_string(config.updater.version), std::move(tree)};
 }
 

@@ -28,9 +28,11 @@ struct BundleParts {
 /// pattern matches nothing.
 std::vector<std::string> findJars(const Config& config);
 
-/// Throws RejectedInput when what the configuration names as the updater has no class to start, and
-/// PackError when that is so of our own.
-BundlePart updaterPart(const Config& config, const BundleTools& tools);
+/// With the programs of `tools` that update an installation, and `updateSettings` as the file that
+/// tells them how, where there are any. Throws RejectedInput when what the configuration names as
+/// the updater has no class to start, and PackError when that is so of our own.
+BundlePart updaterPart(const Config& config, const BundleTools& tools,
+                       const std::string& updateSettings = "");
 
 /// The jars under lib/, the other files of the configuration, and the launch file. Files that are
 /// missing are findings of the tree.

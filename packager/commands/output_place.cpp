@@ -3,15 +3,21 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "formats/version_file_format.h"
 #include "packager/commands/launcher_log.h"
 #include "packager/reading/bundle_view.h"
 #include "packager/report/findings.h"
 #include "support/durable.h"
+#include "support/folder_listing.h"
 
 namespace quillory::pack {
 namespace {
 
 namespace fs = std::filesystem;
+
+// What the names of release lists and deltas end in; kept lists have a number behind that.
+constexpr std::string_view kReleaseListSuffix = "-releases";
+constexpr std::string_view kDeltaSuffix = "-delta";
 
 // So that a power cut leaves nothing under its final name whose bytes are not there.
 void flush(bool (*sync)(const std::string&), const std::string& folder) {
@@ -77,10 +83,26 @@ class BundleExchange {
   bool kept_ = false;
 };
 
-void moveReleaseFiles(const MadeFiles& made, const OutputPlace& place, bool versionFiles) {
-  for (const auto& entry : fs::directory_iterator(made.release)) {
-    if ((entry.path().extension() == ".txt") == versionFiles) {
-      move(entry.path().string(), place.release + '/' + entry.path().filename().string());
+// When a release file is put in place: after all that it speaks of.
+enum class Turn { kArchives, kDeltas, kVersionFiles, kKeptLists, kLists };
+
+Turn turnOf(const std::string& name) {
+  if (name.ends_with(kReleaseListSuffix)) {
+    return Turn::kLists;
+  }
+  if (name.ends_with(kVersionFileSuffix)) {
+    return Turn::kVersionFiles;
+  }
+  if (name.ends_with(kDeltaSuffix)) {
+    return Turn::kDeltas;
+  }
+  return isArchiveName(name) ? Turn::kArchives : Turn::kKeptLists;
+}
+
+void moveReleaseFiles(const MadeFiles& made, const OutputPlace& place, Turn turn) {
+  for (const std::string& name : namesIn(made.release)) {
+    if (turnOf(name) == turn) {
+      move(made.release + '/' + name, place.release + '/' + name);
     }
   }
 }
@@ -109,12 +131,15 @@ void putInPlace(const MadeFiles& made, const OutputPlace& place) {
   if (error) {
     throw PackError("cannot be created: " + error.message(), "", {place.release, 0});
   }
-  moveReleaseFiles(made, place, false);
-  flush(syncFolder, place.release);  // no version file before the archive that it tells of
+  moveReleaseFiles(made, place, Turn::kArchives);
+  moveReleaseFiles(made, place, Turn::kDeltas);
+  flush(syncFolder, place.release);  // no version file or list before what it tells of
   flush(syncTree, made.bundle);
   BundleExchange bundle(made, place);
   flush(syncFolder, fs::path(place.bundle).parent_path());
-  moveReleaseFiles(made, place, true);
+  for (const Turn turn : {Turn::kVersionFiles, Turn::kKeptLists, Turn::kLists}) {
+    moveReleaseFiles(made, place, turn);
+  }
   flush(syncFolder, place.release);
   bundle.keep();
 }

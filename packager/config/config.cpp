@@ -18,9 +18,6 @@ constexpr std::int64_t kLongestSplashMillis = 600'000;
 constexpr std::int64_t kLargestReleaseNumber = 1'000'000'000;
 constexpr int kLongestExpiry = 3650;  // days
 constexpr int kMostDeltas = 20;
-constexpr int kLongestWaitAtStart = 600;  // seconds
-constexpr int kMostCheckHours = 24 * 90;
-constexpr int kMostKeptVersions = 20;
 
 const std::vector<std::string> kSections = {"application", "jvm",     "updater",
                                             "runtime",     "install", "update",
@@ -125,20 +122,20 @@ void readUpdate(ConfigSection section, UpdateConfig& out) {
   section.flag("dynamic", dynamic);
   out.hasClient = section.has("channel") || section.has("mode");
   section.text("channel", out.channel);
-  int clientMode = 0;
-  section.choice("mode", {kUpdateModes.begin(), kUpdateModes.end()}, clientMode);
-  out.clientMode = kUpdateModes[static_cast<std::size_t>(clientMode)];
-  section.number("at-start-seconds", out.atStartSeconds, 1, kLongestWaitAtStart);
-  section.number("check-hours", out.checkHours, 1, kMostCheckHours);
-  section.number("keep-versions", out.keepVersions, 2, kMostKeptVersions);
+  int mode = 0;
+  section.choice("mode", {kUpdateModeNames.begin(), kUpdateModeNames.end()}, mode);
+  out.mode = static_cast<UpdateMode>(mode);
+  section.number("at-start-seconds", out.atStartSeconds, 1, kMaxAtStartSeconds);
+  section.number("check-hours", out.checkHours, 1, kMaxCheckHours);
+  section.number("keep-versions", out.keepVersions, kMinKeepVersions, kMaxKeepVersions);
   section.texts("mirrors", out.mirrors);
   section.text("reserve-key", out.reserveKey);
   section.texts("next-keys", out.nextKeys);
   readRelease(section, out.release);
   section.rejectUnknown();
-  out.mode = dynamic           ? UpdateMode::kDynamic
-             : out.url.empty() ? UpdateMode::kOff
-                               : UpdateMode::kStatic;
+  out.urlKind = dynamic           ? UpdateUrlKind::kDynamic
+                : out.url.empty() ? UpdateUrlKind::kOff
+                                  : UpdateUrlKind::kStatic;
 }
 
 void readSigning(ConfigSection section, SigningConfig& out) {
@@ -161,6 +158,8 @@ void readBundle(ConfigSection section, BundleConfig& out) {
   for (std::size_t i = 0; i < kCompressions.size(); ++i)
     section.text(kCompressions[i].tool, out.decompressors[i]);
   section.text("elev-mac", out.elevMac);
+  section.text("quillory-update", out.updateProgram);
+  section.text("quillory-update-window", out.updateWindow);
   section.rejectUnknown();
 }
 

@@ -10,6 +10,7 @@
 
 #include "formats/archive_format.h"
 #include "formats/params_format.h"
+#include "formats/update_settings_format.h"
 #include "packager/config/rollout.h"
 #include "packager/keys/signing_key.h"
 #include "packager/report/findings.h"
@@ -79,7 +80,7 @@ struct InstallConfig {
   std::optional<bool> hardened;
 };
 
-enum class UpdateMode { kOff, kStatic, kDynamic };
+enum class UpdateUrlKind { kOff, kStatic, kDynamic };
 
 /// What the release list says beside what was packed.
 struct ReleaseConfig {
@@ -93,21 +94,17 @@ struct ReleaseConfig {
   int deltas = 5;  ///< from so many earlier releases
 };
 
-/// How an update is looked for, as texts of the configuration.
-inline constexpr std::array<const char*, 5> kUpdateModes = {"background", "ask", "at-start",
-                                                            "manual", "off"};
-
 struct UpdateConfig {
-  UpdateMode mode = UpdateMode::kOff;
+  UpdateUrlKind urlKind = UpdateUrlKind::kOff;
   std::string url;
   /// Whether installations look for updates by themselves: a channel or a mode is named. Without
   /// that the updater's archive is the one that it always was.
   bool hasClient = false;
-  std::string channel = "stable";
-  std::string clientMode = kUpdateModes[0];
-  int atStartSeconds = 20;
-  int checkHours = 24;
-  int keepVersions = 2;
+  std::string channel = kStandardChannel;
+  UpdateMode mode = UpdateMode::kBackground;
+  std::int64_t atStartSeconds = 20;
+  std::int64_t checkHours = 24;
+  std::int64_t keepVersions = 2;
   std::vector<std::string> mirrors;   ///< tried in this order, after the URL
   std::string reserveKey;             ///< a file with the public half
   std::vector<std::string> nextKeys;  ///< files with the keys that count from the next release on
@@ -131,6 +128,8 @@ struct BundleConfig {
   /// What undoes each of kCompressions, in their order.
   std::array<std::string, kCompressions.size()> decompressors;
   std::string elevMac;
+  std::string updateProgram;
+  std::string updateWindow;
 };
 
 struct Config {

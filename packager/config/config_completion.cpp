@@ -24,7 +24,7 @@ void completeApplication(Config& config) {
 
 Config completed(Config config) {
   completeApplication(config);
-  if (config.update.mode == UpdateMode::kOff) {
+  if (config.update.urlKind == UpdateUrlKind::kOff) {
     config.update.url = kInvalidUpdateURL;
   }
   config.application.jarsStored = config.application.jarsStored.value_or(config.update.hasClient);

@@ -125,7 +125,8 @@ class Linter {
   }
 
   void runtimeSource() {
-    if (config_.runtime.source == RuntimeSource::kNone && config_.update.mode == UpdateMode::kOff) {
+    if (config_.runtime.source == RuntimeSource::kNone &&
+        config_.update.urlKind == UpdateUrlKind::kOff) {
       warning("no-runtime", "runtime",
               "is missing and updates are off: the application starts only where a Java runtime "
               "that fits is installed",
@@ -135,7 +136,7 @@ class Linter {
 
   void updateUrl() {
     const UpdateConfig& update = config_.update;
-    if (update.mode == UpdateMode::kOff) {
+    if (update.urlKind == UpdateUrlKind::kOff) {
       return;
     }
     if (update.url.empty()) {

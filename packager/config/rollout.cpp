@@ -9,7 +9,7 @@ constexpr std::size_t kMostDigits = 3;
 
 }  // namespace
 
-std::optional<Rollout> parseRollout(const std::string& text) {
+std::optional<RolloutPlan> parseRollout(const std::string& text) {
   std::size_t digits = 0;
   while (digits < text.size() && std::isdigit(static_cast<unsigned char>(text[digits])) != 0) {
     ++digits;
@@ -21,16 +21,16 @@ std::optional<Rollout> parseRollout(const std::string& text) {
   const std::size_t unitAt = text.find_first_not_of(' ', digits);
   const std::string unit = unitAt == std::string::npos ? "" : text.substr(unitAt);
   if (unit == "%" && number <= 100) {
-    return Rollout{number, 0};
+    return RolloutPlan{number, 0};
   }
   if ((unit == "d" || unit == "day" || unit == "days") && number >= 1 &&
       number <= kLongestRollout) {
-    return Rollout{100, number};
+    return RolloutPlan{100, number};
   }
   return std::nullopt;
 }
 
-std::string asText(const Rollout& rollout) {
+std::string asText(const RolloutPlan& rollout) {
   const std::string share = rollout.percent == 100 ? "all" : std::to_string(rollout.percent) + " %";
   return share + (rollout.days == 0 ? " at once"
                                     : " within " + std::to_string(rollout.days) +

@@ -10,8 +10,6 @@
 namespace quillory::pack {
 namespace {
 
-constexpr std::size_t kLongestChannel = 32;
-
 // What counts only for installations that look for updates by themselves.
 constexpr const char* kClientKeys[] = {
     "update.at-start-seconds", "update.check-hours",  "update.keep-versions",
@@ -19,12 +17,6 @@ constexpr const char* kClientKeys[] = {
     "update.minimum-system",   "update.minimum-from", "update.stepping-stone",
     "update.critical-below",   "update.rollout",      "update.notes",
     "update.expires-days",     "update.deltas",       "signing.next-key"};
-
-bool isChannelName(const std::string& name) {
-  return !name.empty() && name.size() <= kLongestChannel &&
-         std::all_of(name.begin(), name.end(),
-                     [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; });
-}
 
 // "", "13" or "10.15.7".
 bool isSystemVersion(const std::string& text) {
@@ -83,7 +75,7 @@ class UpdateLinter {
   }
 
   void url() {
-    if (update_.mode == UpdateMode::kOff && update_.clientMode != "off") {
+    if (update_.urlKind == UpdateUrlKind::kOff && update_.mode != UpdateMode::kOff) {
       findings_.push_back({Severity::kError, "update-url",
                            "[update] has no url, so there is nowhere to look for updates",
                            config_.placeOf("update"), "url = \"https://example.com/updates/\""});
@@ -94,14 +86,14 @@ class UpdateLinter {
     if (!isChannelName(update_.channel)) {
       add(Severity::kError, "channel", "update.channel",
           "is no name of a channel: a file is named after it",
-          "use letters, digits and _, 32 at most: channel = \"beta\"");
+          "use letters, digits and \"._-\", 50 at most: channel = \"beta\"");
     }
   }
 
   void mirrors() {
-    if (update_.mirrors.size() > kMostMirrors) {
+    if (update_.mirrors.size() > std::size_t{kMaxMirrors}) {
       add(Severity::kError, "range", "update.mirrors",
-          "has more than " + std::to_string(kMostMirrors) + " entries", "leave some out");
+          "has more than " + std::to_string(kMaxMirrors) + " entries", "leave some out");
     }
     for (const std::string& mirror : update_.mirrors) {
       if (const auto flaw =
@@ -125,9 +117,9 @@ class UpdateLinter {
            "quillory-pack keygen --reserve reserve.pem, then reserve-key = "
            "\"reserve.public.pem\""});
     }
-    if (update_.nextKeys.size() > kMostNextKeys) {
+    if (update_.nextKeys.size() > std::size_t{kMaxListKeys}) {
       add(Severity::kError, "range", "update.next-keys",
-          "has more than " + std::to_string(kMostNextKeys) + " keys", "leave some out");
+          "has more than " + std::to_string(kMaxListKeys) + " keys", "leave some out");
     }
     if (!config_.signing.nextKey.empty() && update_.nextKeys.empty()) {
       add(Severity::kError, "next-keys", "signing.next-key",
@@ -137,7 +129,8 @@ class UpdateLinter {
   }
 
   void atStart() {
-    if (update_.clientMode != "at-start" && config_.places.count("update.at-start-seconds") != 0) {
+    if (update_.mode != UpdateMode::kAtStart &&
+        config_.places.count("update.at-start-seconds") != 0) {
       add(Severity::kWarning, "no-effect", "update.at-start-seconds",
           "counts for mode = \"at-start\" only", "choose that mode, or leave it out");
     }

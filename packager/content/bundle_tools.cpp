@@ -152,6 +152,12 @@ BundleTools findBundleTools(const Config& config, Target target) {
                    tools.decompressors[i]});
   }
   all.push_back({"elev_mac", "bundle.elev-mac", config.bundle.elevMac, tools.elevMac});
+  if (config.update.hasClient) {
+    all.push_back({kUpdateProgramName, "bundle.quillory-update", config.bundle.updateProgram,
+                   tools.updateProgram});
+    all.push_back({kUpdateWindowName, "bundle.quillory-update-window", config.bundle.updateWindow,
+                   tools.updateWindow});
+  }
   findAll(config, target, all);
   Findings findings;
   for (const Wanted& wanted : all) {

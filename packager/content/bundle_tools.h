@@ -1,4 +1,4 @@
-// The programs that travel in every bundle, found in the configuration or where builds and
+// The programs that travel in bundles, found in the configuration or where builds and
 // installations of this program have them.
 #pragma once
 #include <array>
@@ -16,7 +16,14 @@ struct BundleTools {
   std::array<std::string, kCompressions.size()> decompressors;
   std::string updaterJar;
   std::string elevMac;  ///< "" when there is none, which only this system's own programs may lack
+  // Of an updater that looks for updates; "" in others.
+  std::string updateProgram;
+  std::string updateWindow;
 };
+
+/// The names of the programs in the updater's archive, which is where they lie here, too.
+inline constexpr char kUpdateProgramName[] = "quillory-update";
+inline constexpr char kUpdateWindowName[] = "quillory-update-window";
 
 /// The program of that name which comes with us for `target`; "" when it is nowhere.
 std::string ownProgramFor(Target target, const std::string& name);

@@ -14,6 +14,7 @@ REPORTS = (
     re.compile(r"(?<![.>])\b(?:error|warning)\(\s*" + NAME),  # of the whole configuration
     re.compile(r"[.>]error\([^,;]+,\s*" + NAME),  # of a part of it: first the key
     re.compile(r"\berror\(key,\s*" + NAME),
+    re.compile(r'\breject\(config, (?:"[^"]*"|\w+),\s*' + NAME),
 )
 QUOTED = re.compile(r"`([^`]+)`")
 

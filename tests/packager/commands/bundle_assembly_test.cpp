@@ -31,7 +31,7 @@ class AssembleBundle : public ::testing::Test {
     config_.application.minSplashMillis = 1500;
     config_.install.type = "perm_user";
     config_.update.url = "https://example.com/u/";
-    config_.update.mode = UpdateMode::kStatic;
+    config_.update.urlKind = UpdateUrlKind::kStatic;
     for (const char* name : {"launcher", "lzma64", "elev_mac", "GU", "App", "JRE"})
       writeFile(dir_ / name, "<"s + name + ">");
     tools_.launcher = dir_ / "launcher";
@@ -91,8 +91,20 @@ TEST_F(AssembleBundle, PutsARuntimeBetweenUpdaterAndApplication) {
   EXPECT_EQ(readFile(made_.release + "/Quillory-JRE-version.txt"), "17\n");
 }
 
+TEST_F(AssembleBundle, LeavesRuntimeAndApplicationToTheReleaseFilesWhenOnline) {
+  config_.bundle.isOnline = true;
+  PackedParts all = parts();
+  all.runtime = PackedPart{"JRE", "17", dir_ / "JRE"};
+  assemble(all);
+  const std::string tail = readFile(contents("Resources/Tail"));
+  EXPECT_TRUE(tail.starts_with(records({"Demo", "", "", "7"})));
+  EXPECT_TRUE(tail.ends_with(records({"0", "GU.p2.l2", "4"}) + "<GU>"));
+  EXPECT_EQ(readFile(made_.release + "/Quillory-JRE-17-archive.p2.l2"), "<JRE>");
+  EXPECT_EQ(readFile(made_.release + "/Quillory-Demo-3-archive.p2.l2"), "<App>");
+}
+
 TEST_F(AssembleBundle, LeavesADynamicUrlToTheParameters) {
-  config_.update.mode = UpdateMode::kDynamic;
+  config_.update.urlKind = UpdateUrlKind::kDynamic;
   config_.jvm.forceSpawn = true;
   config_.parameters = {{"mine", "1"}};
   assemble(parts());

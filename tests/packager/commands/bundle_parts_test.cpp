@@ -101,6 +101,21 @@ TEST_F(BundleParts, TheUpdaterOfOursIsStartedByItsOwnClasses) {
                "updater.jar", "0", "io.quillory.updater.JreCompatibility", "", "", "0", "0"}));
 }
 
+TEST_F(BundleParts, TheUpdaterHasItsProgramsAndSettingsWhereThereAreSettings) {
+  BundleTools tools;
+  tools.updaterJar = QUILLORY_UPDATER_JAR;
+  tools.updateProgram = dir_ / "quillory-update";
+  tools.updateWindow = dir_ / "window";
+  writeFile(tools.updateProgram, "program");
+  writeFile(tools.updateWindow, "window");
+  EXPECT_EQ(pathsOf(updaterPart(config_, tools).content), (Names{"QuilloryLaunch", "updater.jar"}));
+  const BundlePart part = updaterPart(config_, tools, "settings");
+  EXPECT_EQ(pathsOf(part.content), (Names{"QuilloryLaunch", "QuilloryUpdate", "quillory-update",
+                                          "quillory-update-window", "updater.jar"}));
+  EXPECT_EQ(part.content.entries().at("QuilloryUpdate").bytes, "settings");
+  EXPECT_EQ(part.content.entries().at("quillory-update-window").source, dir_ / "window");
+}
+
 TEST_F(BundleParts, AnotherUpdaterSaysItsClassItselfOrIsTold) {
   BundleTools tools;
   tools.updaterJar = dir_ / "hello.jar";

@@ -87,6 +87,25 @@ TEST_F(PutInPlace, TellsOfNoVersionWhoseArchiveIsNotThere) {
   EXPECT_TRUE(isThere("dist/Hello.app/Contents/old")) << "the bundle is not touched";
 }
 
+// Each of them cannot be put for once; what comes behind it then is not there.
+TEST_F(PutInPlace, HasTheReleaseListBehindAllThatItSpeaksOf) {
+  const std::vector<std::string> inOrder = {kArchive, "Quillory-Hello-3-from-2-delta", kVersionFile,
+                                            "Quillory-Hello-stable-releases-7",
+                                            "Quillory-Hello-stable-releases"};
+  for (std::size_t blocked = 0; blocked < inOrder.size(); ++blocked) {
+    writeFile(dir_ / "work/Hello.app/Contents/new", "new");
+    for (const std::string& name : inOrder) writeFile(dir_ / "work/release/" + name, "made");
+    fs::remove_all(dir_ / "dist");
+    block("dist/release/" + inOrder[blocked]);
+    EXPECT_NE(errorOf(), "") << inOrder[blocked];
+    for (std::size_t i = 0; i < inOrder.size(); ++i) {
+      EXPECT_EQ(fs::is_regular_file(dir_ / "dist/release/" + inOrder[i]), i < blocked)
+          << inOrder[i] << " where " << inOrder[blocked] << " is blocked";
+    }
+    fs::remove_all(dir_ / "work");
+  }
+}
+
 TEST_F(PutInPlace, TellsOfNoVersionWhoseBundleIsNotThere) {
   makeEarlierRun();
   fs::remove_all(dir_ / "work/Hello.app");

@@ -31,7 +31,7 @@ TEST(Completed, KeepsWhatIsWritten) {
   config.application.executable = "run";
   config.application.displayVersion = "1.2";
   config.application.identifier = "com.example.run";
-  config.update.mode = UpdateMode::kStatic;
+  config.update.urlKind = UpdateUrlKind::kStatic;
   config.update.url = "https://example.com/";
   const Config same = completed(config);
   EXPECT_EQ(same.application.executable, "run");

@@ -46,7 +46,7 @@ TEST(LoadConfig, FillsInWhatFollowsFromTheRest) {
   EXPECT_EQ(config.runtime.source, RuntimeSource::kNone);
   EXPECT_EQ(config.runtime.name, "JRE");
   EXPECT_EQ(config.install.type, "perm_user");
-  EXPECT_EQ(config.update.mode, UpdateMode::kOff);
+  EXPECT_EQ(config.update.urlKind, UpdateUrlKind::kOff);
   EXPECT_EQ(config.update.url, "http://no.invalid/");
   EXPECT_EQ(config.updater.version, 1);
   EXPECT_EQ(config.bundle.compression, 6);
@@ -83,10 +83,10 @@ TEST(LoadConfig, ReadsEveryKeyOfTheExampleInTheDocumentation) {
   EXPECT_THAT(config.runtime.addModules, ElementsAre("jdk.crypto.ec"));
   EXPECT_EQ(config.install.silentSwitch, "-q");
   EXPECT_EQ(config.install.requiredJava, 8);
-  EXPECT_EQ(config.update.mode, UpdateMode::kStatic);
+  EXPECT_EQ(config.update.urlKind, UpdateUrlKind::kStatic);
   EXPECT_EQ(config.update.url, "https://example.com/updates/");
   EXPECT_TRUE(config.update.hasClient);
-  EXPECT_EQ(config.update.clientMode, "background");
+  EXPECT_EQ(config.update.mode, UpdateMode::kBackground);
   EXPECT_EQ(config.update.channel, "stable");
   EXPECT_EQ(config.update.reserveKey, "reserve.public.pem");
   EXPECT_EQ(config.update.checkHours, 24);
@@ -141,10 +141,10 @@ TEST(LoadConfig, TellsInstallPlacesApart) {
 
 TEST(LoadConfig, TellsUpdatesApart) {
   const Config dynamic = loadWith("[update]\ndynamic = true\n").config;
-  EXPECT_EQ(dynamic.update.mode, UpdateMode::kDynamic);
+  EXPECT_EQ(dynamic.update.urlKind, UpdateUrlKind::kDynamic);
   EXPECT_EQ(dynamic.update.url, "");
   const Config both = loadWith("[update]\ndynamic = true\nurl = \"https://a.example/\"\n").config;
-  EXPECT_EQ(both.update.mode, UpdateMode::kDynamic);
+  EXPECT_EQ(both.update.urlKind, UpdateUrlKind::kDynamic);
   EXPECT_EQ(both.update.url, "https://a.example/");
 }
 
@@ -171,7 +171,7 @@ TEST(LoadConfig, ReadsWhatInstallationsUpdateThemselvesBy) {
   ASSERT_TRUE(loaded.accepted) << asText(loaded.findings.at(0));
   const UpdateConfig& update = loaded.config.update;
   EXPECT_EQ(update.channel, "beta");
-  EXPECT_EQ(update.clientMode, "at-start");
+  EXPECT_EQ(update.mode, UpdateMode::kAtStart);
   EXPECT_EQ(update.atStartSeconds, 30);
   EXPECT_EQ(update.checkHours, 6);
   EXPECT_EQ(update.keepVersions, 3);

@@ -6,12 +6,12 @@ namespace quillory::pack {
 namespace {
 
 TEST(ParseRollout, TakesAPartOrATime) {
-  EXPECT_EQ(parseRollout("25%"), (Rollout{25, 0}));
-  EXPECT_EQ(parseRollout("0 %"), (Rollout{0, 0}));
-  EXPECT_EQ(parseRollout("100%"), (Rollout{100, 0}));
-  EXPECT_EQ(parseRollout("7 days"), (Rollout{100, 7}));
-  EXPECT_EQ(parseRollout("1 day"), (Rollout{100, 1}));
-  EXPECT_EQ(parseRollout("365d"), (Rollout{100, 365}));
+  EXPECT_EQ(parseRollout("25%"), (RolloutPlan{25, 0}));
+  EXPECT_EQ(parseRollout("0 %"), (RolloutPlan{0, 0}));
+  EXPECT_EQ(parseRollout("100%"), (RolloutPlan{100, 0}));
+  EXPECT_EQ(parseRollout("7 days"), (RolloutPlan{100, 7}));
+  EXPECT_EQ(parseRollout("1 day"), (RolloutPlan{100, 1}));
+  EXPECT_EQ(parseRollout("365d"), (RolloutPlan{100, 365}));
 }
 
 TEST(ParseRollout, RefusesWhatCouldBeEither) {
@@ -21,11 +21,11 @@ TEST(ParseRollout, RefusesWhatCouldBeEither) {
   }
 }
 
-TEST(RolloutAsText, SaysWhoGetsItAndWhen) {
-  EXPECT_EQ(asText(Rollout{}), "all at once");
-  EXPECT_EQ(asText(Rollout{25, 0}), "25 % at once");
-  EXPECT_EQ(asText(Rollout{100, 7}), "all within 7 days");
-  EXPECT_EQ(asText(Rollout{50, 1}), "50 % within 1 day");
+TEST(RolloutPlanAsText, SaysWhoGetsItAndWhen) {
+  EXPECT_EQ(asText(RolloutPlan{}), "all at once");
+  EXPECT_EQ(asText(RolloutPlan{25, 0}), "25 % at once");
+  EXPECT_EQ(asText(RolloutPlan{100, 7}), "all within 7 days");
+  EXPECT_EQ(asText(RolloutPlan{50, 1}), "50 % within 1 day");
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ TEST(LintUpdates, HasNothingAgainstSettingsThatAreWhole) {
   const Loaded loaded = loadUpdate(
       "mode = \"at-start\"\n"
       "at-start-seconds = 5\n"
-      "channel = \"beta_2\"\n"
+      "channel = \"beta-2\"\n"
       "mirrors = [\"https://mirror.example.com/\"]\n"
       "minimum-system = \"10.15\"\n"
       "minimum-from = 2\n"
@@ -61,15 +61,15 @@ TEST(LintUpdates, WantsAUrlUnlessUpdatesAreOff) {
 }
 
 TEST(LintUpdates, RefusesChannelsThatNoFileCanBeNamedAfter) {
-  for (const char* channel : {"", "a-b", "a/b", "a b", "ä", "x.y"}) {
+  for (const char* channel : {"", ".b", "a/b", "a b", "ä"}) {
     const Finding finding =
         findingOf(loadUpdate("channel = \"" + std::string(channel) + "\"\n").findings, "channel");
     EXPECT_EQ(finding.place.line, 10u) << channel;
   }
   EXPECT_FALSE(
-      hasRule(loadUpdate("channel = \"" + std::string(32, 'c') + "\"\n").findings, "channel"));
+      hasRule(loadUpdate("channel = \"" + std::string(50, 'c') + "\"\n").findings, "channel"));
   EXPECT_TRUE(
-      hasRule(loadUpdate("channel = \"" + std::string(33, 'c') + "\"\n").findings, "channel"));
+      hasRule(loadUpdate("channel = \"" + std::string(51, 'c') + "\"\n").findings, "channel"));
 }
 
 TEST(LintUpdates, RefusesMirrorsThatAreNoUrls) {
@@ -83,7 +83,7 @@ TEST(LintUpdates, RefusesMirrorsThatAreNoUrls) {
           .severity,
       Severity::kWarning);
   std::string many;
-  for (int i = 0; i < 9; ++i) {
+  for (int i = 0; i < 11; ++i) {
     many += "\"https://example.com/\",";
   }
   EXPECT_TRUE(hasRule(loadUpdate(mode + "mirrors = [" + many + "]\n").findings, "range"));

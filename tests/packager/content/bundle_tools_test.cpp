@@ -67,6 +67,23 @@ TEST_F(FindBundleTools, TakesTheUpdaterThatComesWithUs) {
   EXPECT_EQ(findBundleTools(config_, Target::kMacOS).updaterJar, QUILLORY_UPDATER_JAR);
 }
 
+TEST_F(FindBundleTools, WantsTheProgramsOfAnUpdaterThatLooksForUpdates) {
+  EXPECT_EQ(findBundleTools(config_, Target::kMacOS).updateProgram, "");
+  config_.update.hasClient = true;
+  config_.bundle.updateProgram = "quillory-update";
+  config_.bundle.updateWindow = "quillory-update-window";
+  config_.places["bundle.quillory-update-window"] = {"quillory.toml", 7};
+  writeFile(dir_ / "quillory-update", thinMachO(kX86));
+  EXPECT_EQ(findings().at(0).what, "there is no file " + dir_ / "quillory-update-window");
+  EXPECT_EQ(findings().at(0).place.line, 7u);
+  writeFile(dir_ / "quillory-update-window", kElf);
+  EXPECT_EQ(rulesOf(findings()), std::vector<std::string>{"platform"});
+  writeFile(dir_ / "quillory-update-window", thinMachO(kX86));
+  const BundleTools tools = findBundleTools(config_, Target::kMacOS);
+  EXPECT_EQ(tools.updateProgram, dir_ / "quillory-update");
+  EXPECT_EQ(tools.updateWindow, dir_ / "quillory-update-window");
+}
+
 TEST_F(FindBundleTools, NamesTheKeyOfAFileThatIsNotThere) {
   for (const auto& [name, key, line] :
        {std::tuple{"launcher", "bundle.launcher", 2u}, std::tuple{"lzma64", "bundle.lzma64", 3u},
