@@ -8,16 +8,20 @@
 #include "packager/commands/init.h"
 #include "packager/commands/inspect.h"
 #include "packager/commands/keygen.h"
+#include "packager/commands/refresh.h"
 #include "packager/commands/release.h"
+#include "packager/commands/rollout.h"
 #include "packager/commands/set_params.h"
 #include "packager/commands/verify.h"
+#include "packager/commands/withdraw.h"
 
 namespace quillory::pack {
 
 std::vector<Command> allCommands() {
-  return {initCommand(),    keygenCommand(),     bundleCommand(),  releaseCommand(),
-          inspectCommand(), verifyCommand(),     extractCommand(), setCommand(),
-          doctorCommand(),  completionCommand(), manualCommand()};
+  return {initCommand(),       keygenCommand(),  bundleCommand(),   releaseCommand(),
+          refreshCommand(),    rolloutCommand(), withdrawCommand(), inspectCommand(),
+          verifyCommand(),     extractCommand(), setCommand(),      doctorCommand(),
+          completionCommand(), manualCommand()};
 }
 
 Argument helpArgument() {

@@ -1,9 +1,10 @@
 #include "packager/commands/release.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <ctime>
+#include <deque>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "packager/bytes/byte_sinks.h"
 #include "packager/commands/archive_facts.h"
 #include "packager/commands/bundle_making.h"
+#include "packager/commands/release_deltas.h"
 #include "packager/commands/release_folder.h"
 #include "packager/commands/release_list_plan.h"
 #include "packager/commands/released_archive.h"
@@ -95,13 +97,19 @@ std::vector<ReleasedPart> partsOf(const Config& config, const PackedParts& packe
   return parts;
 }
 
-void addComponents(ReleaseList& list, const std::vector<ReleasedPart>& parts) {
+// With the deltas that lead to them, which are made from their plain archives.
+void addComponents(ReleaseList& list, const std::vector<ReleasedPart>& parts,
+                   const ReleaseFolder& folder, const DeltaOptions& options, Reporter& reporter) {
+  std::deque<ArchiveFacts> unpacked;
+  std::map<std::string, std::string> plainArchives;
   for (const auto& [role, part, shownVersion] : parts) {
-    const ArchiveFacts facts(part.archive);
+    const ArchiveFacts& facts = unpacked.emplace_back(part.archive);
+    plainArchives[role] = facts.plain().path();
     ReleaseComponent component = facts.component(role, releaseArchiveName(part.name, part.version));
     component.shownVersion = shownVersion;
     list.components.push_back(std::move(component));
   }
+  addDeltas(list, plainArchives, folder, options, reporter);
 }
 
 // The launcher's version files tell of the channel that bundles are made for.
@@ -187,7 +195,8 @@ ReleaseResult makeRelease(const Config& config, const ReleaseOptions& options, R
   const PackedParts packed = making.pack(
       [&](const PackingJob& job) { return releasedArchive(folder, job, keys.forArchives()); });
   const MadeFiles made = making.assemble(packed);
-  addComponents(list, partsOf(config, packed));
+  addComponents(list, partsOf(config, packed), folder, {config.update.release.deltas, made.release},
+                reporter);
   writeLists(list, releaseListBytes(list, keys.forLists(), config.signing.salt), made.release);
   keepVersionFilesOf(config, folder, made.release);
   const BundleResult bundle = making.finish(made);
