@@ -5,6 +5,7 @@
 
 #include "launcher/cocoa_platform.h"
 #include "launcher/run_thread.h"
+#include "launcher/session_arguments.h"
 #include "support/exit_status.h"
 #include "support/log.h"
 #include "support/platform.h"
@@ -22,8 +23,14 @@ void logArguments(int count, char** arguments) {
 }
 
 void startRunThread() {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  const std::size_t stack = quillory::runThreadStackBytes();
+  if (stack > 0) pthread_attr_setstacksize(&attributes, stack);
   pthread_t thread;
-  if (pthread_create(&thread, nullptr, quillory::run, nullptr) != 0) {
+  const int refused = pthread_create(&thread, &attributes, quillory::run, nullptr);
+  pthread_attr_destroy(&attributes);
+  if (refused != 0) {
     logToSystem("The run thread cannot be started.\n");
     std::exit(quillory::kExitFailure);
   }
@@ -34,6 +41,7 @@ void startRunThread() {
 int main(int argc, char** argv) {
   // An empty argument list names no program, and no argument that could be the last one.
   if (argc < 1) return quillory::kExitFailure;
+  argc = quillory::withoutArgumentsOfTheSystem(argc, argv);
   quillory::fillStandardStreams();
   // What nobody reads is no reason not to install.
   quillory::outliveReaders();
