@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <initializer_list>
 #include <optional>
@@ -31,6 +32,14 @@ struct SystemJre {
   std::string java;
   std::string unpack200;
 };
+
+// Folders into which systems and package managers link the programs of everybody: the `java` there
+// is some JRE's, and the folder above it is none. It would be copied whole.
+bool isPrefixOfSystem(std::string_view folder) {
+  constexpr std::array<std::string_view, 6> kPrefixes = {
+      "", "/", "/usr", "/usr/local", "/opt/homebrew", "/opt/local"};
+  return std::find(kPrefixes.begin(), kPrefixes.end(), folder) != kPrefixes.end();
+}
 
 SystemJre jreWithToolsIn(const std::string& folder, const char* toolFolder) {
   const std::string tools = folder + toolFolder;
@@ -72,9 +81,10 @@ std::optional<SystemJre> findAcceptableJre(const SystemJreQuestion& question) {
 
   SystemJre jre;
   const std::string folder = jreFolderOfJava(*java);
-  // Without a folder no path is built: "/bin/java" would be a JRE that nobody named.
-  if (!folder.empty()) jre = jreWithToolsIn(folder, "/bin");
-  if (folder.empty() || !isAcceptable(jre, question.requiredJavaVersion)) {
+  // Of such a folder no path is built: "/bin/java" would be a JRE that nobody named.
+  const bool isNone = isPrefixOfSystem(folder);
+  if (!isNone) jre = jreWithToolsIn(folder, "/bin");
+  if (isNone || !isAcceptable(jre, question.requiredJavaVersion)) {
     logMessage("[JRESearch] A JRE does not seem to exist here.\n");
     jre = jreWithToolsIn(question.places.appletPlugin, "/Contents/Home/bin");
   }

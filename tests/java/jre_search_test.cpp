@@ -261,6 +261,19 @@ TEST_F(CopySystemJre, FlushesTheCopyBeforeItIsMovedToItsPlace) {
   EXPECT_THAT(flushed, ::testing::ElementsAre(copy));
 }
 
+TEST_F(CopySystemJre, TakesNoFolderOfTheWholeSystemForAJre) {
+  question_.isAutoTest = true;
+  for (const char* prefix : {"", "/usr", "/usr/local", "/opt/homebrew", "/opt/local"}) {
+    question_.places.autoTestJava = std::string(prefix) + "/bin/quillory-no-such-java";
+    EXPECT_EQ(search(), "");
+  }
+  for (const char* prefix : {"", "/usr", "/usr/local", "/opt/homebrew", "/opt/local"})
+    EXPECT_FALSE(log_.contains("Looking at JRE " + std::string(prefix) + "/bin/java"));
+  question_.places.autoTestJava = "/usr/lib/bin/quillory-no-such-java";
+  EXPECT_EQ(search(), "");
+  EXPECT_TRUE(log_.contains("Looking at JRE /usr/lib/bin/java")) << "an ordinary folder";
+}
+
 TEST_F(CopySystemJre, EndsWhereLinksLeadInCircles) {
   // Relative targets are taken as read: from this folder they name each other.
   const fs::path before = fs::current_path();
