@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/main_thread.h"
 #include "support/platform.h"
 #include "support/url_request.h"
 #include "tests/harness/captured_log.h"
@@ -243,6 +244,21 @@ TEST_F(RedrawerThread, EndsSoonAfterItIsCancelled) {
     [NSThread sleepForTimeInterval:0.01];
   EXPECT_TRUE([thread isFinished]);
   EXPECT_THAT(log.messages(), ElementsAre("Redrawer running!\n"));
+}
+
+using MainThread = CocoaObjects;
+
+TEST_F(MainThread, AnExceptionOfCocoaEndsThePieceOfWorkAlone) {
+  static std::vector<std::string> lines;
+  const ScopedReplace log(
+      platformCalls.systemLog, +[](const char* line) { lines.emplace_back(line); });
+  bool isReached = false;
+  platform::onMainThread([&] {
+    [NSException raise:@"NSOfTest" format:@"no window"];
+    isReached = true;
+  });
+  EXPECT_FALSE(isReached);
+  EXPECT_THAT(lines, ElementsAre("Something could not be shown.\n"));
 }
 
 }  // namespace
