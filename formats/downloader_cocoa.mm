@@ -73,12 +73,19 @@ float percentOf(int received, long long expected) {
   isDone = YES;
 }
 
-- (void)endBecause:(NSString*)reason {
-  if (transfer == nil) return;
-  [transfer cancel];
-  [transfer release];
+// Whoever waits looks at it, from another thread perhaps: it is over when the file is kept or gone,
+// and not before.
+- (void)forgetTransfer {
+  NSURLDownload* ended = transfer;
   transfer = nil;
+  [ended release];
+}
+
+- (void)endBecause:(NSString*)reason {
+  if (transfer == nil || isDone) return;
+  [transfer cancel];
   [self fail:reason address:address];
+  [self forgetTransfer];
 }
 
 - (void)endWhenLate {
@@ -152,18 +159,16 @@ float percentOf(int received, long long expected) {
 }
 
 - (void)downloadDidFinish:(NSURLDownload*)download {
-  [download release];
-  transfer = nil;
   NSLog(@"%@", @"downloadDidFinish");
   [self keepFile];
   isDone = YES;
+  [self forgetTransfer];
 }
 
 - (void)download:(NSURLDownload*)download didFailWithError:(NSError*)error {
-  [download release];
-  transfer = nil;
   [self fail:[error localizedDescription]
       address:[[error userInfo] objectForKey:NSURLErrorFailingURLStringErrorKey]];
+  [self forgetTransfer];
 }
 
 @end
