@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# Usage: scripts/build-macos.sh [--arch x86_64|arm64]... [PROGRAM...]
+# Usage: scripts/build-macos.sh [--arch x86_64|arm64]... [--jobs N] [PROGRAM...]
 #
 # Builds the macOS programs on Linux: launcher, lzma64, elev_mac and quillory-pack, or the ones
 # given. They are made for each architecture in build/macos/ARCH/bin, and joined in build/macos/bin;
-# with --arch for that one only, and not joined. What the build needs is fetched once, into
+# with --arch for that one only, and not joined. --jobs says how many compilers run at once, else it is
+# one for each processor. What the build needs is fetched once, into
 # ${XDG_CACHE_HOME:-~/.cache}/quillory-macos; where the network has none of it the script ends with
 # status 77. docs/porting.md tells what such programs are good for.
 set -euo pipefail
@@ -12,7 +13,15 @@ cd "$(dirname "$0")/.."
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/quillory-macos
 out=$PWD/build/macos
 architectures=()
-while [ "${1:-}" = --arch ]; do architectures+=("$2"); shift 2; done
+jobs=$(nproc)
+while :; do
+  case "${1:-}" in
+    --arch) architectures+=("$2") ;;
+    --jobs) jobs=$2 ;;
+    *) break ;;
+  esac
+  shift 2
+done
 programs=("$@")
 [ $# -gt 0 ] || programs=(launcher lzma64 elev_mac quillory-pack)
 
@@ -28,7 +37,7 @@ gather_headers() {
 
 build() {
   local arch=$1 libraries
-  libraries=$(cmake/macos/libraries.sh "$cache" "$arch")
+  libraries=$(cmake/macos/libraries.sh "$cache" "$arch" "$jobs")
   # A build folder remembers its compiler, which is another one with another cache.
   grep -qsF "=$cache/zig-0.11.0/zig" "$out/$arch/CMakeCache.txt" || rm -rf "${out:?}/$arch"
   cmake -G Ninja -S . -B "$out/$arch" -DCMAKE_BUILD_TYPE=Release \
@@ -36,7 +45,7 @@ build() {
     -DQUILLORY_ZIG="$cache/zig-0.11.0/zig" -DQUILLORY_ARCH="$arch" \
     -DQUILLORY_PREFIXES="$libraries;$out/headers" >"$out/$arch-configure.log" 2>&1 ||
     { cat "$out/$arch-configure.log"; return 1; }
-  cmake --build "$out/$arch" --target "${programs[@]}"
+  cmake --build "$out/$arch" --parallel "$jobs" --target "${programs[@]}"
 }
 
 join() {

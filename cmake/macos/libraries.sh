@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Usage: cmake/macos/libraries.sh CACHE ARCH
+# Usage: cmake/macos/libraries.sh CACHE ARCH JOBS
 #
 # Builds the static libraries for x86_64 or arm64 from the sources in CACHE (fetch.sh), once, and
 # prints the folder of their headers and archives.
@@ -7,6 +7,7 @@ set -euo pipefail
 
 cache=$1
 arch=$2
+jobs=$3
 toolchain=$(dirname "$(realpath "$0")")/toolchain.cmake
 zig=$cache/zig-0.11.0/zig
 # Built anew when this file changes.
@@ -23,7 +24,7 @@ export ZIG_GLOBAL_CACHE_DIR=$cache/zig-cache ZIG_LOCAL_CACHE_DIR=$work/zig-cache
 unset MAKEFLAGS MAKELEVEL LIBRARY_PATH CPATH
 flags="-O2 -g0 -w"
 build() {
-  make -s -j"$(nproc)" CC="$zig cc -target ${arch/arm64/aarch64}-macos.11.0" AR=llvm-ar-14 \
+  make -s -j"$jobs" CC="$zig cc -target ${arch/arm64/aarch64}-macos.11.0" AR=llvm-ar-14 \
     RANLIB=llvm-ranlib-14 "$@"
 }
 
