@@ -31,6 +31,7 @@ gather_headers() {
   java=$(dirname "$(dirname "$(realpath "$(command -v javac)")")")/include
   mkdir -p "$include/darwin" "$out/headers/share/cmake"
   cp -Rpu /usr/include/{toml.hpp,toml,CLI,nlohmann} "$java/jni.h" "$include"
+  cp -Rpu "$(pkg-config --variable=includedir libcurl)/curl" "$include"
   cp -pu "$java/linux/jni_md.h" "$include/darwin"
   cp -Rpu /usr/share/cmake/nlohmann_json "$out/headers/share/cmake"
 }

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string_view>
 
-#include "platform/gnustep/curl_library.h"
+#include "platform/curl_library.h"
 #include "support/new_file.h"
 
 namespace quillory::platform {

@@ -1,4 +1,4 @@
-#include "platform/gnustep/curl_library.h"
+#include "platform/curl_library.h"
 
 #include <dlfcn.h>
 
@@ -14,7 +14,7 @@ bool find(void* library, const char* name, Function*& function) {
 }
 
 std::optional<CurlLibrary> load() {
-  void* const library = dlopen("libcurl.so.4", RTLD_NOW | RTLD_LOCAL);  // stays for good
+  void* const library = dlopen(curlLibraryName(), RTLD_NOW | RTLD_LOCAL);  // stays for good
   if (library == nullptr) return std::nullopt;
   decltype(&curl_global_init) globalInit = nullptr;
   CurlLibrary curl = {};
@@ -24,12 +24,16 @@ std::optional<CurlLibrary> load() {
                           find(library, "curl_easy_perform", curl.perform) &&
                           find(library, "curl_easy_getinfo", curl.getInfo) &&
                           find(library, "curl_easy_strerror", curl.errorText) &&
-                          find(library, "curl_easy_cleanup", curl.cleanUp);
+                          find(library, "curl_easy_cleanup", curl.cleanUp) &&
+                          find(library, "curl_slist_append", curl.appendToList) &&
+                          find(library, "curl_slist_free_all", curl.freeList);
   if (!isComplete || globalInit(CURL_GLOBAL_DEFAULT) != CURLE_OK) return std::nullopt;
   return curl;
 }
 
 }  // namespace
+
+const char* curlLibraryName() { return QUILLORY_CURL_LIBRARY; }
 
 const CurlLibrary* curlLibrary() {
   static const std::optional<CurlLibrary> library = load();

@@ -12,9 +12,14 @@ struct CurlLibrary {
   decltype(&curl_easy_getinfo) getInfo;
   decltype(&curl_easy_strerror) errorText;
   decltype(&curl_easy_cleanup) cleanUp;
+  decltype(&curl_slist_append) appendToList;
+  decltype(&curl_slist_free_all) freeList;
 };
 
 /// Null where this system has no libcurl. Any thread.
 const CurlLibrary* curlLibrary();
+
+/// What the system calls it: "libcurl.so.4", say.
+const char* curlLibraryName();
 
 }  // namespace quillory::platform
