@@ -19,16 +19,16 @@ namespace {
 
 constexpr int kMostNamesTried = 1000;
 
-// "Wrapper-<date>-<time>-<millis>.log" in local time.
-std::string fileNameOf(std::uint64_t now) {
+// "<program>-<date>-<time>-<millis>.log" in local time.
+std::string fileNameOf(const char* program, std::uint64_t now) {
   const time_t seconds = static_cast<time_t>(now / 1000);
   tm local{};
   localtime_r(&seconds, &local);
   char date[64];
   strftime(date, sizeof date, "%Y-%m-%d-%H-%M-%S", &local);
-  char name[96];
-  std::snprintf(name, sizeof name, "Wrapper-%s-%03d.log", date, static_cast<int>(now % 1000));
-  return name;
+  char millis[8];
+  std::snprintf(millis, sizeof millis, "%03d", static_cast<int>(now % 1000));
+  return std::string(program) + '-' + date + '-' + millis + ".log";
 }
 
 // A link of another user would lead the log to wherever he likes.
@@ -51,11 +51,12 @@ int openOwnFile(int place, const std::string& name) {
 }
 
 // Null where none can be made; `name` is the one that was tried last.
-std::FILE* createLogFile(const std::string& folder, std::uint64_t now, std::string& name) {
+std::FILE* createLogFile(const std::string& folder, const char* program, std::uint64_t now,
+                         std::string& name) {
   const int place = openFolder(folder);
   int file = -1;
   for (int tries = 0; tries < kMostNamesTried; ++tries) {
-    name = fileNameOf(now + static_cast<std::uint64_t>(tries));
+    name = fileNameOf(program, now + static_cast<std::uint64_t>(tries));
     file = openat(place, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                   installationFileMode());
     if (file != -1 || errno != EEXIST) break;
@@ -68,7 +69,7 @@ std::FILE* createLogFile(const std::string& folder, std::uint64_t now, std::stri
 
 }  // namespace
 
-void setupFileLogging(const char* masterFolder) {
+void setupFileLogging(const char* masterFolder, const char* program) {
   const std::uint64_t now = timeCalls.nowMillis();
   std::string folder(masterFolder);
   makeDir(folder.c_str());
@@ -76,7 +77,7 @@ void setupFileLogging(const char* masterFolder) {
   folder += "logs";
   makeDir(folder.c_str());
   std::string name;
-  std::FILE* const file = createLogFile(folder, now, name);
+  std::FILE* const file = createLogFile(folder, program, now, name);
   logMessage("[Extractor] Logging to %s/%s\n", folder.c_str(), name.c_str());
   setFileToLogTo(file);
 }

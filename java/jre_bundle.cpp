@@ -186,20 +186,29 @@ void makeAlias(const std::string& alias) {
   }
 }
 
-}  // namespace
-
-ShapedJre shapeJreBundle(const std::string& bundle) {
-  ShapedJre jre = {aliasOf(bundle), ""};
+ShapedJre shape(const std::string& bundle, const std::string& alias,
+                void (*prepareAlias)(const std::string& alias)) {
+  ShapedJre jre = {alias, ""};
   logStartSection("OSX JRE initialisation");
   logMessage("[OSX JRE] Alias JRE path is %s\n", jre.alias.c_str());
   wrapPlainHome(bundle);
   const BundleExecutable executable = findExecutable(bundle);
-  makeAlias(jre.alias);
+  prepareAlias(jre.alias);
   jre.content = takeHome(findHome(bundle), jre.alias, stagingOf(bundle));
   relinkExecutable(executable, jre);
   makeSpawnHelperExecutable(jre);
   logEndSection("OSX JRE initialisation");
   return jre;
+}
+
+}  // namespace
+
+ShapedJre shapeJreBundle(const std::string& bundle) {
+  return shape(bundle, aliasOf(bundle), makeAlias);
+}
+
+ShapedJre shapeJreBeside(const std::string& bundle, const std::string& alias) {
+  return shape(bundle, alias, [](const std::string&) {});
 }
 
 void publishJre(const ShapedJre& jre) {

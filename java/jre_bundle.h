@@ -35,6 +35,11 @@ struct ShapedJre {
 /// it is published, however long it takes to complete it.
 ShapedJre shapeJreBundle(const std::string& bundle);
 
+/// The same for a bundle that is being made elsewhere, and whose alias will be at `alias`: its
+/// links lead there, its content stays in it, and nothing is made at that place. Whoever moves both
+/// lets the content go first: an alias alone is a JRE, and a bundle alone is none.
+ShapedJre shapeJreBeside(const std::string& bundle, const std::string& alias);
+
 /// Lets the content take the place of the alias, in one step where the file system can do that;
 /// what was there is deleted.
 void publishJre(const ShapedJre& jre);
