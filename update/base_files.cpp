@@ -19,6 +19,9 @@ constexpr int kForFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 // Not blocking: a pipe in the place of a file must not be waited for.
 constexpr int kForFile = O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
 
+constexpr std::string_view kContents = "Contents/";
+constexpr std::string_view kHome = "Contents/Home/";
+
 class Descriptor {
  public:
   explicit Descriptor(int number) : number_(number) {}
@@ -44,15 +47,21 @@ class Descriptor {
 
 }  // namespace
 
-BaseFiles::BaseFiles(const std::string& folder) : folder_(::open(folder.c_str(), kForFolder)) {}
+BaseFiles::BaseFiles(const std::string& folder, const std::string& home)
+    : folder_(::open(folder.c_str(), kForFolder)),
+      home_(home.empty() ? -1 : ::open(home.c_str(), kForFolder)) {}
 
 BaseFiles::~BaseFiles() {
-  if (folder_ >= 0) close(folder_);
+  for (const int opened : {folder_, home_})
+    if (opened >= 0) close(opened);
 }
 
 // One folder after the other: opening the path as a whole would follow links on the way.
-int BaseFiles::open(const std::string& path) const {
-  Descriptor above(fcntl(folder_, F_DUPFD_CLOEXEC, 0));
+int BaseFiles::open(const std::string& archivePath) const {
+  std::string path = archivePath;
+  const bool isInHome = home_ >= 0 && (path.starts_with(kHome) || !path.starts_with(kContents));
+  if (isInHome && path.starts_with(kHome)) path.erase(0, kHome.size());
+  Descriptor above(fcntl(isInHome ? home_ : folder_, F_DUPFD_CLOEXEC, 0));
   std::size_t begin = 0;
   for (std::size_t end = path.find('/'); end != path.npos; end = path.find('/', begin)) {
     above.replace(openat(above.number(), path.substr(begin, end - begin).c_str(), kForFolder));

@@ -12,9 +12,10 @@ namespace quillory::update {
 
 class BaseFiles {
  public:
-  /// The folder stays open until the end of the scope. One that is a link itself, or cannot be
-  /// opened, has no files.
-  explicit BaseFiles(const std::string& folder);
+  /// What an archive calls Contents/Home is, of an installed runtime, in a folder of its own,
+  /// `home` (java/jre_bundle.h); so is what has no Contents at all. Both folders stay open until
+  /// the end of the scope. One that is a link itself, or cannot be opened, has no files.
+  explicit BaseFiles(const std::string& folder, const std::string& home = "");
   ~BaseFiles();
   BaseFiles(const BaseFiles&) = delete;
   BaseFiles& operator=(const BaseFiles&) = delete;
@@ -28,9 +29,10 @@ class BaseFiles {
   std::string differenceOf(const BaseFile& file) const;
 
  private:
-  int open(const std::string& path) const;
+  int open(const std::string& archivePath) const;
 
   int folder_;
+  int home_;
 };
 
 }  // namespace quillory::update

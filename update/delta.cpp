@@ -30,7 +30,7 @@ class Undoing {
   Undoing(const DeltaTask& task, const DeltaHeader& header)
       : task_(task),
         header_(header),
-        base_(task.installedFolder),
+        base_(task.installedFolder, task.home),
         out_(task.out, 0600, Durability::kLeftToTheSystem),
         decoder_(static_cast<std::uint64_t>(header.window),
                  [this](const unsigned char* data, std::size_t size) {

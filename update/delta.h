@@ -14,6 +14,7 @@ namespace quillory::update {
 struct DeltaTask {
   std::string delta;            ///< path of the file, which has the length and hash of the list
   std::string installedFolder;  ///< of the older version
+  std::string home{};           ///< of a runtime, see BaseFiles; else ""
   std::string out;              ///< path of the archive; replaced when it is complete, not before
   std::string component{};
   std::string from{};

@@ -9,7 +9,7 @@ import re
 import sys
 
 # Without runner/, which the shipped start does not reach.
-FOLDERS = ["formats", "install", "java", "launcher", "platform", "support", "ui"]
+FOLDERS = ["formats", "install", "java", "launcher", "platform", "support", "ui", "update"]
 LITERALS = r'((?:\s*"(?:[^"\\]|\\.)*")+)'
 ERROR = re.compile(r"\b(?:logError|giveUp)\([^;\"]*?" + LITERALS)
 MESSAGE = re.compile(r"\b(?:logMessage|logToSystem|NSLog|printf)\(\s*@?" + LITERALS)

@@ -1,0 +1,93 @@
+// quillory-update: looks for updates of an installed application, loads them and puts them in their
+// place. The only program of an installation that talks to the network once the application runs.
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "install/file_logging.h"
+#include "support/file_modes.h"
+#include "support/log.h"
+#include "support/output_file.h"
+#include "support/standard_streams.h"
+#include "update/cancel.h"
+#include "update/command_line.h"
+#include "update/commands.h"
+#include "update/curl_transport.h"
+#include "update/restart.h"
+
+namespace {
+
+using namespace quillory;
+using namespace quillory::update;
+
+constexpr int kRestartLimitSeconds = 300;
+
+// Standard output is for lines: what a library or a program that is started prints goes elsewhere.
+std::FILE* linesOnly() {
+  const int lines = dup(STDOUT_FILENO);
+  if (lines < 0 || dup2(STDERR_FILENO, STDOUT_FILENO) < 0) return stdout;
+  std::FILE* const stream = fdopen(lines, "w");
+  return stream == nullptr ? stdout : stream;
+}
+
+// As the launcher chooses them.
+void chooseModes(const Installation& installation) {
+  if (!installation.isHardened) return;
+  chooseInstallationModes(installation.isForAllUsers ? InstallationModes::kOnlyTrustedAreUsed
+                                                     : InstallationModes::kOwnerWrites);
+}
+
+int runOn(const CommandLine& line, std::FILE* out) {
+  const Lines lines = [out](const Line& said) {
+    std::fprintf(out, "%s\n", said.text().c_str());
+    std::fflush(out);
+  };
+  std::string why;
+  const std::optional<Installation> installation =
+      readInstallation(line.properties, line.ownFolder, why);
+  if (!installation) {
+    lines(Line("failed").with("reason", why).with("retry", 0));
+    return kExitFailed;
+  }
+  chooseModes(*installation);
+  if (line.command != Command::kStatus) setupFileLogging(installation->ownFolder.c_str(), "Update");
+  const std::unique_ptr<Transport> transport = makeCurlTransport();
+  return runCommand({.command = line.command,
+                     .installation = *installation,
+                     .argument = line.argument,
+                     .transport = *transport,
+                     .lines = lines});
+}
+
+int runLine(const CommandLine& line) {
+  switch (line.kind) {
+    case CommandLine::Kind::kHelp:
+      std::fputs(help().c_str(), stdout);
+      return kExitDone;
+    case CommandLine::Kind::kVersion:
+      std::printf("quillory-update %s\n", kProgramVersion);
+      return kExitDone;
+    case CommandLine::Kind::kMistake:
+      std::fprintf(stderr, "quillory-update: %s\n\n%s", line.mistake.c_str(), help().c_str());
+      return kExitUsage;
+    case CommandLine::Kind::kRestart:
+      return restartAfter(line.waitFor, line.program, kRestartLimitSeconds) ? kExitDone
+                                                                            : kExitFailed;
+    case CommandLine::Kind::kCommand:
+      break;
+  }
+  return runOn(line, linesOnly());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  fillStandardStreams();
+  // An update goes on, also where nobody listens any more.
+  outliveReaders();
+  cancelOnSignals();
+  logCalls.show = [](const char*, std::size_t) {};
+  return runLine(parseCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc}));
+}
