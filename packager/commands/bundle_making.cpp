@@ -6,6 +6,7 @@
 #include "packager/commands/bundle_assembly.h"
 #include "packager/commands/bundle_key.h"
 #include "packager/commands/bundle_lint.h"
+#include "packager/commands/stored_jars.h"
 #include "packager/commands/update_settings.h"
 
 namespace quillory::pack {
@@ -43,8 +44,11 @@ BundleParts gatherParts(const Config& config, const BundleTools& tools,
   if (config.runtime.source != RuntimeSource::kNone) {
     runtime = runtimePart(config, tools, jars, options.target, workFolder, reporter);
   }
-  BundleParts parts{updaterPart(config, tools, updateSettings), applicationPart(config, jars),
-                    std::move(runtime)};
+  const bool areStored = config.application.jarsStored.value_or(false);
+  BundleParts parts{
+      updaterPart(config, tools, updateSettings),
+      applicationPart(config, areStored ? storedJars(jars, workFolder, reporter) : jars),
+      std::move(runtime)};
   reporter.findings(accepted(lintParts(config, parts, options.output)));
   return parts;
 }

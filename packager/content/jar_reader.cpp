@@ -7,31 +7,18 @@
 #include <string_view>
 #include <utility>
 
+#include "packager/content/zip_fields.h"
 #include "packager/report/findings.h"
 #include "support/owned.h"
 
 namespace quillory::pack {
 namespace {
 
-constexpr std::size_t kEndSize = 22;
-constexpr std::size_t kLongestComment = 65535;
-constexpr std::size_t kDirectoryEntrySize = 46;
-constexpr std::size_t kLocalHeaderSize = 30;
 constexpr std::uint32_t kLargestManifest = 1 << 20;
 constexpr std::uint32_t kLargestDirectory = 1 << 28;
-constexpr std::uint32_t kDeflated = 8;
 
 [[noreturn]] void damaged(const std::string& path) {
   throw PackError("is not a jar, or a damaged one", "build it again", {path, 0});
-}
-
-std::uint32_t at16(std::string_view bytes, std::size_t at) {
-  return static_cast<unsigned char>(bytes[at]) |
-         static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[at + 1])) << 8;
-}
-
-std::uint32_t at32(std::string_view bytes, std::size_t at) {
-  return at16(bytes, at) | at16(bytes, at + 2) << 16;
 }
 
 std::string readAt(std::FILE* file, long offset, std::size_t size, const std::string& path) {
@@ -57,10 +44,10 @@ std::string readDirectory(std::FILE* file, const std::string& path) {
   }
   const long size = std::ftell(file);
   const std::size_t tailSize = std::min<std::size_t>(static_cast<std::size_t>(std::max(size, 0L)),
-                                                     kEndSize + kLongestComment);
+                                                     kDirectoryEndSize + kLongestJarComment);
   const std::string tail = readAt(file, size - static_cast<long>(tailSize), tailSize, path);
-  const std::size_t end = tail.rfind("PK\x05\x06");
-  if (end == std::string::npos || end + kEndSize > tail.size()) {
+  const std::size_t end = tail.rfind(kDirectoryEndMark);
+  if (end == std::string::npos || end + kDirectoryEndSize > tail.size()) {
     damaged(path);
   }
   const std::uint32_t length = at32(tail, end + 12);
@@ -95,7 +82,7 @@ Jar::Jar(const std::string& path) : path_(path) {
   const std::string directory = readDirectory(file.get(), path);
   std::size_t at = 0;
   while (at + kDirectoryEntrySize <= directory.size()) {
-    if (directory.compare(at, 4, "PK\x01\x02") != 0) {
+    if (directory.compare(at, 4, kDirectoryEntryMark) != 0) {
       damaged(path);
     }
     Entry entry;
@@ -130,7 +117,8 @@ std::string Jar::content(const std::string& name) const {
   const long start = offset + static_cast<long>(kLocalHeaderSize) +
                      static_cast<long>(at16(header, 26) + at16(header, 28));
   std::string packed = readAt(file.get(), start, entry.packedSize, path_);
-  return entry.method == kDeflated ? inflateRaw(std::move(packed), entry.size, path_) : packed;
+  return entry.method == kDeflatedMethod ? inflateRaw(std::move(packed), entry.size, path_)
+                                         : packed;
 }
 
 std::string Jar::manifestValue(const std::string& name) const {

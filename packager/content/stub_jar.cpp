@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "packager/content/zip_fields.h"
+
 namespace quillory::pack {
 namespace {
 
@@ -15,30 +17,15 @@ constexpr std::string_view kManifest =
     "\r\n";
 
 constexpr std::uint16_t kVersionNeeded = 10;
-constexpr std::uint16_t kStored = 0;
-// 1980-01-01 00:00, the earliest time that a jar can hold.
-constexpr std::uint16_t kTime = 0;
-constexpr std::uint16_t kDate = 0x0021;
-
-void put16(std::string& out, std::uint32_t value) {
-  out += static_cast<char>(value & 0xFF);
-  out += static_cast<char>(value >> 8 & 0xFF);
-}
-
-void put32(std::string& out, std::uint32_t value) {
-  put16(out, value & 0xFFFF);
-  put16(out, value >> 16);
-}
-
 // The fields that the local header and the central directory have in common.
 void putCommonFields(std::string& out) {
   const auto crc =
       lzma_crc32(reinterpret_cast<const std::uint8_t*>(kManifest.data()), kManifest.size(), 0);
   put16(out, kVersionNeeded);
   put16(out, 0);  // flags
-  put16(out, kStored);
-  put16(out, kTime);
-  put16(out, kDate);
+  put16(out, kStoredMethod);
+  put16(out, kEarliestTime);
+  put16(out, kEarliestDate);
   put32(out, crc);
   put32(out, static_cast<std::uint32_t>(kManifest.size()));
   put32(out, static_cast<std::uint32_t>(kManifest.size()));
@@ -49,12 +36,12 @@ void putCommonFields(std::string& out) {
 }  // namespace
 
 std::string stubRuntimeJar() {
-  std::string jar = "PK\x03\x04";
+  std::string jar(kLocalHeaderMark);
   putCommonFields(jar);
   jar += kName;
   jar += kManifest;
 
-  std::string directory = "PK\x01\x02";
+  std::string directory(kDirectoryEntryMark);
   put16(directory, kVersionNeeded);  // made by
   putCommonFields(directory);
   put16(directory, 0);  // comment
@@ -64,7 +51,7 @@ std::string stubRuntimeJar() {
   put32(directory, 0);  // offset of the local header
   directory += kName;
 
-  std::string end = "PK\x05\x06";
+  std::string end(kDirectoryEndMark);
   put16(end, 0);  // this disk
   put16(end, 0);  // disk of the directory
   put16(end, 1);  // entries on this disk

@@ -7,6 +7,7 @@
 
 #include "tests/harness/child_process.h"
 #include "tests/harness/records.h"
+#include "tests/packager/content/zip_bytes.h"
 #include "tests/packager/released_project.h"
 
 namespace quillory::testing {
@@ -30,12 +31,19 @@ class BundleMaking : public ReleasedProject {
     }
     return "";
   }
-  std::string updaterArchive(const std::string& text) {
+  // The plain bytes of the archive of a part.
+  std::string archiveOf(pack::PackedPart pack::PackedParts::*part, const std::string& text) {
     std::ostringstream out, err;
     pack::Reporter reporter(out, err, {});
     const pack::Config config = loaded(text);
     pack::BundleMaking making(config, options().bundle, reporter);
-    return runChild({"xz", "--format=lzma", "-dc", making.pack().updater.archive}).out;
+    return runChild({"xz", "--format=lzma", "-dc", (making.pack().*part).archive}).out;
+  }
+  std::string updaterArchive(const std::string& text) {
+    return archiveOf(&pack::PackedParts::updater, text);
+  }
+  std::string applicationArchive(const std::string& text) {
+    return archiveOf(&pack::PackedParts::application, text);
   }
 };
 
@@ -56,6 +64,20 @@ TEST_F(BundleMaking, GivesNothingMoreToAnUpdaterOfBefore) {
   EXPECT_EQ(archive.find(records({"0", "QuilloryUpdate"})), std::string::npos);
   EXPECT_EQ(archive.find(records({"0", "quillory-update"})), std::string::npos);
   EXPECT_THAT(archive, HasSubstr("qyArcSpBlock_Component1;Quillory;1;any"));
+}
+
+TEST_F(BundleMaking, TakesTheCompressionOutOfJarsWhereUpdatesAreAskedFor) {
+  const std::string jar = project_ / "hello.jar";
+  withZip(project_ / "packed.jar", "w",
+          "  with zipfile.ZipFile('" + jar +
+              "') as plain:\n"
+              "    for n in plain.namelist(): z.writestr(n, plain.read(n))\n");
+  fs::rename(project_ / "packed.jar", jar);
+  const std::string manifest = "Main-Class: com.example.hello.Hello";
+  EXPECT_THAT(applicationArchive(config(1)), HasSubstr(manifest));
+  const std::string before = applicationArchive(project_.config());
+  EXPECT_EQ(before.find(manifest), std::string::npos);
+  EXPECT_NE(before.find(readFile(jar)), std::string::npos);
 }
 
 TEST_F(BundleMaking, RefusesInstallationsThatWouldTakeWhatIsNotSigned) {
