@@ -11,6 +11,7 @@
 #include "formats/remembered_options_format.h"
 #include "formats/version_file_format.h"
 #include "packager/bytes/byte_sinks.h"
+#include "packager/commands/update_views.h"
 #include "packager/keys/pem.h"
 #include "packager/keys/public_key.h"
 #include "packager/reading/bundle_view.h"
@@ -243,6 +244,12 @@ Json inspectKind(const std::string& path, FileKind kind, Findings& findings) {
       return inspectVersionFile(path);
     case FileKind::kSigningKey:
       return inspectKey(path);
+    case FileKind::kReleaseList:
+      return describeReleaseList(path);
+    case FileKind::kDelta:
+      return describeDelta(path);
+    case FileKind::kUpdateSettings:
+      return describeUpdateSettings(path);
     case FileKind::kUnknown:
       break;
   }

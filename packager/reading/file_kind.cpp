@@ -11,6 +11,7 @@
 #include "formats/property_block.h"
 #include "formats/remembered_options_format.h"
 #include "formats/tail_format.h"
+#include "formats/update_settings_format.h"
 #include "formats/version_file_format.h"
 #include "packager/reading/bundle_view.h"
 #include "packager/reading/record_input.h"
@@ -23,12 +24,26 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kHead = 512;
 
+constexpr std::string_view kReleasesEnd = "-releases";
+constexpr std::string_view kDeltaEnd = "-delta";
+
+// One in force, or one that is kept under its number.
+bool isReleaseListName(const std::string& name) {
+  const std::size_t last = name.find_last_not_of("0123456789");
+  const std::string ended = name.substr(0, last == name.npos ? 0 : last + 1);
+  const std::string end = std::string(kReleasesEnd) + (ended.size() < name.size() ? "-" : "");
+  return name.starts_with(kReleasePrefix) && ended.ends_with(end);
+}
+
 FileKind kindByName(const std::string& name) {
   if (name == kTailFileName) return FileKind::kTail;
   if (name == kLaunchFileName) return FileKind::kLaunchFile;
   if (name.starts_with(kLaunchPropertiesPrefix)) return FileKind::kLaunchProperties;
   if (name.starts_with(kRememberedOptionsPrefix)) return FileKind::kRememberedOptions;
   if (name.ends_with(kVersionFileSuffix)) return FileKind::kVersionFile;
+  if (name == kUpdateSettingsFileName) return FileKind::kUpdateSettings;
+  if (isReleaseListName(name)) return FileKind::kReleaseList;
+  if (name.starts_with(kReleasePrefix) && name.ends_with(kDeltaEnd)) return FileKind::kDelta;
   if (isArchiveName(name))
     return compressionOf(name) != nullptr ? FileKind::kCompressedArchive : FileKind::kArchive;
   return FileKind::kUnknown;
@@ -94,7 +109,10 @@ const std::vector<std::string>& fileKindNames() {
                                                  "launch-properties",
                                                  "remembered-options",
                                                  "version-file",
-                                                 "key"};
+                                                 "key",
+                                                 "release-list",
+                                                 "delta",
+                                                 "update-settings"};
   return names;
 }
 

@@ -18,6 +18,9 @@ enum class FileKind {
   kRememberedOptions,  ///< JRE-LastSuccessfulOptions-...
   kVersionFile,
   kSigningKey,
+  kReleaseList,
+  kDelta,
+  kUpdateSettings,
 };
 
 /// Names for --as, in the order of the enumeration: "bundle", "tail", ...

@@ -38,7 +38,10 @@ TEST(FileKindNamed, FindsEachKindByItsName) {
                 {"launch-properties", FileKind::kLaunchProperties},
                 {"remembered-options", FileKind::kRememberedOptions},
                 {"version-file", FileKind::kVersionFile},
-                {"key", FileKind::kSigningKey}};
+                {"key", FileKind::kSigningKey},
+                {"release-list", FileKind::kReleaseList},
+                {"delta", FileKind::kDelta},
+                {"update-settings", FileKind::kUpdateSettings}};
   for (const auto& [name, kind] : kKinds) {
     EXPECT_EQ(fileKindNamed(name), kind) << name;
     EXPECT_EQ(fileKindNames().at(static_cast<std::size_t>(kind)), name);
@@ -65,6 +68,12 @@ TEST_F(FileKindOf, GoesByTheNameWhereItSaysSo) {
       {"QYLaunchProperties-1234", FileKind::kLaunchProperties},
       {"JRE-LastSuccessfulOptions-App", FileKind::kRememberedOptions},
       {"Quillory-App-version.txt", FileKind::kVersionFile},
+      {"QuilloryUpdate", FileKind::kUpdateSettings},
+      {"Quillory-App-stable-releases", FileKind::kReleaseList},
+      {"Quillory-App-stable-releases-17", FileKind::kReleaseList},
+      {"Quillory-App-stable-releases7", FileKind::kSigningKey},
+      {"Quillory-App-stable-releases-", FileKind::kSigningKey},
+      {"Quillory-App-3-from-2-delta", FileKind::kDelta},
       {"app.p2.l2", FileKind::kCompressedArchive},
       {"app.p2", FileKind::kArchive}};
   for (const auto& [name, expected] : cases) {
