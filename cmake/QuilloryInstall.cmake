@@ -37,7 +37,7 @@ install(SCRIPT ${CMAKE_CURRENT_LIST_DIR}/note_new_folders.cmake)
 
 install(TARGETS quillory-pack lzma64 RUNTIME DESTINATION bin)
 # Not to be started from here: they are copied into bundles.
-install(TARGETS launcher elev_mac RUNTIME DESTINATION ${share})
+install(TARGETS launcher elev_mac quillory-update-window RUNTIME DESTINATION ${share})
 get_target_property(updater_jar updater_jar JAR_FILE)
 install(FILES ${updater_jar} DESTINATION ${share})
 # For who writes an application: on its class path, beside it in an IDE.

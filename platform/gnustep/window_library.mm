@@ -19,8 +19,10 @@ void NSRectFill(NSRect rect) { [NSClassFromString(@"NSBezierPath") fillRect:rect
 // the program is linked. Nothing reads it: classes are found by their names.
 extern "C" {
 extern const char __objc_class_name_NSApplication = 0;
+extern const char __objc_class_name_NSBezierPath = 0;
 extern const char __objc_class_name_NSBitmapImageRep = 0;
 extern const char __objc_class_name_NSColor = 0;
+extern const char __objc_class_name_NSFont = 0;
 extern const char __objc_class_name_NSImage = 0;
 extern const char __objc_class_name_NSView = 0;
 extern const char __objc_class_name_NSButton = 0;

@@ -1,0 +1,142 @@
+#include "update_window/update_story.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "update_window/amounts.h"
+
+namespace quillory::window {
+namespace {
+
+constexpr char kSpacer[] = "  \xC2\xB7  ";  // A middle dot.
+constexpr char kDots[] = "\xE2\x80\xA6";
+
+bool holds(const std::string& text, const char* part) {
+  return text.find(part) != std::string::npos;
+}
+
+}  // namespace
+
+const char* titleOf(Button button) {
+  switch (button) {
+    case Button::kCancel:
+      return "Cancel";
+    case Button::kTryAgain:
+      return "Try again";
+    case Button::kQuit:
+      return "Quit";
+    case Button::kStartAnyway:
+      return "Start without it";
+  }
+  return "";
+}
+
+UpdateStory::UpdateStory(std::string appName, bool isFirst)
+    : appName_(std::move(appName)), isFirst_(isFirst) {
+  beginAgain();
+}
+
+void UpdateStory::beginAgain() {
+  content_ = {.heading = (isFirst_ ? "Installing " : "Updating ") + appName_,
+              .text = std::string("Looking for the newest version") + kDots,
+              .hasBar = true,
+              .buttons = {isFirst_ ? Button::kCancel : Button::kStartAnyway}};
+  isWorthAWindow_ = isFirst_ || isWorthAWindow_;
+  isWaiting_ = false;
+  reason_.clear();
+  isWorthRetrying_ = true;
+}
+
+void UpdateStory::take(const UpdateLine& line) {
+  if (line.word == "offer") takeOffer(line);
+  if (line.word == "progress") takeProgress(line);
+  if (line.word == "step") takeStep(line);
+  if (line.word == "done") {
+    content_.text = "It is ready.";
+    content_.detail.clear();
+    content_.fraction = 1;
+  }
+  if (line.word == "failed") {
+    reason_ = line.text("reason");
+    isWorthRetrying_ = line.number("retry") == 1;
+  }
+}
+
+void UpdateStory::takeOffer(const UpdateLine& line) {
+  isWorthAWindow_ = true;
+  const std::string shown = line.text("shown");
+  const std::string version = shown.empty() ? line.text("version") : shown;
+  content_.heading = (isFirst_ ? "Installing " : "Updating ") + appName_ +
+                     (isFirst_ ? " " : " to version ") + version;
+  content_.text = std::string("Connecting") + kDots;
+  content_.detail = amountOf(line.number("size")) + " to load";
+}
+
+void UpdateStory::takeProgress(const UpdateLine& line) {
+  const std::int64_t total = line.number("total");
+  const std::int64_t done = std::min(line.number("done"), total);
+  content_.text = std::string("Loading") + kDots;
+  content_.fraction = total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 0;
+  content_.detail = partOf(done, total);
+  const std::int64_t rate = line.number("rate");
+  if (rate > 0) content_.detail += kSpacer + amountOf(rate) + "/s";
+  if (rate > 0 && line.values.contains("rest"))
+    content_.detail += kSpacer + timeLeft(line.number("rest"));
+}
+
+void UpdateStory::takeStep(const UpdateLine& line) {
+  const std::string what = line.text("what");
+  content_.text = what == "verify"    ? "Checking what was loaded"
+                  : what == "restore" ? "Putting it together"
+                  : what == "unpack"  ? "Unpacking"
+                                      : "Installing";
+  content_.text += kDots;
+  content_.detail.clear();
+}
+
+void UpdateStory::end(int status) {
+  switch (status) {
+    case kExitDone:
+      return;
+    case kExitBusy:
+      isWaiting_ = true;
+      content_.text = std::string("Another update of it is at work. Waiting for its end") + kDots;
+      return;
+    case kExitOff:
+      fail("Updates are switched off on this computer.",
+           "Ask who looks after it, or install the application from its full installer.", false);
+      return;
+    case kExitNeedsAdministrator:
+      fail("The application is installed for all users.", "An administrator has to start it once.",
+           false);
+      return;
+    default:
+      fail(reason_.empty() ? "The update program could not do its work." : reason_,
+           adviceFor(reason_), isWorthRetrying_);
+  }
+}
+
+std::string UpdateStory::adviceFor(const std::string& reason) const {
+  if (holds(reason, "No space left") || holds(reason, "quota") || holds(reason, "disk is full"))
+    return "Make room on the disk, and try again. What has been loaded is kept.";
+  if (holds(reason, "Permission denied") || holds(reason, "Read-only"))
+    return "Your account may not write to the installation. Ask who looks after this computer.";
+  if (!isWorthRetrying_)
+    return "Ask who provides the application. The log of the update says more.";
+  return "Check the connection to the network, and try again. What has been loaded is kept.";
+}
+
+void UpdateStory::fail(const std::string& what, const std::string& advice, bool mayTryAgain) {
+  isWorthAWindow_ = true;
+  content_.heading = (isFirst_ ? "" : "The update of ") + appName_ +
+                     (isFirst_ ? " could not be installed" : " could not be loaded");
+  content_.text = what;
+  content_.detail = advice;
+  content_.hasBar = false;
+  content_.isError = true;
+  content_.buttons.clear();
+  if (mayTryAgain) content_.buttons.push_back(Button::kTryAgain);
+  content_.buttons.push_back(isFirst_ ? Button::kQuit : Button::kStartAnyway);
+}
+
+}  // namespace quillory::window
