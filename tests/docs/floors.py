@@ -9,7 +9,7 @@ import pathlib
 import re
 import sys
 
-ROW = re.compile(r"^\| `([a-z/]+)` \|[^|]*\|([^|]*)\|$", re.MULTILINE)
+ROW = re.compile(r"^\| `([a-z_/]+)` \|[^|]*\|([^|]*)\|$", re.MULTILINE)
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s+"([^"]+)"', re.MULTILINE)
 SOURCES = {".h", ".cpp", ".mm", ".m"}
 # Beside the floors.
@@ -20,7 +20,7 @@ def read_table(page):
     """What each floor may know, in the order of the page."""
     table = {}
     for name, known in ROW.findall(page):
-        table[name] = re.findall(r"`([a-z/]+)`", known)
+        table[name] = re.findall(r"`([a-z_/]+)`", known)
     return table
 
 
