@@ -1,0 +1,224 @@
+// Versions on trial: the real launcher and the real updater, over an installation that is put
+// together by hand. docs/formats/update-trials.md says what is expected.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "tests/e2e/launcher_run.h"
+
+namespace quillory::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::string_literals;
+using ::testing::Each;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+constexpr char kSettings[] =
+    "1\0stable\0background\0"
+    "20\0"
+    "24\0"
+    "2\0"
+    "0\0"
+    "0";
+
+/// The runtime of the tests as an installed one: its own folders, links for what is in them.
+void installRuntime(const std::string& master) {
+  const fs::path runtime = QUILLORY_TEST_RUNTIME;
+  const fs::path alias = master + "/Quillory-JRE-17-complete";
+  fs::create_directories(alias / "bin");
+  fs::create_directories(alias / "lib");
+  fs::copy_file(runtime / "bin/java", alias / "bin/java");
+  fs::create_symlink(runtime / "conf", alias / "conf");
+  for (const auto& entry : fs::directory_iterator(runtime / "lib"))
+    fs::create_symlink(entry.path(), alias / "lib" / entry.path().filename());
+  writeFile(alias / "lib/rt.jar", "not looked into");
+  fs::create_directories(alias.string() + ".plugin/Contents/MacOS");
+  fs::create_symlink(alias, alias.string() + ".plugin/Contents/Home");
+}
+
+Tail installedTail() {
+  Tail tail;
+  tail.appVersion = "1";
+  tail.jreVersion = "17";
+  return tail;
+}
+
+class GoingBack : public ::testing::Test {
+ protected:
+  explicit GoingBack(const Parameters& more = {})
+      : bundle_(folder_.str(), installedTail(), parameters(more)) {
+    installRuntime(user_.master());
+    const std::string updater = updaterFolder();
+    fs::create_directories(updater);
+    fs::copy_file(QUILLORY_UPDATER_JAR, updater + "/updater.jar");
+    writeFile(updater + "/QuilloryLaunch",
+              launchFileBytes({.mainClass = "io.quillory.updater.Main",
+                               .appName = "demo",
+                               .classPath = {"updater.jar"},
+                               .extraArguments = {},
+                               .compatibilityClass = "io.quillory.updater.JreCompatibility"}));
+    writeFile(updater + "/QuilloryUpdate", std::string(kSettings, sizeof kSettings));
+    install("1");
+  }
+
+  static Parameters parameters(const Parameters& more) {
+    Parameters all = {{"jre_name", "JRE"}};
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+  }
+  std::string updaterFolder() const { return user_.master() + "/Quillory-Quillory-1-complete"; }
+  std::string updates() const { return user_.master() + "/QYUpdates"; }
+
+  void install(const std::string& version) const {
+    const std::string folder = user_.master() + "/Quillory-Demo-" + version + "-complete";
+    fs::create_directory(folder);
+    fs::copy_file(QUILLORY_REPORT_JAR, folder + "/report.jar");
+    writeFile(folder + "/QuilloryLaunch", launchFileBytes());
+  }
+
+  /// The version that a start ran.
+  std::string run(const std::vector<std::string>& arguments = {}) {
+    last_ = start(bundle_, user_, arguments);
+    return versionIn(last_);
+  }
+  static std::string versionIn(const ChildResult& result) {
+    const std::string path = reported(result, "class.path");
+    const std::string before = "/Quillory-Demo-";
+    const std::size_t at = path.find(before);
+    if (at == std::string::npos) return result.out + result.err;
+    const std::size_t begin = at + before.size();
+    return path.substr(begin, path.find('-', begin) - begin);
+  }
+  /// A start that gets this signal once its application runs.
+  std::string runUntil(int signal) {
+    BackgroundChild child({bundle_.executable(), "--sleep=60000"}, user_.options());
+    EXPECT_TRUE(child.waitForOutput("REPORT END"));
+    child.sendSignal(signal);
+    last_ = child.finish();
+    return versionIn(last_);
+  }
+
+  TempDir folder_;
+  TestUser user_;
+  HandMadeBundle bundle_;
+  ChildResult last_;
+};
+
+TEST_F(GoingBack, AfterTwoBadStartsTheVersionBeforeIsStartedAndItIsToldOnce) {
+  EXPECT_EQ(run(), "1");
+  install("2");
+  EXPECT_EQ(run({"--exit=3"}), "2");
+  EXPECT_EQ(last_.exitStatus, 3);
+  EXPECT_EQ(run({"--exit=3"}), "2");
+  EXPECT_EQ(run(), "1");
+  EXPECT_THAT(last_.err, HasSubstr("[Updater] Version 2 of \"Demo\" did not start twice and is not "
+                                   "tried again. Version 1 is started.\n"));
+  EXPECT_EQ(run(), "1");
+  EXPECT_THAT(last_.err, Not(HasSubstr("[Updater]")));
+  install("3");
+  EXPECT_EQ(run(), "3");
+}
+
+TEST_F(GoingBack, AnExceptionAndAKillAreBadStartsToo) {
+  EXPECT_EQ(run(), "1");
+  install("2");
+  EXPECT_EQ(run({"--throw"}), "2");
+  EXPECT_EQ(runUntil(SIGKILL), "2");
+  EXPECT_EQ(run(), "1");
+}
+
+TEST_F(GoingBack, ThreeStartsThatTheUserEndedShowNothing) {
+  EXPECT_EQ(run(), "1");
+  install("2");
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) EXPECT_EQ(runUntil(signal), "2");
+  EXPECT_EQ(run(), "2");
+  EXPECT_THAT(readFile(updates() + "/trials"), HasSubstr("Quillory-Demo-2-complete\0\0"
+                                                         "0\0UNKNOWN\0"s));
+}
+
+TEST_F(GoingBack, AVersionThatWasGoodOnceSurvivesThreeBadStarts) {
+  EXPECT_EQ(run(), "1");
+  install("2");
+  EXPECT_EQ(run(), "2");
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(run({"--exit=3"}), "2");
+  EXPECT_EQ(run(), "2");
+  EXPECT_THAT(namesIn(updates()), Each(Not(StartsWith("try-"))));
+}
+
+TEST_F(GoingBack, WithoutSettingsNothingIsKeptOfAStart) {
+  fs::remove(updaterFolder() + "/QuilloryUpdate");
+  install("2");
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(run({"--exit=3"}), "2");
+  EXPECT_FALSE(fs::exists(updates()));
+}
+
+class GoingBackOfAProcess : public GoingBack {
+ protected:
+  GoingBackOfAProcess() : GoingBack({{"force_spawn", "true"}}) {}
+};
+
+TEST_F(GoingBackOfAProcess, IsTheSame) {
+  fs::create_directory(updates());
+  EXPECT_EQ(run(), "1");
+  install("2");
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(run({"--exit=3"}), "2");
+  EXPECT_EQ(run(), "1");
+}
+
+/// An installation without an application, and a stand-in for the program that fetches one.
+class OnlineInstaller : public GoingBack {
+ protected:
+  OnlineInstaller() {
+    fs::remove_all(user_.master() + "/Quillory-Demo-1-complete");
+    install("9");
+    fs::rename(user_.master() + "/Quillory-Demo-9-complete", served_);
+    fs::copy_file(QUILLORY_UPDATE_WINDOW, updaterFolder() + "/quillory-update-window");
+    Tail tail = installedTail();
+    tail.appVersion = "";
+    writeFile(bundle_.resource("Tail"), tailBytes(tail));
+  }
+  void program(const std::string& script) const {
+    const std::string path = updaterFolder() + "/quillory-update";
+    writeFile(path, "#!/bin/sh\necho \"$@\" > '" + (folder_ / "said") + "'\n" + script + "\n");
+    fs::permissions(path, fs::perms::owner_all);
+  }
+
+  const std::string served_ = folder_ / "served";
+};
+
+TEST_F(OnlineInstaller, FetchesTheApplicationAndStartsIt) {
+  program("echo offer version=9 size=1000\ncp -R '" + served_ + "' '" + user_.master() +
+          "/Quillory-Demo-9-complete'");
+  EXPECT_EQ(run({"argument"}), "9") << last_.out << last_.err;
+  EXPECT_THAT(last_.err, HasSubstr("[Update] Installing Demo 9\n"));
+  EXPECT_THAT(reportOf(last_), ::testing::Contains("arg 1=argument"));
+  EXPECT_THAT(readFile(folder_ / "said"),
+              HasSubstr("install --properties " + updaterFolder() + "/QYLaunchProperties-"));
+  EXPECT_THAT(readFile(folder_ / "said"), HasSubstr(" --own-folder " + user_.master() + "\n"));
+}
+
+TEST_F(OnlineInstaller, SaysWhyItCouldNot) {
+  program("echo failed reason=no%20line retry=1\nexit 1");
+  run();
+  EXPECT_EQ(last_.exitStatus, 1);
+  EXPECT_THAT(last_.err, HasSubstr("[Update]   no line"));
+  EXPECT_THAT(last_.err, HasSubstr("[Updater] No version of \"Demo\" is installed: it could not be "
+                                   "fetched. The newest log in " +
+                                   user_.master() + "/logs says why."));
+}
+
+TEST_F(OnlineInstaller, WithoutItsProgramsSaysWhatItAlwaysSaid) {
+  fs::remove(updaterFolder() + "/quillory-update-window");
+  run();
+  EXPECT_EQ(last_.exitStatus, 1);
+  EXPECT_THAT(last_.err, HasSubstr("[Updater] No version of \"Demo\" is installed in " +
+                                   user_.master() + ".\n"));
+}
+
+}  // namespace
+}  // namespace quillory::testing
