@@ -25,6 +25,7 @@ function(quillory_printed file program)
 endfunction()
 quillory_printed(quillory-pack.1 quillory-pack manual)
 quillory_printed(lzma64.1 lzma64_manual)
+quillory_printed(quillory-update.1 quillory_update_manual)
 quillory_printed(quillory-pack.bash quillory-pack completion bash)
 quillory_printed(_quillory-pack quillory-pack completion zsh)
 quillory_printed(quillory-pack.fish quillory-pack completion fish)
@@ -37,19 +38,20 @@ install(SCRIPT ${CMAKE_CURRENT_LIST_DIR}/note_new_folders.cmake)
 
 install(TARGETS quillory-pack lzma64 RUNTIME DESTINATION bin)
 # Not to be started from here: they are copied into bundles.
-install(TARGETS launcher elev_mac quillory-update-window RUNTIME DESTINATION ${share})
+install(TARGETS launcher elev_mac quillory-update quillory-update-window RUNTIME
+        DESTINATION ${share})
 get_target_property(updater_jar updater_jar JAR_FILE)
 install(FILES ${updater_jar} DESTINATION ${share})
 # For who writes an application: on its class path, beside it in an IDE.
 install(FILES ${quillory_api_jars} DESTINATION ${share})
 # Programs for Macs, where scripts/build-macos.sh has made them beside this build.
-foreach(program launcher lzma64 elev_mac)
+foreach(program launcher lzma64 elev_mac quillory-update)
   if(NOT APPLE)
     install(PROGRAMS ${CMAKE_BINARY_DIR}/../macos/bin/${program} DESTINATION ${share}/macos OPTIONAL)
   endif()
 endforeach()
 
-install(FILES ${texts}/quillory-pack.1 ${texts}/lzma64.1 DESTINATION ${man})
+install(FILES ${texts}/quillory-pack.1 ${texts}/lzma64.1 ${texts}/quillory-update.1 DESTINATION ${man})
 install(FILES ${texts}/quillory-pack.bash DESTINATION ${bash} RENAME quillory-pack)
 install(FILES ${texts}/_quillory-pack DESTINATION ${zsh})
 install(FILES ${texts}/quillory-pack.fish DESTINATION ${fish})

@@ -1,5 +1,6 @@
 #include "update/installing.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -70,7 +71,7 @@ FetchResult moveToPlace(const Installation& installation, const PlannedComponent
 
 bool mayInstall(const Installation& installation) {
   if (installation.isHardened && installation.isForAllUsers && geteuid() != 0) return false;
-  return access(installation.masterFolder.c_str(), W_OK | X_OK) == 0;
+  return faccessat(AT_FDCWD, installation.masterFolder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
 FetchResult installStaged(const Installation& installation, const Plan& plan) {

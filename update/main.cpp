@@ -9,7 +9,7 @@
 #include "install/file_logging.h"
 #include "support/file_modes.h"
 #include "support/log.h"
-#include "support/output_file.h"
+#include "support/platform.h"
 #include "support/standard_streams.h"
 #include "update/cancel.h"
 #include "update/command_line.h"
@@ -88,6 +88,8 @@ int main(int argc, char** argv) {
   // An update goes on, also where nobody listens any more.
   outliveReaders();
   cancelOnSignals();
+  // The log is the file: standard output is for lines, and the system has its own to tell.
   logCalls.show = [](const char*, std::size_t) {};
+  platformCalls.systemLog = [](const char*) {};
   return runLine(parseCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc}));
 }

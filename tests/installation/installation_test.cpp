@@ -67,7 +67,8 @@ TEST_F(Installation, HasEverythingWhereASystemLooksForIt) {
       treeOf(prefix_),
       IsSupersetOf({"bin/quillory-pack", "bin/lzma64", "share/quillory/launcher",
                     "share/quillory/elev_mac", "share/quillory/updater.jar",
-                    "share/man/man1/quillory-pack.1", "share/man/man1/lzma64.1",
+                    "share/quillory/quillory-update", "share/man/man1/quillory-pack.1",
+                    "share/man/man1/lzma64.1", "share/man/man1/quillory-update.1",
                     "share/bash-completion/completions/quillory-pack",
                     "share/zsh/site-functions/_quillory-pack",
                     "share/fish/vendor_completions.d/quillory-pack.fish",
@@ -76,7 +77,7 @@ TEST_F(Installation, HasEverythingWhereASystemLooksForIt) {
 
 TEST_F(Installation, HasTheProgramsForMacsThatWereBuilt) {
   const fs::path built = fs::path(QUILLORY_BUILD_DIR).parent_path() / "macos/bin";
-  for (const char* program : {"launcher", "lzma64", "elev_mac"}) {
+  for (const char* program : {"launcher", "lzma64", "elev_mac", "quillory-update"}) {
     EXPECT_EQ(fs::exists(installed("share/quillory/macos/") + program), fs::exists(built / program))
         << program;
   }
@@ -89,12 +90,14 @@ TEST_F(Installation, HasDocumentsThatLinkOnlyToWhatIsThere) {
 }
 
 TEST_F(Installation, HasManualPagesThatRenderWithoutAWarning) {
-  for (const std::string name : {"quillory-pack", "lzma64"}) {
+  for (const auto& [name, purpose] : {std::pair<std::string, std::string>{"quillory-pack", "packs "},
+                                      {"lzma64", "packs "},
+                                      {"quillory-update", "looks "}}) {
     const std::string page = installed(kManualPages) + '/' + name + ".1";
     const ChildResult shown = runWith("LC_ALL", "C.UTF-8", {"man", "--warnings", "-l", page});
     EXPECT_EQ(shown.exitStatus, 0);
     EXPECT_EQ(shown.err, "");
-    EXPECT_THAT(shown.out, AllOf(HasSubstr("\nNAME\n       " + name + " - packs "),
+    EXPECT_THAT(shown.out, AllOf(HasSubstr("\nNAME\n       " + name + " - " + purpose),
                                  HasSubstr("\nEXIT STATUS\n"), HasSubstr("\nSEE ALSO\n")));
     if (isThere("mandoc")) {
       const ChildResult lint = runChild({"mandoc", "-T", "lint", "-W", "error", page});

@@ -11,6 +11,7 @@
 #include "install/installation_lock.h"
 #include "tests/harness/file_size_limit.h"
 #include "tests/harness/records.h"
+#include "tests/support/ordinary_user.h"
 #include "tests/update/machine.h"
 #include "update/cancel.h"
 #include "update/metered.h"
@@ -263,18 +264,45 @@ TEST_F(Install, LoadsNothingThatTheDiskHasNoRoomFor) {
   EXPECT_EQ(machine.transport.countAsked("archive"), 0);
 }
 
+// Lets others look into what is this user's alone.
+void openToOthers(const std::string& folder) {
+  namespace fs = std::filesystem;
+  constexpr auto kLook = fs::perms(0055);
+  fs::permissions(folder, kLook, fs::perm_options::add);
+  fs::permissions(fs::path(folder).parent_path(), kLook, fs::perm_options::add);
+}
+
 TEST_F(Install, NeedsAnAdministratorWhereOnlyHeMayWrite) {
   release(2, "2");
   Machine machine(releases_);
   machine.extraProperties =
       property("qystat_install_type", "perm_all") + property("qydyna_hardened", "true");
-  if (geteuid() == 0) {
-    // Root may: it is he who is meant.
-    EXPECT_EQ(machine.run(Command::kInstall).status, update::kExitDone);
-  } else {
-    EXPECT_EQ(machine.run(Command::kInstall).status, update::kExitNeedsAdministrator);
-    EXPECT_EQ(machine.transport.countAsked("archive"), 0);
-  }
+  openToOthers(machine.master());
+  openToOthers(releases_.path());
+  const TempDir own;
+  chmod(own.str().c_str(), 0777);
+  machine.ownFolder = own.str();
+  const update::Installation its = machine.installation();
+  const AsOrdinaryUser somebody;
+  const RunResult result = machine.runOn(its, Command::kInstall);
+  EXPECT_EQ(result.status, update::kExitNeedsAdministrator);
+  EXPECT_THAT(result.line("failed"), HasSubstr("needs%20an%20administrator"));
+  EXPECT_EQ(machine.transport.countAsked("archive"), 0);
+  EXPECT_THAT(machine.versions(), ElementsAre("Quillory-Demo-1-complete"));
+  EXPECT_TRUE(std::filesystem::exists(own / "QYUpdates/state"));
+  // In the background it is only told.
+  EXPECT_EQ(machine.runOn(its, Command::kBackground).status, update::kExitDone);
+}
+
+TEST_F(Install, NeedsAnAdministratorWhereItMayNotEvenRemember) {
+  release(2, "2");
+  Machine machine(releases_);
+  openToOthers(machine.master());
+  const update::Installation its = machine.installation();
+  const AsOrdinaryUser somebody;
+  const RunResult result = machine.runOn(its, Command::kInstall);
+  EXPECT_EQ(result.status, update::kExitNeedsAdministrator);
+  EXPECT_THAT(machine.versions(), ElementsAre("Quillory-Demo-1-complete"));
 }
 
 TEST_F(Install, OffersNothingBeforeItsRolloutHasComeToIt) {

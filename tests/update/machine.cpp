@@ -67,12 +67,16 @@ update::Installation Machine::installation() const {
                       property("qystat_app_dir", updaterFolder()) +
                       property("qystat_jre_name", "JRE") + extraProperties);
   std::string why;
-  return update::readInstallation(path, "", why).value();
+  return update::readInstallation(path, ownFolder, why).value();
 }
 
 RunResult Machine::run(update::Command command, const std::string& argument) {
+  return runOn(installation(), command, argument);
+}
+
+RunResult Machine::runOn(const update::Installation& its, update::Command command,
+                         const std::string& argument) {
   RunResult result;
-  const update::Installation its = installation();
   result.status = update::runCommand(
       {.command = command,
        .installation = its,

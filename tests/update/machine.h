@@ -47,6 +47,9 @@ class Machine {
   /// The launch properties of a start, which the next run is told.
   update::Installation installation() const;
   RunResult run(update::Command command, const std::string& argument = "");
+  /// The same of an installation that was read before.
+  RunResult runOn(const update::Installation& its, update::Command command,
+                  const std::string& argument = "");
 
   update::State state() const { return update::readState(folder_ / "QYUpdates"); }
   /// Which versions of the application are there, in order of their names.
@@ -57,6 +60,7 @@ class Machine {
   FolderTransport transport;
   UpdateSettings settings;      ///< as they were written last
   std::string extraProperties;  ///< put behind the others
+  std::string ownFolder;        ///< "": the master folder
   std::string administrators;   ///< the folder of the administrator's files
 
  private:

@@ -5,6 +5,7 @@
 #include "formats/sha256.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/writing/archive_writer.h"
+#include "packager/writing/delta_writer.h"
 #include "packager/writing/release_list_writer.h"
 #include "tests/packager/openssl.h"
 
@@ -70,7 +71,28 @@ ReleaseComponent ReleaseFolder::add(const std::string& role, const std::string& 
   for (const auto& [path, bytes] : content)
     component.installedLength += static_cast<std::int64_t>(bytes.size());
   writeFile(folder_ / component.archive.name, archive);
+  writeFile(plainPath(component), plain);
   return component;
+}
+
+std::string ReleaseFolder::plainPath(const ReleaseComponent& component) const {
+  return plain_ / component.plainSha256;
+}
+
+void ReleaseFolder::addDelta(ReleaseComponent& component, const ReleaseComponent& base) {
+  const std::string name =
+      "Quillory-" + component.name + '-' + component.version + "-from-" + base.version + "-delta";
+  const pack::MadeDelta made = pack::writeDelta({.role = component.role,
+                                                 .component = component.name,
+                                                 .from = base.version,
+                                                 .to = component.version,
+                                                 .oldArchive = plainPath(base),
+                                                 .newArchive = plainPath(component),
+                                                 .wholeLength = component.archive.length},
+                                                folder_ / name);
+  EXPECT_TRUE(made.isMade) << made.reason;
+  component.deltas.push_back(
+      {base.version, made.baseSha256, {name, made.length, made.sha256}, made.memory});
 }
 
 ReleaseList ReleaseFolder::list(std::int64_t number, std::vector<ReleaseComponent> components) {

@@ -30,6 +30,10 @@ class ReleaseFolder {
   ReleaseComponent add(const std::string& role, const std::string& name, const std::string& version,
                        const Content& content, const pack::SigningKey& key = testKey("working"));
 
+  /// Makes the delta from `base` to `component`, which are both of add(), and has the component
+  /// name it. A test failure where none is worth while.
+  void addDelta(ReleaseComponent& component, const ReleaseComponent& base);
+
   /// A list with nothing special about it: of the application Demo, for every platform.
   static ReleaseList list(std::int64_t number, std::vector<ReleaseComponent> components);
 
@@ -38,7 +42,10 @@ class ReleaseFolder {
                const std::vector<const pack::SigningKey*>& keys = {&testKey("working")}) const;
 
  private:
+  std::string plainPath(const ReleaseComponent& component) const;
+
   TempDir folder_;
+  TempDir plain_;  ///< archives before they were packed
 };
 
 /// The bytes of a file, taken as a list names it.

@@ -1,0 +1,192 @@
+// The program itself, against a real web server.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <filesystem>
+#include <sstream>
+
+#include "formats/sha256.h"
+#include "tests/harness/child_process.h"
+#include "tests/harness/eventually.h"
+#include "tests/harness/http_server.h"
+#include "tests/update/machine.h"
+#include "tests/update/nginx.h"
+
+namespace quillory::testing {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+using ::testing::StartsWith;
+
+ChildOptions withoutProxies() {
+  ChildOptions options;
+  options.unset = {"http_proxy", "https_proxy", "all_proxy", "ALL_PROXY"};
+  return options;
+}
+
+class Program : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!Nginx::isThere()) GTEST_SKIP() << "there is no nginx";
+    server_ = std::make_unique<Nginx>(releases_.path());
+    machine_.extraProperties = property("qystat_update_url", server_->url());
+    // The lists of these tests are as old as the machine's clock says.
+    realList_.issued = std::time(nullptr) - kDay;
+    realList_.expires = std::time(nullptr) + 90 * kDay;
+  }
+
+  ReleaseComponent app(const std::string& version) {
+    return releases_.add(kApplicationRole, "Demo", version, {{"app.jar", "version " + version}});
+  }
+  void release(std::int64_t number, const std::string& version) {
+    ReleaseList list = ReleaseFolder::list(number, {app(version)});
+    list.issued = realList_.issued + number;
+    list.expires = realList_.expires;
+    releases_.publish(list);
+  }
+  std::vector<std::string> command(const std::string& name) const {
+    machine_.installation();  // which writes the launch properties
+    return {QUILLORY_UPDATE, name, "--properties",
+            machine_.updaterFolder() + "/QYLaunchProperties-1-1"};
+  }
+  ChildResult run(const std::string& name) const {
+    return runChild(command(name), withoutProxies());
+  }
+
+  ReleaseFolder releases_;
+  Machine machine_{releases_};
+  ReleaseList realList_;
+  std::unique_ptr<Nginx> server_;
+};
+
+TEST_F(Program, InstallsAReleaseFromARealServer) {
+  release(2, "2");
+  const ChildResult result = run("install");
+  EXPECT_EQ(result.exitStatus, 0) << result.out << result.err;
+  EXPECT_THAT(result.out, HasSubstr("\ndone version=2 release=2\n"));
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(machine_.fileOf("2", "app.jar"), "version 2");
+}
+
+TEST_F(Program, WritesALogInTheFormOfTheLaunchers) {
+  release(2, "2");
+  run("install");
+  std::vector<std::string> logs;
+  for (const auto& entry : std::filesystem::directory_iterator(machine_ / "logs"))
+    logs.push_back(entry.path().filename().string());
+  ASSERT_EQ(logs.size(), 1u);
+  EXPECT_THAT(logs[0], MatchesRegex("Update-[0-9-]*[.]log"));
+  EXPECT_THAT(readFile(machine_ / "logs/" + logs[0]),
+              AllOf(StartsWith("+0 "), HasSubstr("[Update] Installed ")));
+}
+
+TEST_F(Program, AsksOnceAndForLittleWhereNothingIsNew) {
+  release(1, "1");
+  run("check");
+  const ChildResult result = run("check");
+  EXPECT_EQ(result.out, "phase name=CHECKING\nnone newest=1\n");
+  const std::vector<std::string> asked = server_->log();
+  ASSERT_EQ(asked.size(), 2u);
+  EXPECT_THAT(asked[1], StartsWith("304 /Quillory-Demo-stable-releases "));
+  EXPECT_LT(std::stoi(asked[1].substr(asked[1].rfind(' ') + 1)), 500);
+}
+
+TEST_F(Program, IsCancelledByASignalAndGoesOnAnotherTime) {
+  // A server that sends half and stalls.
+  release(2, "2");
+  HttpServer slow;
+  const std::string archive = releaseArchiveName("Demo", "2");
+  const std::string bytes = readFile(releases_ / archive);
+  slow.answer("/" + releaseListName("Demo", "stable"),
+              answerFile(readFile(releases_ / releaseListName("Demo", "stable"))));
+  slow.answer("/" + archive, answerStalled(bytes, bytes.size() / 2));
+  machine_.extraProperties = property("qystat_update_url", slow.url());
+  BackgroundChild child(command("install"), withoutProxies());
+  const std::string part = machine_ / "QYUpdates/downloads/" + sha256Hex(bytes) + ".part";
+  ASSERT_TRUE(eventually([&] {
+    return std::filesystem::exists(part) && std::filesystem::file_size(part) == bytes.size() / 2;
+  }));
+  child.sendSignal(SIGTERM);
+  const ChildResult result = child.finish();
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_THAT(result.out, HasSubstr("failed reason=cancelled retry=1\n"));
+  machine_.extraProperties = property("qystat_update_url", server_->url());
+  EXPECT_EQ(run("install").exitStatus, 0);
+  EXPECT_THAT(server_->log().back(), StartsWith("206 /" + archive));
+  EXPECT_EQ(machine_.fileOf("2", "app.jar"), "version 2");
+}
+
+TEST_F(Program, IsBusyWhereAnotherOneIsAtWork) {
+  release(2, "2");
+  HttpServer silent;
+  silent.answer("/" + releaseListName("Demo", "stable"), answerSilence());
+  machine_.extraProperties = property("qystat_update_url", silent.url());
+  BackgroundChild first(command("install"), withoutProxies());
+  ASSERT_TRUE(eventually([&] { return !silent.requests().empty(); }));
+  const ChildResult second = run("install");
+  EXPECT_EQ(second.exitStatus, 75);
+  EXPECT_EQ(second.out, "busy\n");
+  first.sendSignal(SIGTERM);
+  EXPECT_EQ(first.finish().exitStatus, 1);
+}
+
+TEST_F(Program, SaysThatThereIsNoSuchHost) {
+  machine_.extraProperties = property("qystat_update_url", "http://one.invalid/");
+  const ChildResult result = run("check");
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_THAT(result.out, HasSubstr("failed reason=Could%20not%20resolve%20host"));
+}
+
+TEST_F(Program, AsksNobodyAtNoInvalid) {
+  machine_.extraProperties = property("qystat_update_url", "http://no.invalid/");
+  EXPECT_EQ(run("install").exitStatus, 3);
+}
+
+TEST_F(Program, RefusesAFolderAsAServer) {
+  release(2, "2");
+  machine_.extraProperties = property("qystat_update_url", "file://" + releases_.path());
+  const ChildResult result = run("install");
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_THAT(result.out, HasSubstr("that%20is%20no%20address%20of%20the%20web"));
+}
+
+TEST_F(Program, GoesOnWhereNobodyListens) {
+  release(2, "2");
+  std::string line;
+  for (const std::string& word : command("install")) line += '\'' + word + "' ";
+  runChild({"bash", "-c", line + "| true; exit 0"}, withoutProxies());
+  EXPECT_TRUE(eventually([this] { return machine_.fileOf("2", "app.jar") == "version 2"; }));
+}
+
+TEST_F(Program, SaysWhatItTakes) {
+  EXPECT_THAT(runChild({QUILLORY_UPDATE, "--help"}).out, StartsWith("usage: quillory-update "));
+  EXPECT_EQ(runChild({QUILLORY_UPDATE, "--version"}).out, "quillory-update 1.0\n");
+  const ChildResult result = runChild({QUILLORY_UPDATE, "frobnicate"});
+  EXPECT_EQ(result.exitStatus, 2);
+  EXPECT_THAT(result.err, StartsWith("quillory-update: there is no command frobnicate\n"));
+  EXPECT_EQ(runChild({QUILLORY_UPDATE, "check", "--properties", "/none"}).exitStatus, 1);
+}
+
+TEST(Restart, StartsTheProgramWhenTheOtherOneHasEnded) {
+  const TempDir folder;
+  BackgroundChild other({"cat"});
+  BackgroundChild update({QUILLORY_UPDATE, "restart", "--wait", std::to_string(other.pid()), "--",
+                          "/bin/sh", "-c", "echo \"$0\" > " + folder / "started", "an argument"});
+  EXPECT_FALSE(std::filesystem::exists(folder / "started"));
+  other.sendSignal(SIGKILL);
+  other.finish();
+  EXPECT_EQ(update.finish().exitStatus, 0);
+  EXPECT_TRUE(eventually([&] {
+    return std::filesystem::exists(folder / "started") && !readFile(folder / "started").empty();
+  }));
+  EXPECT_EQ(readFile(folder / "started"), "an argument\n");
+}
+
+}  // namespace
+}  // namespace quillory::testing
