@@ -45,7 +45,7 @@ install(FILES ${updater_jar} DESTINATION ${share})
 # For who writes an application: on its class path, beside it in an IDE.
 install(FILES ${quillory_api_jars} DESTINATION ${share})
 # Programs for Macs, where scripts/build-macos.sh has made them beside this build.
-foreach(program launcher lzma64 elev_mac quillory-update)
+foreach(program launcher lzma64 elev_mac quillory-update quillory-update-window)
   if(NOT APPLE)
     install(PROGRAMS ${CMAKE_BINARY_DIR}/../macos/bin/${program} DESTINATION ${share}/macos OPTIONAL)
   endif()

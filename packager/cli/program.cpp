@@ -13,15 +13,16 @@
 #include "packager/commands/rollout.h"
 #include "packager/commands/set_params.h"
 #include "packager/commands/verify.h"
+#include "packager/commands/verify_release.h"
 #include "packager/commands/withdraw.h"
 
 namespace quillory::pack {
 
 std::vector<Command> allCommands() {
-  return {initCommand(),       keygenCommand(),  bundleCommand(),   releaseCommand(),
-          refreshCommand(),    rolloutCommand(), withdrawCommand(), inspectCommand(),
-          verifyCommand(),     extractCommand(), setCommand(),      doctorCommand(),
-          completionCommand(), manualCommand()};
+  return {initCommand(),    keygenCommand(),        bundleCommand(),   releaseCommand(),
+          refreshCommand(), rolloutCommand(),       withdrawCommand(), inspectCommand(),
+          verifyCommand(),  verifyReleaseCommand(), extractCommand(),  setCommand(),
+          doctorCommand(),  completionCommand(),    manualCommand()};
 }
 
 Argument helpArgument() {

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "packager/cli/program.h"
 
 namespace quillory::pack {
@@ -44,7 +46,9 @@ TEST(ManualPage, HasEveryCommandOnceAndEveryOption) {
   TalkOptions talk;
   const std::string page = manualPage(allCommands(), talkArguments(talk));
   for (const Command& command : allCommands()) {
-    const std::string heading = ".SS \"" + command.name + "\"\n";
+    // A dash that is not to be taken for a hyphen has a backslash.
+    const std::string name = std::regex_replace(command.name, std::regex("-"), "\\-");
+    const std::string heading = ".SS \"" + name + "\"\n";
     ASSERT_THAT(page, HasSubstr(heading));
     EXPECT_THAT(page.substr(page.find(heading) + 1), Not(HasSubstr(heading)));
     for (const Argument& argument : command.arguments) {
