@@ -16,6 +16,10 @@ public final class Sample {
     for (String arg : args) {
       if (arg.equals("--thread")) {
         text.append("thread ").append(Thread.currentThread().getName()).append('\n');
+      } else if (arg.startsWith("--property=")) {
+        text.append("property ").append(System.getProperty(arg.substring(11))).append('\n');
+      } else if (arg.startsWith("--library=")) {
+        text.append("library ").append(load(arg.substring(10))).append('\n');
       } else if (arg.equals("--throw")) {
         throw new IllegalStateException("thrown on purpose");
       } else if (arg.startsWith("--exit=")) {
@@ -23,6 +27,16 @@ public final class Sample {
       }
     }
     System.out.print(text);
+  }
+
+  /** What the JVM says when it cannot load the library. */
+  private static String load(String library) {
+    try {
+      System.loadLibrary(library);
+      return "loaded";
+    } catch (UnsatisfiedLinkError e) {
+      return e.getMessage();
+    }
   }
 
   private static boolean sees(String className) {

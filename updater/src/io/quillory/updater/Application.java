@@ -16,10 +16,23 @@ import java.util.List;
 
 /** An installed application, run in this JVM. */
 final class Application {
+  /** Where an application's native libraries lie, in its version folder. */
+  private static final String NATIVE_FOLDER = "native";
+
   /** Asks no file for its permissions: that takes milliseconds, and the application has all. */
   private static final class Loader extends URLClassLoader {
-    Loader(URL[] urls, ClassLoader parent) {
+    private final File folder;
+
+    Loader(File folder, URL[] urls, ClassLoader parent) {
       super(urls, parent);
+      this.folder = folder;
+    }
+
+    /** Asked before the java.library.path, which the JVM has read before this program runs. */
+    @Override
+    protected String findLibrary(String name) {
+      File library = new File(folder, NATIVE_FOLDER + '/' + System.mapLibraryName(name));
+      return library.isFile() ? library.getPath() : null;
     }
 
     @Override
@@ -66,7 +79,7 @@ final class Application {
     }
     System.setProperty("java.class.path", text.toString());
     // Never closed: the application may have threads that outlive its main method.
-    ClassLoader loader = new Loader(urls, ClassLoader.getSystemClassLoader().getParent());
+    ClassLoader loader = new Loader(folder, urls, ClassLoader.getSystemClassLoader().getParent());
     Thread.currentThread().setContextClassLoader(loader);
     return loader;
   }

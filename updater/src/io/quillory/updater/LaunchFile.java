@@ -9,14 +9,25 @@ import java.util.List;
 final class LaunchFile {
   static final String NAME = "QuilloryLaunch";
 
+  /** Versions of the file from which there are these records. */
+  private static final int WITH_CHECK = 3;
+
+  private static final int WITH_HOOKS = 4;
+  private static final int WITH_OPTIONS = 5;
+
+  private static final String PROPERTY = "-D";
+  private static final String USERS_ARGUMENTS = "-Dquillory.arguments=user";
+
   final String mainClass;
   /** Paths relative to the folder of the launch file. */
   final List<String> classPath;
   /** Arguments that the application gets before the user's. */
   final List<String> extraArguments;
+  /** "-Dname=value" for each system property that is set before the main class. */
+  private final List<String> options;
 
   private LaunchFile(Records records) {
-    records.next(); // The version of the file: what is read here is the same in all of them.
+    long version = records.nextNumber();
     mainClass = records.next();
     records.next(); // Class for an update
     records.next(); // Application name
@@ -26,10 +37,38 @@ final class LaunchFile {
     records.next();
     classPath = group(records);
     extraArguments = group(records);
+    if (version >= WITH_CHECK) {
+      records.next(); // Compatibility class
+    }
+    if (version >= WITH_HOOKS) {
+      records.next(); // Classes for after an installation and before a removal
+      records.next();
+    }
+    options = version >= WITH_OPTIONS ? group(records) : new ArrayList<String>();
   }
 
   static LaunchFile read(File folder) throws IOException {
     return new LaunchFile(Records.of(new File(folder, NAME)));
+  }
+
+  /**
+   * Whether the main class gets the user's arguments alone, as if it had been started by hand. Else
+   * the path of the launch properties comes first, which is what applications get that were packed
+   * before this could be chosen.
+   */
+  boolean passesUsersArgumentsOnly() {
+    return options.contains(USERS_ARGUMENTS);
+  }
+
+  /** Options of another kind come too late: the JVM runs. */
+  void setSystemProperties() {
+    for (String option : options) {
+      int equals = option.indexOf('=');
+      if (option.startsWith(PROPERTY) && equals > PROPERTY.length()) {
+        System.setProperty(
+            option.substring(PROPERTY.length(), equals), option.substring(equals + 1));
+      }
+    }
   }
 
   /** A count and that many values, fewer where the file ends earlier. */

@@ -7,8 +7,8 @@ import java.util.List;
 /**
  * Started by the launcher with the path of the launch-properties file, the extra arguments of the
  * updater's own launch file, and the user's arguments. Runs the newest installed version of the
- * application with the same path, the extra arguments of the application's launch file, and the
- * user's arguments. Where that cannot be done, it says so on standard error and ends the process
+ * application with the extra arguments of the application's launch file and the user's arguments,
+ * and where that launch file does not say otherwise with the path in front of them. Where that cannot be done, it says so on standard error and ends the process
  * with status 1.
  *
  * <p>Every start goes through here, so nothing is used that takes the JVM long to load: no lambdas,
@@ -34,6 +34,7 @@ public final class Main {
       File ownFolder = new File(required(properties, "qystat_app_dir")).getAbsoluteFile();
       File folder = versionToStart(propertiesFile, properties, ownFolder);
       LaunchFile launchFile = readLaunchFile(folder);
+      launchFile.setSystemProperties();
       application = Application.in(folder, launchFile);
       passedOn = argumentsFor(launchFile, arguments, ownExtraArguments(ownFolder, arguments));
     } catch (IOException e) {
@@ -116,14 +117,17 @@ public final class Main {
   }
 
   private static String[] argumentsFor(LaunchFile launchFile, String[] arguments, int skipped) {
+    int own = launchFile.passesUsersArgumentsOnly() ? 0 : 1;
     List<String> extra = launchFile.extraArguments;
     int userCount = arguments.length - 1 - skipped;
-    String[] result = new String[1 + extra.size() + userCount];
-    result[0] = arguments[0];
-    for (int i = 0; i < extra.size(); i++) {
-      result[1 + i] = extra.get(i);
+    String[] result = new String[own + extra.size() + userCount];
+    if (own == 1) {
+      result[0] = arguments[0];
     }
-    System.arraycopy(arguments, 1 + skipped, result, 1 + extra.size(), userCount);
+    for (int i = 0; i < extra.size(); i++) {
+      result[own + i] = extra.get(i);
+    }
+    System.arraycopy(arguments, 1 + skipped, result, own + extra.size(), userCount);
     return result;
   }
 }

@@ -47,6 +47,29 @@ public class LaunchFileTest {
   }
 
   @Test
+  public void optionsSetSystemPropertiesAndNothingElse() throws IOException {
+    LaunchFile file =
+        read(HEADER + "0\0" + "0\0Check\0\0\0" + "5\0-Dtest.a=x=y\0-Xmx5m\0-D=z\0-Dtest.b=\0-Dtest.c\0"
+            + "0\0");
+    file.setSystemProperties();
+    assertEquals("x=y", System.getProperty("test.a"));
+    assertEquals("", System.getProperty("test.b"));
+    assertEquals(null, System.getProperty("test.c"));
+    assertEquals(false, file.passesUsersArgumentsOnly());
+  }
+
+  @Test
+  public void argumentsAreTheUsersAloneWhereAnOptionSaysSo() throws IOException {
+    String options = "1\0-Dquillory.arguments=user\0";
+    assertEquals(true, read(HEADER + "0\0" + "0\0\0\0\0" + options).passesUsersArgumentsOnly());
+    // Older files have fewer records before them, or none of them.
+    String rest = HEADER.substring(1) + "0\0" + "0\0";
+    assertEquals(true, read("5" + rest + "\0\0\0" + options).passesUsersArgumentsOnly());
+    assertEquals(false, read("4" + rest + "\0\0\0" + options).passesUsersArgumentsOnly());
+    assertEquals(false, read(HEADER + "0\0" + "0\0\0\0\0" + "0\0").passesUsersArgumentsOnly());
+  }
+
+  @Test
   public void aFileCutAnywhereIsReadAsFarAsItGoes() throws IOException {
     String whole = HEADER + "1\0a.jar\0" + "1\0extra\0";
     for (int length = 0; length < whole.length(); length++) {

@@ -1,6 +1,7 @@
 package io.quillory.updater;
 
 import static org.hamcrest.CoreMatchers.containsString;
+import static org.hamcrest.CoreMatchers.startsWith;
 import static org.hamcrest.MatcherAssert.assertThat;
 import static org.junit.Assert.assertEquals;
 import static org.junit.Assert.assertFalse;
@@ -56,13 +57,23 @@ public class MainTest {
   private static void writeLaunchFile(
       File folder, String mainClass, String classPath, String... extraArguments)
       throws IOException {
+    writeLaunchFile(folder, mainClass, classPath, extraArguments, new String[0]);
+  }
+
+  private static void writeLaunchFile(
+      File folder, String mainClass, String classPath, String[] extraArguments, String[] options)
+      throws IOException {
     StringBuilder text = new StringBuilder("6\0" + mainClass + "\0\0demo\0\0" + "0\0" + "0\0");
     text.append("0\0").append("1\0").append(classPath).append('\0');
     text.append(extraArguments.length).append('\0');
     for (String argument : extraArguments) {
       text.append(argument).append('\0');
     }
-    write(new File(folder, "QuilloryLaunch"), text.append("\0\0\0" + "0\0" + "0\0").toString());
+    text.append("\0\0\0").append(options.length).append('\0');
+    for (String option : options) {
+      text.append(option).append('\0');
+    }
+    write(new File(folder, "QuilloryLaunch"), text.append("0\0").toString());
   }
 
   private File installDemo(int version, String mainClass, String... extra) throws Exception {
@@ -110,6 +121,30 @@ public class MainTest {
             + "argument two words\nclass path " + demo + "/s p%41ce.jar\n"
             + "context loader is mine: true\nsees the updater: false\n",
         out);
+  }
+
+  @Test
+  public void anApplicationThatWantsItGetsWhatItWouldGetWithoutALauncher() throws Exception {
+    File demo = installDemo(1, "sample.Sample");
+    writeLaunchFile(demo, "sample.Sample", "s p%41ce.jar", new String[] {"extra"},
+        new String[] {"-Dquillory.arguments=user", "-Dsample.property=given to it"});
+    start(properties.getPath(), "user", "--property=quillory.launch.properties",
+        "--property=sample.property");
+    assertEquals(err, 0, status);
+    assertThat(out, startsWith("argument extra\nargument user\nargument --property="));
+    assertThat(out, containsString("property " + properties + "\nproperty given to it\n"));
+  }
+
+  @Test
+  public void nativeLibrariesAreFoundBesideTheApplication() throws Exception {
+    File demo = installDemo(1, "sample.Sample");
+    start(properties.getPath(), "--library=quillory_sample");
+    assertThat(out, containsString("library no quillory_sample in java.library.path"));
+    File library = new File(demo, "native/" + System.mapLibraryName("quillory_sample"));
+    library.getParentFile().mkdir();
+    write(library, "no library");
+    start(properties.getPath(), "--library=quillory_sample");
+    assertThat(out, containsString("library " + library + ":"));
   }
 
   @Test
