@@ -7,6 +7,7 @@
 #include "packager/bytes/byte_sinks.h"
 #include "packager/commands/named_jar.h"
 #include "packager/content/icns.h"
+#include "packager/content/runtime_options.h"
 
 namespace quillory::pack {
 namespace {
@@ -68,6 +69,19 @@ void lintStrays(const Config& config, const ContentTree& tree, const std::string
   }
 }
 
+// What `java -jar` would do for the application by its manifest, and the runtime cannot.
+void lintManifest(const Config& config, const std::string& path, const Jar& mainJar,
+                  Findings& findings) {
+  if (config.runtime.source != RuntimeSource::kJlink && !manifestOptions(mainJar).empty()) {
+    findings.push_back({Severity::kWarning,
+                        "no-effect",
+                        "the manifest asks for packages or native access that Java opens for "
+                        "java -jar; here a runtime that jlink makes does it",
+                        {path, 0},
+                        "add jlink = true to [runtime], or see that the runtime opens them"});
+  }
+}
+
 }  // namespace
 
 Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
@@ -82,8 +96,12 @@ Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
                           "rename it"});
     }
     const std::optional<Jar> jar = namedJar(path, config.placeOf("application.jars"), findings);
+    const bool isMain = jar && !hasMainClass && jar->hasClass(config.application.mainClass);
+    if (isMain) {
+      lintManifest(config, path, *jar, findings);
+    }
     // Nobody knows what is in a damaged one.
-    hasMainClass = !jar || jar->hasClass(config.application.mainClass) || hasMainClass;
+    hasMainClass = !jar || isMain || hasMainClass;
   }
   if (!hasMainClass) {
     findings.push_back({Severity::kError, "main-class",

@@ -23,6 +23,7 @@ namespace fs = std::filesystem;
 
 constexpr char kUpdaterJarName[] = "updater.jar";
 constexpr char kJarFolder[] = "lib/";
+constexpr char kNativeFolder[] = "native/";  // where the updater looks for them
 // The updater's own test of a runtime that the system offers.
 constexpr char kUpdaterMainClass[] = "io.quillory.updater.Main";
 constexpr char kCompatibilityClass[] = "io.quillory.updater.JreCompatibility";
@@ -81,14 +82,26 @@ void requireUpdaterClass(const Config& config, const std::string& path, const Ja
   throw RejectedInput({{Severity::kError, "main-class", what, config.placeOf(key), advice}});
 }
 
+RuntimeOptions optionsOf(const Config& config, const std::vector<std::string>& jars) {
+  RuntimeOptions options{config.jvm.options, {}};
+  const auto main = std::find_if(jars.begin(), jars.end(), [&](const std::string& jar) {
+    return Jar(jar).hasClass(config.application.mainClass);
+  });
+  if (main != jars.end()) {
+    options.asked = manifestOptions(Jar(*main));
+  }
+  return options;
+}
+
 // Makes a runtime, and returns its folder.
 std::string linkedRuntime(const Config& config, const BundleTools& tools,
                           std::vector<std::string> jars, Target target,
                           const std::string& workFolder, Reporter& reporter) {
   requireModulesFor(target, config);
   reporter.line("linking a runtime");
+  const RuntimeOptions options = optionsOf(config, jars);
   jars.push_back(tools.updaterJar);
-  return linkRuntime(config.runtime, jars, workFolder);
+  return linkRuntime(config.runtime, jars, workFolder, options);
 }
 
 std::string runtimeVersion(const Config& config, const std::string& home) {
@@ -102,28 +115,46 @@ std::string runtimeVersion(const Config& config, const std::string& home) {
   return version;
 }
 
-}  // namespace
+// What the updater sets before the main class, and whether it comes first among the arguments.
+std::vector<std::string> applicationOptions(const Config& config) {
+  std::vector<std::string> options;
+  if (!config.application.hasPropertiesArgument) {
+    options.push_back("-Dquillory.arguments=user");
+  }
+  for (const auto& [name, value] : config.jvm.systemProperties) {
+    options.push_back("-D" + name + '=' + value);
+  }
+  return options;
+}
 
-std::vector<std::string> findJars(const Config& config) {
-  std::vector<std::string> jars;
+// Every file that the patterns of `key` name, each once. `kind` is what a file is, for people.
+std::vector<std::string> namedFiles(const Config& config, const std::string& key, const char* kind,
+                                    const std::vector<std::string>& patterns) {
+  std::vector<std::string> files;
   Findings findings;
-  for (const std::string& pattern : config.application.jars) {
+  for (const std::string& pattern : patterns) {
     const std::vector<std::string> matches = matchesOf(config.resolve(pattern));
     if (matches.empty()) {
       findings.push_back({Severity::kError, "missing-file",
-                          "there is no jar " + config.resolve(pattern),
-                          config.placeOf("application.jars"), "build it, or correct the name"});
+                          std::string("there is no ") + kind + ' ' + config.resolve(pattern),
+                          config.placeOf(key), "build it, or correct the name"});
     }
     for (const std::string& match : matches) {
-      if (std::find(jars.begin(), jars.end(), match) == jars.end()) {
-        jars.push_back(match);
+      if (std::find(files.begin(), files.end(), match) == files.end()) {
+        files.push_back(match);
       }
     }
   }
   if (!findings.empty()) {
     throw RejectedInput(findings);
   }
-  return jars;
+  return files;
+}
+
+}  // namespace
+
+std::vector<std::string> findJars(const Config& config) {
+  return namedFiles(config, "application.jars", "jar", config.application.jars);
 }
 
 BundlePart updaterPart(const Config& config, const BundleTools& tools,
@@ -158,11 +189,16 @@ BundlePart applicationPart(const Config& config, const std::vector<std::string>&
   LaunchFile launch = commonLaunchFile(config);
   launch.mainClass = config.application.mainClass;
   launch.arguments = config.application.arguments;
+  launch.jvmOptions = applicationOptions(config);
   ContentTree tree("application");
   tree.addFolder("lib");
   for (const std::string& jar : jars) {
     launch.classPath.push_back(kJarFolder + nameOf(jar));
     tree.addFile(jar, launch.classPath.back());
+  }
+  for (const std::string& library : namedFiles(config, "application.native", "native library",
+                                               config.application.nativeLibraries)) {
+    tree.addFile(library, kNativeFolder + nameOf(library));
   }
   for (const ExtraFile& file : config.application.files) {
     const std::string from = config.resolve(file.from);

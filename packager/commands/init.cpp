@@ -34,6 +34,15 @@ constexpr const char* kTakenNames[] = {kUpdaterName, "JRE", "java", "keytool"};
 // So that folders named after it, and the bundle, have room for the rest of their names.
 constexpr std::size_t kLongestName = 100;
 
+// As `java -jar` takes it: with slashes, too, and with blanks around it.
+std::string mainClassOf(const Jar& jar) {
+  std::string name = jar.manifestValue("Main-Class");
+  name.erase(0, name.find_first_not_of(" \t"));
+  name.erase(name.find_last_not_of(" \t") + 1);
+  std::replace(name.begin(), name.end(), '/', '.');
+  return name;
+}
+
 std::vector<FoundJar> findJars(const std::string& folder) {
   std::vector<FoundJar> found;
   for (const char* inside : kJarFolders) {
@@ -54,7 +63,7 @@ std::vector<FoundJar> findJars(const std::string& folder) {
       }
       const std::string path = *inside == '\0' ? name : std::string(inside) + '/' + name;
       try {
-        found.push_back({path, Jar((place / name).string()).manifestValue("Main-Class")});
+        found.push_back({path, mainClassOf(Jar((place / name).string()))});
       } catch (const PackError&) {
         // Not a jar, whatever its name says.
       }
@@ -164,6 +173,8 @@ std::string initialConfig(const std::string& folder) {
          "[jvm]\n"
          "# memory-mb = 512              # largest heap, as -Xmx512m\n"
          "# initial-memory-mb = 64       # first heap, as -Xms64m\n"
+         "# options = [\"-XX:+UseSerialGC\"]  # what Java gets at every start\n"
+         "# system-properties = { \"my.property\" = \"value\" }\n"
          "\n"
          "[runtime]                      # leave it out for a small installer that downloads one\n"
          "jlink = true                   # made with the JDK's jlink, modules found with jdeps\n"

@@ -31,6 +31,10 @@ void readApplication(ConfigSection section, ApplicationConfig& out) {
   section.texts("jars", out.jars);
   section.files("files", out.files);
   section.texts("arguments", out.arguments);
+  int properties = 0;
+  section.choice("launch-properties", {"property", "argument"}, properties);
+  out.hasPropertiesArgument = properties == 1;
+  section.texts("native", out.nativeLibraries);
   section.text("identifier", out.identifier);
   section.text("executable", out.executable);
   section.text("icon", out.icon);
@@ -54,6 +58,8 @@ void readJvm(ConfigSection section, JvmConfig& out) {
   section.number("memory-mb", out.maximumHeap, 0, kMostMebibytes);
   section.number("initial-memory-mb", out.initialHeap, 0, kMostMebibytes);
   section.flag("force-spawn", out.forceSpawn);
+  section.texts("options", out.options);
+  section.pairs("system-properties", out.systemProperties);
   section.rejectUnknown();
 }
 

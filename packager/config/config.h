@@ -31,6 +31,9 @@ struct ApplicationConfig {
   std::vector<std::string> jars;  ///< file names with * and ?, in class path order
   std::vector<ExtraFile> files;
   std::vector<std::string> arguments;
+  /// Whether the path of the launch properties is the main class's first argument.
+  bool hasPropertiesArgument = false;
+  std::vector<std::string> nativeLibraries;  ///< file names with * and ?
   std::string identifier;
   std::string executable;
   std::string icon;
@@ -48,6 +51,8 @@ struct JvmConfig {
   int maximumHeap = 0;
   int initialHeap = 0;
   bool forceSpawn = false;
+  std::vector<std::string> options;  ///< of every start, in the runtime that jlink makes
+  Parameters systemProperties;       ///< set before the main class is loaded
 };
 
 struct UpdaterConfig {

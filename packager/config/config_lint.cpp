@@ -25,6 +25,7 @@ class Linter {
     append(findings_, lintNames(config_));
     texts();
     memory();
+    systemProperties();
     runtimeSource();
     runtimeKeys();
     output();
@@ -99,6 +100,18 @@ class Linter {
     }
   }
 
+  void systemProperties() {
+    for (const auto& [name, value] : config_.jvm.systemProperties) {
+      const std::string key = "jvm.system-properties." + name;
+      limit(key, "-D" + name + '=' + value);
+      if (name.empty() || name.find('=') != std::string::npos) {
+        error("parameter", key, "is no name of a system property", "give it a name without \"=\"");
+      } else if (name.starts_with("quillory.") || name == "java.class.path") {
+        error("parameter", key, "is set by the updater", "leave it out");
+      }
+    }
+  }
+
   // Without a runtime these say nothing, and the bundle becomes an online installer in silence.
   void runtimeKeys() {
     const RuntimeSource source = config_.runtime.source;
@@ -109,6 +122,10 @@ class Linter {
       }
     };
     if (source != RuntimeSource::kJlink) {
+      if (!config_.jvm.options.empty()) {
+        warning("no-effect", "jvm.options", "has no effect here: a runtime that jlink makes has it",
+                "add jlink = true to [runtime], or leave it out");
+      }
       for (const char* name : {"modules", "add-modules", "jlink-options", "jdk", "jmods"}) {
         warnOf(name, "add jlink = true to [runtime], or leave it out");
       }

@@ -212,25 +212,49 @@ ExtraFile ConfigSection::extraFile(const std::string& key, const TomlValue::Tabl
   return file;
 }
 
+void ConfigSection::pair(const std::string& fullName, const std::string& name,
+                         const TomlValue& value, Parameters& out) {
+  const auto* number = value.as<std::int64_t>();
+  if (const auto* text = value.as<std::string>()) {
+    out.emplace_back(name, *text);
+  } else if (number != nullptr && isSaturated(*number)) {
+    findings_.push_back({Severity::kError, "range",
+                         fullName + " is a number that is too large to be read as one",
+                         placeOf(value), "write it in quotes"});
+  } else if (number != nullptr) {
+    out.emplace_back(name, std::to_string(*number));
+  } else if (const auto* flag = value.as<bool>()) {
+    out.emplace_back(name, *flag ? "true" : "false");
+  } else {
+    findings_.push_back(
+        {Severity::kError, "wrong-kind",
+         fullName + " is " + kindOf(value) + ", not a text, a whole number, or true or false",
+         placeOf(value), "write it as in " + name + " = \"...\""});
+  }
+}
+
 void ConfigSection::pairs(Parameters& out) {
   if (table_ == nullptr) {
     return;
   }
   for (const auto& [key, value] : *table_) {
     ask(key);
-    const auto* number = value.as<std::int64_t>();
-    if (const auto* text = value.as<std::string>()) {
-      out.emplace_back(key, *text);
-    } else if (number != nullptr && isSaturated(*number)) {
-      error(key, "range", fullName(key) + " is a number that is too large to be read as one",
-            "write it in quotes");
-    } else if (number != nullptr) {
-      out.emplace_back(key, std::to_string(*number));
-    } else if (const auto* flag = value.as<bool>()) {
-      out.emplace_back(key, *flag ? "true" : "false");
-    } else {
-      wrongKind(key, value, "a text, a whole number, or true or false", "\"...\"");
-    }
+    pair(fullName(key), key, value, out);
+  }
+}
+
+void ConfigSection::pairs(const std::string& key, Parameters& out) {
+  const TomlValue* value = ask(key);
+  if (value == nullptr) {
+    return;
+  }
+  const auto* table = value->as<TomlValue::Table>();
+  if (table == nullptr) {
+    wrongKind(key, *value, "a table of names and values", "{ \"a.name\" = \"a value\" }");
+    return;
+  }
+  for (const auto& [name, item] : *table) {
+    pair(fullName(key) + '.' + name, name, item, out);
   }
 }
 

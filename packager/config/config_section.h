@@ -30,6 +30,8 @@ class ConfigSection {
   void files(const std::string& key, std::vector<ExtraFile>& out);
   /// All keys, whatever their names, with text values (numbers and flags become texts).
   void pairs(Parameters& out);
+  /// The same of a table that is the value of `key`: { a = "1", "b.c" = true }.
+  void pairs(const std::string& key, Parameters& out);
   /// One of the names given; the index of the one found is stored.
   void choice(const std::string& key, const std::vector<std::string>& names, int& out);
 
@@ -48,6 +50,9 @@ class ConfigSection {
   /// `example` is a value of the right kind, as it is written.
   void wrongKind(const std::string& key, const TomlValue& value, const std::string& wanted,
                  const std::string& example);
+  /// Adds `name` and its value as text; `fullName` is what messages have.
+  void pair(const std::string& fullName, const std::string& name, const TomlValue& value,
+            Parameters& out);
   ExtraFile extraFile(const std::string& key, const TomlValue::Table& item);
   Place placeOf(const TomlValue& value) const;
   /// "application.name", as messages and places have it.

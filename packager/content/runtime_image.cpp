@@ -62,6 +62,29 @@ std::string modulesFoundByJdeps(const RuntimeConfig& config, const std::vector<s
   return modules;
 }
 
+std::vector<std::string> optionsToLink(const RuntimeConfig& config, const std::string& modules,
+                                       const RuntimeOptions& options) {
+  std::vector<std::string> all = options.given;
+  if (options.asked.empty()) {
+    return all;
+  }
+  const std::string listed =
+      runTool({findJdkTool("java", config.jdk), "--limit-modules", modules, "--list-modules"});
+  const std::vector<std::string> fitting = optionsAbout(options.asked, modulesListed(listed));
+  all.insert(all.end(), fitting.begin(), fitting.end());
+  return all;
+}
+
+// An option that Java does not know would end every start on the user's machine.
+void requireStart(const std::string& home) {
+  try {
+    runTool({home + "/bin/java", "-version"});
+  } catch (const PackError& e) {
+    throw PackError(std::string("Java does not start with the options of its runtime: ") + e.what(),
+                    "correct jvm.options");
+  }
+}
+
 // What to do about a runtime of another system.
 std::string runtimeAdvice(Target target) {
   const std::string system = systemOf(target);
@@ -109,7 +132,7 @@ void requireModulesFor(Target target, const Config& config) {
 }
 
 std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
-                        const std::string& workFolder) {
+                        const std::string& workFolder, const RuntimeOptions& options) {
   std::string modules =
       config.modules.empty() ? modulesFoundByJdeps(config, jars) : joined(config.modules, ",");
   if (!config.addModules.empty()) {
@@ -126,8 +149,15 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
   if (!config.jmods.empty()) {
     command.insert(command.end(), {"--module-path", config.jmods});
   }
+  const std::vector<std::string> toLink = optionsToLink(config, modules, options);
+  if (!toLink.empty()) {
+    command.push_back("--add-options=" + optionText(toLink));
+  }
   command.insert(command.end(), config.jlinkOptions.begin(), config.jlinkOptions.end());
   runTool(command);
+  if (!toLink.empty() && config.jmods.empty()) {
+    requireStart(folder);
+  }
   addUpdaterClasses(folder);
   return folder;
 }

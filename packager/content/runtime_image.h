@@ -6,6 +6,7 @@
 
 #include "packager/config/config.h"
 #include "packager/content/content_tree.h"
+#include "packager/content/runtime_options.h"
 #include "packager/reading/target.h"
 
 namespace quillory::pack {
@@ -15,10 +16,11 @@ namespace quillory::pack {
 void requireModulesFor(Target target, const Config& config);
 
 /// Makes a runtime in `workFolder` with jlink and returns its folder. `jars` are what jdeps looks
-/// at when no modules are named. Throws PackError, with what the tool said, when one fails or jdeps
-/// finds no modules.
+/// at when no modules are named; `options` are what the runtime passes to each JVM. Throws
+/// PackError, with what the tool said, when one fails, jdeps finds no modules, or Java does not
+/// start with the options, which is tried where it is this system's.
 std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
-                        const std::string& workFolder);
+                        const std::string& workFolder, const RuntimeOptions& options = {});
 
 /// The Java home in a folder that is one, or that is a macOS runtime bundle. Throws RejectedInput
 /// when there is no bin/java.

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "tests/harness/child_process.h"
 #include "tests/packager/hello_config.h"
 #include "tests/packager/mach_o_bytes.h"
 #include "tests/packager/rules_of.h"
@@ -65,6 +66,17 @@ TEST_F(LintOfBundles, LintFilesLooksIntoPictures) {
   ASSERT_EQ(rulesOf(findings), (Names{"picture", "picture"}));
   EXPECT_EQ(findings[0].what, dir_ / "text" + " is neither a PNG nor a JPEG picture");
   EXPECT_EQ(findings[1].what, dir_ / "text" + " is neither an icns nor a PNG picture");
+}
+
+TEST_F(LintOfBundles, LintFilesSaysWhereNoRuntimeDoesWhatTheManifestAsksFor) {
+  writeFile(dir_ / "manifest", "Add-Opens: java.base/java.lang\n");
+  ASSERT_EQ(testing::runChild(
+                {"jar", "--update", "--file", dir_ / "hello.jar", "--manifest", dir_ / "manifest"})
+                .exitStatus,
+            0);
+  EXPECT_EQ(rulesOf(lintFiles(config_, {dir_ / "hello.jar"})), (Names{"no-effect"}));
+  config_.runtime.source = RuntimeSource::kJlink;
+  EXPECT_EQ(rulesOf(lintFiles(config_, {dir_ / "hello.jar"})), Names{});
 }
 
 TEST_F(LintOfBundles, LintFilesLooksForTheMainClassInAllJars) {

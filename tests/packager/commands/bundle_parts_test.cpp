@@ -80,10 +80,51 @@ TEST_F(BundleParts, TheApplicationHasItsJarsInLibAndALaunchFile) {
   EXPECT_EQ(pathsOf(tree), (Names{"QuilloryLaunch", "data", "data/inside", "docs/README", "lib",
                                   "lib/hello.jar", "lib/read.me"}));
   EXPECT_EQ(tree.entries().at("lib/hello.jar").source, dir_ / "hello.jar");
+  EXPECT_EQ(tree.entries().at("QuilloryLaunch").bytes, records({"6",
+                                                                "com.example.hello.Hello",
+                                                                "",
+                                                                "Hello",
+                                                                "",
+                                                                "0",
+                                                                "256",
+                                                                "64",
+                                                                "2",
+                                                                "lib/hello.jar",
+                                                                "lib/read.me",
+                                                                "2",
+                                                                "--console",
+                                                                "a b",
+                                                                "",
+                                                                "",
+                                                                "",
+                                                                "1",
+                                                                "-Dquillory.arguments=user",
+                                                                "0"}));
+}
+
+TEST_F(BundleParts, TheApplicationSaysWhatIsSetAndPassedBeforeItsMainClass) {
+  config_.application.hasPropertiesArgument = true;
+  config_.jvm.systemProperties = {{"my.property", "a=b c"}, {"empty", ""}};
+  const BundlePart part = applicationPart(config_, {dir_ / "hello.jar"});
   EXPECT_EQ(
-      tree.entries().at("QuilloryLaunch").bytes,
-      records({"6", "com.example.hello.Hello", "", "Hello", "", "0", "256", "64", "2",
-               "lib/hello.jar", "lib/read.me", "2", "--console", "a b", "", "", "", "0", "0"}));
+      part.content.entries().at("QuilloryLaunch").bytes,
+      records({"6", "com.example.hello.Hello", "", "Hello", "", "0", "256", "64", "1",
+               "lib/hello.jar", "0", "", "", "", "2", "-Dmy.property=a=b c", "-Dempty=", "0"}));
+}
+
+TEST_F(BundleParts, NativeLibrariesLieWhereTheUpdaterLooksForThem) {
+  for (const char* name : {"libone.so", "libtwo.so", "other"}) writeFile(dir_ / name, "x");
+  config_.application.nativeLibraries = {"lib*.so"};
+  EXPECT_EQ(
+      pathsOf(applicationPart(config_, {dir_ / "hello.jar"}).content),
+      (Names{"QuilloryLaunch", "lib", "lib/hello.jar", "native/libone.so", "native/libtwo.so"}));
+  config_.application.nativeLibraries = {"missing/*.so"};
+  try {
+    applicationPart(config_, {dir_ / "hello.jar"});
+    FAIL();
+  } catch (const RejectedInput& e) {
+    EXPECT_EQ(e.findings().at(0).what, "there is no native library " + dir_ / "missing/*.so");
+  }
 }
 
 TEST_F(BundleParts, TheUpdaterOfOursIsStartedByItsOwnClasses) {

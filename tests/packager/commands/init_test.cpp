@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <sstream>
 
+#include "tests/harness/child_process.h"
 #include "tests/packager/project_fixture.h"
 
 namespace quillory::testing {
@@ -56,6 +57,17 @@ TEST(Init, EveryKeyInItsCommentsIsOneThatExists) {
   EXPECT_EQ(result.err.find("[unknown-key]"), std::string::npos) << result.err;
   EXPECT_EQ(result.err.find("[wrong-kind]"), std::string::npos) << result.err;
   EXPECT_EQ(result.err.find("[toml]"), std::string::npos) << result.err;
+}
+
+// As `java -jar` does.
+TEST(Init, TakesAMainClassThatIsWrittenWithSlashes) {
+  const TempDir dir;
+  writeFile(dir / "manifest", "Main-Class:  com/example/Main \n");
+  ASSERT_EQ(runChild({"jar", "--create", "--file", dir / "a.jar", "--manifest", dir / "manifest"})
+                .exitStatus,
+            0);
+  ASSERT_EQ(pack({"init", dir / "quillory.toml"}).status, 0);
+  EXPECT_THAT(readFile(dir / "quillory.toml"), HasSubstr("main-class = \"com.example.Main\"\n"));
 }
 
 TEST(Init, NeverReplacesAConfigurationAndWantsJars) {

@@ -73,6 +73,21 @@ TEST(LaunchOfAPackedBundle, InstallsStartsAndUpdatesTheApplication) {
   EXPECT_TRUE(fs::exists(user.master("Hello") + "/Quillory-Hello-3-complete"));
 }
 
+// What a runtime was linked with reaches the JVM in the launcher's own process, too.
+TEST(LaunchOfAPackedBundle, StartsTheApplicationAsItIsStartedByHand) {
+  const Project project;
+  const TempDir place;
+  const TestUser user;
+  const std::string bundle = packElsewhere(project, "3", place,
+                                           "modules = [\"java.base\"]\n[jvm]\n"
+                                           "options = [\"-XX:+UseSerialGC\", \"-Xlog:gc\"]\n"
+                                           "system-properties = { \"quiet\" = true }");
+  const ChildResult start = launch(bundle, user);
+  EXPECT_EQ(start.exitStatus, 0) << start.err;
+  EXPECT_THAT(start.out, HasSubstr("[gc] Using Serial\n"));
+  EXPECT_THAT(start.out, HasSubstr("arguments: 2\n  1: packed\n  2: from the user\n"));
+}
+
 // Of the classes that a start loads before those of the application, all that are Java's own come
 // from the archive of classes.
 TEST(LaunchOfAPackedBundle, FindsEveryClassOfJavaInTheArchiveOfClasses) {

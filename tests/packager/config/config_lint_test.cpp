@@ -181,6 +181,27 @@ TEST(LintConfig, WarnsOfRuntimeKeysWithoutEffect) {
       hasRule(loadWith("[runtime]\nfolder = \"jre\"\nversion = 17\n").findings, "no-effect"));
 }
 
+TEST(LintConfig, WarnsOfOptionsThatNoRuntimeWouldHave) {
+  const std::string options = "[jvm]\noptions = [\"-Xss2m\"]\n";
+  EXPECT_EQ(
+      findingOf(loadWith(options + "[runtime]\nfolder = \"jre\"\n").findings, "no-effect").what,
+      "jvm.options has no effect here: a runtime that jlink makes has it");
+  EXPECT_FALSE(hasRule(loadWith(options + "[runtime]\njlink = true\n").findings, "no-effect"));
+}
+
+TEST(LintConfig, RefusesSystemPropertiesThatTheUpdaterSetsOrCannotSet) {
+  const auto with = [](const std::string& pair) {
+    return loadWith("[jvm]\nsystem-properties = { " + pair + " }\n").findings;
+  };
+  EXPECT_FALSE(hasRule(with("\"a.b\" = \"c\", d = 1"), "parameter"));
+  for (const char* pair : {"\"quillory.arguments\" = \"x\"", "\"java.class.path\" = \"x\"",
+                           "\"\" = \"x\"", "\"a=b\" = \"x\""}) {
+    EXPECT_TRUE(hasRule(with(pair), "parameter")) << pair;
+  }
+  EXPECT_FALSE(hasRule(with("a = \"" + std::string(1018, 'x') + "\""), "record-limit"));
+  EXPECT_TRUE(hasRule(with("a = \"" + std::string(1019, 'x') + "\""), "record-limit"));
+}
+
 TEST(LintConfig, RefusesAnEmptyOutputFolder) {
   EXPECT_EQ(findingOf(loadWith("[bundle]\noutput = \"\"\n").findings, "name").what,
             "bundle.output is empty");

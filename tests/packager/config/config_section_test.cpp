@@ -182,6 +182,23 @@ TEST_F(ConfigSectionTest, TakesPairsOfEveryNameAsTexts) {
   EXPECT_EQ(rulesOf(findings_), (Names{"range", "range", "wrong-kind"}));
 }
 
+TEST_F(ConfigSectionTest, ReadsPairsThatAreAValue) {
+  Parameters pairs;
+  const TomlValue::Table inner = {
+      {"a.b", text(5, "text")}, {"c", value(6, true)}, {"d", value(7, List{})}};
+  read({{"properties", value(4, inner)}, {"other", text(8, "no table")}},
+       [&](ConfigSection& section) {
+         section.pairs("properties", pairs);
+         section.pairs("missing", pairs);
+         section.pairs("other", pairs);
+         section.rejectUnknown();
+       });
+  EXPECT_EQ(pairs, (Parameters{{"a.b", "text"}, {"c", "true"}}));
+  EXPECT_EQ(rulesOf(findings_), (Names{"wrong-kind", "wrong-kind"}));
+  EXPECT_EQ(findings_.at(0).place.line, 7u);
+  EXPECT_EQ(findings_.at(1).place.line, 8u);
+}
+
 TEST_F(ConfigSectionTest, FindsAChoiceByItsName) {
   int chosen = -1;
   read({{"type", text(4, "b")}}, [&](ConfigSection& section) {

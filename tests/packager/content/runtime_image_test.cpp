@@ -380,5 +380,36 @@ TEST_F(LinkWithStandIns, SaysWhenJdepsFoundNoModules) {
   EXPECT_FALSE(fs::exists(dir_ / "jlink")) << "jlink is not started then";
 }
 
+TEST_F(LinkWithStandIns, PassesOnTheOptionsWhoseModulesAreThere) {
+  jdepsSays("echo java.base");
+  writeRecorder(dir_ / "jdk/bin/java", dir_ / "java",
+                "echo java.base@17.0.9; echo java.xml@17.0.9");
+  config_.jmods = "other/jmods";  // nothing of it can be started here
+  linkRuntime(config_, {"a.jar"}, dir_.str(),
+              {{"-Xss2m", "-Da=b c"},
+               {{"java.xml", "--add-opens=java.xml/p=ALL-UNNAMED"},
+                {"java.sql", "--add-opens=java.sql/p=ALL-UNNAMED"},
+                {"", "--enable-native-access=ALL-UNNAMED"}}});
+  EXPECT_EQ(recordedIn(dir_ / "java"),
+            (std::vector<std::string>{"--limit-modules", "java.base", "--list-modules"}));
+  EXPECT_EQ(recordedIn(dir_ / "jlink").back(),
+            "--add-options=-Xss2m '-Da=b c' --add-opens=java.xml/p=ALL-UNNAMED "
+            "--enable-native-access=ALL-UNNAMED");
+}
+
+TEST_F(LinkWithStandIns, RefusesOptionsWithWhichJavaDoesNotStart) {
+  jdepsSays("echo java.base");
+  fs::create_directories(dir_ / "runtime/bin");
+  writeProgram(dir_ / "runtime/bin/java",
+               "#!/bin/sh\necho 'Unrecognized option: -Xno' >&2\nexit 1\n");
+  try {
+    linkRuntime(config_, {"a.jar"}, dir_.str(), {{"-Xno"}, {}});
+    FAIL();
+  } catch (const PackError& e) {
+    EXPECT_THAT(e.what(), HasSubstr("Java does not start with the options of its runtime: "));
+    EXPECT_THAT(e.what(), HasSubstr("Unrecognized option: -Xno"));
+  }
+}
+
 }  // namespace
 }  // namespace quillory::pack

@@ -13,13 +13,13 @@ final class Launch {
   private static final String EMPTY = "\u0004";
   private static final String URL_KEY = "qydyna_url_req";
 
-  /** The path of the launch-properties file; null when there is no argument. */
+  /** The path of the launch-properties file; null where no launcher has started this. */
   final String propertiesPath;
   /** Keys and values in turn, in the order of the file. */
   final List<String> properties;
   /** Why there are no properties; null when there are. */
   final String problem;
-  /** The arguments behind the path. */
+  /** The user's arguments, behind those that the configuration names. */
   final List<String> arguments;
 
   private Launch(String path, List<String> properties, String problem, List<String> arguments) {
@@ -29,16 +29,26 @@ final class Launch {
     this.arguments = arguments;
   }
 
+  /**
+   * The path is a system property. With <code>launch-properties = "argument"</code> in
+   * quillory.toml it is the first argument, too, as it always was once.
+   */
   static Launch of(String[] args) {
-    List<String> none = new ArrayList<String>();
-    if (args.length == 0) {
-      return new Launch(null, none, "not started by a launcher", none);
+    boolean isArgument = !"user".equals(System.getProperty("quillory.arguments"));
+    String path = System.getProperty("quillory.launch.properties");
+    if (isArgument && args.length > 0) {
+      path = args[0];
     }
-    List<String> arguments = Arrays.asList(args).subList(1, args.length);
+    int before = isArgument && args.length > 0 ? 1 : 0;
+    List<String> arguments = Arrays.asList(args).subList(before, args.length);
+    List<String> none = new ArrayList<String>();
+    if (path == null) {
+      return new Launch(null, none, "not started by a launcher", arguments);
+    }
     try {
-      return new Launch(args[0], entriesOf(contentOf(new File(args[0]))), null, arguments);
+      return new Launch(path, entriesOf(contentOf(new File(path))), null, arguments);
     } catch (IOException e) {
-      return new Launch(args[0], none, e.getMessage(), arguments);
+      return new Launch(path, none, e.getMessage(), arguments);
     }
   }
 
