@@ -139,7 +139,7 @@ void tell(const ReleaseList& list, Reporter& reporter) {
     nlohmann::ordered_json deltas = nlohmann::ordered_json::array();
     std::string line = component.name + ' ' + component.version + ": " + readableSize(bytes);
     for (const ReleaseDelta& delta : component.deltas) {
-      line += ", from " + delta.baseVersion + ' ' +
+      line += "; from version " + delta.baseVersion + ": " +
               readableSize(static_cast<std::uint64_t>(delta.file.length));
       deltas.push_back({{"from", delta.baseVersion}, {"bytes", delta.file.length}});
     }

@@ -1,6 +1,10 @@
 #include "packager/commands/verify_release.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <ctime>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -209,6 +213,38 @@ class Verification {
   std::size_t prepared_ = 1;
 };
 
+// Until the end of the scope what else is printed, by a Java runtime that is set up say, goes to
+// standard error, or nowhere: standard output belongs to the results.
+class OutputAside {
+ public:
+  explicit OutputAside(bool shown) : before_(dup(STDOUT_FILENO)) {
+    std::fflush(stdout);
+    const int nowhere = shown ? -1 : open("/dev/null", O_WRONLY | O_CLOEXEC);
+    dup2(nowhere < 0 ? STDERR_FILENO : nowhere, STDOUT_FILENO);
+    if (nowhere >= 0) {
+      close(nowhere);
+    }
+  }
+  ~OutputAside() {
+    std::fflush(stdout);
+    if (before_ >= 0) {
+      dup2(before_, STDOUT_FILENO);
+      close(before_);
+    }
+  }
+  OutputAside(const OutputAside&) = delete;
+  OutputAside& operator=(const OutputAside&) = delete;
+
+ private:
+  int before_;
+};
+
+VerifiedRelease verifiedAside(const VerifyReleaseRequest& request, bool showsLog) {
+  const OutputAside aside(showsLog);
+  const LauncherLog log(showsLog);
+  return verifyRelease(request);
+}
+
 struct VerifyReleaseArguments : TrustArguments {
   std::string place;
   std::string as;
@@ -219,9 +255,9 @@ int runVerifyRelease(const VerifyReleaseArguments& given, Reporter& reporter) {
   if (!given.as.empty() && given.as.find_first_not_of("0123456789") != std::string::npos) {
     throw PackError("--as names an application.version, which is a whole number");
   }
-  const LauncherLog log(reporter.showsDetail());
-  const VerifiedRelease verified = verifyRelease({given.place, trusted.application, trusted.channel,
-                                                  trusted.keys, given.as, std::time(nullptr)});
+  const VerifiedRelease verified = verifiedAside({given.place, trusted.application, trusted.channel,
+                                                  trusted.keys, given.as, std::time(nullptr)},
+                                                 reporter.showsDetail());
   nlohmann::ordered_json requests = nlohmann::ordered_json::array();
   for (const SourceRequest& request : verified.requests) {
     requests.push_back({{"name", request.name}, {"bytes", request.bytes}});
