@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/harness/child_process.h"
 #include "tests/harness/temp_dir.h"
 
@@ -11,6 +13,7 @@ namespace {
 using namespace std::string_literals;
 using ::quillory::testing::ChildOptions;
 using ::quillory::testing::ChildResult;
+using ::quillory::testing::readFile;
 using ::quillory::testing::runChild;
 using ::quillory::testing::TempDir;
 using ::quillory::testing::writeFile;
@@ -85,6 +88,30 @@ TEST_F(Hello, RunsInARuntimeWithoutAWindowingToolkit) {
 TEST_F(Hello, AsksForNoWindowWithTheArgumentConsole) {
   const ChildResult result = runUnder(kRuntimeWithoutWindows, ":0", {properties(""), "--console"});
   EXPECT_EQ(result.err, "");
+}
+
+TEST_F(Hello, SaysThatAVersionIsReady) {
+  for (const char* version : {"1", "2"})
+    std::filesystem::create_directories(dir_ /
+                                        ("Quillory-Hello-" + std::string(version) + "-complete"));
+  std::filesystem::create_directory(dir_ / "QYUpdates");
+  const std::vector<std::string> command = {
+      kRuntimeWithoutWindows,
+      "-Dquillory.update.folder=" + (dir_ / "QYUpdates"),
+      "-Dquillory.version.folder=" + (dir_ / "Quillory-Hello-1-complete"),
+      "-Dquillory.try.file=" + (dir_ / "try"),
+      "-cp",
+      QUILLORY_HELLO_JAR,
+      "com.example.hello.Hello",
+      properties(""),
+      "--console"};
+  writeFile(dir_ / "try", "");
+  EXPECT_THAT(runChild(command).out, HasSubstr("Version 2 is ready \xE2\x80\x93 restart\n"));
+  EXPECT_EQ(readFile(dir_ / "try"), "") << "it has not shown that it is well";
+  std::vector<std::string> staying = command;
+  staying.push_back("--stay=1");
+  runChild(staying);
+  EXPECT_EQ(readFile(dir_ / "try"), "healthy\n");
 }
 
 bool canRun(const std::string& command) {

@@ -1,5 +1,6 @@
 package com.example.hello;
 
+import io.quillory.api.Updates;
 import java.io.FileDescriptor;
 import java.io.FileOutputStream;
 import java.io.IOException;
@@ -11,20 +12,55 @@ import java.nio.charset.StandardCharsets;
  * <pre>
  * --console         no window
  * --close-after=MS  close the window after so many milliseconds
+ * --stay=MS         without a window stay for so many milliseconds, and print news of updates
+ * --update-now      ask for an update at once, and load it
  * </pre>
  *
  * <p>Nothing of the windowing toolkit is named here, so that it also runs in a runtime without one.
  */
 public final class Hello {
   private static final String CLOSE_AFTER = "--close-after=";
+  private static final String STAY = "--stay=";
 
   private Hello() {}
 
   public static void main(String[] args) throws IOException {
     Launch launch = Launch.of(args);
     print(describe(launch));
-    if (!launch.arguments.contains("--console") && hasDisplay()) {
-      showWindow(launch, closeAfterMillis(launch));
+    boolean hasWindow = !launch.arguments.contains("--console") && hasDisplay();
+    if (hasWindow) {
+      showWindow(launch, millisOf(CLOSE_AFTER, launch));
+    }
+    printNews(Updates.get(), launch);
+    int stay = millisOf(STAY, launch);
+    if (!hasWindow && stay > 0) {
+      // Nothing shows to others that it is well: it has to say so.
+      Updates.get().markHealthy();
+      sleep(stay);
+    }
+  }
+
+  private static void printNews(Updates updates, Launch launch) {
+    printLine(UpdateNews.atStart(updates));
+    updates.addListener(state -> printLine(UpdateNews.of(state, updates.release())));
+    if (launch.arguments.contains("--update-now")) {
+      updates.download();
+    }
+  }
+
+  private static void printLine(String news) {
+    try {
+      print(news.isEmpty() ? "" : news + '\n');
+    } catch (IOException e) {
+      // Nobody reads it.
+    }
+  }
+
+  private static void sleep(int millis) {
+    try {
+      Thread.sleep(millis);
+    } catch (InterruptedException e) {
+      Thread.currentThread().interrupt();
     }
   }
 
@@ -64,12 +100,12 @@ public final class Hello {
     return display != null && !display.isEmpty();
   }
 
-  /** 0 when the window stays until it is closed. */
-  private static int closeAfterMillis(Launch launch) {
+  /** The number in the argument that begins like this; 0 without one. */
+  private static int millisOf(String option, Launch launch) {
     for (String argument : launch.arguments) {
-      if (argument.startsWith(CLOSE_AFTER)) {
+      if (argument.startsWith(option)) {
         try {
-          return Integer.parseInt(argument.substring(CLOSE_AFTER.length()));
+          return Integer.parseInt(argument.substring(option.length()));
         } catch (NumberFormatException e) {
           System.err.println("No number of milliseconds: " + argument);
         }

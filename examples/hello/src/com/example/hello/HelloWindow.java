@@ -1,5 +1,6 @@
 package com.example.hello;
 
+import io.quillory.api.Updates;
 import java.awt.AWTError;
 import java.awt.BorderLayout;
 import java.awt.Color;
@@ -14,11 +15,16 @@ import java.awt.GraphicsEnvironment;
 import java.awt.HeadlessException;
 import java.awt.RenderingHints;
 import javax.swing.BorderFactory;
+import javax.swing.JButton;
 import javax.swing.JComponent;
 import javax.swing.JFrame;
+import javax.swing.JMenu;
+import javax.swing.JMenuBar;
+import javax.swing.JMenuItem;
 import javax.swing.JScrollPane;
 import javax.swing.JTable;
 import javax.swing.ScrollPaneConstants;
+import javax.swing.SwingConstants;
 import javax.swing.Timer;
 import javax.swing.table.DefaultTableCellRenderer;
 import javax.swing.table.DefaultTableModel;
@@ -55,6 +61,8 @@ final class HelloWindow {
     frame.setDefaultCloseOperation(JFrame.DISPOSE_ON_CLOSE);
     frame.add(new Header(), BorderLayout.NORTH);
     frame.add(scrollable(table(launch)), BorderLayout.CENTER);
+    frame.add(newsLine(Updates.get()), BorderLayout.SOUTH);
+    frame.setJMenuBar(menu(Updates.get()));
     frame.setSize(SIZE);
     frame.setLocationRelativeTo(null);
     frame.setVisible(true);
@@ -63,6 +71,37 @@ final class HelloWindow {
       timer.setRepeats(false);
       timer.start();
     }
+  }
+
+  /** Says what there is to be said about updates; a click on a version that is ready restarts. */
+  private static JButton newsLine(Updates updates) {
+    JButton line = new JButton(UpdateNews.atStart(updates));
+    line.setFont(line.getFont().deriveFont(Font.BOLD));
+    line.setForeground(HEADER_LEFT);
+    line.setBackground(STRIPE);
+    line.setBorder(BorderFactory.createEmptyBorder(GAP, MARGIN, GAP, MARGIN));
+    line.setHorizontalAlignment(SwingConstants.LEFT);
+    line.setFocusPainted(false);
+    line.setVisible(!line.getText().isEmpty());
+    line.addActionListener(event -> updates.restartToUpdate(() -> true));
+    updates.addListener(
+        state ->
+            EventQueue.invokeLater(
+                () -> {
+                  line.setText(UpdateNews.of(state, updates.release()));
+                  line.setVisible(!line.getText().isEmpty());
+                }));
+    return line;
+  }
+
+  private static JMenuBar menu(Updates updates) {
+    JMenuItem check = new JMenuItem("Check for Updates");
+    check.addActionListener(event -> updates.download());
+    JMenu help = new JMenu("Help");
+    help.add(check);
+    JMenuBar bar = new JMenuBar();
+    bar.add(help);
+    return bar;
   }
 
   private static JTable table(Launch launch) {
