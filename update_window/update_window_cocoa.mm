@@ -54,7 +54,10 @@ bool showInWindow(const WindowContent& content, const OnPress& onPress) {
       if (isNew) makeWindow(onPress);
       setContent([view state], content);
       [view setNeedsDisplay:YES];
-      if (isNew) [shown makeKeyAndOrderFront:nil];
+      if (isNew) {
+        platform::comeToFront();
+        [shown makeKeyAndOrderFront:nil];
+      }
       isShown = true;
     } @catch (...) {
       logToSystem("The window of an update could not be shown.\n");

@@ -143,6 +143,9 @@ bool isReadyForWindows() {
   return windows == Windows::kReady;
 }
 
+// The window server makes no difference between programs.
+void comeToFront() {}
+
 void runMainLoop() {
   keepLoopWaiting();
   while (windows != Windows::kReady) {

@@ -18,6 +18,12 @@ bool isReadyForPictures() { return true; }
 
 bool isReadyForWindows() { return NSApp != nil; }
 
+void comeToFront() {
+  // "Regular": what has no bundle to say so would be taken for a tool without windows.
+  [NSApp setActivationPolicy:0];
+  [NSApp activateIgnoringOtherApps:YES];
+}
+
 void runMainLoop() {
   if (![NSApp respondsToSelector:@selector(run)]) return;
   [NSApp performSelectorOnMainThread:@selector(run) withObject:nil waitUntilDone:YES];

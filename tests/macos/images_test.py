@@ -30,6 +30,7 @@ LAUNCHER_LIBRARIES = {
     "/usr/lib/libobjc.A.dylib",
     SYSTEM,
 }
+WINDOW_LIBRARIES = LAUNCHER_LIBRARIES
 STUBS = {path.stem: path for path in [*SDK.glob("Frameworks/*/*.tbd"), *SDK.glob("lib/*.tbd")]}
 
 # The classes by which the system calls the launcher, and the messages that it sends them.
@@ -44,6 +45,11 @@ CLASSES = {
     "Redrawer": ("NSObject", {"runThread:"}),
     "SplashView": ("NSView", {"initWithFrame:", "drawRect:", "dealloc"}),
     "URLHandler": ("NSObject", {"init", "handleURLEvent:withReplyEvent:", "getRequestedURL"}),
+}
+
+WINDOW_CLASSES = {
+    "UpdateContentView": ("NSView", {"initWithFrame:", "drawRect:", "dealloc", "mouseDown:",
+                                     "acceptsFirstMouse:"}),
 }
 
 # Messages that the compiler sends by functions of the run-time library.
@@ -87,6 +93,13 @@ class Images(unittest.TestCase):
                       for image in macho.slices(file, pathlib.Path(cls.folder.name))]
         cls.launchers = [image for image in cls.images
                          if pathlib.Path(image.path).name.startswith("launcher")]
+        cls.windows = [image for image in cls.images
+                       if pathlib.Path(image.path).name.startswith("quillory-update-window")]
+
+    def with_cocoa(self, architecture):
+        """Every image of an architecture that calls Cocoa, who all have the same declarations."""
+        return [image for image in self.launchers + self.windows
+                if image.architecture == architecture]
 
     @classmethod
     def tearDownClass(cls):
@@ -120,7 +133,11 @@ class Images(unittest.TestCase):
 
     @for_each("images")
     def test_loads_exactly_the_expected_libraries(self, image):
-        expected = LAUNCHER_LIBRARIES if image in self.launchers else {SYSTEM}
+        expected = {SYSTEM}
+        if image in self.launchers:
+            expected = LAUNCHER_LIBRARIES
+        if image in self.windows:
+            expected = WINDOW_LIBRARIES
         self.assertEqual(sorted(expected), sorted(image.libraries()))
 
     @for_each("images")
@@ -131,29 +148,39 @@ class Images(unittest.TestCase):
                 self.assertIn(symbol, exported, library)
 
     @for_each("launchers")
-    def test_stubs_name_only_what_the_launcher_imports(self, image):
-        imported = {symbol for symbol, _ in image.imports()}
+    def test_stubs_name_only_what_is_imported(self, image):
+        imported = {symbol for other in self.with_cocoa(image.architecture)
+                    for symbol, _ in other.imports()}
         for library, path in STUBS.items():
             for symbol in macho.stub_exports(path, image.architecture):
                 other = symbol.replace("_METACLASS_", "_CLASS_")
                 self.assertTrue(imported & {symbol, other}, f"{symbol} of {library}")
 
     @for_each("launchers")
-    def test_headers_declare_only_what_the_launcher_sends(self, image):
+    def test_headers_declare_only_what_is_sent(self, image):
+        images = self.with_cocoa(image.architecture)
         selectors = set(declared_selectors())
         self.assertLess(80, len(selectors))
-        sent = image.sent_selectors()
-        sent.update(*(methods for _, methods in image.classes().values()))
-        imported = {symbol for symbol, _ in image.imports()}
+        sent, imported = set(), set()
+        for other in images:
+            sent |= other.sent_selectors()
+            sent.update(*(methods for _, methods in other.classes().values()))
+            imported |= {symbol for symbol, _ in other.imports()}
         unused = {selector for selector in selectors - sent
                   if BY_FUNCTION.get(selector) not in imported}
         self.assertEqual(set(), unused)
 
     @for_each("launchers")
     def test_has_the_classes_that_the_system_calls(self, image):
-        classes = image.classes()
-        self.assertEqual(CLASSES.keys(), classes.keys())
-        for name, (superclass, methods) in CLASSES.items():
+        self.check_classes(CLASSES, image.classes())
+
+    @for_each("windows")
+    def test_the_window_has_the_classes_that_the_system_calls(self, image):
+        self.check_classes(WINDOW_CLASSES, image.classes())
+
+    def check_classes(self, expected, classes):
+        self.assertEqual(expected.keys(), classes.keys())
+        for name, (superclass, methods) in expected.items():
             self.assertEqual(superclass, classes[name][0])
             self.assertLessEqual(methods, classes[name][1])
 

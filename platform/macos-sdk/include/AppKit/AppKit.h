@@ -19,13 +19,20 @@ void NSRectFill(NSRect rect);
 
 }  // extern "C"
 
+@interface NSEvent : NSObject
+- (NSPoint)locationInWindow;
+@end
+
 @interface NSResponder : NSObject
+- (void)mouseDown:(NSEvent*)event;
 @end
 
 @interface NSApplication : NSResponder
 + (NSApplication*)sharedApplication;
 - (void)run;
 - (NSMenu*)mainMenu;
+- (BOOL)setActivationPolicy:(NSInteger)policy;
+- (void)activateIgnoringOtherApps:(BOOL)ignores;
 @end
 
 extern "C" NSApplication* NSApp;
@@ -47,7 +54,30 @@ extern "C" NSApplication* NSApp;
 
 @interface NSColor : NSObject
 + (NSColor*)whiteColor;
++ (NSColor*)colorWithCalibratedRed:(CGFloat)red
+                             green:(CGFloat)green
+                              blue:(CGFloat)blue
+                             alpha:(CGFloat)alpha;
 - (void)set;
+@end
+
+@interface NSFont : NSObject
++ (NSFont*)systemFontOfSize:(CGFloat)size;
++ (NSFont*)boldSystemFontOfSize:(CGFloat)size;
+@end
+
+@interface NSBezierPath : NSObject
++ (NSBezierPath*)bezierPathWithRoundedRect:(NSRect)rect
+                                   xRadius:(CGFloat)xRadius
+                                   yRadius:(CGFloat)yRadius;
+- (void)fill;
+- (void)stroke;
+@end
+
+@interface NSString (NSStringDrawing)
+- (NSSize)sizeWithAttributes:(NSDictionary*)attributes;
+- (void)drawAtPoint:(NSPoint)point withAttributes:(NSDictionary*)attributes;
+- (void)drawInRect:(NSRect)rect withAttributes:(NSDictionary*)attributes;
 @end
 
 @interface NSImageRep : NSObject
@@ -86,6 +116,7 @@ extern "C" NSApplication* NSApp;
 - (void)setNeedsDisplay:(BOOL)isNeeded;
 - (void)setNeedsDisplayInRect:(NSRect)rect;
 - (void)addSubview:(NSView*)view;
+- (BOOL)acceptsFirstMouse:(NSEvent*)event;
 @end
 
 @interface NSControl : NSView

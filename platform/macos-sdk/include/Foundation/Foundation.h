@@ -59,6 +59,7 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4, NSISOLatin1StringEncoding = 
 
 @interface NSDictionary : NSObject
 + (instancetype)dictionaryWithObject:(id)object forKey:(id)key;
++ (instancetype)dictionaryWithObjectsAndKeys:(id)first, ...;
 - (id)objectForKey:(id)key;
 @end
 
