@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Usage: scripts/build-macos.sh [--arch x86_64|arm64]... [--jobs N] [PROGRAM...]
 #
-# Builds the macOS programs on Linux: launcher, lzma64, elev_mac, quillory-update and quillory-pack, or
-# the ones given. They are made for each architecture in build/macos/ARCH/bin, and joined in build/macos/bin;
-# with --arch for that one only, and not joined. --jobs says how many compilers run at once, else it is
+# Builds the macOS programs on Linux: launcher, lzma64, elev_mac, quillory-update with its window, and
+# quillory-pack, or the ones given. They are made for each architecture in build/macos/ARCH/bin, and
+# joined in build/macos/bin; with --arch for that one only, and not joined. --jobs says how many compilers run at once, else it is
 # one for each processor. What the build needs is fetched once, into
 # ${XDG_CACHE_HOME:-~/.cache}/quillory-macos; where the network has none of it the script ends with
 # status 77. docs/porting.md tells what such programs are good for.
@@ -23,7 +23,7 @@ while :; do
   shift 2
 done
 programs=("$@")
-[ $# -gt 0 ] || programs=(launcher lzma64 elev_mac quillory-update quillory-pack)
+[ $# -gt 0 ] || programs=(launcher lzma64 elev_mac quillory-update quillory-update-window quillory-pack)
 
 # Libraries that are headers only, and the JNI's, are those of this machine.
 gather_headers() {
