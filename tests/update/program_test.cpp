@@ -1,4 +1,5 @@
 // The program itself, against a real web server.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -95,6 +96,40 @@ TEST_F(Program, AsksOnceAndForLittleWhereNothingIsNew) {
   ASSERT_EQ(asked.size(), 2u);
   EXPECT_THAT(asked[1], StartsWith("304 /Quillory-Demo-stable-releases "));
   EXPECT_LT(std::stoi(asked[1].substr(asked[1].rfind(' ') + 1)), 500);
+}
+
+// What the child has used, when it has ended.
+rusage usageOf(const std::vector<std::string>& command) {
+  const pid_t child = fork();
+  if (child == 0) {
+    const int null = open("/dev/null", O_WRONLY);
+    dup2(null, STDOUT_FILENO);
+    std::vector<char*> arguments;
+    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    execv(arguments[0], arguments.data());
+    _exit(127);
+  }
+  int status = 0;
+  rusage used{};
+  EXPECT_EQ(wait4(child, &status, 0, &used), child);
+  EXPECT_EQ(status, 0);
+  return used;
+}
+
+std::int64_t millisOf(const timeval& time) { return time.tv_sec * 1000 + time.tv_usec / 1000; }
+
+TEST_F(Program, UsesLittleWhereNothingIsNew) {
+  release(1, "1");
+  run("check");
+  const rusage used = usageOf(command("check"));
+  const std::int64_t millis = millisOf(used.ru_utime) + millisOf(used.ru_stime);
+  RecordProperty("processor_millis", std::to_string(millis));
+  RecordProperty("resident_kib", std::to_string(used.ru_maxrss));
+  std::printf("a check that finds nothing: %lld ms of processor time, %ld KiB\n",
+              static_cast<long long>(millis), used.ru_maxrss);
+  EXPECT_LT(millis, 50);
+  EXPECT_LE(used.ru_maxrss, 20 * 1024);
 }
 
 TEST_F(Program, IsCancelledByASignalAndGoesOnAnotherTime) {
