@@ -38,12 +38,6 @@ std::string holdOf(const Installation& installation, const std::string& folder) 
   return joinPath(installation.inUpdates(kHoldsFolder), folder);
 }
 
-bool isAnythingHeld(const Installation& installation) {
-  const std::vector<std::string> names = namesIn(installation.inUpdates(kHoldsFolder));
-  return std::any_of(names.begin(), names.end(),
-                     [&](const auto& name) { return isHeld(installation, name); });
-}
-
 class Deletion {
  public:
   Deletion(const Installation& installation, std::int64_t keep)
@@ -53,11 +47,8 @@ class Deletion {
     const std::vector<InstalledVersion> applications = applicationVersions(installation_);
     keepGood(applications);
     deleteBeyond(applications, installation_.bundleAppVersion);
-    const std::vector<InstalledVersion> updaters = updaterVersions(installation_);
-    if (!isAnythingHeld(installation_)) {
-      deleteBeyond(updaters, installation_.bundleUpdaterVersion);
-      deleteBeyond(runtimeVersions(installation_), "");
-    }
+    deleteBeyond(updaterVersions(installation_), installation_.bundleUpdaterVersion);
+    deleteBeyond(runtimeVersions(installation_), "");
   }
 
  private:

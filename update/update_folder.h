@@ -5,9 +5,10 @@
 //   QYUpdates/releases       the release list that was taken last, as it came
 //   QYUpdates/lock           see update/update_lock.h
 //   QYUpdates/downloads/     files on their way: <SHA-256>.part, and where each comes from
-//   QYUpdates/staging/       components that are whole and wait for their place; and what becomes
-//   one QYUpdates/trials, try-*  written by the updater, which judges versions QYUpdates/holds/ a
-//   file for each version folder that runs, locked while it does
+//   QYUpdates/staging/       see update/staged.h
+//   QYUpdates/trials, try-*  written by the updater, which judges versions
+//   QYUpdates/holds/         a file for each version folder in use, of application, updater and
+//                            runtime, locked by fcntl(2) as long as the application runs
 #pragma once
 
 namespace quillory::update {

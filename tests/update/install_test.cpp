@@ -522,6 +522,43 @@ TEST_F(Background, DeletesOldVersionsThatNobodyHolds) {
                           "Quillory-Demo-5-complete"));
 }
 
+TEST_F(Background, DeletesOldUpdatersAndRuntimes) {
+  release(1, "1");
+  Machine machine(releases_);
+  for (const char* const version : {"2", "3", "4"}) {
+    writeFile(machine / ("Quillory-Quillory-" + std::string(version) + "-complete/QuilloryLaunch"),
+              "x");
+    const std::string alias = machine / ("Quillory-JRE-" + std::string(version) + "-complete");
+    writeFile(alias + "/bin/java", "x");
+    writeFile(alias + "/lib/rt.jar", "x");
+    std::filesystem::create_directories(alias + ".plugin/Contents");
+    std::filesystem::create_symlink(alias, alias + ".plugin/Contents/Home");
+  }
+  machine.run(Command::kBackground);
+  // The updater of this start is the first.
+  for (const char* const kept : {"Quillory-Quillory-1-complete", "Quillory-Quillory-3-complete",
+                                 "Quillory-Quillory-4-complete", "Quillory-JRE-3-complete",
+                                 "Quillory-JRE-3-complete.plugin", "Quillory-JRE-4-complete"})
+    EXPECT_TRUE(std::filesystem::exists(machine / kept)) << kept;
+  for (const char* const gone : {"Quillory-Quillory-2-complete", "Quillory-JRE-2-complete",
+                                 "Quillory-JRE-2-complete.plugin"})
+    EXPECT_FALSE(std::filesystem::exists(machine / gone)) << gone;
+}
+
+TEST_F(Background, KeepsTheVersionsThatAreKnownToWork) {
+  release(6, "6");
+  Machine machine(releases_);
+  for (const char* const version : {"2", "3", "4", "5", "6"})
+    machine.installApplication(version, {{"app.jar", "x"}});
+  writeFile(machine / "QYUpdates/trials",
+            records({"1", "2", "Quillory-Demo-3-complete", "", "1", "GOOD",
+                     "Quillory-Demo-2-complete", "", "1", "GOOD"}));
+  machine.run(Command::kBackground);
+  EXPECT_THAT(machine.versions(),
+              ElementsAre("Quillory-Demo-2-complete", "Quillory-Demo-3-complete",
+                          "Quillory-Demo-5-complete", "Quillory-Demo-6-complete"));
+}
+
 TEST_F(Background, KeepsAVersionThatRuns) {
   release(1, "1");
   Machine machine(releases_);

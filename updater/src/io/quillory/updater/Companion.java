@@ -61,7 +61,7 @@ final class Companion {
   private static final long NEVER = Long.MAX_VALUE;
 
   /** Until the process ends. */
-  private static RandomAccessFile held;
+  private static final List<RandomAccessFile> HELD = new ArrayList<RandomAccessFile>();
 
   private final Updates updates;
   private final Surroundings around;
@@ -166,20 +166,42 @@ final class Companion {
     running = around.start(command);
   }
 
-  /** The version that runs is not deleted: others ask for this lock before they do. */
+  /** What runs is not deleted, updater and runtime included: others ask for these locks before. */
   private void hold() {
     File folder = new File(updates.folder, "holds");
     if (!updates.folder.isDirectory() || !(folder.isDirectory() || folder.mkdir())) {
       return;
     }
     try {
-      if (held != null) {
-        held.close(); // Of an earlier companion in this process, which only a test has.
+      for (RandomAccessFile earlier : HELD) {
+        earlier.close(); // Of an earlier companion in this process, which only a test has.
       }
-      held = new RandomAccessFile(new File(folder, updates.chosen.getName()), "rw");
-      held.getChannel().tryLock(0, Long.MAX_VALUE, true);
+      HELD.clear();
+      hold(new File(folder, updates.chosen.getName()));
+      hold(new File(folder, updates.updaterFolder.getName()));
+      String runtime = folderIn(updates.updaterFolder.getParentFile(), System.getProperty("java.home"));
+      if (runtime != null) {
+        hold(new File(folder, runtime));
+      }
     } catch (IOException e) {
-      // It is the newest one, which stays anyway.
+      // They are the newest ones, which stay anyway.
     }
+  }
+
+  private static void hold(File file) throws IOException {
+    RandomAccessFile held = new RandomAccessFile(file, "rw");
+    HELD.add(held);
+    held.getChannel().tryLock(0, Long.MAX_VALUE, true);
+  }
+
+  /** The name of the folder in {@code master} that {@code path} is in, links followed; or null. */
+  static String folderIn(File master, String path) throws IOException {
+    File top = master.getCanonicalFile();
+    for (File at = new File(path).getCanonicalFile(); at != null; at = at.getParentFile()) {
+      if (top.equals(at.getParentFile())) {
+        return at.getName();
+      }
+    }
+    return null;
   }
 }

@@ -202,10 +202,29 @@ public class CompanionTest {
   @Test
   public void theVersionThatRunsIsHeldAgainstOtherProcesses() throws Exception {
     watch(new Scripted(2, -1));
-    File hold = new File(installation.updates, "holds/Quillory-Demo-1-complete");
-    // As quillory-update asks: not for a lock that was taken by itself.
+    assertTrue(isHeld("Quillory-Demo-1-complete"));
+  }
+
+  @Test
+  public void itsUpdaterIsHeldToo() throws Exception {
+    watch(new Scripted(2, -1));
+    assertTrue(isHeld(installation.updater.getName()));
+  }
+
+  /** As quillory-update asks: not for a lock that was taken by itself. */
+  private boolean isHeld(String folder) throws Exception {
+    File hold = new File(installation.updates, "holds/" + folder);
     String ask = "import fcntl,sys; fcntl.lockf(open(sys.argv[1],'r+'), fcntl.LOCK_EX|fcntl.LOCK_NB)";
-    Process other = new ProcessBuilder("python3", "-B", "-c", ask, hold.getPath()).start();
-    assertEquals(1, other.waitFor());
+    return new ProcessBuilder("python3", "-B", "-c", ask, hold.getPath()).start().waitFor() == 1
+        && hold.exists();
+  }
+
+  @Test
+  public void aRuntimeIsKnownByItsFolder() throws Exception {
+    File master = installation.updater.getParentFile();
+    File home = new File(master, "Quillory-JRE-17-complete/inner");
+    assertTrue(home.mkdirs());
+    assertEquals("Quillory-JRE-17-complete", Companion.folderIn(master, home.getPath()));
+    assertEquals(null, Companion.folderIn(master, "/usr/lib/jvm"));
   }
 }
