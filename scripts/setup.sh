@@ -28,7 +28,7 @@ tests=(
   git junit4 libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libnss-wrapper openssl xz-utils curl
   python3 python3-pycryptodome locales
   xvfb x11-utils imagemagick xdotool dbus libglib2.0-bin hyperfine sudo
-  xauth xxd man-db mandoc zsh fish
+  xauth xxd man-db mandoc zsh fish nginx-light
 )
 macos=(llvm-14 dpkg-dev)
 command -v npm >/dev/null || macos+=(npm)
