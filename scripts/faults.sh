@@ -21,7 +21,8 @@ scripts/setup.sh tests
 step "Building what is tried"
 mkdir -p build
 cmake --preset release >build/configure.log || { cat build/configure.log; exit 1; }
-cmake --build --preset release --target launcher quillory-pack lzma64 elev_mac updater_jar fault_injector
+cmake --build --preset release --target launcher quillory-pack quillory-update \
+  quillory-update-window lzma64 elev_mac updater_jar fault_injector
 step "Trying"
 exec python3 tests/faults/faults.py --injector build/release/tests/fault_injector \
   --pack build/release/bin/quillory-pack --splash examples/hello/nativesplash.png "${limits[@]}" "$@"

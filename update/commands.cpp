@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "formats/release_list_format.h"
+#include "install/leftovers.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "update/check.h"
@@ -17,6 +18,7 @@
 #include "update/metered.h"
 #include "update/pace.h"
 #include "update/retention.h"
+#include "update/staged.h"
 #include "update/state.h"
 #include "update/update_folder.h"
 #include "update/update_lock.h"
@@ -38,6 +40,7 @@ class Run {
         force_(settingsInForce(its_, state_.chosenChannel, request.administratorsFolder)) {}
 
   int run() {
+    clearUnfinishedFiles(its_.updatesFolder());
     switch (request_.command) {
       case Command::kSkip:
         state_.skippedVersion = request_.argument;
@@ -158,6 +161,9 @@ class Run {
   int nothingNew() {
     state_.offer = {};
     state_.stagedVersion.clear();
+    // What a run has left that was killed behind its last move.
+    clearStaging(its_, {});
+    clearDownloads(its_.inUpdates(kDownloadsFolder), {});
     if (result_.end == CheckEnd::kFrozen) {
       setPhase(Phase::kFrozen, "");
       request_.lines(Line("frozen").with("since", result_.frozenSince));

@@ -131,7 +131,10 @@ class Staging {
   FetchResult complete() {
     if (isCancelled) return {FetchEnd::kCancelled, "cancelled"};
     if (isRuntime()) return completeRuntime();
-    if (component().role == kUpdaterRole) carryOver();
+    if (component().role == kUpdaterRole) {
+      const FetchResult carried = carryOver();
+      if (carried.end != kDone) return carried;
+    }
     return noteArchive();
   }
 
@@ -143,7 +146,8 @@ class Staging {
     const std::string alias = joinPath(request_.installation.masterFolder, planned_.folder);
     const ShapedJre jre = shapeJreBeside(making_, alias);
     const std::string trustStore = joinPath(request_.installation.updaterFolder, kTrustStoreName);
-    replaceTrustStore(trustStore, jre.alias, jre.content);
+    if (replaceTrustStore(trustStore, jre.alias, jre.content) != 0)
+      return notWritten(jre.content, "the trust store cannot be copied");
     openAsInstalled(making_);
     openAsInstalled(jre.content);
     openAsInstalled(joinPath(jre.content, "bin"));
@@ -157,14 +161,15 @@ class Staging {
   }
 
   // What a bundle puts beside the updater's archive, and the next start of a launcher looks for.
-  void carryOver() const {
+  FetchResult carryOver() const {
     for (const char* const name : {kLzmaToolName, kSplashPictureName, kTrustStoreName}) {
       const std::string from = joinPath(request_.installation.updaterFolder, name);
       const std::string to = joinPath(making_, name);
-      if (access(to.c_str(), F_OK) == 0 || access(from.c_str(), R_OK) != 0) continue;
-      if (copyFile(from.c_str(), to.c_str()) == 0 && name == std::string_view(kLzmaToolName))
-        openAsInstalled(to);
+      if (access(to.c_str(), F_OK) == 0 || access(from.c_str(), F_OK) != 0) continue;
+      if (copyFile(from.c_str(), to.c_str()) != 0) return notWritten(to, "it cannot be copied");
+      if (name == std::string_view(kLzmaToolName)) openAsInstalled(to);
     }
+    return {kDone, ""};
   }
 
   FetchResult noteArchive() const {

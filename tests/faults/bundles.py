@@ -96,14 +96,33 @@ class Packer:
         if done.returncode != 0:
             raise RuntimeError(f"quillory-pack {arguments}: {done.stdout}{done.stderr}")
 
-    def config(self, name, app=1, updater=1, runtime="17.0.9", url=None, whom="user"):
+    def config(self, name, app=1, updater=1, runtime="17.0.9", url=None, whom="user",
+               updates=False):
         more = f'[runtime]\nfolder = "jre-{runtime}"\n' if runtime else ""
         if url:
             more += f'[update]\nurl = "{url}"\n'
+        if updates:
+            more += 'mode = "background"\n'
         path = self.folder / f"{name}.toml"
         path.write_text(CONFIG.format(app=app, updater=updater, whom=whom, more=more),
                         "utf-8")
         return path
+
+    def release(self, name, url, **choices):
+        """As bundle(), of a release that quillory-update takes; each stays beside the next one, in a
+        folder of its own, and the release files of all are in the last one's."""
+        path = self.config(name, url=url, updates=True, **choices)
+        output = self.folder / name
+        first = self.folder / "first-release"
+        if output.exists() and not first.exists():
+            shutil.copytree(output, first, symlinks=True)
+        self.run("release", "--quiet", path, "--output", output)
+        return output / "Demo.app" / "Contents" / "MacOS" / "launcher"
+
+    @property
+    def update(self):
+        """quillory-update, which is built beside quillory-pack."""
+        return self.pack.parent / "quillory-update"
 
     def bundle(self, name, **choices):
         """The executable of the bundle; release files lie beside it in "release"."""

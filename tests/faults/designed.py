@@ -22,7 +22,7 @@ RULES = [
     (r"^foreign files \| (kill-all|kill|cut) [^|]* \| (/tmp/Quillory-\w{6}(/(lzma64|nativesplash\.png))?"
      r"(; |$))+$",
      "the killed start's private folder in /tmp, which the system empties"),
-    (r"^not whole \| (kill \d+ [^|]*/lib/classes\.jsa|11 descriptors|EMFILE [^|]*/lib/classes\.jsa|"
+    (r"^not whole \| (kill \d+ [^|]*/lib/classes\.jsa|11 descriptors|(EMFILE|EIO) [^|]*/lib/classes\.jsa|"
      r"EAGAIN [^|]*) \| [^;]*/lib/classes\.jsa: (file|missing) [^;]*$",
      "java could not make its archive of classes; it does without"),
 ]

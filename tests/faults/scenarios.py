@@ -145,6 +145,53 @@ class SystemRuntime(RuntimeDownload):
         return self.machine.environment(PATH=str(tools))
 
 
+class NetworkUpdate(Scenario):
+    """quillory-update installs a release while the application is there; then the application is started,
+    and the update run again: the version that starts is the old or the new one, whole."""
+
+    name = "network-update"
+    table_name = "quillory-update install, of updater, runtime and application"
+
+    def make(self):
+        self.before = self.packer.release("released", self.server.url)
+        executable = self.packer.release("released", self.server.url, app=2, updater=2,
+                                         runtime="17.0.10")
+        self.server.serve(bundles.release_of(executable))
+        first = self.packer.folder / "first-release"
+        if not first.exists():
+            raise RuntimeError("the first release is gone")
+        return first / "Demo.app" / "Contents" / "MacOS" / "launcher"
+
+    def prepare(self):
+        self.must_run(self.executable)
+
+    def properties(self):
+        return sorted(self.machine.master.glob("Quillory-Quillory-1-complete/QYLaunchProperties-*"))[0]
+
+    def update(self):
+        return [self.packer.update, "install", "--properties", self.properties()]
+
+    def disturbed(self, arguments):
+        return self.machine.run_with(arguments, self.update())
+
+    def start(self):
+        started = self.machine.run([self.executable], environment=self.environment())
+        if not started.runs():
+            return started
+        updated = self.machine.run(self.update())
+        if updated.status != 0:
+            return updated
+        return self.machine.run([self.executable], environment=self.environment())
+
+    def is_good(self, outcome):
+        return outcome.status == 0 and (outcome.runs() or "done version=2" in outcome.output)
+
+    def tree(self):
+        # It holds times, and a number that is drawn.
+        return {place: text for place, text in super().tree().items()
+                if not place.endswith("QYUpdates/state")}
+
+
 def make_tools(folder):
     folder.mkdir()
     for tool in ("chmod", "cp", "mv", "rm", "sh", "which"):
@@ -258,5 +305,6 @@ class KeyMaking(Packing):
 
 
 ALL = (FirstInstall, Reinstall, UpdaterUpdate, WholeUpdate, RuntimeDownload, SystemRuntime,
+       NetworkUpdate,
        *((ElevatedSetUp,) if not why_impossible() else ()), Packing, Setting,
        KeyMaking)
