@@ -39,12 +39,7 @@ final class UpdateProgram {
     all.addAll(Arrays.asList("--properties", properties, "--own-folder", ownFolder));
     try {
       Process process = started(all);
-      BufferedReader reader =
-          new BufferedReader(
-              new InputStreamReader(process.getInputStream(), StandardCharsets.UTF_8));
-      for (String text; (text = reader.readLine()) != null; ) {
-        lines.line(new Line(text));
-      }
+      read(process, lines);
       return process.waitFor();
     } catch (IOException e) {
       lines.line(new Line("failed reason=" + program.replace(" ", "%20")));
@@ -56,6 +51,19 @@ final class UpdateProgram {
       synchronized (this) {
         running = null;
       }
+    }
+  }
+
+  private static void read(Process process, Lines lines) {
+    try {
+      BufferedReader reader =
+          new BufferedReader(
+              new InputStreamReader(process.getInputStream(), StandardCharsets.UTF_8));
+      for (String text; (text = reader.readLine()) != null; ) {
+        lines.line(new Line(text));
+      }
+    } catch (IOException e) {
+      // Cancelled, which closes the stream; its end is still to come.
     }
   }
 
