@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Usage: scripts/demo.sh [--online | --clean]
+# Usage: scripts/demo.sh [--online | --update | --clean]
 #
 # Sets the machine up, builds, packs the sample application with a Java runtime of its own into
 # "build/demo/Hello Quillory.app", and starts it twice: the first start installs it in the home
 # folder, the second finds it current. --online packs it without a runtime, which the first start
-# gets from a web server of the demo's own. --clean removes what the demo has made, also there.
+# gets from a web server of the demo's own. --update goes on from there: version 1 fetches its own
+# application, too, is updated while it runs, and goes back from a broken version. --clean removes what the demo has made, also there.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/steps.sh
@@ -13,6 +14,8 @@ demo=$PWD/build/demo
 app="$demo/Hello Quillory.app"
 home=$(getent passwd "$(id -u)" 2>/dev/null | cut -d: -f6 || true)
 master="${home:-$HOME}/Library/Application Support/Quillory-Hello Quillory"
+
+. scripts/demo_update.sh
 
 clean() {
   rm -rf "$demo" "$master"
@@ -119,11 +122,16 @@ demo_offline() {
 case "${1:-}" in
   --clean) clean; exit ;;
   --online) demo_online ;;
+  --update) demo_update ;;
   "") demo_offline ;;
   *) sed -n 2p scripts/demo.sh >&2; exit 2 ;;
 esac
-step "Second start: everything is current"
-start "second start"
+if [ "${1:-}" = --update ]; then
+  demo_update_end
+else
+  step "Second start: everything is current"
+  start "second start"
+fi
 step "Where things are"
 for newest_log in "$master"/logs/*.log; do :; done  # their names begin with the time
 cat <<EOT
