@@ -11,6 +11,9 @@
 #include "formats/update_url.h"
 #include "install/version_folders.h"
 #include "packager/commands/identity_checks.h"
+#include "packager/commands/release_source.h"
+#include "packager/commands/server_check.h"
+#include "packager/commands/trusted_keys.h"
 #include "packager/commands/verify.h"
 #include "packager/config/name_rules.h"
 #include "packager/reading/archive_checks.h"
@@ -249,6 +252,21 @@ class Doctor {
   Findings findings_;
 };
 
+struct DoctorArguments : TrustArguments {
+  std::string place;
+};
+
+int runServerDoctor(const DoctorArguments& given, Reporter& reporter) {
+  const Findings findings = checkServer(given.place, trustedBy(given, reporter));
+  reporter.findings(findings);
+  const bool well = !hasErrors(findings);
+  reporter.value("well", well);
+  reporter.result(!well              ? "Clients would get no update from it, for the reasons above."
+                  : findings.empty() ? "It has what clients need."
+                                     : "It works, and could do better.");
+  return well ? kDone : kFailed;
+}
+
 int runDoctor(const std::string& bundle, Reporter& reporter) {
   const Diagnosis diagnosis = diagnose(bundle);
   reporter.value("target", targetNameOf(diagnosis.launcher));
@@ -266,15 +284,22 @@ int runDoctor(const std::string& bundle, Reporter& reporter) {
 Diagnosis diagnose(const std::string& bundle) { return Doctor().run(bundle); }
 
 Command doctorCommand() {
-  const auto bundle = std::make_shared<std::string>();
-  return {"doctor",
-          "tells what would go wrong on the user's machine, and why",
-          "quillory-pack doctor \"dist/My App.app\"",
-          {{.name = "BUNDLE",
-            .description = "the bundle to look at",
-            .into = bundle.get(),
-            .isRequired = true}},
-          [bundle](Reporter& reporter) { return runDoctor(*bundle, reporter); }};
+  const auto given = std::make_shared<DoctorArguments>();
+  std::vector<Argument> arguments = {
+      {.name = "PLACE",
+       .description = "the bundle to look at, or the URL of a server with release files",
+       .into = &given->place,
+       .isRequired = true}};
+  for (Argument& argument : trustArguments(*given)) {
+    argument.description += "; for a server";
+    arguments.push_back(std::move(argument));
+  }
+  return {"doctor", "tells what would go wrong on the user's machine, and why",
+          "quillory-pack doctor \"dist/My App.app\"", std::move(arguments),
+          [given](Reporter& reporter) {
+            return isWebAddress(given->place) ? runServerDoctor(*given, reporter)
+                                              : runDoctor(given->place, reporter);
+          }};
 }
 
 }  // namespace quillory::pack

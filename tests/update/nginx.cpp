@@ -27,22 +27,22 @@ bool isAnswering(int port) {
   return is;
 }
 
-std::string configuration(int port, const std::string& root) {
+std::string configuration(int port, const std::string& root, const std::string& settings) {
   // As root it would give the work to a user who cannot read a test's folder.
   const std::string user = geteuid() == 0 ? "user root root;\n" : "";
   return user + "daemon off;\nmaster_process off;\npid nginx.pid;\nevents {}\nhttp {\n" +
          "log_format short '$status $request_uri $bytes_sent';\naccess_log access.log short;\n" +
          "client_body_temp_path body; proxy_temp_path proxy; fastcgi_temp_path fastcgi;\n" +
          "uwsgi_temp_path uwsgi; scgi_temp_path scgi;\nserver { listen 127.0.0.1:" +
-         std::to_string(port) + "; root " + root + "; }\n}\n";
+         std::to_string(port) + "; root " + root + ";\n" + settings + "}\n}\n";
 }
 
 }  // namespace
 
 bool Nginx::isThere() { return access(kProgram, X_OK) == 0; }
 
-Nginx::Nginx(const std::string& folder) : port_(unusedPort()) {
-  writeFile(folder_ / "nginx.conf", configuration(port_, folder));
+Nginx::Nginx(const std::string& folder, const std::string& settings) : port_(unusedPort()) {
+  writeFile(folder_ / "nginx.conf", configuration(port_, folder, settings));
   server_ = std::make_unique<BackgroundChild>(std::vector<std::string>{
       kProgram, "-p", folder_.str() + '/', "-e", "error.log", "-c", "nginx.conf"});
   if (!eventually([this] { return isAnswering(port_); }))

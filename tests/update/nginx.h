@@ -14,8 +14,9 @@ class Nginx {
   /// Whether this machine has one.
   static bool isThere();
 
-  /// Serves `folder` until the end of the scope. Throws where it does not start.
-  explicit Nginx(const std::string& folder);
+  /// Serves `folder` until the end of the scope, with `settings` in the block of its server. Throws
+  /// where it does not start.
+  explicit Nginx(const std::string& folder, const std::string& settings = "");
 
   /// "http://127.0.0.1:<port>/"
   std::string url() const;
