@@ -23,6 +23,7 @@ using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 ChildOptions withoutProxies() {
@@ -73,6 +74,50 @@ TEST_F(Program, InstallsAReleaseFromARealServer) {
   EXPECT_THAT(result.out, HasSubstr("\ndone version=2 release=2\n"));
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(machine_.fileOf("2", "app.jar"), "version 2");
+}
+
+TEST_F(Program, GoesFromReleaseToReleaseByDeltas) {
+  const auto content = [](const std::string& version) {
+    std::string bytes;
+    for (unsigned i = 1; bytes.size() < 30000; i = i * 1103515245 + 12345)
+      bytes += static_cast<char>(i >> 16);
+    return Content{{"app.jar", bytes + "version " + version}};
+  };
+  std::vector<ReleaseComponent> components;
+  for (const char* const version : {"1", "2", "3"}) {
+    components.push_back(releases_.add(kApplicationRole, "Demo", version, content(version)));
+    for (std::size_t base = 0; base + 1 < components.size(); ++base)
+      releases_.addDelta(components.back(), components[base]);
+  }
+  machine_.installApplication("1", content("1"));
+  for (const std::size_t version : {2u, 3u}) {
+    ReleaseList list =
+        ReleaseFolder::list(static_cast<std::int64_t>(version), {components[version - 1]});
+    list.issued = realList_.issued;
+    list.expires = realList_.expires;
+    releases_.publish(list);
+    EXPECT_EQ(run("install").exitStatus, 0);
+    EXPECT_EQ(machine_.fileOf(std::to_string(version), "app.jar"),
+              content(std::to_string(version))["app.jar"]);
+  }
+  for (const std::string& asked : server_->log()) EXPECT_THAT(asked, Not(HasSubstr("archive")));
+}
+
+TEST_F(Program, TrustsNoServerThatTheSystemDoesNot) {
+  const TempDir folder;
+  ASSERT_EQ(runChild({"openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout",
+                      folder / "key.pem", "-out", folder / "cert.pem", "-days", "2", "-subj",
+                      "/CN=localhost", "-addext", "subjectAltName=DNS:localhost"})
+                .exitStatus,
+            0);
+  const std::string port = std::to_string(unusedPort());
+  BackgroundChild server({"openssl", "s_server", "-accept", port, "-cert", folder / "cert.pem",
+                          "-key", folder / "key.pem", "-www"});
+  ASSERT_TRUE(server.waitForOutput("ACCEPT"));
+  machine_.extraProperties = property("qystat_update_url", "https://localhost:" + port + '/');
+  const ChildResult result = run("check");
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_THAT(result.out, HasSubstr("certificate"));
 }
 
 TEST_F(Program, WritesALogInTheFormOfTheLaunchers) {
