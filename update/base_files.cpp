@@ -39,7 +39,7 @@ class Descriptor {
   }
 
  private:
-  void close() {
+  void close() const {
     if (isOpen()) ::close(number_);
   }
   int number_;

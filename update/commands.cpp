@@ -63,7 +63,7 @@ class Run {
     if (!text.empty()) {
       const auto parsed = std::from_chars(text.data(), text.data() + text.size(), hours);
       if (parsed.ptr != text.data() + text.size() || hours < 0 || hours > kMostReminderHours)
-        return fail("that is no number of hours: " + text, false, kExitUsage);
+        return misuse("that is no number of hours: " + text);
     }
     state_.remindAfter = now() + hours * kSecondsOfHour;
     return save(kExitDone);
@@ -71,11 +71,17 @@ class Run {
 
   int setChannel() {
     if (!isChannelName(request_.argument))
-      return fail("that cannot be the name of a channel: " + request_.argument, false, kExitUsage);
+      return misuse("that cannot be the name of a channel: " + request_.argument);
     state_.chosenChannel = request_.argument;
     state_.nextCheck = 0;
     state_.offer = {};
     return save(kExitDone);
+  }
+
+  // Nothing becomes of it, nor of what is known.
+  int misuse(const std::string& mistake) {
+    request_.lines(Line("failed").with("reason", mistake).with("retry", 0));
+    return kExitUsage;
   }
 
   // Without an application there is nothing to be kept as it is: what is packed without one

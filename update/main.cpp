@@ -1,5 +1,6 @@
 // quillory-update: looks for updates of an installed application, loads them and puts them in their
 // place. The only program of an installation that talks to the network once the application runs.
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -24,10 +25,13 @@ using namespace quillory::update;
 
 constexpr int kRestartLimitSeconds = 300;
 
-// Standard output is for lines: what a library or a program that is started prints goes elsewhere.
+// Standard output is for lines: what a library or a program that is started prints is dropped,
+// since nobody need read our errors, and a full pipe would stop us.
 std::FILE* linesOnly() {
-  const int lines = dup(STDOUT_FILENO);
-  if (lines < 0 || dup2(STDERR_FILENO, STDOUT_FILENO) < 0) return stdout;
+  const int lines = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (lines < 0 || nowhere < 0 || dup2(nowhere, STDOUT_FILENO) < 0) return stdout;
+  close(nowhere);
   std::FILE* const stream = fdopen(lines, "w");
   return stream == nullptr ? stdout : stream;
 }

@@ -623,8 +623,11 @@ TEST_F(Commands, SetChannelAsksForAnotherList) {
 
 TEST_F(Commands, RefuseWhatMakesNoSense) {
   Machine machine(releases_);
+  release(2, "2");
+  machine.run(Command::kCheck);
   EXPECT_EQ(machine.run(Command::kSetChannel, "../x").status, update::kExitUsage);
   EXPECT_EQ(machine.run(Command::kRemindLater, "soon").status, update::kExitUsage);
+  EXPECT_EQ(machine.state().phase, Phase::kAvailable);
 }
 
 TEST_F(Commands, SayThatTheFolderIsNotTheirs) {

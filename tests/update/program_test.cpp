@@ -253,6 +253,19 @@ TEST_F(Program, SaysWhatItTakes) {
   EXPECT_EQ(runChild({QUILLORY_UPDATE, "check", "--properties", "/none"}).exitStatus, 1);
 }
 
+TEST(Restart, LeavesTheProgramNoPipeOfSomebodyWhoHasEnded) {
+  const TempDir folder;
+  const std::string find =
+      "for n in 0 1 2; do readlink /proc/$$/fd/$n; done > " + folder / "streams";
+  const ChildResult result =
+      runChild({QUILLORY_UPDATE, "restart", "--wait", "4194000", "--", "/bin/sh", "-c", find});
+  EXPECT_EQ(result.exitStatus, 0);
+  const std::string path = folder / "streams";
+  const std::string expected = "/dev/null\n" + path + "\n/dev/null\n";
+  EXPECT_TRUE(
+      eventually([&] { return std::filesystem::exists(path) && readFile(path) == expected; }));
+}
+
 TEST(Restart, StartsTheProgramWhenTheOtherOneHasEnded) {
   const TempDir folder;
   BackgroundChild other({"cat"});
