@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "formats/markers.h"
+#include "formats/params_format.h"
 #include "formats/tail_format.h"
 #include "formats/update_url.h"
 #include "packager/bytes/byte_sinks.h"
@@ -90,6 +91,21 @@ void writeParametersFile(const std::string& path, const Config& config, bool isH
   params.commit();
 }
 
+// The system's seal of a signed bundle leaves out one kind of file only, so that parameters which
+// stand there can be changed afterwards.
+std::string parametersPlace(const std::string& resources, Target target) {
+  if (target == Target::kLinux) {
+    return resources + kParamsFileName;
+  }
+  fs::create_directories(resources + kLocalizedParamsFolder);
+  return resources + kLocalizedParamsFolder + '/' + kLocalizedParamsFileName;
+}
+
+std::string infoPlistOf(const Config& config, Target target, const std::string& icon) {
+  const MacPlist mac = target == Target::kMacOS ? macPlistOf(config) : MacPlist{};
+  return applicationInfoPlist(config.application, icon, mac);
+}
+
 // Returns its name in `resources`; "" when the configuration names none.
 std::string writeIcon(const Config& config, const std::string& resources) {
   const std::string& icon = config.application.icon;
@@ -128,9 +144,9 @@ MadeFiles assembleBundle(const Config& config, const BundleTools& tools, const P
     writeTail(tail, config, tools, parts, publicKey);
     tail.commit();
   }
-  writeParametersFile(resources + kParamsFileName, config, parts.isHardened);
+  writeParametersFile(parametersPlace(resources, tools.target), config, parts.isHardened);
   const std::string icon = writeIcon(config, resources);
-  writeWholeFile(contents + "Info.plist", applicationInfoPlist(config.application, icon), kPlain,
+  writeWholeFile(contents + "Info.plist", infoPlistOf(config, tools.target, icon), kPlain,
                  kFlushedLater);
   if (!tools.elevMac.empty()) {
     writeWholeFile(resources + "elev_mac", readWholeFile(tools.elevMac), kExecutable,

@@ -7,6 +7,7 @@
 #include "packager/bytes/byte_sinks.h"
 #include "packager/commands/named_jar.h"
 #include "packager/content/icns.h"
+#include "packager/content/info_plist.h"
 #include "packager/content/runtime_options.h"
 
 namespace quillory::pack {
@@ -117,6 +118,24 @@ Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
                         "there is no file " + config.resolve(config.updater.cacerts),
                         config.placeOf("updater.cacerts"),
                         "correct the name, or leave out updater.cacerts"});
+  }
+  return findings;
+}
+
+Findings lintMacPlist(const Config& config) {
+  Findings findings;
+  for (const auto& [key, value] : config.macos.plist) {
+    const std::string name = "macos.plist." + key;
+    if (key.empty() || isKeyOfOurs(key)) {
+      findings.push_back({Severity::kError, "parameter", name + " is written by other keys",
+                          config.placeOf("macos.plist"), "leave it out"});
+    }
+  }
+  if (macPlistOf(config).mayAskAnyHost) {
+    findings.push_back({Severity::kWarning, "plain-http",
+                        "update.url is dynamic: macOS lets the launcher ask every server without "
+                        "encryption, as nobody knows yet which it will be",
+                        config.placeOf("update.url"), "begin with a URL that has https://"});
   }
   return findings;
 }

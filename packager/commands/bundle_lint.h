@@ -12,6 +12,9 @@ namespace quillory::pack {
 /// What the jars, pictures and other named files should be and are not.
 Findings lintFiles(const Config& config, const std::vector<std::string>& jars);
 
+/// What Info.plist of a bundle for macOS is to say and cannot, or says more widely than it should.
+Findings lintMacPlist(const Config& config);
+
 /// The application's paths that its installation needs for itself.
 Findings lintApplicationPaths(const ContentTree& application);
 

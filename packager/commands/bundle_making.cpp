@@ -40,6 +40,9 @@ BundleParts gatherParts(const Config& config, const BundleTools& tools,
                         const std::string& workFolder, Reporter& reporter) {
   const std::vector<std::string> jars = findJars(config);
   reporter.findings(accepted(lintFiles(config, jars)));
+  if (options.target == Target::kMacOS) {
+    reporter.findings(accepted(lintMacPlist(config)));
+  }
   std::optional<BundlePart> runtime;
   if (config.runtime.source != RuntimeSource::kNone) {
     runtime = runtimePart(config, tools, jars, options.target, workFolder, reporter);

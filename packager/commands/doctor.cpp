@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "formats/params_format.h"
 #include "formats/tail_format.h"
 #include "formats/update_url.h"
 #include "install/version_folders.h"
@@ -69,6 +70,12 @@ class Doctor {
       add(Severity::kWarning, "not-signed",
           "the bundle's code is not signed: macOS refuses it when it was downloaded",
           bundle_.folder, "docs/packaging.md tells how to sign and notarize it");
+    }
+    if (launcher_.system == systemOf(Target::kMacOS) && bundle_.params &&
+        fs::path(bundle_.params->file).filename() == kParamsFileName) {
+      add(Severity::kWarning, "sealed-parameters",
+          "a code signature covers the parameters where they are: set breaks it",
+          bundle_.params->file, "pack it again: they get a place that signatures leave out");
     }
     if (sealed && bundle_.tail && bundle_.tail->inExecutable) {
       add(Severity::kError, "tail-in-signed-code",

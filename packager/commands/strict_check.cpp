@@ -113,6 +113,7 @@ class StrictCheck {
         "Info.plist",
         "MacOS/" + fs::path(bundle_.executable).filename().string(),
         resources + kParamsFileName,
+        resources + kLocalizedParamsFolder + '/' + kLocalizedParamsFileName,
         resources + "elev_mac",
         resources + plistText(bundle_.infoPlist, "CFBundleIconFile"),
         bundle_.tail && bundle_.tail->inExecutable ? "" : resources + kTailFileName};

@@ -19,9 +19,9 @@ constexpr std::int64_t kLargestReleaseNumber = 1'000'000'000;
 constexpr int kLongestExpiry = 3650;  // days
 constexpr int kMostDeltas = 20;
 
-const std::vector<std::string> kSections = {"application", "jvm",     "updater",
-                                            "runtime",     "install", "update",
-                                            "signing",     "bundle",  "parameters"};
+const std::vector<std::string> kSections = {"application", "jvm",       "updater", "runtime",
+                                            "install",     "update",    "signing", "bundle",
+                                            "macos",       "parameters"};
 
 void readApplication(ConfigSection section, ApplicationConfig& out) {
   section.text("name", out.name);
@@ -169,6 +169,12 @@ void readBundle(ConfigSection section, BundleConfig& out) {
   section.rejectUnknown();
 }
 
+void readMacOS(ConfigSection section, MacConfig& out) {
+  section.flag("follows-appearance", out.followsAppearance);
+  section.pairs("plist", out.plist);
+  section.rejectUnknown();
+}
+
 // The file as it is written: what is missing has its default, or nothing.
 Config readConfig(const std::string& path, Findings& found) {
   Config config;
@@ -184,6 +190,7 @@ Config readConfig(const std::string& path, Findings& found) {
   readUpdate({root, "update", config, found}, config.update);
   readSigning({root, "signing", config, found}, config.signing);
   readBundle({root, "bundle", config, found}, config.bundle);
+  readMacOS({root, "macos", config, found}, config.macos);
   ConfigSection(root, "parameters", config, found).pairs(config.parameters);
   return config;
 }

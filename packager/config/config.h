@@ -137,6 +137,12 @@ struct BundleConfig {
   std::string updateWindow;
 };
 
+/// What only bundles for macOS have.
+struct MacConfig {
+  bool followsAppearance = false;  ///< dark or light, as the user has chosen
+  Parameters plist;                ///< more keys of Info.plist
+};
+
 struct Config {
   std::string file;    ///< as it was named
   std::string folder;  ///< the folder that relative paths start from
@@ -148,6 +154,7 @@ struct Config {
   UpdateConfig update;
   SigningConfig signing;
   BundleConfig bundle;
+  MacConfig macos;
   Parameters parameters;
   std::map<std::string, Place> places;  ///< "application.name" to where it stands
   /// Keys that have a value although nobody gave them one; see completed().

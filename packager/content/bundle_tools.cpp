@@ -144,6 +144,7 @@ std::string ownProgramFor(Target target, const std::string& name) {
 
 BundleTools findBundleTools(const Config& config, Target target) {
   BundleTools tools;
+  tools.target = target;
   std::vector<Wanted> all = {
       {"launcher", "bundle.launcher", config.bundle.launcher, tools.launcher}};
   for (std::size_t i = 0; i < kCompressions.size(); ++i) {

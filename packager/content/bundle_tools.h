@@ -11,6 +11,7 @@
 namespace quillory::pack {
 
 struct BundleTools {
+  Target target = Target::kLinux;  ///< what they are for
   std::string launcher;
   /// What undoes each of kCompressions, in their order.
   std::array<std::string, kCompressions.size()> decompressors;

@@ -1,6 +1,9 @@
 #include "packager/content/info_plist.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <string_view>
 #include <vector>
 
 #include "packager/config/name_rules.h"
@@ -48,6 +51,40 @@ std::string entry(const std::string& key, const std::string& text) {
 
 std::string flag(const std::string& key) { return "\t<key>" + key + "</key>\n\t<true/>\n"; }
 
+std::string textOrFlag(const std::string& key, const std::string& value) {
+  if (value == "true" || value == "false") {
+    return "\t<key>" + escaped(key) + "</key>\n\t<" + value + "/>\n";
+  }
+  return entry(escaped(key), value);
+}
+
+// Programs that are linked against a system of the last ten years may load nothing over plain http
+// unless this says so.
+std::string transportSecurity(const MacPlist& mac) {
+  if (!mac.mayAskAnyHost && mac.insecureHost.empty()) {
+    return "";
+  }
+  const std::string begin = "\t<key>NSAppTransportSecurity</key>\n\t<dict>\n";
+  if (mac.mayAskAnyHost) {
+    return begin + "\t\t<key>NSAllowsArbitraryLoads</key>\n\t\t<true/>\n\t</dict>\n";
+  }
+  return begin + "\t\t<key>NSExceptionDomains</key>\n\t\t<dict>\n\t\t\t<key>" +
+         escaped(mac.insecureHost) +
+         "</key>\n\t\t\t<dict>\n\t\t\t\t<key>NSExceptionAllowsInsecureHTTPLoads</key>\n"
+         "\t\t\t\t<true/>\n\t\t\t</dict>\n\t\t</dict>\n\t</dict>\n";
+}
+
+// Those of a text that transportSecurity() has made.
+std::string insecureHostIn(const std::string& plist) {
+  const std::string before = "<key>NSExceptionDomains</key>\n\t\t<dict>\n\t\t\t<key>";
+  const std::size_t at = plist.find(before);
+  if (at == std::string::npos) {
+    return "";
+  }
+  const std::size_t start = at + before.size();
+  return plist.substr(start, plist.find("</key>", start) - start);
+}
+
 std::string urlTypes(const ApplicationConfig& application) {
   if (application.urlSchemes.empty()) {
     return "";
@@ -78,8 +115,42 @@ std::vector<std::string> urlSchemesIn(const std::string& plist) {
 
 }  // namespace
 
-std::string applicationInfoPlist(const ApplicationConfig& application,
-                                 const std::string& iconFile) {
+bool isKeyOfOurs(const std::string& key) {
+  constexpr std::array kKeys = {"CFBundleDevelopmentRegion",
+                                "CFBundleExecutable",
+                                "CFBundleIconFile",
+                                "CFBundleIdentifier",
+                                "CFBundleInfoDictionaryVersion",
+                                "CFBundleName",
+                                "CFBundlePackageType",
+                                "CFBundleShortVersionString",
+                                "CFBundleURLTypes",
+                                "CFBundleVersion",
+                                "LSApplicationCategoryType",
+                                "LSMinimumSystemVersion",
+                                "NSAppTransportSecurity",
+                                "NSHighResolutionCapable",
+                                "NSHumanReadableCopyright",
+                                "NSPrincipalClass",
+                                "NSRequiresAquaSystemAppearance"};
+  return std::find(kKeys.begin(), kKeys.end(), key) != kKeys.end();
+}
+
+MacPlist macPlistOf(const Config& config) {
+  MacPlist mac{.isLightOnly = !config.macos.followsAppearance, .more = config.macos.plist};
+  mac.mayAskAnyHost = config.update.urlKind == UpdateUrlKind::kDynamic &&
+                      !config.update.url.starts_with("https://");
+  constexpr std::string_view kPlain = "http://";
+  if (!mac.mayAskAnyHost && config.update.urlKind == UpdateUrlKind::kStatic &&
+      config.update.url.starts_with(kPlain)) {
+    const std::string rest = config.update.url.substr(kPlain.size());
+    mac.insecureHost = rest.substr(0, rest.find_first_of(":/?#"));
+  }
+  return mac;
+}
+
+std::string applicationInfoPlist(const ApplicationConfig& application, const std::string& iconFile,
+                                 const MacPlist& mac) {
   std::string plist = kHead;
   plist += entry("CFBundleDevelopmentRegion", "en");
   plist += entry("CFBundleExecutable", application.executable);
@@ -97,11 +168,18 @@ std::string applicationInfoPlist(const ApplicationConfig& application,
     plist += entry("LSApplicationCategoryType", application.category);
   }
   plist += entry("LSMinimumSystemVersion", kMinimumSystem);
+  plist += transportSecurity(mac);
   plist += flag("NSHighResolutionCapable");
   if (!application.copyright.empty()) {
     plist += entry("NSHumanReadableCopyright", application.copyright);
   }
   plist += entry("NSPrincipalClass", "NSApplication");
+  if (mac.isLightOnly) {
+    plist += flag("NSRequiresAquaSystemAppearance");
+  }
+  for (const auto& [key, value] : mac.more) {
+    plist += textOrFlag(key, value);
+  }
   return plist + kFoot;
 }
 
@@ -116,8 +194,12 @@ bool isApplicationInfoPlist(const std::string& text) {
   read.category = plistText(text, "LSApplicationCategoryType");
   read.copyright = plistText(text, "NSHumanReadableCopyright");
   read.urlSchemes = urlSchemesIn(text);
+  const auto has = [&](const char* key) { return text.find(key) != std::string::npos; };
+  const MacPlist mac{.isLightOnly = has("<key>NSRequiresAquaSystemAppearance</key>"),
+                     .insecureHost = insecureHostIn(text),
+                     .mayAskAnyHost = has("<key>NSAllowsArbitraryLoads</key>")};
   return !read.executable.empty() &&
-         applicationInfoPlist(read, plistText(text, "CFBundleIconFile")) == text;
+         applicationInfoPlist(read, plistText(text, "CFBundleIconFile"), mac) == text;
 }
 
 std::string runtimeInfoPlist(const std::string& name, const std::string& version,

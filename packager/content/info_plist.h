@@ -6,10 +6,30 @@
 
 namespace quillory::pack {
 
-/// Contents/Info.plist of the application's bundle.
-std::string applicationInfoPlist(const ApplicationConfig& application, const std::string& iconFile);
+/// What only macOS asks of an application.
+struct MacPlist {
+  /// The system's dark appearance would reach the frames of windows whose insides Java paints
+  /// light.
+  bool isLightOnly = false;
+  /// The one server that may be asked without encryption, which the system else forbids; "" for
+  /// none.
+  std::string insecureHost{};
+  bool mayAskAnyHost = false;  ///< likewise, where the server is not known yet
+  Parameters more{};           ///< texts, and "true" and "false" for flags, by their keys
+};
 
-/// Whether a text is what applicationInfoPlist() makes of some configuration, to the byte.
+/// The keys that `config` asks for, in a bundle for macOS.
+MacPlist macPlistOf(const Config& config);
+
+/// Whether applicationInfoPlist() itself writes this key.
+bool isKeyOfOurs(const std::string& key);
+
+/// Contents/Info.plist of the application's bundle.
+std::string applicationInfoPlist(const ApplicationConfig& application, const std::string& iconFile,
+                                 const MacPlist& mac = {});
+
+/// Whether a text is what applicationInfoPlist() makes of some configuration without keys of its
+/// own, to the byte.
 bool isApplicationInfoPlist(const std::string& text);
 
 /// Contents/Info.plist of a runtime's bundle; `executable` may be empty.

@@ -78,6 +78,34 @@ class BundleTarget : public ::testing::Test {
   const std::string bundle_ = project_ / "dist/Hello.app";
 };
 
+// By rules that are not ours: what a signature seals cannot be changed after it.
+TEST_F(BundleTarget, HasItsParametersOnAMacWhereNoCodeSignatureSealsThem) {
+  ASSERT_EQ(packFor("macos", config(kRuntime)).status, 0);
+  const std::string params = bundle_ + "/Contents/Resources/params.lproj/locversion.plist";
+  ASSERT_TRUE(fs::exists(params));
+  const ChildResult sealed =
+      runChild({"/usr/bin/python3", "-B", QUILLORY_SEALED_FILES, bundle_ + "/Contents"});
+  EXPECT_EQ(sealed.out, "MacOS/Hello\nResources/Tail\nResources/elev_mac\n") << sealed.err;
+  ASSERT_EQ(pack({"set", bundle_, "channel=beta"}).status, 0);
+  EXPECT_THAT(readFile(params), HasSubstr(records({"channel", "beta"})));
+  EXPECT_THAT(pack({"doctor", bundle_}).err, Not(HasSubstr("[sealed-parameters]")));
+  fs::rename(params, bundle_ + "/Contents/Resources/AppParams.excludefromsigning");
+  EXPECT_THAT(pack({"doctor", bundle_}).err, HasSubstr("[sealed-parameters]"));
+}
+
+TEST_F(BundleTarget, AsksOnAMacForWhatItsUpdateUrlNeeds) {
+  errorOf("macos", config(std::string(kRuntime) + "[macos]\nplist = { CFBundleName = \"x\" }\n"),
+          "parameter");
+  const std::string keys = "[macos]\nplist = { NSCameraUsageDescription = \"To see you.\" }\n";
+  const CommandResult result =
+      packFor("macos", config(kRuntime + keys + "[update]\ndynamic = true\n"));
+  ASSERT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("[plain-http]"));
+  EXPECT_THAT(readFile(bundle_ + "/Contents/Info.plist"),
+              AllOf(HasSubstr("NSAllowsArbitraryLoads"), HasSubstr("<string>To see you.</string>"),
+                    HasSubstr("NSRequiresAquaSystemAppearance")));
+}
+
 TEST_F(BundleTarget, PutsProgramsForMacOSIntoTheBundle) {
   const CommandResult result = packFor("macos", config(kRuntime));
   ASSERT_EQ(result.status, 0) << result.err;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "tests/harness/child_process.h"
 #include "tests/harness/temp_dir.h"
 
@@ -69,6 +71,76 @@ TEST(ApplicationInfoPlist, HasUrlTypesCategoryAndCopyrightWhereTheyAreGiven) {
   EXPECT_EQ(lines.find("CFBundleIconFile"), std::string::npos);
 }
 
+Config configFor(const std::string& url, UpdateUrlKind kind) {
+  Config config;
+  config.update.url = url;
+  config.update.urlKind = kind;
+  return config;
+}
+
+TEST(ApplicationInfoPlist, LetsAMacAskAServerWithoutEncryptionThatIsNamedSo) {
+  const MacPlist mac =
+      macPlistOf(configFor("http://updates.example.com:8080/u/", UpdateUrlKind::kStatic));
+  EXPECT_NE(readBack(applicationInfoPlist(sample(), "", mac))
+                .find("NSAppTransportSecurity={'NSExceptionDomains': {'updates.example.com': "
+                      "{'NSExceptionAllowsInsecureHTTPLoads': True}}}\n"),
+            std::string::npos);
+  for (const char* url : {"https://example.com/", ""}) {
+    const MacPlist none = macPlistOf(configFor(url, UpdateUrlKind::kStatic));
+    EXPECT_EQ(readBack(applicationInfoPlist(sample(), "", none)).find("NSAppTransportSecurity"),
+              std::string::npos);
+  }
+}
+
+TEST(ApplicationInfoPlist, LetsAMacAskEveryServerWhereItIsNotKnownYet) {
+  for (const char* url : {"", "http://example.com/"}) {
+    const MacPlist mac = macPlistOf(configFor(url, UpdateUrlKind::kDynamic));
+    EXPECT_NE(readBack(applicationInfoPlist(sample(), "", mac))
+                  .find("NSAppTransportSecurity={'NSAllowsArbitraryLoads': True}\n"),
+              std::string::npos);
+  }
+  EXPECT_FALSE(
+      macPlistOf(configFor("https://example.com/", UpdateUrlKind::kDynamic)).mayAskAnyHost);
+  EXPECT_FALSE(macPlistOf(configFor("", UpdateUrlKind::kOff)).mayAskAnyHost);
+}
+
+TEST(ApplicationInfoPlist, StaysLightOnAMacUnlessItFollowsTheSystem) {
+  Config config;
+  EXPECT_NE(readBack(applicationInfoPlist(sample(), "", macPlistOf(config)))
+                .find("NSRequiresAquaSystemAppearance=True\n"),
+            std::string::npos);
+  config.macos.followsAppearance = true;
+  EXPECT_EQ(readBack(applicationInfoPlist(sample(), "", macPlistOf(config)))
+                .find("NSRequiresAquaSystemAppearance"),
+            std::string::npos);
+}
+
+TEST(ApplicationInfoPlist, HasTheKeysThatTheConfigurationAdds) {
+  Config config;
+  config.macos.plist = {{"NSMicrophoneUsageDescription", "To hear <you>."},
+                        {"LSUIElement", "true"}};
+  const std::string lines = readBack(applicationInfoPlist(sample(), "", macPlistOf(config)));
+  EXPECT_NE(lines.find("NSMicrophoneUsageDescription=To hear <you>.\n"), std::string::npos)
+      << lines;
+  EXPECT_NE(lines.find("LSUIElement=True\n"), std::string::npos) << lines;
+}
+
+TEST(IsKeyOfOurs, IsEveryKeyThatIsWritten) {
+  ApplicationConfig app = sample();
+  app.urlSchemes = {"hello"};
+  app.category = "public.app-category.utilities";
+  app.copyright = "Example";
+  const MacPlist mac{.isLightOnly = true, .mayAskAnyHost = true};
+  const std::string lines = readBack(applicationInfoPlist(app, "a.icns", mac));
+  int keys = 0;
+  std::istringstream each(lines);
+  for (std::string line; std::getline(each, line); ++keys) {
+    EXPECT_TRUE(isKeyOfOurs(line.substr(0, line.find('=')))) << line;
+  }
+  EXPECT_EQ(keys, 17);
+  EXPECT_FALSE(isKeyOfOurs("NSMicrophoneUsageDescription"));
+}
+
 TEST(RuntimeInfoPlist, IsThatOfABundleWithAnExecutable) {
   const std::string lines = readBack(runtimeInfoPlist("My JRE", "170000900", "libjli.dylib"));
   EXPECT_NE(lines.find("CFBundleExecutable=libjli.dylib\n"), std::string::npos) << lines;
@@ -122,6 +194,10 @@ TEST(IsApplicationInfoPlist, TakesWhatIsWrittenForAnyConfiguration) {
   application.urlSchemes = {"a", "b-c"};
   const std::string plist = applicationInfoPlist(application, "AB.icns");
   EXPECT_TRUE(isApplicationInfoPlist(plist));
+  for (const MacPlist& mac : {MacPlist{.isLightOnly = true, .insecureHost = "example.com"},
+                              MacPlist{.mayAskAnyHost = true}}) {
+    EXPECT_TRUE(isApplicationInfoPlist(applicationInfoPlist(application, "AB.icns", mac)));
+  }
   EXPECT_FALSE(isApplicationInfoPlist(""));
   EXPECT_FALSE(isApplicationInfoPlist(applicationInfoPlist({}, "")));
   for (std::size_t length = 0; length < plist.size(); length += 13) {
