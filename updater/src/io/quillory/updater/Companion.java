@@ -79,13 +79,22 @@ final class Companion {
     this.updates = updates;
     this.around = around;
     program = updates.program("quillory-update");
-    UpdateSettings settings = updates.settings;
+    UpdateSettings settings = updates.settings();
     isChecking =
         program != null
             && (settings.is(UpdateSettings.BACKGROUND)
                 || settings.is(UpdateSettings.ASK)
                 || settings.is(UpdateSettings.AT_START));
     isSettled = updates.attempt == null;
+  }
+
+  /** Until there is nothing left to be done, or somebody ends all threads. */
+  static void accompany(Updates updates) {
+    try {
+      new Companion(updates, new Surroundings()).run();
+    } catch (InterruptedException e) {
+      // Then so be it.
+    }
   }
 
   /** Returns when there is nothing left to be done, or does not while checks go on. */
@@ -95,7 +104,7 @@ final class Companion {
     // A start that has waited for its update has just asked.
     nextCheck =
         !isChecking ? NEVER
-            : updates.settings.is(UpdateSettings.AT_START) ? begin + untilNextCheck()
+            : updates.settings().is(UpdateSettings.AT_START) ? begin + untilNextCheck()
             : begin + FROM_START_TO_CHECK;
     while (!isSettled || isChecking) {
       long now = around.millis();
@@ -150,7 +159,7 @@ final class Companion {
   }
 
   private long untilNextCheck() {
-    long hours = Math.max(updates.settings.checkHours, 1);
+    long hours = Math.max(updates.settings().checkHours, 1);
     return (long) (hours * HOUR * (1 - SPREAD + 2 * SPREAD * around.draw()));
   }
 

@@ -22,9 +22,9 @@ final class Foreground {
     List<String> command = new ArrayList<String>();
     command.add(updates.program("quillory-update-window").getPath());
     command.add(isFirst ? "--first" : "--update");
-    if (!isFirst && updates.settings.is(UpdateSettings.AT_START)) {
+    if (!isFirst && updates.settings().is(UpdateSettings.AT_START)) {
       command.add("--at-most");
-      command.add(Long.toString(updates.settings.atStartSeconds));
+      command.add(Long.toString(updates.settings().atStartSeconds));
     }
     command.add("--properties");
     command.add(updates.propertiesFile.getPath());

@@ -75,11 +75,8 @@ public final class Main {
       return newestOf(name, ownFolder);
     }
     Updates updates = new Updates(propertiesFile, properties, ownFolder, updateFolder, name);
-    if (updates.chooseVersion() == null) {
-      return newestOf(name, ownFolder);
-    }
-    updates.begin();
-    return updates.chosen;
+    File folder = updates.begin();
+    return folder == null ? newestOf(name, ownFolder) : folder;
   }
 
   private static File newestOf(String name, File ownFolder) throws IOException {

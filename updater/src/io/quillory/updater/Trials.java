@@ -12,9 +12,6 @@ import java.util.List;
  */
 final class Trials {
   static final String NAME = "trials";
-  /** In a version folder: the SHA-256 of the archive that it came from. */
-  static final String ARCHIVE_NAME = "QuilloryArchive";
-
   static final String UNKNOWN = "UNKNOWN";
   static final String GOOD = "GOOD";
   static final String BLOCKED = "BLOCKED";
@@ -41,6 +38,9 @@ final class Trials {
   /** Those of a folder for updates; none where there is no file, or one of another format. */
   static Trials read(File updateFolder) {
     Trials trials = new Trials(new File(updateFolder, NAME));
+    if (!trials.file.isFile()) {
+      return trials;
+    }
     try {
       Records records = Records.of(trials.file);
       if (records.next().equals(FORMAT)) {
@@ -53,7 +53,7 @@ final class Trials {
         }
       }
     } catch (IOException e) {
-      // There is none yet.
+      // Nothing is known then.
     }
     return trials;
   }
@@ -177,10 +177,9 @@ final class Trials {
     isChanged |= !values.set(at + which, value).equals(value);
   }
 
-  /** "" for a version that the launcher has installed from its bundle. */
   private static String archiveOf(File folder) {
     try {
-      return Records.of(new File(folder, ARCHIVE_NAME)).next().trim();
+      return Updates.archiveOf(folder);
     } catch (IOException e) {
       return "";
     }

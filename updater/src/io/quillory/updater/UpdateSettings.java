@@ -18,10 +18,6 @@ final class UpdateSettings {
   private static final String FORMAT = "1";
   private static final String MODE_KEY = "mode";
 
-  /** Where the administrator's files are, by application; replaced by tests. */
-  static File administratorsFolder =
-      new File(isMac() ? "/Library/Preferences/quillory" : "/etc/quillory");
-
   /** One of the modes; OFF where there are no settings, or of another format. */
   final String mode;
   final long atStartSeconds;
@@ -60,15 +56,10 @@ final class UpdateSettings {
     return mode.equals(wanted);
   }
 
-  private static boolean isMac() {
-    return System.getProperty("os.name").startsWith("Mac");
-  }
-
   /** The value of the last line "mode = …"; null without a file or such a line. */
   private static String administratorsMode(String appName) {
-    // No folder of that name is in another one.
-    File file = new File(administratorsFolder, appName + ".conf");
-    if (appName.indexOf('/') >= 0 || !file.isFile()) {
+    File file = Updates.fileOfAdministrator(appName);
+    if (file == null) {
       return null;
     }
     String text;

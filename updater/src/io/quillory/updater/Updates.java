@@ -2,40 +2,47 @@ package io.quillory.updater;
 
 import java.io.File;
 import java.io.IOException;
-import java.util.ArrayList;
-import java.util.List;
+import java.util.concurrent.locks.LockSupport;
 
 /**
- * What updates mean for a start: which version runs, what its end will show of it, and what is done
- * behind its first window. Made for installations that have settings for updates or a folder of
- * them; the others never load this class.
+ * What updates mean for a start: which version runs, and what is done behind its first window. Made
+ * for installations that have settings for updates or a folder of them; the others never load this
+ * class.
  *
- * <p>An application waits for this at every start, so what is rarely needed is in classes of its
- * own, and what takes long is done by a thread, later.
+ * <p>An application waits for this at every start, and a class takes a third of a millisecond to
+ * load. So a start in which nothing has to be decided, because the newest version is known to be
+ * good, is recognised here by a look at three small files; all others are {@link Choice}'s.
  */
 final class Updates implements Runnable {
   static final String FOLDER_NAME = "QYUpdates";
-  private static final String STATE_NAME = "state";
-  private static final String STATE_FORMAT = "1";
-  private static final int STATE_VALUES_BEFORE_KEYS = 5;
+  static final String STATE_NAME = "state";
+  static final String STATE_FORMAT = "1";
+  static final int STATE_VALUES_BEFORE_KEYS = 5;
+  private static final String SETTINGS_FORMAT = "1";
+  private static final String TRIALS_FORMAT = "1";
   /** The application has the machine for itself for so long. */
-  private static final int MILLIS_BEFORE_COMPANION = 1000;
+  private static final long NANOS_BEFORE_COMPANION = 1_000_000_000L;
+
+  /** Where the administrator's files are, by application; replaced by tests. */
+  static File administratorsFolder =
+      new File(
+          System.getProperty("os.name").startsWith("Mac")
+              ? "/Library/Preferences/quillory"
+              : "/etc/quillory");
 
   final File propertiesFile;
+  final LaunchProperties properties;
   final File updaterFolder;
+  final File master;
   /** {@link #FOLDER_NAME} of the folder that this user's starts write to. */
   final File folder;
   final String appName;
-  final UpdateSettings settings;
   /** The version that runs, and the file of this start; null for one that is known to be good. */
   File chosen;
   Attempt attempt;
 
-  private final File master;
-  private final Trials trials;
-  private final List<String> withdrawn = new ArrayList<String>();
-  private boolean isOfferCritical;
-  private long offeredVersion;
+  private String mode;
+  private UpdateSettings settings;
 
   Updates(
       File propertiesFile,
@@ -44,58 +51,61 @@ final class Updates implements Runnable {
       File folder,
       String appName) {
     this.propertiesFile = propertiesFile;
+    this.properties = properties;
     this.updaterFolder = updaterFolder;
     this.folder = folder;
     this.appName = appName;
     master = updaterFolder.getParentFile();
-    settings = UpdateSettings.of(updaterFolder, properties, appName);
-    trials = Trials.read(folder);
   }
 
   /**
    * The folder of the version that runs now, or null where there is none. One that was blocked or
    * withdrawn runs where there is no other. An installation without a version gets one first; the
-   * message of the exception says why it could not.
+   * message of the exception says why it could not. All that has to be done before anything of the
+   * version's own is read or run is done, and the rest is begun.
    */
-  File chooseVersion() throws IOException {
-    judgeEarlierStarts();
-    readState();
-    chosen = choose();
-    if (shallUpdateFirst()) {
-      Foreground.update(this, chosen == null);
-      readState();
-      chosen = choose();
+  File begin() throws IOException {
+    try {
+      mode = usualMode();
+      chosen = mode == null ? null : usualVersion();
+    } catch (IOException e) {
+      chosen = null; // What cannot be read is looked at with more care.
     }
-    return chosen;
-  }
-
-  /** Before anything of the version's own is read or run. */
-  void begin() {
-    tellOfGoingBack();
-    set("quillory.update.folder", folder.getPath());
-    set("quillory.update.mode", settings.mode);
-    set("quillory.version.folder", chosen.getPath());
+    if (chosen == null) {
+      mode = settings().mode;
+      Choice choice = new Choice(this);
+      chosen = choice.make();
+      if (chosen == null) {
+        return null;
+      }
+      attempt = choice.begin(chosen);
+    }
+    System.setProperty("quillory.update.folder", folder.getPath());
+    System.setProperty("quillory.update.mode", mode);
+    System.setProperty("quillory.version.folder", chosen.getPath());
     File program = program("quillory-update");
     if (program != null) {
-      set("quillory.update.program", program.getPath());
-    }
-    if (!trials.stateOf(chosen).equals(Trials.GOOD)) {
-      beginAttempt();
+      System.setProperty("quillory.update.program", program.getPath());
     }
     Thread thread = new Thread(this, "Quillory updates");
     thread.setDaemon(true);
     thread.start();
+    return chosen;
   }
 
   /** The thread of {@link #begin}. */
   @Override
   public void run() {
-    try {
-      Thread.sleep(MILLIS_BEFORE_COMPANION);
-      new Companion(this, new Companion.Surroundings()).run();
-    } catch (InterruptedException e) {
-      // Somebody ends all threads.
+    // Not by sleep(): its exception would be one more class to load, in every start.
+    LockSupport.parkNanos(NANOS_BEFORE_COMPANION);
+    Companion.accompany(this);
+  }
+
+  UpdateSettings settings() {
+    if (settings == null) {
+      settings = UpdateSettings.of(updaterFolder, properties, appName);
     }
+    return settings;
   }
 
   /** A program that travels with the updater, or null. */
@@ -104,133 +114,96 @@ final class Updates implements Runnable {
     return program.isFile() ? program : null;
   }
 
-  private static void set(String key, String value) {
-    System.setProperty(key, value);
+  /** What the administrator has written about an application; null where that is nothing. */
+  static File fileOfAdministrator(String appName) {
+    File file = new File(administratorsFolder, appName + ".conf");
+    // No folder of that name is in another one.
+    return appName.indexOf('/') < 0 && file.isFile() ? file : null;
   }
 
-  private void judgeEarlierStarts() {
+  /** The mode in force, where it is one that leaves a start alone; else null. */
+  private String usualMode() throws IOException {
+    File file = new File(updaterFolder, UpdateSettings.NAME);
+    if (!file.isFile() || fileOfAdministrator(appName) != null) {
+      return null;
+    }
+    Records records = Records.of(file);
+    if (!records.next().equals(SETTINGS_FORMAT)) {
+      return null;
+    }
+    records.skip(1);
+    String ofFile = records.next();
+    String ofBundle = properties.get("qydyna_update_mode");
+    String found = ofBundle == null || ofBundle.isEmpty() ? ofFile : ofBundle;
+    return found.equals("background") || found.equals("ask") || found.equals("manual")
+        ? found
+        : null;
+  }
+
+  /** The newest version, where there is nothing to be decided about it; else null. */
+  private File usualVersion() throws IOException {
     String[] names = folder.list();
     if (names == null) {
-      return;
+      return null;
     }
     for (String name : names) {
-      if (name.startsWith(Attempt.PREFIX)) {
-        try {
-          Judge.judge(folder, master, names, trials);
-        } catch (IOException e) {
-          // Of a folder that cannot be written to: the start goes by what is known.
-        }
-        return;
+      if (name.startsWith("try-")) {
+        return null;
       }
     }
+    File newest = VersionFolders.newest(master, appName);
+    boolean isUsual =
+        newest != null && !newest.equals(updaterFolder) && isKnownGood(newest) && isStateUsual();
+    return isUsual ? newest : null;
   }
 
-  /** What quillory-update knows; nothing where it has not run. */
-  private void readState() {
-    withdrawn.clear();
-    isOfferCritical = false;
-    Records state;
-    try {
-      state = Records.of(new File(folder, STATE_NAME));
-    } catch (IOException e) {
-      return;
+  /** Whether all versions that were ever started were good, this one among them. */
+  private boolean isKnownGood(File version) throws IOException {
+    File file = new File(folder, "trials");
+    if (!file.isFile()) {
+      return false;
     }
+    Records records = Records.of(file);
+    if (!records.next().equals(TRIALS_FORMAT)) {
+      return false;
+    }
+    boolean isFound = false;
+    for (long left = records.nextNumber(); left > 0 && !records.isAtEnd(); left--) {
+      String name = records.next();
+      String archive = records.next();
+      records.skip(1);
+      if (!records.next().equals("GOOD")) {
+        return false;
+      }
+      isFound |= name.equals(version.getName()) && archive.equals(archiveOf(version));
+    }
+    return isFound;
+  }
+
+  /** Whether nothing is withdrawn and nothing critical is offered. */
+  private boolean isStateUsual() throws IOException {
+    File file = new File(folder, STATE_NAME);
+    if (!file.isFile()) {
+      return true;
+    }
+    Records state = Records.of(file);
     if (!state.next().equals(STATE_FORMAT)) {
-      return;
+      return true; // Of another program; so Choice has it.
     }
     state.skip(STATE_VALUES_BEFORE_KEYS);
     state.skip(state.nextNumber());
-    state.skip(3); // Phase, reason, release.
-    offeredVersion = state.nextNumber();
-    state.skip(2); // Shown version, size.
-    isOfferCritical = state.nextNumber() == 1;
-    state.skip(5); // Notes, staged, previous and skipped version, when to remind.
-    for (long left = state.nextNumber(); left > 0 && !state.isAtEnd(); left--) {
-      withdrawn.add("Quillory-" + appName + '-' + state.next() + "-complete");
-    }
-  }
-
-  private File choose() {
-    List<String> passedOver = new ArrayList<String>(withdrawn);
-    trials.addBlocked(master, passedOver);
-    if (!passedOver.isEmpty()) {
-      notePassedOver(passedOver);
-    }
-    File newest = newest(passedOver);
-    if (newest == null && passedOver.size() > withdrawn.size()) {
-      newest = newest(withdrawn);
-    }
-    return newest == null && !passedOver.isEmpty() ? newest(null) : newest;
-  }
-
-  /** So that the application does not take one of these for an update that is ready. */
-  private static void notePassedOver(List<String> names) {
-    StringBuilder text = new StringBuilder();
-    for (String name : names) {
-      text.append(text.length() == 0 ? "" : "/").append(name);
-    }
-    set("quillory.passed.over", text.toString());
-  }
-
-  private File newest(List<String> passedOver) {
-    File newest = VersionFolders.newest(master, appName, passedOver);
-    // An application with the updater's own name would be started by itself for ever.
-    return updaterFolder.equals(newest) ? null : newest;
-  }
-
-  private boolean shallUpdateFirst() {
-    if (program("quillory-update-window") == null) {
+    state.skip(6);
+    if (state.nextNumber() != 0) {
       return false;
     }
-    // Whatever the mode: without an application there is nothing that could be left as it is.
-    if (chosen == null) {
-      return true;
-    }
-    if (settings.is(UpdateSettings.OFF)) {
-      return false;
-    }
-    return settings.is(UpdateSettings.AT_START)
-        || (isOfferCritical && offeredVersion > VersionFolders.versionOf(chosen.getName()));
+    state.skip(5);
+    return state.nextNumber() == 0;
   }
 
-  /** Once for each version that is no longer tried. */
-  private void tellOfGoingBack() {
-    for (String name : trials.takeUntold()) {
-      if (name.equals(chosen.getName())) {
-        continue; // There is no other.
-      }
-      String version = VersionFolders.versionTextOf(name);
-      System.err.println(
-          "[Updater] Version " + version + " of \"" + appName
-              + "\" did not start twice and is not tried again. Version "
-              + VersionFolders.versionTextOf(chosen.getName()) + " is started.");
-      set("quillory.went.back.from", version);
-    }
-    try {
-      trials.save();
-    } catch (IOException e) {
-      // It is told again by the next start.
-    }
-  }
-
-  private void beginAttempt() {
-    if (!folder.isDirectory() && (settings.is(UpdateSettings.OFF) || !folder.mkdir())) {
-      return;
-    }
-    if (!trials.knows(chosen)) {
-      List<String> itself = new ArrayList<String>(withdrawn);
-      itself.add(chosen.getName());
-      File before = newest(itself);
-      if (before != null) {
-        set("quillory.updated.from", VersionFolders.versionTextOf(before.getName()));
-      }
-    }
-    try {
-      attempt =
-          Attempt.begin(folder, LaunchProperties.stampIn(propertiesFile), chosen.getName());
-      set("quillory.try.file", attempt.file.getPath());
-    } catch (IOException e) {
-      // A full disk, say: then this start shows nothing of its version.
-    }
+  /** "" for a version that the launcher has installed from its bundle. */
+  static String archiveOf(File version) throws IOException {
+    File file = new File(version, "QuilloryArchive");
+    // An exception for the usual case would take as long as all the rest.
+    return file.isFile() ? Records.of(file).next().trim() : "";
   }
 }

@@ -74,7 +74,7 @@ public class CompanionTest {
 
   @Before
   public void install() throws IOException {
-    UpdateSettings.administratorsFolder = place.newFolder("administrator's");
+    Updates.administratorsFolder = place.newFolder("administrator's");
     installation = new Installation(place);
     installation.settings(Installation.SETTINGS);
     installation.version(1);
@@ -89,7 +89,6 @@ public class CompanionTest {
   private Updates begun() throws IOException {
     installation.beginStart();
     Updates updates = installation.updates();
-    updates.chooseVersion();
     updates.begin();
     return updates;
   }

@@ -11,7 +11,7 @@ import org.junit.Test;
 import org.junit.rules.TemporaryFolder;
 
 public class UpdateSettingsTest {
-  private static final File REAL = UpdateSettings.administratorsFolder;
+  private static final File REAL = Updates.administratorsFolder;
 
   @Rule public TemporaryFolder place = new TemporaryFolder();
 
@@ -22,12 +22,12 @@ public class UpdateSettingsTest {
   public void install() throws IOException {
     installation = new Installation(place);
     administrators = place.newFolder("administrator's");
-    UpdateSettings.administratorsFolder = administrators;
+    Updates.administratorsFolder = administrators;
   }
 
   @After
   public void leave() {
-    UpdateSettings.administratorsFolder = REAL;
+    Updates.administratorsFolder = REAL;
   }
 
   private UpdateSettings read() throws IOException {

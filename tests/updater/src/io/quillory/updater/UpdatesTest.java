@@ -27,7 +27,7 @@ public class UpdatesTest {
 
   @Before
   public void install() throws IOException {
-    UpdateSettings.administratorsFolder = place.newFolder("administrator's");
+    Updates.administratorsFolder = place.newFolder("administrator's");
     installation = new Installation(place);
     installation.settings(Installation.SETTINGS);
     System.setErr(new PrintStream(err));
@@ -40,14 +40,14 @@ public class UpdatesTest {
   }
 
   private File choice() throws IOException {
-    return installation.updates().chooseVersion();
+    Updates updates = installation.updates();
+    return new Choice(updates).make();
   }
 
   /** A whole start, but for the application. */
   private Updates start() throws IOException {
     installation.beginStart();
     Updates updates = installation.updates();
-    updates.chooseVersion();
     updates.begin();
     return updates;
   }
@@ -166,6 +166,40 @@ public class UpdatesTest {
     Updates updates = start();
     assertNull(updates.attempt);
     assertEquals(1, installation.updates.list().length); // The trials.
+  }
+
+  @Test
+  public void aGoodVersionIsNotStartedUnseenWhereSomethingSpeaksAgainstIt() throws IOException {
+    File one = installation.version(1);
+    File two = installation.version(2, "abc");
+    installation.attempt("1-1", two.getName(), "ended 0");
+    assertEquals(two, start().chosen);
+    assertNull(start().attempt);
+
+    installation.state("", false, "2");
+    assertEquals("withdrawn", one, start().chosen);
+    installation.state("", false);
+    assertEquals(two, start().chosen);
+
+    installation.version(2, "def");
+    assertTrue("of another archive", start().attempt != null);
+    installation.version(2, "abc");
+
+    installation.program("quillory-update-window", "touch '" + installation.master + "/said'");
+    installation.state("3", true);
+    start();
+    assertTrue("a critical release", new File(installation.master, "said").exists());
+  }
+
+  @Test
+  public void whatTheAdministratorSaysHoldsForAGoodVersionToo() throws IOException {
+    File one = installation.version(1);
+    installation.attempt("1-1", one.getName(), "ended 0");
+    start();
+    assertEquals("background", System.getProperty("quillory.update.mode"));
+    Installation.write(new File(Updates.administratorsFolder, "Demo.conf"), "mode = off\n");
+    start();
+    assertEquals("off", System.getProperty("quillory.update.mode"));
   }
 
   @Test
