@@ -11,15 +11,34 @@ namespace quillory {
 namespace {
 
 constexpr std::size_t kChunk = 256 * 1024;
+constexpr std::size_t kBlock = 64;
 constexpr int kDigestLength = 32;
+static_assert(sizeof(ulong32) == sizeof(std::uint32_t));
 
 }  // namespace
 
-Sha256::Sha256() { sha256_init(&state_); }
+Sha256::Sha256(Sha256Blocks blocks) : blocks_(blocks) { sha256_init(&state_); }
 
 void Sha256::update(std::string_view bytes) {
-  if (bytes.empty()) return;
-  sha256_process(&state_, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
+  std::size_t left = bytes.size();
+  const auto takeSlowly = [&](std::size_t count) {
+    if (count > 0) sha256_process(&state_, data, count);
+    data += count;
+    left -= count;
+  };
+  if (blocks_ != nullptr) {
+    auto& sha256 = state_.sha256;
+    takeSlowly(std::min(left, (kBlock - sha256.curlen) % kBlock));
+    if (sha256.curlen == 0) {
+      const std::size_t count = left / kBlock;
+      blocks_(sha256.state, data, count);
+      sha256.length += count * kBlock * 8;
+      data += count * kBlock;
+      left -= count * kBlock;
+    }
+  }
+  takeSlowly(left);
 }
 
 std::string Sha256::hex() {

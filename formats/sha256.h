@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "formats/sha256_blocks.h"
+
 namespace quillory {
 
 /// The digits of a digest.
@@ -15,13 +17,15 @@ inline constexpr std::size_t kSha256HexLength = 64;
 
 class Sha256 {
  public:
-  Sha256();
+  /// By the processor's instructions where it has them; tests give null to do without.
+  explicit Sha256(Sha256Blocks blocks = sha256BlocksOfProcessor());
   void update(std::string_view bytes);
   /// The digest of what came so far; nothing may follow.
   std::string hex();
 
  private:
   hash_state state_;
+  Sha256Blocks blocks_;
 };
 
 /// Of all bytes.

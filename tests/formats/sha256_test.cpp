@@ -23,15 +23,34 @@ TEST(Sha256Hex, IsThatOfTheStandard) {
   EXPECT_EQ(sha256Hex(std::string(1'000'000, 'a')), kOfAMillionAs);
 }
 
-TEST(Sha256, TakesPiecesOfAnySize) {
-  for (const std::size_t piece : {1u, 63u, 64u, 65u, 1000u}) {
-    Sha256 digest;
-    std::string left(1'000'000, 'a');
-    for (std::string_view rest = left; !rest.empty();
-         rest.remove_prefix(std::min(piece, rest.size())))
-      digest.update(rest.substr(0, piece));
-    digest.update("");
-    EXPECT_EQ(digest.hex(), kOfAMillionAs) << piece;
+TEST(Sha256, TakesPiecesOfAnySizeWithTheProcessorsInstructionsAndWithout) {
+  for (const std::size_t piece : {1u, 63u, 64u, 65u, 1000u, 1'000'000u})
+    for (const Sha256Blocks blocks : {sha256BlocksOfProcessor(), Sha256Blocks{nullptr}}) {
+      Sha256 digest(blocks);
+      std::string left(1'000'000, 'a');
+      for (std::string_view rest = left; !rest.empty();
+           rest.remove_prefix(std::min(piece, rest.size())))
+        digest.update(rest.substr(0, piece));
+      digest.update("");
+      EXPECT_EQ(digest.hex(), kOfAMillionAs) << piece;
+    }
+}
+
+TEST(Sha256, IsTheSameOnBothWaysForEveryLength) {
+  std::string bytes;
+  for (int length = 0; length < 300; ++length) {
+    Sha256 fast, slow(nullptr);
+    fast.update(bytes);
+    slow.update(bytes);
+    ASSERT_EQ(fast.hex(), slow.hex()) << length;
+    // And behind a part that is no whole block.
+    Sha256 fastRest, slowRest(nullptr);
+    for (Sha256* digest : {&fastRest, &slowRest}) {
+      digest->update("beginning");
+      digest->update(bytes);
+    }
+    ASSERT_EQ(fastRest.hex(), slowRest.hex()) << length;
+    bytes.push_back(static_cast<char>(length * 37));
   }
 }
 
