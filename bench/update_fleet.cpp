@@ -268,10 +268,7 @@ void setSeams() {
   update::chanceCalls.next = [] { return static_cast<std::uint64_t>(chance()); };
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  const int count = argc > 1 ? std::atoi(argv[1]) : 2000;
+int run(int count) {
   const std::int64_t start = kIssued;
   clockMillis = start * 1000;
   setSeams();
@@ -356,4 +353,15 @@ int main(int argc, char** argv) {
   std::printf("runs an hour: %.1f on average, %d at most: %.2f times\n", sum / hours, peak,
               peak / (sum / hours));
   return arrived == count ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc > 1 ? std::atoi(argv[1]) : 2000);
+  } catch (const std::exception& mistake) {
+    std::fprintf(stderr, "update_fleet: %s\n", mistake.what());
+    return 1;
+  }
 }

@@ -50,6 +50,11 @@ class Check {
     return take(answer);
   }
 
+  CheckResult judgeKept() {
+    kept_ = keptList(request_, state_);
+    return kept_ ? judge(*kept_, 0) : CheckResult{};
+  }
+
  private:
   const std::string& app() const { return request_.installation.appName; }
   const std::string& channel() const { return request_.force.settings.channel; }
@@ -246,5 +251,9 @@ std::optional<ReleaseList> keptList(const CheckRequest& request, const State& st
 }
 
 CheckResult check(const CheckRequest& request, State& state) { return Check(request, state).run(); }
+
+CheckResult checkKept(const CheckRequest& request, State& state) {
+  return Check(request, state).judgeKept();
+}
 
 }  // namespace quillory::update

@@ -47,6 +47,10 @@ std::vector<std::string> serversOf(const Installation& installation,
 /// written; a list that was taken is, to QYUpdates/releases.
 CheckResult check(const CheckRequest& request, State& state);
 
+/// What the list that was taken last comes to now, without asking anybody: for a release that is
+/// staged, and waits for its place while there is no line. kFailed where there is no such list.
+CheckResult checkKept(const CheckRequest& request, State& state);
+
 /// The list that was taken last, when it is one of this installation's and a signature holds.
 std::optional<ReleaseList> keptList(const CheckRequest& request, const State& state);
 

@@ -149,6 +149,7 @@ class Run {
     switch (result_.end) {
       case CheckEnd::kFailed:
         noteFailure(state_);
+        if (isStagedBefore()) break;
         return fail(result_.reason, true, kExitFailed);
       case CheckEnd::kCancelled:
         return cancelled(state_.phase);
@@ -160,6 +161,16 @@ class Run {
       return std::nullopt;
     }
     return nothingNew();
+  }
+
+  // Without a line what has been loaded can be put in its place all the same.
+  bool isStagedBefore() {
+    if (request_.command != Command::kInstall || state_.stagedVersion.empty()) return false;
+    CheckResult kept = checkKept(checkRequest(), state_);
+    if (kept.end != CheckEnd::kOffer || !kept.plan.isStaged()) return false;
+    logMessage("[Update] The server cannot be asked: %s\n", result_.reason.c_str());
+    result_ = std::move(kept);
+    return true;
   }
 
   CheckRequest checkRequest() const { return {its_, force_, request_.transport}; }

@@ -170,6 +170,25 @@ TEST_F(Install, GoesOnWithWhatAnEarlierRunHasLoaded) {
   EXPECT_EQ(machine.transport.countAsked("archive"), 0);
 }
 
+TEST_F(Install, PutsWhatIsLoadedInItsPlaceWithoutALine) {
+  release(2, "2");
+  Machine machine(releases_);
+  machine.run(Command::kDownload);
+  machine.transport.mishap = [](const AskedFor&) { return Mishap{.isUnreachable = true}; };
+  EXPECT_EQ(machine.run(Command::kInstall).line("done"), "done version=2 release=2");
+  EXPECT_EQ(machine.fileOf("2", "app.jar"), "version 2");
+}
+
+TEST_F(Install, PutsNothingInItsPlaceWithoutALineThatIsNotWhole) {
+  release(2, "2");
+  Machine machine(releases_);
+  machine.run(Command::kDownload);
+  std::filesystem::remove(machine / "QYUpdates/staging/Quillory-Demo-2-complete/QuilloryArchive");
+  machine.transport.mishap = [](const AskedFor&) { return Mishap{.isUnreachable = true}; };
+  EXPECT_EQ(machine.run(Command::kInstall).status, update::kExitFailed);
+  EXPECT_THAT(machine.versions(), ElementsAre("Quillory-Demo-1-complete"));
+}
+
 TEST_F(Install, LoadsAnewWhatIsNoLongerWanted) {
   Machine machine(releases_);
   release(2, "2");
