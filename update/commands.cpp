@@ -117,8 +117,6 @@ class Run {
   int background() {
     if (isOff()) return switchedOff();
     if (!isWanted()) return kExitDone;
-    // Somebody else's line and processor.
-    (void)!nice(10);
     finishRuntimes(its_);
     if (!isDue(state_, force_.settings.checkHours)) {
       deleteOldVersions(its_, force_.settings.keepVersions);

@@ -24,6 +24,7 @@ using namespace quillory;
 using namespace quillory::update;
 
 constexpr int kRestartLimitSeconds = 300;
+constexpr int kBackgroundNiceness = 10;
 
 // Standard output is for lines: what a library or a program that is started prints is dropped,
 // since nobody need read our errors, and a full pipe would stop us.
@@ -56,6 +57,8 @@ int runOn(const CommandLine& line, std::FILE* out) {
     return kExitFailed;
   }
   chooseModes(*installation);
+  // Others are at work on this machine.
+  if (line.command == Command::kBackground) (void)!nice(kBackgroundNiceness);
   if (line.command != Command::kStatus) setupFileLogging(installation->ownFolder.c_str(), "Update");
   const std::unique_ptr<Transport> transport = makeCurlTransport();
   return runCommand({.command = line.command,
