@@ -42,8 +42,8 @@ std::int64_t shareAt(const Rollout& rollout, std::int64_t now) {
   return full * passed / length;
 }
 
-bool isDrawn(const std::string& draw, std::int64_t release, std::int64_t share) {
-  const std::string hash = sha256Hex(draw + ':' + std::to_string(release));
+bool isDrawn(const std::string& draw, const std::string& version, std::int64_t share) {
+  const std::string hash = sha256Hex(draw + ':' + version);
   const std::uint64_t number =
       std::strtoull(hash.substr(0, kHexDigitsOfNumber).c_str(), nullptr, 16);
   return number % kAllParts < static_cast<std::uint64_t>(share);
@@ -62,7 +62,8 @@ Admission admissionTo(const ReleaseList& list, const ReleaseQuestion& question) 
   if (question.installed >= 0 && question.installed < list.minimumFrom)
     return Admission::kStepFirst;
   const bool isAlwaysIn = question.installed < 0 || isCritical(list, question);
-  if (isAlwaysIn || isDrawn(question.draw, list.number, shareAt(list.rollout, question.now)))
+  const std::string version = application == nullptr ? "" : application->version;
+  if (isAlwaysIn || isDrawn(question.draw, version, shareAt(list.rollout, question.now)))
     return Admission::kIn;
   return Admission::kLater;
 }

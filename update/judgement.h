@@ -25,8 +25,9 @@ bool isExpired(const ReleaseList& list, std::int64_t now);
 /// The part of all installations, in hundredths of a percent, that a release is for at that time.
 std::int64_t shareAt(const Rollout& rollout, std::int64_t now);
 
-/// Whether an installation with that draw is among them.
-bool isDrawn(const std::string& draw, std::int64_t release, std::int64_t share);
+/// Whether an installation with that draw is among them. It stays among them when a list is issued
+/// anew, or its share grows: what counts is the version of the application that is offered.
+bool isDrawn(const std::string& draw, const std::string& version, std::int64_t share);
 
 /// What of the installation decides whether it gets a release.
 struct ReleaseQuestion {

@@ -78,25 +78,25 @@ TEST(ShareAt, HoldsForTheLongestRollout) {
 
 TEST(IsDrawn, TakesAsManyAsItSays) {
   int in = 0;
-  for (int i = 0; i < 4000; ++i) in += isDrawn(update::newDraw(), 7, 2500) ? 1 : 0;
+  for (int i = 0; i < 4000; ++i) in += isDrawn(update::newDraw(), "7", 2500) ? 1 : 0;
   EXPECT_NEAR(in, 1000, 150);
 }
 
 TEST(IsDrawn, IsWhatItsPageSays) {
   // SHA-256 of "00112233445566778899aabbccddeeff:7" begins with 67a2d6f58235c6c4, by another tool.
   const std::string draw = "00112233445566778899aabbccddeeff";
-  EXPECT_FALSE(isDrawn(draw, 7, 7636));
-  EXPECT_TRUE(isDrawn(draw, 7, 7637));
+  EXPECT_FALSE(isDrawn(draw, "7", 7636));
+  EXPECT_TRUE(isDrawn(draw, "7", 7637));
 }
 
 TEST(IsDrawn, KeepsWhoIsIn) {
   for (int i = 0; i < 200; ++i) {
     const std::string draw = update::newDraw();
-    if (isDrawn(draw, 7, 1000)) {
-      EXPECT_TRUE(isDrawn(draw, 7, 5000));
+    if (isDrawn(draw, "7", 1000)) {
+      EXPECT_TRUE(isDrawn(draw, "7", 5000));
     }
-    EXPECT_FALSE(isDrawn(draw, 7, 0));
-    EXPECT_TRUE(isDrawn(draw, 7, 10000));
+    EXPECT_FALSE(isDrawn(draw, "7", 0));
+    EXPECT_TRUE(isDrawn(draw, "7", 10000));
   }
 }
 
@@ -113,6 +113,29 @@ ReleaseList rolledOut() {
 TEST(AdmissionTo, WaitsForTheRollout) {
   EXPECT_EQ(admissionTo(demoList(), earlyBird(3)), Admission::kIn);
   EXPECT_EQ(admissionTo(rolledOut(), earlyBird(3)), Admission::kLater);
+}
+
+// Who is offered a version at a quarter is offered it still when its list is issued anew, and when
+// the quarter becomes a half: it is not drawn again.
+TEST(AdmissionTo, LeavesWhoWasDrawnAmongThemWhenTheListIsIssuedAnew) {
+  ReleaseList quarter = demoList();
+  quarter.rollout = {.start = kIssued, .days = 0, .percent = 25};
+  ReleaseList half = quarter;
+  half.number += 1;
+  half.rollout.percent = 50;
+  int inQuarter = 0;
+  int inHalf = 0;
+  for (int i = 0; i < 400; ++i) {
+    ReleaseQuestion question = earlyBird(3);
+    question.draw = update::newDraw();
+    const bool isFirst = admissionTo(quarter, question) == Admission::kIn;
+    const bool isThen = admissionTo(half, question) == Admission::kIn;
+    EXPECT_TRUE(!isFirst || isThen);
+    inQuarter += isFirst ? 1 : 0;
+    inHalf += isThen ? 1 : 0;
+  }
+  EXPECT_NEAR(inQuarter, 100, 50);
+  EXPECT_NEAR(inHalf, 200, 60);
 }
 
 TEST(AdmissionTo, LetsNobodyWaitWhoNeedsIt) {
