@@ -23,7 +23,7 @@ namespace {
 
 constexpr int kLoggedDigestLength = 32;
 
-constexpr std::size_t kChunkLength = 50'000;
+constexpr std::size_t kReadLength = 50'000;
 
 using Digest = std::unique_ptr<unsigned char, HeapFreer>;
 
@@ -120,7 +120,7 @@ SignatureCheck checkSignature(const std::string& archivePath, const std::string&
                               long signatureOffset, const std::string& signatureHex, Rsa_key* key,
                               const HashedPart* begun) {
   logMessage("[ExtractArchive] Pre-Alloc\n");
-  std::vector<char> buffer(kChunkLength);
+  std::vector<char> buffer(kReadLength);
   logMessage("[ExtractArchive] Post-Alloc\n");
   OwnedFile archive(std::fopen(archivePath.c_str(), "rb"));
   if (!archive) {

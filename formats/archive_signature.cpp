@@ -11,7 +11,7 @@ namespace quillory {
 namespace {
 
 constexpr const char* kMixedName = "mixed";
-constexpr int kDigestLength = 64;
+constexpr int kMixedLength = 64;
 constexpr int kSaltLength = 64;
 using Digest = std::unique_ptr<unsigned char, HeapFreer>;
 
@@ -42,7 +42,7 @@ bool updateHash(Hash_state* state, const unsigned char* data, int length) {
 unsigned char* doFinal(Hash_state* state) {
   const ltc_hash_descriptor* mixed = findMixed();
   if (mixed == nullptr) return nullptr;
-  Digest digest(static_cast<unsigned char*>(std::calloc(kDigestLength, 1)));
+  Digest digest(static_cast<unsigned char*>(std::calloc(kMixedLength, 1)));
   if (!digest || mixed->done(state, digest.get()) != CRYPT_OK) return nullptr;
   return digest.release();
 }
@@ -71,9 +71,9 @@ SignatureMatch matchSignature(const unsigned char* signature, int signatureLengt
   if (key == nullptr) return SignatureMatch::kDiffers;
   if (signatureLength < 1) return SignatureMatch::kMalformed;
   int status = -1;
-  const int error = rsa_verify_hash_ex(signature, static_cast<unsigned long>(signatureLength), hash,
-                                       kDigestLength, LTC_PKCS_1_PSS, find_hash(kMixedName),
-                                       kSaltLength, &status, key);
+  const int error =
+      rsa_verify_hash_ex(signature, static_cast<unsigned long>(signatureLength), hash, kMixedLength,
+                         LTC_PKCS_1_PSS, find_hash(kMixedName), kSaltLength, &status, key);
   if (error != CRYPT_OK) return SignatureMatch::kMalformed;
   return status == 1 ? SignatureMatch::kMatches : SignatureMatch::kDiffers;
 }

@@ -1,9 +1,9 @@
 // RSA-PSS signatures of archives, over the "mixed" digest. Hashing and RSA are LibTomCrypt's, with
 // LibTomMath's arithmetic. docs/formats/archive.md has the signature block.
 #pragma once
-#include <tomcrypt.h>
-
 #include <cstdio>
+
+#include "formats/tomcrypt.h"
 
 namespace quillory {
 

@@ -2,13 +2,12 @@
 // of an extraction is spent waiting for the commands that set modes, so that the hash, which is a
 // fifth of the rest, comes for nothing where there is a second processor.
 #pragma once
-#include <tomcrypt.h>
-
 #include <condition_variable>
 #include <cstdio>
 #include <mutex>
 #include <thread>
 
+#include "formats/tomcrypt.h"
 #include "support/owned.h"
 
 namespace quillory {

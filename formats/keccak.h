@@ -2,10 +2,10 @@
 // that counts bits and as a hash descriptor of LibTomCrypt named "sha3_256". The library has a
 // SHA-3 of its own; its digests differ, so it cannot stand in for this one.
 #pragma once
-#include <tomcrypt.h>
-
 #include <cstddef>
 #include <cstdint>
+
+#include "formats/tomcrypt.h"
 
 namespace quillory {
 

@@ -1,7 +1,7 @@
 // The "mixed" digest that archive signatures are made over: SHA-256 followed by Keccak-256 of the
 // same bytes, 64 bytes in all, as a hash descriptor of LibTomCrypt.
 #pragma once
-#include <tomcrypt.h>
+#include "formats/tomcrypt.h"
 
 namespace quillory {
 

@@ -15,7 +15,7 @@ namespace quillory {
 namespace {
 
 constexpr std::size_t kLongestFileName = 255;
-constexpr int kMostNamesTried = 100;
+constexpr int kMostFoldersTried = 100;
 
 /// The text between the `n`-th '-' (counting from 1) and the next one; nothing without that one.
 std::optional<std::string> fieldBehindDash(std::string_view folderName, int n) {
@@ -64,7 +64,7 @@ std::string temporaryFolder(const std::string& master) {
       joinPath(master, "QuilloryTemp-" + std::to_string(getCurrentTimeMillis() / 1000) + "-");
   long count = countFolderEntries(master);
   std::string path = start + std::to_string(count) + "-app";
-  for (int tries = 1; tries < kMostNamesTried && isTaken(path); ++tries)
+  for (int tries = 1; tries < kMostFoldersTried && isTaken(path); ++tries)
     path = start + std::to_string(++count) + "-app";
   return path;
 }

@@ -51,20 +51,26 @@ def is_ours(entry):
     return path.is_relative_to(ROOT) and path.relative_to(ROOT).parts[0] in FOLDERS
 
 
+def target_of(entry):
+    """The folder of a target's objects: "support/CMakeFiles/quillory_support.dir"."""
+    given = shlex.split(entry["command"])
+    return re.match(r".*?CMakeFiles/[^/]+", given[given.index("-o") + 1]).group()
+
+
 def sources_of(build):
-    """Each source that is compiled, once, with its arguments."""
+    """Each source that is compiled, once, with its target and its arguments."""
     sources = {}
     for entry in json.loads((build / "compile_commands.json").read_text()):
         if is_ours(entry):
-            sources.setdefault(entry["file"], arguments_of(entry))
+            sources.setdefault(entry["file"], (target_of(entry), arguments_of(entry)))
     return sources
 
 
 def libraries_of(sources):
-    """Sources by what they share: folder, language and arguments."""
+    """Sources by what they share: target, language and arguments."""
     libraries = {}
-    for source, arguments in sources.items():
-        key = (os.path.dirname(source), os.path.splitext(source)[1], tuple(arguments))
+    for source, (target, arguments) in sources.items():
+        key = (target, os.path.splitext(source)[1], tuple(arguments))
         libraries.setdefault(key, []).append(source)
     return [(files, list(key[2])) for key, files in libraries.items()]
 
@@ -86,8 +92,11 @@ def check(folder, number, files, arguments):
         together = folder / f"{number}{suffix}"
         together.write_text("".join(f'#include "{f}"  // NOLINT\n' for f in files))
         said = read(str(together), arguments)
-        if " error: " not in said:
+        errors = [line for line in said.splitlines() if " error: " in line]
+        if not errors:
             return said
+        print(f"{os.path.dirname(files[0])}: {len(files)} sources are read one by one, which takes "
+              f"longer, because of\n  {errors[0]}", file=sys.stderr)
     return "".join(read(f, arguments) for f in files)
 
 
@@ -98,7 +107,7 @@ def main():
         sys.exit("tidy.py: there is no clang-tidy; scripts/setup.sh installs it")
     sources = sources_of(build)
     if only:
-        work = [([f], arguments) for f, arguments in sources.items() if f in only]
+        work = [([f], arguments) for f, (_, arguments) in sources.items() if f in only]
     else:
         work = sorted(libraries_of(sources), key=lambda w: -len(w[0]))
     folder = build / "tidy"

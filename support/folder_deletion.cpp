@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -14,6 +13,7 @@
 
 #include "support/files.h"
 #include "support/log.h"
+#include "support/owned.h"
 #include "support/paths.h"
 
 namespace quillory {
@@ -45,14 +45,10 @@ class OpenFolder {
   int descriptor_;
 };
 
-struct FolderCloser {
-  void operator()(DIR* folder) const { closedir(folder); }
-};
-
 // As listForWalk(), of a folder that is open.
 std::vector<std::string> namesToWalk(const OpenFolder& folder) {
   const int own = openat(folder.get(), ".", kFolderItself);
-  const std::unique_ptr<DIR, FolderCloser> listing(own == -1 ? nullptr : fdopendir(own));
+  const OwnedFolder listing(own == -1 ? nullptr : fdopendir(own));
   std::vector<std::string> names;
   while (const dirent* entry = listing == nullptr ? nullptr : readdir(listing.get())) {
     const std::string name = entry->d_name;

@@ -3,19 +3,16 @@
 #include <dirent.h>
 
 #include <algorithm>
-#include <memory>
 #include <string_view>
+
+#include "support/owned.h"
 
 namespace quillory {
 namespace {
 
-struct FolderCloser {
-  void operator()(DIR* folder) const { closedir(folder); }
-};
-
 // Every entry, in the order in which the system tells them.
 std::optional<std::vector<std::string>> entriesOf(const std::string& folder) {
-  const std::unique_ptr<DIR, FolderCloser> open(opendir(folder.c_str()));
+  const OwnedFolder open(opendir(folder.c_str()));
   if (open == nullptr) return std::nullopt;
   std::vector<std::string> names;
   while (const dirent* entry = readdir(open.get())) names.emplace_back(entry->d_name);

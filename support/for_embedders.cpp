@@ -13,20 +13,10 @@
 #include "support/clock.h"
 #include "support/command_output.h"
 #include "support/log.h"
+#include "support/owned.h"
 #include "support/strings.h"
 
 namespace quillory {
-namespace {
-
-// Zero-filled. Out of memory ends the process here, so that callers need not check for it.
-char* allocZeroed(std::size_t size) {
-  char* block = static_cast<char*>(std::calloc(size, 1));
-  if (block == nullptr) std::abort();
-  return block;
-}
-
-}  // namespace
-
 char* cloneString(const char* s) { return allocCopy(s); }
 
 char* allocSubstring(const char* s, int start, int length) {

@@ -20,14 +20,14 @@ constexpr std::size_t kPngHeaderLength = kPngStart.size() + 10;
 constexpr std::string_view kJpegStart = "\xFF\xD8\xFF"sv;
 constexpr std::uint64_t kDecodedPixelBytes = 4;
 
-std::uint64_t byteAt(std::string_view bytes, std::size_t at) {
+std::uint64_t byteOf(std::string_view bytes, std::size_t at) {
   return static_cast<unsigned char>(bytes[at]);
 }
 
 // `count` bytes, the highest first.
 std::uint64_t numberAt(std::string_view bytes, std::size_t at, std::size_t count) {
   std::uint64_t number = 0;
-  for (std::size_t i = 0; i < count; ++i) number = number << 8 | byteAt(bytes, at + i);
+  for (std::size_t i = 0; i < count; ++i) number = number << 8 | byteOf(bytes, at + i);
   return number;
 }
 
@@ -41,7 +41,7 @@ PictureFault faultOfSize(std::uint64_t width, std::uint64_t height, std::uint64_
 PictureFault faultOfPng(std::string_view png) {
   if (png.size() < kPngHeaderLength) return PictureFault::kOtherFormat;
   const std::size_t at = kPngStart.size();
-  const std::uint64_t depth = byteAt(png, at + 8);
+  const std::uint64_t depth = byteOf(png, at + 8);
   // Red, green, blue and opacity, whatever the file has of them.
   const std::uint64_t pixelBytes = depth > 8 ? 2 * kDecodedPixelBytes : kDecodedPixelBytes;
   return faultOfSize(numberAt(png, at, 4), numberAt(png, at + 4, 4), pixelBytes);
@@ -71,8 +71,8 @@ class JpegWalk {
   // Behind any bytes that are none, such as the picture's own, and 0 at the end.
   unsigned nextMarker() {
     while (at_ + 1 < jpeg_.size()) {
-      const std::uint64_t code = byteAt(jpeg_, at_ + 1);
-      const bool isMarker = byteAt(jpeg_, at_) == 0xFF && code != 0 && code != 0xFF;
+      const std::uint64_t code = byteOf(jpeg_, at_ + 1);
+      const bool isMarker = byteOf(jpeg_, at_) == 0xFF && code != 0 && code != 0xFF;
       at_ += isMarker ? 2 : 1;
       if (isMarker) return static_cast<unsigned>(code);
     }

@@ -1,21 +1,11 @@
 #include "support/strings.h"
 
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 
+#include "support/owned.h"
+
 namespace quillory {
-namespace {
-
-// Zero-filled. Out of memory ends the process here, so that callers need not check for it.
-char* allocZeroed(std::size_t size) {
-  char* block = static_cast<char*>(std::calloc(size, 1));
-  if (block == nullptr) std::abort();
-  return block;
-}
-
-}  // namespace
-
 std::uint32_t argsiz = 1024;
 
 char* allocCopy(const char* s) {

@@ -1,7 +1,6 @@
 #include "packager/keys/pem.h"
 
-#include <tomcrypt.h>
-
+#include "formats/tomcrypt.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/report/findings.h"
 

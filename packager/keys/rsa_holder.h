@@ -1,7 +1,7 @@
-// Owns a key of the crypto library. For source files only: the library's header defines macros that
-// other headers do not survive ("byte").
+// Owns a key of the crypto library. For source files only: the library's header defines many
+// macros.
 #pragma once
-#include <tomcrypt.h>
+#include "formats/tomcrypt.h"
 
 namespace quillory::pack {
 
