@@ -15,7 +15,7 @@ namespace {
 
 int lockNow(int descriptor) { return flock(descriptor, LOCK_EX | LOCK_NB) == 0 ? 0 : errno; }
 
-int openFolder(const std::string& path) {
+int openToLock(const std::string& path) {
   return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
@@ -28,7 +28,7 @@ LockCalls lockCalls{lockNow};
 InstallationLock::Taken InstallationLock::take(const std::string& masterFolder,
                                                const std::function<void()>& whileWaiting) {
   release();
-  folder_ = openFolder(masterFolder);
+  folder_ = openToLock(masterFolder);
   // Where there is no folder yet, and none can be made, this start will find that out by itself.
   if (folder_ < 0) return Taken::kNot;
   int error = lockCalls.tryToLock(folder_);
@@ -58,7 +58,7 @@ InstallationLock::Taken InstallationLock::take(const std::string& masterFolder,
 
 bool InstallationLock::tryToTake(const std::string& masterFolder) {
   release();
-  folder_ = openFolder(masterFolder);
+  folder_ = openToLock(masterFolder);
   if (folder_ < 0) return false;
   if (lockCalls.tryToLock(folder_) == 0) return true;
   release();

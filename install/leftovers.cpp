@@ -50,19 +50,17 @@ bool isUnfinishedFile(std::string_view name) {
   return skip(name, ".java-") && skipNumber(name) && name.empty();
 }
 
-mode_t typeOf(const std::string& path) {
+bool isPlainFile(const std::string& path) {
   struct stat found {};
-  return lstat(path.c_str(), &found) == 0 ? found.st_mode & S_IFMT : 0;
+  return lstat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode);
 }
-
-bool isRealFolder(const std::string& path) { return typeOf(path) == S_IFDIR; }
 
 template <typename IsLeftover>
 void clearFiles(const std::string& folder, IsLeftover isLeftover) {
   if (!isRealFolder(folder)) return;
   for (const std::string& name : namesIn(folder)) {
     const std::string path = joinPath(folder, name);
-    if (!isLeftover(name) || typeOf(path) != S_IFREG || unlink(path.c_str()) != 0) continue;
+    if (!isLeftover(name) || !isPlainFile(path) || unlink(path.c_str()) != 0) continue;
     logMessage("[Extractor] Removed %s, which an earlier start had left\n", path.c_str());
   }
 }

@@ -20,11 +20,6 @@ namespace {
 constexpr char kAsideFolder[] = ".replaced";
 constexpr mode_t kOnlyOwnerWrites = 0755;
 
-bool isRealFolder(const std::string& path) {
-  struct stat found {};
-  return lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
-}
-
 bool isNothing(const std::string& path) {
   struct stat found {};
   return lstat(path.c_str(), &found) != 0 && errno == ENOENT;

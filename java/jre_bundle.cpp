@@ -28,8 +28,6 @@ void logCommand(const std::string& command) { logMessage("[LNS] Running %s\n", c
 
 std::string quoted(const std::string& path) { return '"' + path + '"'; }
 
-bool isRealFolder(const std::string& path) { return !isLink(path) && isFolder(path); }
-
 bool isHidden(const std::string& name) { return name.front() == '.'; }
 
 std::string linkTarget(const std::string& path) {

@@ -142,11 +142,11 @@ bool doesFileExist(const char* path) {
   return true;
 }
 
-bool isFolder(const std::string& path) {
-  DIR* folder = opendir(path.c_str());
-  if (folder == nullptr) return false;
-  closedir(folder);
-  return true;
+bool isFolder(const std::string& path) { return OwnedFolder(opendir(path.c_str())) != nullptr; }
+
+bool isRealFolder(const std::string& path) {
+  struct stat found {};
+  return lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
 }
 
 bool isLink(const std::string& path) {

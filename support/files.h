@@ -48,6 +48,10 @@ bool doesFileExist(const char* path);
 /// Whether `path` can be opened as a folder, through a link too; without a log line.
 bool isFolder(const std::string& path);
 
+/// Whether a folder itself stands at `path`, not a link to one, whoever may enter it; without a log
+/// line.
+bool isRealFolder(const std::string& path);
+
 /// Whether a link stands at `path`, wherever it leads; without a log line.
 bool isLink(const std::string& path);
 

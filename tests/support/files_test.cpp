@@ -411,5 +411,20 @@ TEST(IsFolder, IsTrueForFoldersAndLinksToThem) {
   EXPECT_THAT(log.messages(), IsEmpty());
 }
 
+TEST(IsRealFolder, IsTrueForNoLinkAndForAFolderThatIsClosed) {
+  const QuietLog log;
+  const TempDir folder;
+  writeFile(folder / "file", "");
+  fs::create_directory_symlink(folder.path(), folder / "link");
+  fs::create_directory(folder / "closed");
+  fs::permissions(folder / "closed", fs::perms::none);
+  EXPECT_TRUE(isRealFolder(folder.str()));
+  EXPECT_TRUE(isRealFolder(folder / "closed"));
+  EXPECT_FALSE(isRealFolder(folder / "link"));
+  EXPECT_FALSE(isRealFolder(folder / "file"));
+  EXPECT_FALSE(isRealFolder(folder / "missing"));
+  EXPECT_THAT(log.messages(), IsEmpty());
+}
+
 }  // namespace
 }  // namespace quillory
