@@ -15,7 +15,7 @@
 namespace quillory {
 namespace {
 
-constexpr char kRule[] = "[SUDO] ==============================================\n";
+constexpr char kFrame[] = "[SUDO] ==============================================\n";
 
 /// What the user gave us, for another program.
 void addOwnArguments(std::vector<std::string>& arguments, int argc, char** argv) {
@@ -23,9 +23,9 @@ void addOwnArguments(std::vector<std::string>& arguments, int argc, char** argv)
 }
 
 void logBanner(const char* line) {
-  logMessage("%s", kRule);
+  logMessage("%s", kFrame);
   logMessage("%s", line);
-  logMessage("%s", kRule);
+  logMessage("%s", kFrame);
 }
 
 /// The set-up's own outcome does not change what happens next, but a person has to find it.

@@ -14,7 +14,7 @@
 namespace quillory::update {
 namespace {
 
-constexpr std::size_t kPiece = 256 * 1024;
+constexpr std::size_t kBasePiece = 256 * 1024;
 constexpr int kForFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 // Not blocking: a pipe in the place of a file must not be waited for.
 constexpr int kForFile = O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
@@ -81,7 +81,8 @@ std::string BaseFiles::read(const BaseFile& file,
     return file.path + ": it is no plain file";
   const std::string changed = file.path + ": it has another length than it was installed with";
   if (info.st_size != file.length) return changed;
-  std::vector<char> piece(static_cast<std::size_t>(std::min<std::int64_t>(kPiece, file.length)));
+  std::vector<char> piece(
+      static_cast<std::size_t>(std::min<std::int64_t>(kBasePiece, file.length)));
   for (std::int64_t left = file.length; left > 0;) {
     const auto most = static_cast<std::size_t>(
         std::min<std::int64_t>(static_cast<std::int64_t>(piece.size()), left));

@@ -23,7 +23,7 @@ constexpr std::size_t kDeepest = 64;
 constexpr std::size_t kLongestName = 255;
 constexpr mode_t kUncarried = S_ISUID | S_ISGID | S_ISVTX;
 
-std::string joined(const std::string& prefix, const std::string& name) {
+std::string pathInTree(const std::string& prefix, const std::string& name) {
   return prefix.empty() ? name : prefix + '/' + name;
 }
 
@@ -101,7 +101,7 @@ void ContentTree::addInside(const std::string& source, const std::string& path, 
   addFolder(path);
   above_.push_back(id);
   for (const std::string& name : namesInside(source)) {
-    addAnything(source + '/' + name, joined(path, name));
+    addAnything(source + '/' + name, pathInTree(path, name));
   }
   above_.pop_back();
 }

@@ -9,7 +9,7 @@ namespace quillory::pack {
 namespace {
 
 constexpr int kMirrorUrlCapacity = kMaxMirrorUrlBytes + 2;
-constexpr int kKeyCapacity = kMaxKeyDigits + 2;
+constexpr int kUpdateKeyCapacity = kMaxKeyDigits + 2;
 
 }  // namespace
 
@@ -26,7 +26,8 @@ std::string updateSettingsBytes(const UpdateSettings& settings) {
   for (const std::string& url : settings.mirrors)
     records.text(kMirrorUrlRecord, url, kMirrorUrlCapacity);
   records.number(kUpdateKeyCountRecord, static_cast<std::int64_t>(settings.keys.size()));
-  for (const std::string& key : settings.keys) records.text(kUpdateKeyRecord, key, kKeyCapacity);
+  for (const std::string& key : settings.keys)
+    records.text(kUpdateKeyRecord, key, kUpdateKeyCapacity);
   const UpdateSettingsResult read = readUpdateSettingsBytes(sink.bytes());
   if (!read.settings)
     throw PackError("the update settings would be refused by every installation: " + read.refusal);

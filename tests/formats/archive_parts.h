@@ -2,6 +2,7 @@
 #pragma once
 #include <algorithm>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,11 @@ inline std::vector<std::string> namesBelow(const std::filesystem::path& folder) 
   std::sort(names.begin(), names.end());
   return names;
 }
+
+/// What a stand-in for waiting throws.
+struct Waited : std::runtime_error {
+  Waited() : std::runtime_error("waited for more") {}
+};
 
 /// An archive file and an empty folder to extract it into.
 class ArchiveSite {

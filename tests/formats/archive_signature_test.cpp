@@ -38,6 +38,7 @@ using testing::ScopedReplace;
 using testing::signatureBlock;
 using testing::signatureData;
 using testing::signedBody;
+using testing::Waited;
 using testing::writeFile;
 namespace fs = std::filesystem;
 
@@ -276,10 +277,6 @@ TEST_F(WithHashes, SignatureOfAnotherLengthIsRejectedWithAMessage) {
     EXPECT_EQ(printed, "ERROR - signature verification failed.\n");
   }
 }
-
-struct Waited : std::runtime_error {
-  Waited() : std::runtime_error("waited for more") {}
-};
 
 class VerifyArchive : public ::testing::Test, public ArchiveSite {
  protected:

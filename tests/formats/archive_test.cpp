@@ -37,12 +37,9 @@ using testing::records;
 using testing::ScopedReplace;
 using testing::signatureBlock;
 using testing::StreamOf;
+using testing::Waited;
 using testing::writeFile;
 namespace fs = std::filesystem;
-
-struct Waited : std::runtime_error {
-  Waited() : std::runtime_error("waited for more") {}
-};
 
 class ExtractArchive : public ::testing::Test, public ArchiveSite {
  protected:

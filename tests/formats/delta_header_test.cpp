@@ -28,14 +28,14 @@ std::vector<std::string> exampleValues() {
           kHashC, "2",     "7", "lib/a", "5",    kHashD, "0",    "lib/b", "88", kHashA};
 }
 
-std::string bytesOf(const std::vector<std::string>& values) {
+std::string headerOf(const std::vector<std::string>& values) {
   std::string bytes;
   for (const std::string& value : values) bytes.append(value).push_back('\0');
   return bytes;
 }
 
 TEST(ReadDeltaHeader, TakesEachRecord) {
-  const std::string bytes = bytesOf(exampleValues());
+  const std::string bytes = headerOf(exampleValues());
   const DeltaHeaderResult result = readDeltaHeaderBytes(bytes + "the stream");
   EXPECT_EQ(result.refusal, "");
   EXPECT_EQ(result.length, bytes.size());
@@ -73,7 +73,7 @@ TEST(ReadDeltaHeader, ReadsFilesWithHeadersOfAnyLength) {
   values[5] = std::to_string(kCopies);
   for (int i = 0; i < kCopies; ++i)
     values.insert(values.end(), {"0", "lib/" + std::to_string(i), "1", kHashD});
-  const std::string bytes = bytesOf(values);
+  const std::string bytes = headerOf(values);
   ASSERT_GT(bytes.size(), 2 * 64 * 1024u);
   writeFile(dir / "delta", bytes + std::string(1'000'000, 'x'));
   const DeltaHeaderResult result = readDeltaHeader(dir / "delta");
@@ -94,12 +94,12 @@ TEST(ReadDeltaHeader, LooksNoFurtherThanItsLimit) {
   values.push_back("50000");
   for (int i = 0; i < 50'000; ++i) values.insert(values.end(), {std::string(50, 'p'), "1", kHashD});
   values[7] = "65536";
-  EXPECT_FALSE(readDeltaHeaderBytes(bytesOf(values)).header);
+  EXPECT_FALSE(readDeltaHeaderBytes(headerOf(values)).header);
 }
 
 TEST(ReadDeltaHeader, ReadsNoFileBehindALink) {
   TempDir dir;
-  writeFile(dir / "delta", bytesOf(exampleValues()));
+  writeFile(dir / "delta", headerOf(exampleValues()));
   std::filesystem::create_symlink("delta", dir / "link");
   EXPECT_TRUE(readDeltaHeader(dir / "delta").header);
   EXPECT_EQ(readDeltaHeader(dir / "link").refusal, "it cannot be read");
@@ -107,7 +107,7 @@ TEST(ReadDeltaHeader, ReadsNoFileBehindALink) {
 }
 
 TEST(ReadDeltaHeader, RefusesWhatIsCutAnywhere) {
-  const std::string whole = bytesOf(exampleValues());
+  const std::string whole = headerOf(exampleValues());
   for (std::size_t length = 0; length < whole.size(); ++length) {
     const DeltaHeaderResult result = readDeltaHeaderBytes(whole.substr(0, length));
     EXPECT_FALSE(result.header) << length;
@@ -117,7 +117,7 @@ TEST(ReadDeltaHeader, RefusesWhatIsCutAnywhere) {
 }
 
 TEST(ReadDeltaHeader, RefusesAByteThatEndsOrJoinsRecords) {
-  const std::string whole = bytesOf(exampleValues());
+  const std::string whole = headerOf(exampleValues());
   for (std::size_t at = 0; at < whole.size(); ++at) {
     std::string changed = whole;
     changed[at] = whole[at] == '\0' ? '\xFF' : '\0';
@@ -169,7 +169,7 @@ TEST(ReadDeltaHeader, RefusesWhatIsBeyondTheLimits) {
   for (const auto& [index, value, refusal] : kCases) {
     std::vector<std::string> values = exampleValues();
     values.at(index) = value;
-    const DeltaHeaderResult result = readDeltaHeaderBytes(bytesOf(values));
+    const DeltaHeaderResult result = readDeltaHeaderBytes(headerOf(values));
     EXPECT_FALSE(result.header);
     EXPECT_EQ(result.refusal, refusal) << index << ' ' << value;
   }

@@ -27,7 +27,7 @@ std::string toHex(const std::string& bytes) {
 }
 
 // The bytes and the zero byte behind them, as decoded into a buffer of the usual size.
-std::string fromHex(const std::string& hex) {
+std::string decodedHex(const std::string& hex) {
   std::string out(hex.size() / 2 + 2, '?');
   const int count = hexToBytes(reinterpret_cast<unsigned char*>(out.data()),
                                static_cast<int>(out.size()), hex.c_str());
@@ -57,24 +57,25 @@ TEST(BytesToHex, WritesNothingForACountBelowOne) {
 }
 
 TEST(HexToBytes, ReadsEitherCaseAndEndsWithAZeroByte) {
-  EXPECT_EQ(fromHex("DEADbeef"), "\xDE\xAD\xBE\xEF\0"s);
+  EXPECT_EQ(decodedHex("DEADbeef"), "\xDE\xAD\xBE\xEF\0"s);
 }
 
-TEST(HexToBytes, TakesAnOddLastDigitAsAByte) { EXPECT_EQ(fromHex("ABC"), "\xAB\x0C\0"s); }
+TEST(HexToBytes, TakesAnOddLastDigitAsAByte) { EXPECT_EQ(decodedHex("ABC"), "\xAB\x0C\0"s); }
 
-TEST(HexToBytes, WritesOnlyTheZeroByteForNoText) { EXPECT_EQ(fromHex(""), "\0"s); }
+TEST(HexToBytes, WritesOnlyTheZeroByteForNoText) { EXPECT_EQ(decodedHex(""), "\0"s); }
 
 TEST(HexToBytes, StopsAtThePairThatIsNotHexadecimal) {
-  EXPECT_EQ(fromHex("01zz02"), "\x01\0"s);
-  EXPECT_EQ(fromHex("g1"), "\0"s);
-  EXPECT_EQ(fromHex("01\n"), "\x01\0"s);
+  EXPECT_EQ(decodedHex("01zz02"), "\x01\0"s);
+  EXPECT_EQ(decodedHex("g1"), "\0"s);
+  EXPECT_EQ(decodedHex("01\n"), "\x01\0"s);
 }
 
 // What scanf's "%2x" makes of text that no writer produces.
 TEST(HexToBytes, ConvertsOddTextAsScanfDoes) {
-  EXPECT_EQ(fromHex("1z02"), "\x01\x02\0"s) << "one digit of a pair is a byte";
-  EXPECT_EQ(fromHex(" 12"), "\x12\x02\0"s) << "a blank is skipped, and two characters are passed";
-  EXPECT_EQ(fromHex("-1"), "\xFF\0"s);
+  EXPECT_EQ(decodedHex("1z02"), "\x01\x02\0"s) << "one digit of a pair is a byte";
+  EXPECT_EQ(decodedHex(" 12"), "\x12\x02\0"s)
+      << "a blank is skipped, and two characters are passed";
+  EXPECT_EQ(decodedHex("-1"), "\xFF\0"s);
 }
 
 TEST(BytesOfHex, HasRoomForEveryText) {
@@ -115,7 +116,7 @@ TEST(HexToBytes, WritesNothingWithoutCapacity) {
 
 TEST(HexToBytes, LogsNothingWhenAllHasRoom) {
   CapturedLog log;
-  fromHex("0102");
+  decodedHex("0102");
   EXPECT_EQ(log.text(), "");
 }
 
@@ -132,7 +133,7 @@ TEST(Base64Decode, DecodesTheVectorsOfItsStandard) {
 }
 
 TEST(Base64Decode, KnowsTheWholeAlphabet) {
-  const std::string expected = fromHex(
+  const std::string expected = decodedHex(
       "00108310518720928b30d38f41149351559761969b71d79f8218a39259a7a29aabb2dbafc31cb3d35d"
       "b7e39ebbf3dfbf");
   EXPECT_EQ(fromBase64("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"),
@@ -178,7 +179,7 @@ TEST(Base64Decode, BuildsItsTableAgainAfterTheCleanup) {
 
 TEST(TextEncodingsPage, ShowsHexadecimalAndItsBytes) {
   const std::string text = pageExample("formats/text-encodings.md", 1);
-  EXPECT_EQ(fromHex(text.c_str()), pageExample("formats/text-encodings.md", 2) + '\0');
+  EXPECT_EQ(decodedHex(text.c_str()), pageExample("formats/text-encodings.md", 2) + '\0');
 }
 
 TEST(TextEncodingsPage, ShowsBase64AndItsBytes) {

@@ -21,7 +21,7 @@ std::vector<std::string> exampleValues() {
           "2", "3003020101", "3003020102"};
 }
 
-std::string bytesOf(const std::vector<std::string>& values) {
+std::string settingsOf(const std::vector<std::string>& values) {
   std::string bytes;
   for (const std::string& value : values) bytes.append(value).push_back('\0');
   return bytes;
@@ -39,7 +39,7 @@ UpdateSettings example() {
 
 TEST(ReadUpdateSettings, TakesTheExampleOfThePage) {
   const std::string page = pageExample("formats/update-settings.md");
-  EXPECT_EQ(page, bytesOf(exampleValues()));
+  EXPECT_EQ(page, settingsOf(exampleValues()));
   TempDir dir;
   writeFile(dir / "QuilloryUpdate", page);
   const UpdateSettingsResult result = readUpdateSettings(dir / "QuilloryUpdate");
@@ -57,7 +57,7 @@ TEST(ReadUpdateSettings, TakesNoFileForNoFault) {
 
 TEST(ReadUpdateSettings, RefusesWhatIsNoPlainFile) {
   TempDir dir;
-  writeFile(dir / "file", bytesOf(exampleValues()));
+  writeFile(dir / "file", settingsOf(exampleValues()));
   std::filesystem::create_symlink("file", dir / "link");
   EXPECT_EQ(readUpdateSettings(dir / "link").refusal, "it cannot be read");
   writeFile(dir / "long", std::string(kMaxUpdateSettingsBytes + 1, 'x'));
@@ -65,7 +65,7 @@ TEST(ReadUpdateSettings, RefusesWhatIsNoPlainFile) {
 }
 
 TEST(ReadUpdateSettings, RefusesWhatIsCutAnywhere) {
-  const std::string whole = bytesOf(exampleValues());
+  const std::string whole = settingsOf(exampleValues());
   for (std::size_t length = 0; length < whole.size(); ++length) {
     const UpdateSettingsResult result = readUpdateSettingsBytes(whole.substr(0, length));
     EXPECT_FALSE(result.settings) << length;
@@ -76,7 +76,7 @@ TEST(ReadUpdateSettings, RefusesWhatIsCutAnywhere) {
 }
 
 TEST(ReadUpdateSettings, RefusesAByteThatEndsOrJoinsRecords) {
-  const std::string whole = bytesOf(exampleValues());
+  const std::string whole = settingsOf(exampleValues());
   for (std::size_t at = 0; at < whole.size(); ++at) {
     std::string changed = whole;
     changed[at] = whole[at] == '\0' ? '1' : '\0';
@@ -116,7 +116,7 @@ TEST(ReadUpdateSettings, RefusesWhatIsBeyondTheLimits) {
   for (const auto& [index, value, refusal] : kCases) {
     std::vector<std::string> values = exampleValues();
     values.at(index) = value;
-    const UpdateSettingsResult result = readUpdateSettingsBytes(bytesOf(values));
+    const UpdateSettingsResult result = readUpdateSettingsBytes(settingsOf(values));
     EXPECT_FALSE(result.settings);
     EXPECT_EQ(result.refusal, refusal) << index << ' ' << value;
   }

@@ -28,7 +28,7 @@ TEST(UpdateUrl, HasEachFormForEachReader) {
                 {"d", "http://d", false, "d", "d/", "d/", "http://d"},
                 {"/", none, false, "/", "/", "/", none}};
   for (const auto& expected : kCases) {
-    SCOPED_TRACE(testing::Message() << expected.inTail << ' ' << expected.inParams.value_or("-"));
+    SCOPED_TRACE(::testing::Message() << expected.inTail << ' ' << expected.inParams.value_or("-"));
     const UpdateUrl url(expected.inTail, expected.inParams);
     EXPECT_EQ(url.isDynamic(), expected.isDynamic);
     EXPECT_EQ(url.asItCame(), expected.asItCame);

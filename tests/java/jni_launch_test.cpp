@@ -14,18 +14,19 @@
 #include "tests/harness/captured_log.h"
 #include "tests/harness/child_process.h"
 #include "tests/harness/temp_dir.h"
+#include "tests/java/launch_fixture.h"
 
 namespace quillory {
 namespace {
 
 namespace fs = std::filesystem;
 using ::quillory::testing::CapturedLog;
-using ::quillory::testing::ChildOptions;
 using ::quillory::testing::ChildResult;
 using ::quillory::testing::readFile;
 using ::quillory::testing::runChild;
 using ::quillory::testing::ScopedReplace;
 using ::quillory::testing::TempDir;
+using ::quillory::testing::withJvm;
 using ::quillory::testing::writeFile;
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -260,13 +261,6 @@ TEST_F(LaunchJavaJNI, FailsWhenTheArgumentsCannotBeMade) {
 }
 
 // With a real JVM, of which a process can have one.
-
-/// For a process with a JVM in it, which handles its faults itself and frees nothing at the end.
-ChildOptions withJvm() {
-  ChildOptions options;
-  options.environment = {{"ASAN_OPTIONS", "detect_leaks=0:handle_segv=0"}};
-  return options;
-}
 
 ChildResult launchReally(const std::string& mainClass, std::vector<std::string> rest) {
   std::vector<std::string> command = {QUILLORY_LAUNCH_PROBE, "jni", mainClass,

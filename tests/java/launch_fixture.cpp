@@ -46,6 +46,12 @@ std::string LaunchFileText::bytes() const {
   return bytes;
 }
 
+ChildOptions withJvm() {
+  ChildOptions options;
+  options.environment = {{"ASAN_OPTIONS", "detect_leaks=0:handle_segv=0"}};
+  return options;
+}
+
 LaunchTest::LaunchTest()
     : clock_(
           timeCalls.nowMillis, +[]() -> std::uint64_t { return 1'700'000'000'123; }),

@@ -11,6 +11,7 @@
 #include "support/clock.h"
 #include "support/process.h"
 #include "tests/harness/captured_log.h"
+#include "tests/harness/child_process.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory::testing {
@@ -29,6 +30,9 @@ struct LaunchFileText {
   /// As a file of that version has it, and no record more.
   std::string bytes() const;
 };
+
+/// For a process with a JVM in it, which handles its faults itself and frees nothing at the end.
+ChildOptions withJvm();
 
 class LaunchTest : public ::testing::Test {
  protected:

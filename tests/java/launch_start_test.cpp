@@ -18,7 +18,6 @@ namespace quillory {
 namespace {
 
 namespace fs = std::filesystem;
-using ::quillory::testing::ChildOptions;
 using ::quillory::testing::ChildResult;
 using ::quillory::testing::eventually;
 using ::quillory::testing::LaunchFileText;
@@ -27,6 +26,7 @@ using ::quillory::testing::readFile;
 using ::quillory::testing::records;
 using ::quillory::testing::runChild;
 using ::quillory::testing::ScopedReplace;
+using ::quillory::testing::withJvm;
 using ::quillory::testing::writeFile;
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -175,13 +175,6 @@ TEST_F(StartApplication, ReturnsTheErrorNumberOfAFailedSpawn) {
 }
 
 // The whole way with a real JVM, in a process of its own.
-
-/// For a process with a JVM in it, which handles its faults itself and frees nothing at the end.
-ChildOptions withJvm() {
-  ChildOptions options;
-  options.environment = {{"ASAN_OPTIONS", "detect_leaks=0:handle_segv=0"}};
-  return options;
-}
 
 class RealLaunch : public LaunchTest {
  protected:

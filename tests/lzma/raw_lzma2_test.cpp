@@ -17,7 +17,7 @@ const std::string kHellos = "hello hello hello hello hello hello hello\n";
 const std::string kXzHellos =
     "\xe0\x00\x29\x00\x0d\x5d\x00\x34\x19\x49\xee\x8d\xe9\x57\xa3\x91\x09\x0c\x80\x00\x00"s;
 
-LzmaSink appendTo(std::string& text) {
+LzmaSink into(std::string& text) {
   return [&text](const unsigned char* data, std::size_t size) {
     text.append(reinterpret_cast<const char*>(data), size);
     return true;
@@ -26,7 +26,7 @@ LzmaSink appendTo(std::string& text) {
 
 std::string packed(const std::string& plain, const std::string& known, std::uint64_t window) {
   std::string bytes;
-  RawLzma2Encoder coder(window, kLevel, known, appendTo(bytes));
+  RawLzma2Encoder coder(window, kLevel, known, into(bytes));
   EXPECT_TRUE(coder.write(plain.data(), plain.size())) << coder.error();
   EXPECT_TRUE(coder.finish()) << coder.error();
   return bytes;
@@ -36,7 +36,7 @@ std::string packed(const std::string& plain, const std::string& known, std::uint
 std::string unpacked(const std::string& bytes, const std::string& known, std::uint64_t window,
                      std::size_t piece = 1'000'000) {
   std::string plain;
-  RawLzma2Decoder coder(window, appendTo(plain));
+  RawLzma2Decoder coder(window, into(plain));
   for (std::size_t at = 0; at < known.size(); at += piece)
     if (!coder.know(std::string_view(known).substr(at, piece))) return '<' + coder.error() + '>';
   for (std::size_t at = 0; at < bytes.size(); at += piece) {
@@ -114,7 +114,7 @@ TEST(RawLzma2Decoder, RefusesAStreamCutAnywhere) {
 
 TEST(RawLzma2Decoder, RefusesToKnowMoreInTheMiddle) {
   std::string plain;
-  RawLzma2Decoder coder(kWindow, appendTo(plain));
+  RawLzma2Decoder coder(kWindow, into(plain));
   EXPECT_TRUE(coder.know("known"));
   EXPECT_TRUE(coder.write("\x02", 1));
   EXPECT_FALSE(coder.know("more"));
@@ -134,15 +134,15 @@ TEST(RawLzma2Coders, HaveWindowsBetweenTheirLimits) {
   std::string out;
   for (const std::uint64_t window : {std::uint64_t{0}, kSmallestWindow - 1, kLargestWindow + 1,
                                      std::uint64_t{1} << 32, ~std::uint64_t{0}}) {
-    RawLzma2Decoder decoder(window, appendTo(out));
+    RawLzma2Decoder decoder(window, into(out));
     EXPECT_FALSE(decoder.know("x"));
     EXPECT_EQ(decoder.error(), "the window is beyond what LZMA has");
-    RawLzma2Encoder encoder(window, kLevel, "", appendTo(out));
+    RawLzma2Encoder encoder(window, kLevel, "", into(out));
     EXPECT_FALSE(encoder.write("x", 1));
     EXPECT_EQ(encoder.error(), "the window is beyond what LZMA has");
   }
   for (const int level : {-1, 10}) {
-    RawLzma2Encoder encoder(kWindow, level, "", appendTo(out));
+    RawLzma2Encoder encoder(kWindow, level, "", into(out));
     EXPECT_FALSE(encoder.finish());
     EXPECT_EQ(encoder.error(), "the compression level is not 0 to 9");
   }

@@ -8,8 +8,6 @@
 
 namespace quillory::testing {
 
-inline constexpr char kRuntime[] = "[runtime]\nfolder = \"jre\"\n";
-
 class FinishedBundle : public ::testing::Test {
  protected:
   FinishedBundle() : bundle_(bundleOf(project_, project_.config(kRuntime))) {}

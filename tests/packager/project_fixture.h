@@ -8,6 +8,9 @@
 
 namespace quillory::testing {
 
+/// What a configuration says of the runtime that a project has.
+inline constexpr char kRuntime[] = "[runtime]\nfolder = \"jre\"\n";
+
 struct CommandResult {
   int status = 0;
   std::string out;

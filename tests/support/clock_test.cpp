@@ -7,19 +7,15 @@
 
 #include "support/for_embedders.h"
 #include "tests/harness/scoped_replace.h"
+#include "tests/support/wall_clock.h"
 
 namespace quillory {
 namespace {
 
-using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using std::chrono::system_clock;
+using testing::epochMillis;
 using testing::ScopedReplace;
-
-std::int64_t epochMillis() {
-  return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
 
 TEST(GetCurrentTimeMillis, IsTheWallClock) {
   const std::int64_t before = epochMillis();

@@ -15,21 +15,17 @@
 #include "support/process.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
+#include "tests/support/wall_clock.h"
 
 namespace quillory {
 namespace {
 
-using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using std::chrono::system_clock;
 using testing::CapturedLog;
 using ::testing::ElementsAre;
+using testing::epochMillis;
 using testing::ScopedReplace;
-
-std::int64_t epochMillis() {
-  return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
 
 TEST(CloneString, IsAllocCopyByAnotherName) {
   EXPECT_STREQ(OwnedText(cloneString("a text")).get(), "a text");

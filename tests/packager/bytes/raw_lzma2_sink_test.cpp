@@ -37,13 +37,13 @@ TEST(RawLzma2Sink, ThrowsWhatIsWrong) {
   EXPECT_THROW(sink.write("more"), PackError);
 }
 
-class FullSink : public ByteSink {
+class RefusingSink : public ByteSink {
  public:
   void write(std::string_view) override { throw PackError("full"); }
 };
 
 TEST(RawLzma2Sink, PassesOnWhatTheNextSinkThrows) {
-  FullSink full;
+  RefusingSink full;
   RawLzma2Sink sink(4096, 2, "", full);
   EXPECT_THROW(
       {

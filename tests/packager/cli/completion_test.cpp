@@ -11,8 +11,8 @@ namespace {
 
 using ::testing::HasSubstr;
 
-const std::vector<std::string> kCommands = {"init",    "keygen", "bundle", "inspect",   "verify",
-                                            "extract", "set",    "doctor", "completion"};
+const std::vector<std::string> kCompleted = {"init",    "keygen", "bundle", "inspect",   "verify",
+                                             "extract", "set",    "doctor", "completion"};
 
 TEST(Completion, IsAScriptThatBashTakesAndThatCompletes) {
   const TempDir dir;
@@ -37,7 +37,7 @@ TEST(Completion, IsAScriptThatBashTakesAndThatCompletes) {
 TEST(Completion, KnowsEveryCommandInEveryShell) {
   for (const char* shell : {"bash", "zsh", "fish"}) {
     const std::string script = pack({"completion", shell}).out;
-    for (const std::string& command : kCommands) {
+    for (const std::string& command : kCompleted) {
       EXPECT_THAT(script, HasSubstr(command)) << shell;
     }
     EXPECT_THAT(script, HasSubstr("compression")) << shell;

@@ -24,7 +24,6 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-constexpr char kRuntime[] = "[runtime]\nfolder = \"jre\"\n";
 constexpr char kOnline[] = "[update]\nurl = \"https://example.com/\"\n";
 
 // The project with programs and a runtime for macOS.

@@ -17,8 +17,6 @@ namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-constexpr char kRuntime[] = "[runtime]\nfolder = \"jre\"\n";
-
 // Every file below a folder with its content.
 std::map<std::string, std::string> contentOf(const std::string& folder) {
   std::map<std::string, std::string> files;

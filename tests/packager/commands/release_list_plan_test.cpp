@@ -14,7 +14,7 @@ namespace {
 using ::testing::HasSubstr;
 using testing::writeFile;
 
-const std::string kHash(64, 'a');
+const std::string kDigest(64, 'a');
 
 class PlannedList : public testing::HelloConfig {
  protected:
@@ -40,7 +40,7 @@ class PlannedList : public testing::HelloConfig {
   static ReleaseList earlier(std::int64_t number) {
     ReleaseList list{"Hello", "beta", "linux", number, 1000, 2000};
     list.components = {
-        {"application", "Hello", "1", "1", {"archive.p2.l2", 5, kHash}, 9, kHash, 7}};
+        {"application", "Hello", "1", "1", {"archive.p2.l2", 5, kDigest}, 9, kDigest, 7}};
     return list;
   }
 
@@ -91,7 +91,7 @@ TEST_F(PlannedList, NamesItsSteppingStoneAsItLiesThere) {
 
 TEST_F(PlannedList, LeavesWithdrawnWhatWasWithdrawn) {
   ReleaseList bad = earlier(3);
-  bad.withdrawn = {{kHash, "2"}};
+  bad.withdrawn = {{kDigest, "2"}};
   writeEarlier(bad, "");
   EXPECT_EQ(plan().withdrawn, bad.withdrawn);
 }

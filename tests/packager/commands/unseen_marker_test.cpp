@@ -15,7 +15,6 @@ using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-constexpr char kRuntime[] = "[runtime]\nfolder = \"jre\"\n";
 constexpr char kUnseen[] = "[marker-unseen]";
 
 class UnseenMarker : public ::testing::Test {

@@ -5,7 +5,7 @@
 namespace quillory::pack {
 namespace {
 
-const Subject kSubject = {"it", {"quillory.toml", 4}};
+const Subject kParameter = {"it", {"quillory.toml", 4}};
 
 // What is wrong, behind the name of the subject.
 std::string textOf(const std::optional<Finding>& flaw) {
@@ -21,7 +21,7 @@ std::string textOf(const std::optional<Finding>& flaw) {
 TEST(FlawOfUpdateUrl, IsNoneOfFoldersOfServers) {
   for (const char* url : {"https://example.com/", "http://example.com", "http://a",
                           "https://example.com:8080/a/b%20c/", "http://[::1]/", "https://a@b/"}) {
-    EXPECT_EQ(textOf(flawOfUpdateUrl(kSubject, url)), "") << url;
+    EXPECT_EQ(textOf(flawOfUpdateUrl(kParameter, url)), "") << url;
   }
 }
 
@@ -38,39 +38,39 @@ TEST(FlawOfUpdateUrl, SaysWhatIsWrong) {
       {"https://a/\x01", blank},      {"https://a/\n", blank},  {"https://a/?b", query},
       {"https://a/#b", query}};
   for (const auto& [url, what] : cases) {
-    EXPECT_EQ(textOf(flawOfUpdateUrl(kSubject, url)), what) << url;
+    EXPECT_EQ(textOf(flawOfUpdateUrl(kParameter, url)), what) << url;
   }
 }
 
 TEST(FlawOfParameter, WantsAName) {
-  EXPECT_EQ(textOf(flawOfParameter(kSubject, "", "x")), "has no name");
-  EXPECT_EQ(textOf(flawOfParameter(kSubject, "anything", "")), "");
-  EXPECT_EQ(textOf(flawOfParameter(kSubject, "any thing", "a-b:c")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kParameter, "", "x")), "has no name");
+  EXPECT_EQ(textOf(flawOfParameter(kParameter, "anything", "")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kParameter, "any thing", "a-b:c")), "");
 }
 
 TEST(FlawOfParameter, TakesSwitchesThatAreTrueOrFalse) {
   for (const char* name : {"force_spawn", "show_no_ui"}) {
-    EXPECT_EQ(textOf(flawOfParameter(kSubject, name, "true")), "");
-    EXPECT_EQ(textOf(flawOfParameter(kSubject, name, "false")), "");
+    EXPECT_EQ(textOf(flawOfParameter(kParameter, name, "true")), "");
+    EXPECT_EQ(textOf(flawOfParameter(kParameter, name, "false")), "");
     for (const char* value : {"", "True", "1", "yes", "true "}) {
-      EXPECT_EQ(textOf(flawOfParameter(kSubject, name, value)),
+      EXPECT_EQ(textOf(flawOfParameter(kParameter, name, value)),
                 "is \"true\" or \"false\", and nothing else")
           << name << '=' << value;
     }
   }
-  EXPECT_EQ(textOf(flawOfParameter(kSubject, "other", "1")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kParameter, "other", "1")), "");
 }
 
 TEST(FlawOfParameter, TakesJreNamesThatFoldersCanHave) {
-  EXPECT_EQ(textOf(flawOfParameter(kSubject, "jre_name", "JRE")), "");
-  EXPECT_EQ(textOf(flawOfParameter(kSubject, "jre_name", "")), "is empty");
-  EXPECT_EQ(textOf(flawOfParameter(kSubject, "jre_name", "J-RE")).substr(0, 11), "holds a \"-\"");
+  EXPECT_EQ(textOf(flawOfParameter(kParameter, "jre_name", "JRE")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kParameter, "jre_name", "")), "is empty");
+  EXPECT_EQ(textOf(flawOfParameter(kParameter, "jre_name", "J-RE")).substr(0, 11), "holds a \"-\"");
 }
 
 TEST(FlawOfParameter, TakesAnUpdateUrlOrNone) {
-  EXPECT_EQ(textOf(flawOfParameter(kSubject, "update_url", "")), "");
-  EXPECT_EQ(textOf(flawOfParameter(kSubject, "update_url", "https://example.com/")), "");
-  EXPECT_EQ(textOf(flawOfParameter(kSubject, "update_url", "example.com")),
+  EXPECT_EQ(textOf(flawOfParameter(kParameter, "update_url", "")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kParameter, "update_url", "https://example.com/")), "");
+  EXPECT_EQ(textOf(flawOfParameter(kParameter, "update_url", "example.com")),
             "does not begin with https:// or http://");
 }
 

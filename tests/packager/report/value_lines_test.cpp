@@ -7,7 +7,7 @@
 namespace quillory::pack {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 TEST(AsLines, HasANameAndAValueALineInTheirOrder) {
   EXPECT_EQ(asLines({{"second", 2}, {"first", "text"}, {"yes", true}, {"no", false}}),
@@ -15,7 +15,7 @@ TEST(AsLines, HasANameAndAValueALineInTheirOrder) {
             "first: text\n"
             "yes: yes\n"
             "no: no\n");
-  EXPECT_EQ(asLines(Json::object()), "");
+  EXPECT_EQ(asLines(OrderedJson::object()), "");
 }
 
 TEST(AsLines, ShowsAnEmptyTextAsADash) { EXPECT_EQ(asLines({{"url", ""}}), "url: -\n"); }
@@ -29,7 +29,7 @@ TEST(AsLines, IndentsWhatIsInside) {
 }
 
 TEST(AsLines, HasAnItemOfAListOnALine) {
-  EXPECT_EQ(asLines({{"words", {"one", "", "three"}}, {"nothing", Json::array()}}),
+  EXPECT_EQ(asLines({{"words", {"one", "", "three"}}, {"nothing", OrderedJson::array()}}),
             "words:\n"
             "  one\n"
             "  -\n"
@@ -38,9 +38,9 @@ TEST(AsLines, HasAnItemOfAListOnALine) {
 }
 
 TEST(AsLines, PutsTheValuesOfAnItemIntoColumns) {
-  const Json entries = {{{"type", "file"}, {"path", "lib/a.jar"}, {"length", 1234}},
-                        {{"type", "folder"}, {"path", "lib"}},
-                        {{"type", "pack200 file"}, {"path", "b"}, {"inside", {1, 2}}}};
+  const OrderedJson entries = {{{"type", "file"}, {"path", "lib/a.jar"}, {"length", 1234}},
+                               {{"type", "folder"}, {"path", "lib"}},
+                               {{"type", "pack200 file"}, {"path", "b"}, {"inside", {1, 2}}}};
   EXPECT_EQ(asLines({{"entries", entries}}),
             "entries:\n"
             "  file     lib/a.jar  1234\n"
@@ -49,9 +49,9 @@ TEST(AsLines, PutsTheValuesOfAnItemIntoColumns) {
 }
 
 TEST(AsLines, ShowsPairsAsAssignments) {
-  const Json pairs = {{{"name", "a"}, {"value", "1"}},
-                      {{"name", "b"}, {"value", ""}},
-                      {{"kind", "static"}, {"name", "c"}, {"value", "2"}}};
+  const OrderedJson pairs = {{{"name", "a"}, {"value", "1"}},
+                             {{"name", "b"}, {"value", ""}},
+                             {{"kind", "static"}, {"name", "c"}, {"value", "2"}}};
   EXPECT_EQ(asLines({{"parameters", pairs}}),
             "parameters:\n"
             "  a = 1\n"
@@ -60,8 +60,8 @@ TEST(AsLines, ShowsPairsAsAssignments) {
 }
 
 TEST(AsLines, ShowsTheArchiveInsideAnEntryBelowIt) {
-  const Json entry = {{"path", "app.p2"}, {"archive", {{"signed", true}, {"files", {"x"}}}}};
-  EXPECT_EQ(asLines({{"entries", Json::array({entry})}}),
+  const OrderedJson entry = {{"path", "app.p2"}, {"archive", {{"signed", true}, {"files", {"x"}}}}};
+  EXPECT_EQ(asLines({{"entries", OrderedJson::array({entry})}}),
             "entries:\n"
             "  app.p2\n"
             "      signed: yes\n"
