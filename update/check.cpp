@@ -19,7 +19,7 @@
 namespace quillory::update {
 namespace {
 
-constexpr int kOk = 200;
+constexpr int kFetched = 200;
 constexpr int kNotModified = 304;
 constexpr int kMostSteps = 10;
 constexpr unsigned kListMode = 0644;
@@ -87,7 +87,7 @@ class Check {
       answer.eTag = state_.answerETag;
       return answer;
     }
-    if (fetch.result.status != kOk) {
+    if (fetch.result.status != kFetched) {
       answer.reason = "the server answers with status " + std::to_string(fetch.result.status);
       return answer;
     }

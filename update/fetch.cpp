@@ -22,8 +22,8 @@
 namespace quillory::update {
 namespace {
 
-constexpr int kOk = 200;
-constexpr int kPartialContent = 206;
+constexpr int kWhole = 200;
+constexpr int kPart = 206;
 constexpr int kRangeNotSatisfiable = 416;
 constexpr std::size_t kMaxOrigin = 16 * 1024;
 
@@ -95,7 +95,7 @@ class Part : public TransferSink {
   }
 
   bool begin(const TransferHead& head) override {
-    const bool goesOn = head.status == kPartialContent;
+    const bool goesOn = head.status == kPart;
     if (goesOn && head.from != have_)
       return object("the server sends another part than was asked for");
     if (!goesOn && !restart()) return false;
@@ -181,7 +181,7 @@ std::optional<FetchResult> tryOnce(Transport& transport, const std::string& url,
     if (!part.restart()) return notWritten(part);
     return std::nullopt;
   }
-  if (result.status != kOk && result.status != kPartialContent) {
+  if (result.status != kWhole && result.status != kPart) {
     reason = statusText(result.status);
     return FetchResult{FetchEnd::kFailed, reason};
   }

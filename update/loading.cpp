@@ -26,7 +26,7 @@
 namespace quillory::update {
 namespace {
 
-constexpr FetchEnd kDone = FetchEnd::kComplete;
+constexpr FetchEnd kLoaded = FetchEnd::kComplete;
 constexpr std::int64_t kRoomToSpare = 16 * 1024 * 1024;
 
 FetchResult notWritten(const std::string& path, const std::string& why) {
@@ -72,9 +72,9 @@ class Staging {
 
   FetchResult run(LoadProgress& progress) {
     FetchResult result = provideArchive(request_, planned_, archive_, progress);
-    if (result.end == kDone) result = unpack();
-    if (result.end == kDone) result = complete();
-    return result.end == kDone ? finish() : result;
+    if (result.end == kLoaded) result = unpack();
+    if (result.end == kLoaded) result = complete();
+    return result.end == kLoaded ? finish() : result;
   }
 
  private:
@@ -117,7 +117,7 @@ class Staging {
       return {FetchEnd::kFailed, component().archive.name + ": " + extracted.reason};
     if (extracted.isFailure())
       return notWritten(extracted.path.empty() ? making_ : extracted.path, extracted.reason);
-    return {kDone, ""};
+    return {kLoaded, ""};
   }
 
   // Of the runtime that a start would use: archives may hold what only it can unpack.
@@ -152,12 +152,12 @@ class Staging {
     openAsInstalled(jre.content);
     openAsInstalled(joinPath(jre.content, "bin"));
     const FetchResult noted = noteArchive();
-    if (noted.end != kDone) return noted;
+    if (noted.end != kLoaded) return noted;
     const std::string home = staged_ + kStagedHomeSuffix;
     removeTree(home);
     syncTree(making_);
     if (std::rename(jre.content.c_str(), home.c_str()) != 0) return notWritten(home);
-    return {kDone, ""};
+    return {kLoaded, ""};
   }
 
   // What a bundle puts beside the updater's archive, and the next start of a launcher looks for.
@@ -176,7 +176,8 @@ class Staging {
     OutputFile file(joinPath(making_, kArchiveHashFile), ExactMode{0644},
                     Durability::kLeftToTheSystem);
     const std::string text = component().plainSha256 + '\n';
-    if (file.stream() && file.write(text.data(), text.size()) && file.commit()) return {kDone, ""};
+    if (file.stream() && file.write(text.data(), text.size()) && file.commit())
+      return {kLoaded, ""};
     return notWritten(file.error(), "cannot be written");
   }
 
@@ -186,7 +187,7 @@ class Staging {
     removeTree(staged_);
     if (std::rename(making_.c_str(), staged_.c_str()) != 0) return notWritten(staged_);
     syncFolder(stagingFolder(request_.installation));
-    return {kDone, ""};
+    return {kLoaded, ""};
   }
 
   const LoadRequest& request_;
@@ -204,11 +205,11 @@ std::string megabytes(std::int64_t bytes) {
 // A disk that would be full at the end is full for others before it.
 FetchResult checkRoom(const Installation& installation, const Plan& plan) {
   struct statvfs found {};
-  if (statvfs(installation.updatesFolder().c_str(), &found) != 0) return {kDone, ""};
+  if (statvfs(installation.updatesFolder().c_str(), &found) != 0) return {kLoaded, ""};
   const auto free =
       static_cast<std::int64_t>(found.f_bavail) * static_cast<std::int64_t>(found.f_frsize);
   const std::int64_t needed = plan.room() + kRoomToSpare;
-  if (free >= needed) return {kDone, ""};
+  if (free >= needed) return {kLoaded, ""};
   return notWritten(installation.updatesFolder(),
                     megabytes(needed) + " are needed, and " + megabytes(free) + " are free");
 }
@@ -226,7 +227,7 @@ FetchResult makeFolders(const Installation& installation) {
   for (const std::string& folder :
        {installation.inUpdates(kDownloadsFolder), stagingFolder(installation)})
     if (!makeDirWithParents(folder)) return notWritten(folder);
-  return {kDone, ""};
+  return {kLoaded, ""};
 }
 
 }  // namespace
@@ -234,14 +235,14 @@ FetchResult makeFolders(const Installation& installation) {
 FetchResult load(const LoadRequest& request, const Plan& plan) {
   const Installation& installation = request.installation;
   FetchResult result = makeFolders(installation);
-  if (result.end != kDone) return result;
+  if (result.end != kLoaded) return result;
   std::vector<std::string> folders;
   for (const PlannedComponent& planned : plan.components)
     if (planned.isStaged) folders.push_back(planned.folder);
   clearStaging(installation, folders);
   clearDownloads(installation.inUpdates(kDownloadsFolder), filesOf(plan));
   result = checkRoom(installation, plan);
-  if (result.end != kDone) return result;
+  if (result.end != kLoaded) return result;
 
   Progress progress(request.lines);
   LoadProgress counted{progress, 0, plan.size()};
@@ -249,7 +250,7 @@ FetchResult load(const LoadRequest& request, const Plan& plan) {
   for (const PlannedComponent& planned : plan.components) {
     if (planned.isStaged) continue;
     result = Staging(request, planned).run(counted);
-    if (result.end != kDone) return result;
+    if (result.end != kLoaded) return result;
   }
   clearDownloads(installation.inUpdates(kDownloadsFolder), {});
   return result;

@@ -25,7 +25,7 @@ namespace {
 constexpr std::size_t kHashFileBytes = kSha256HexLength + 2;
 constexpr std::size_t kMaxTrialsBytes = 1024 * 1024;
 constexpr std::int64_t kMaxTrials = 10000;
-constexpr std::size_t kMaxText = 1000;
+constexpr std::size_t kMaxTrialText = 1000;
 
 using IsWhole = std::function<bool(const std::string& path)>;
 
@@ -95,10 +95,10 @@ std::vector<Trial> readTrials(const std::string& updatesFolder) {
   const std::int64_t count = records.number("Trial Count", kMaxTrials);
   for (std::int64_t i = 0; i < count && !records.isRefused(); ++i) {
     Trial trial;
-    trial.folder = records.text("Trial Version", kMaxText);
-    trial.archiveSha256 = records.text("Trial Archive", kMaxText);
+    trial.folder = records.text("Trial Version", kMaxTrialText);
+    trial.archiveSha256 = records.text("Trial Archive", kMaxTrialText);
     records.number("Trial Tries");
-    const std::string state = records.text("Trial State", kMaxText);
+    const std::string state = records.text("Trial State", kMaxTrialText);
     trial.isGood = state == "GOOD";
     trial.isBlocked = state == "BLOCKED" || state == "TOLD";
     if (!records.isRefused()) trials.push_back(trial);

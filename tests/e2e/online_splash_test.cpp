@@ -15,7 +15,7 @@ using std::chrono::milliseconds;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-constexpr int kBarHeight = 18;
+constexpr int kSplashBarHeight = 18;
 constexpr char kSilentSwitch[] = "argument";  // with which every start is made
 
 class OnlineSplash : public ::testing::Test {
@@ -37,7 +37,7 @@ class OnlineSplash : public ::testing::Test {
 
   Picture bar(const WindowAt& window) const {
     return screen_.grab(
-        {window.x, window.y + window.height - kBarHeight, window.width, kBarHeight});
+        {window.x, window.y + window.height - kSplashBarHeight, window.width, kSplashBarHeight});
   }
 
   XServer xServer_;
@@ -51,7 +51,7 @@ TEST_F(OnlineSplash, ShowsAMovingBarAndTheLogSaysWhatComesFromWhere) {
   startDownload("");
   const std::vector<WindowAt> windows = screen_.shownWindows();
   ASSERT_EQ(windows.size(), 1U);
-  EXPECT_GT(windows[0].height, kBarHeight) << "the picture stands above the bar";
+  EXPECT_GT(windows[0].height, kSplashBarHeight) << "the picture stands above the bar";
   const Picture before = bar(windows[0]);
   bool hasMoved = false;
   for (int i = 0; i < 100 && !hasMoved; ++i) {

@@ -20,7 +20,7 @@ using ::testing::Not;
 
 /// As `java` of the runtime: takes half a second to prepare itself, and notes what it gets in a
 /// file of its own beside the bundle. Like the real one it takes its launch properties away.
-constexpr char kJava[] =
+constexpr char kStartedJava[] =
     "#!/bin/sh\n"
     "[ \"$1\" = -Xshare:dump ] && { sleep 0.5; exit 0; }\n"
     "for argument in \"$@\"; do\n"
@@ -33,7 +33,8 @@ constexpr char kJava[] =
 
 Tail tailWithThatJava() {
   Tail tail = quickTail();
-  const std::string runtime = folderEntry("Contents") + fileEntry("Contents/Home/bin/java", kJava) +
+  const std::string runtime = folderEntry("Contents") +
+                              fileEntry("Contents/Home/bin/java", kStartedJava) +
                               fileEntry("Contents/Home/lib/rt.jar", "not looked into");
   tail.entries = updaterEntries() + fileEntry("JRE.p2.l2", packedArchive(runtime, &testKey())) +
                  applicationEntries(fileEntry("hello.txt", "hello from version 3\n"));

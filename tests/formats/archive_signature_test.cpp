@@ -71,7 +71,7 @@ bool isVerified(const std::string& signature, const std::string& digest, Rsa_key
 
 // What the statement prints on standard output.
 template <typename Statement>
-std::string printedBy(Statement statement) {
+std::string saidBy(Statement statement) {
   ::testing::internal::CaptureStdout();
   statement();
   return ::testing::internal::GetCapturedStdout();
@@ -123,7 +123,7 @@ class FullHashTable {
 TEST(InitHash, WarnsWhenTheLibraryTakesNoMoreHashes) {
   const FullHashTable full;
   Hash_state state;
-  const std::string printed = printedBy([&] { EXPECT_FALSE(initHash(&state)); });
+  const std::string printed = saidBy([&] { EXPECT_FALSE(initHash(&state)); });
   EXPECT_EQ(printed, "WARNING: Error registering mixed hash");
   EXPECT_FALSE(updateHash(&state, bytesIn("x"), 1));
   EXPECT_EQ(doFinal(&state), nullptr);
@@ -161,15 +161,15 @@ TEST(LoadDEREncodedPublicKey, TakesTheKeyAlone) {
 
 TEST(LoadDEREncodedPublicKey, RefusesWhatIsNoKey) {
   for (const std::string& der : {std::string(), std::string("\x30"), std::string(500, '\xFF')}) {
-    const std::string printed = printedBy([&] { EXPECT_FALSE(importKey(der)); });
+    const std::string printed = saidBy([&] { EXPECT_FALSE(importKey(der)); });
     EXPECT_EQ(printed, "ERROR - unable to import public key.\n");
   }
-  printedBy([] { EXPECT_EQ(loadDEREncodedPublicKey(nullptr, -1), nullptr); });
+  saidBy([] { EXPECT_EQ(loadDEREncodedPublicKey(nullptr, -1), nullptr); });
 }
 
 TEST(LoadDEREncodedPublicKey, RefusesAKeyCutAnywhere) {
   const std::string der = fromHex(signatureData("key_2048"));
-  printedBy([&] {
+  saidBy([&] {
     for (std::size_t length = 0; length < der.size(); ++length)
       EXPECT_FALSE(importKey(der.substr(0, length))) << length;
   });
@@ -180,7 +180,7 @@ TEST(ImportPublicKey, AnswersWithoutAWord) {
   const auto import = [](const std::string& bytes, Rsa_key* key) {
     return importPublicKey(bytesIn(bytes), static_cast<int>(bytes.size()), key);
   };
-  const std::string printed = printedBy([&] {
+  const std::string printed = saidBy([&] {
     Rsa_key key{};
     EXPECT_FALSE(import("", &key));
     EXPECT_FALSE(import(std::string(500, '\xFF'), &key));
@@ -196,7 +196,7 @@ TEST_F(WithHashes, MatchSignatureTellsWrongFromMalformedWithoutAWord) {
     return matchSignature(bytesIn(signature), static_cast<int>(signature.size()),
                           bytesIn(digestOfBody()), with);
   };
-  const std::string printed = printedBy([&] {
+  const std::string printed = saidBy([&] {
     EXPECT_EQ(match(fromHex(signatureData("pss_2048")), key.get()), SignatureMatch::kMatches);
     EXPECT_EQ(match(fromHex(signatureData("pss_of_nothing_2048")), key.get()),
               SignatureMatch::kDiffers);
@@ -211,7 +211,7 @@ TEST(FreePublicKey, TakesNull) { freePublicKey(nullptr); }
 
 TEST_F(WithHashes, PssSignatureOverTheDigestIsVerified) {
   const OwnedKey key = keyFrom("key_2048");
-  const std::string printed = printedBy([&] {
+  const std::string printed = saidBy([&] {
     EXPECT_TRUE(isVerified(fromHex(signatureData("pss_2048")), digestOfBody(), key.get()));
   });
   EXPECT_EQ(printed, "");
@@ -224,7 +224,7 @@ TEST_F(WithHashes, ModulusOf130BytesIsLongEnough) {
 
 TEST_F(WithHashes, ModulusOf128BytesIsTooShort) {
   const OwnedKey key = keyFrom("key_1024");
-  const std::string printed = printedBy([&] {
+  const std::string printed = saidBy([&] {
     EXPECT_FALSE(isVerified(fromHex(signatureData("pss_salt_62_1024")), digestOfBody(), key.get()));
   });
   EXPECT_EQ(printed, "ERROR - signature verification failed.\n");
@@ -233,7 +233,7 @@ TEST_F(WithHashes, ModulusOf128BytesIsTooShort) {
 TEST_F(WithHashes, OtherKindsOfSignatureAreRejected) {
   const OwnedKey key = keyFrom("key_2048");
   for (const char* name : {"pkcs1_2048", "pss_salt_32_2048", "pss_of_nothing_2048"}) {
-    printedBy([&] {
+    saidBy([&] {
       EXPECT_FALSE(isVerified(fromHex(signatureData(name)), digestOfBody(), key.get())) << name;
     });
   }
@@ -241,7 +241,7 @@ TEST_F(WithHashes, OtherKindsOfSignatureAreRejected) {
 
 TEST_F(WithHashes, WrongKeyIsRejected) {
   const OwnedKey key = keyFrom("key_other");
-  printedBy([&] {
+  saidBy([&] {
     EXPECT_FALSE(isVerified(fromHex(signatureData("pss_2048")), digestOfBody(), key.get()));
   });
 }
@@ -253,7 +253,7 @@ TEST_F(WithHashes, MissingKeyIsRejected) {
 TEST_F(WithHashes, ByteChangedAnywhereIsRejected) {
   const OwnedKey key = keyFrom("key_2048");
   const std::string signature = fromHex(signatureData("pss_2048"));
-  printedBy([&] {
+  saidBy([&] {
     for (std::size_t at = 0; at < signature.size(); ++at) {
       std::string changed = signature;
       changed[at] = static_cast<char>(changed[at] ^ 1);
@@ -273,7 +273,7 @@ TEST_F(WithHashes, SignatureOfAnotherLengthIsRejectedWithAMessage) {
   for (const std::string& other :
        {std::string(), signature.substr(1), signature.substr(0, 255), signature + 'x'}) {
     const std::string printed =
-        printedBy([&] { EXPECT_FALSE(isVerified(other, digestOfBody(), key.get())); });
+        saidBy([&] { EXPECT_FALSE(isVerified(other, digestOfBody(), key.get())); });
     EXPECT_EQ(printed, "ERROR - signature verification failed.\n");
   }
 }
@@ -286,7 +286,7 @@ class VerifyArchive : public ::testing::Test, public ArchiveSite {
   bool extract(const std::string& bytes) {
     writeFile(archive(), bytes);
     fs::create_directory(inDest("before"));
-    printed = printedBy([&] {
+    printed = saidBy([&] {
       EXPECT_EQ(extractArchive(nullptr, archive().c_str(), destDir().c_str(), key.get()), 0);
     });
     EXPECT_FALSE(fs::exists(archive()));
@@ -372,7 +372,7 @@ TEST_F(VerifyArchive, SaysThatAnArchiveCannotBeReadFromItsStart) {
   ASSERT_EQ(pipe(ends), 0);
   close(ends[1]);
   const std::string unseekable = "/dev/fd/" + std::to_string(ends[0]);
-  printedBy([&] {
+  saidBy([&] {
     EXPECT_FALSE(verifyArchive(unseekable.c_str(), destDir().c_str(), 0, "", key.get()));
   });
   close(ends[0]);

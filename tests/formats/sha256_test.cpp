@@ -14,12 +14,13 @@ using testing::writeFile;
 
 // The examples of FIPS 180-2.
 constexpr char kOfAbc[] = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
-constexpr char kOfNothing[] = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
+constexpr char kSha256OfNothing[] =
+    "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
 constexpr char kOfAMillionAs[] = "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0";
 
 TEST(Sha256Hex, IsThatOfTheStandard) {
   EXPECT_EQ(sha256Hex("abc"), kOfAbc);
-  EXPECT_EQ(sha256Hex(""), kOfNothing);
+  EXPECT_EQ(sha256Hex(""), kSha256OfNothing);
   EXPECT_EQ(sha256Hex(std::string(1'000'000, 'a')), kOfAMillionAs);
 }
 
@@ -65,7 +66,7 @@ TEST(HashFile, GivesLengthAndDigest) {
   const auto empty = hashFile(dir / "empty");
   ASSERT_TRUE(empty);
   EXPECT_EQ(empty->length, 0);
-  EXPECT_EQ(empty->sha256, kOfNothing);
+  EXPECT_EQ(empty->sha256, kSha256OfNothing);
 }
 
 TEST(HashFile, FollowsNoLink) {

@@ -16,7 +16,7 @@ using testing::pageExample;
 using testing::TempDir;
 using testing::writeFile;
 
-std::vector<std::string> exampleValues() {
+std::vector<std::string> exampleSettings() {
   return {"1", "beta",       "at-start",  "15", "24", "2", "1", "https://mirror.example/hello/",
           "2", "3003020101", "3003020102"};
 }
@@ -39,7 +39,7 @@ UpdateSettings example() {
 
 TEST(ReadUpdateSettings, TakesTheExampleOfThePage) {
   const std::string page = pageExample("formats/update-settings.md");
-  EXPECT_EQ(page, settingsOf(exampleValues()));
+  EXPECT_EQ(page, settingsOf(exampleSettings()));
   TempDir dir;
   writeFile(dir / "QuilloryUpdate", page);
   const UpdateSettingsResult result = readUpdateSettings(dir / "QuilloryUpdate");
@@ -57,7 +57,7 @@ TEST(ReadUpdateSettings, TakesNoFileForNoFault) {
 
 TEST(ReadUpdateSettings, RefusesWhatIsNoPlainFile) {
   TempDir dir;
-  writeFile(dir / "file", settingsOf(exampleValues()));
+  writeFile(dir / "file", settingsOf(exampleSettings()));
   std::filesystem::create_symlink("file", dir / "link");
   EXPECT_EQ(readUpdateSettings(dir / "link").refusal, "it cannot be read");
   writeFile(dir / "long", std::string(kMaxUpdateSettingsBytes + 1, 'x'));
@@ -65,7 +65,7 @@ TEST(ReadUpdateSettings, RefusesWhatIsNoPlainFile) {
 }
 
 TEST(ReadUpdateSettings, RefusesWhatIsCutAnywhere) {
-  const std::string whole = settingsOf(exampleValues());
+  const std::string whole = settingsOf(exampleSettings());
   for (std::size_t length = 0; length < whole.size(); ++length) {
     const UpdateSettingsResult result = readUpdateSettingsBytes(whole.substr(0, length));
     EXPECT_FALSE(result.settings) << length;
@@ -76,7 +76,7 @@ TEST(ReadUpdateSettings, RefusesWhatIsCutAnywhere) {
 }
 
 TEST(ReadUpdateSettings, RefusesAByteThatEndsOrJoinsRecords) {
-  const std::string whole = settingsOf(exampleValues());
+  const std::string whole = settingsOf(exampleSettings());
   for (std::size_t at = 0; at < whole.size(); ++at) {
     std::string changed = whole;
     changed[at] = whole[at] == '\0' ? '1' : '\0';
@@ -114,7 +114,7 @@ TEST(ReadUpdateSettings, RefusesWhatIsBeyondTheLimits) {
       {10, "zz", "Update Key: it is no key in hexadecimal"},
   };
   for (const auto& [index, value, refusal] : kCases) {
-    std::vector<std::string> values = exampleValues();
+    std::vector<std::string> values = exampleSettings();
     values.at(index) = value;
     const UpdateSettingsResult result = readUpdateSettingsBytes(settingsOf(values));
     EXPECT_FALSE(result.settings);

@@ -46,9 +46,9 @@ void startGuardian(const fs::path& folder) {
     throw std::runtime_error("no guardian for " + folder.string());
 }
 
-class OwnFolder {
+class FolderOfThisRun {
  public:
-  OwnFolder() {
+  FolderOfThisRun() {
     std::string name = (fs::temp_directory_path() / "quillory-tests-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp failed: " + name);
     path_ = name;
@@ -57,11 +57,11 @@ class OwnFolder {
     setenv("TMPDIR", name.c_str(), 1);
     setenv("QUILLORY_TEST_FOLDER", name.c_str(), 1);
   }
-  ~OwnFolder() {
+  ~FolderOfThisRun() {
     if (getpid() == owner_) removeFolder(path_);  // Not in a copy that was forked.
   }
-  OwnFolder(const OwnFolder&) = delete;
-  OwnFolder& operator=(const OwnFolder&) = delete;
+  FolderOfThisRun(const FolderOfThisRun&) = delete;
+  FolderOfThisRun& operator=(const FolderOfThisRun&) = delete;
 
   const fs::path& path() const { return path_; }
 
@@ -73,7 +73,7 @@ class OwnFolder {
 }  // namespace
 
 const fs::path& ownFolder() {
-  static const OwnFolder folder;
+  static const FolderOfThisRun folder;
   return folder.path();
 }
 

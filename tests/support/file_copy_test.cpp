@@ -30,7 +30,7 @@ using testing::readFile;
 using testing::TempDir;
 using testing::writeFile;
 
-const std::string kStars = "***************************";
+const std::string kCopyStars = "***************************";
 
 std::string pattern(std::size_t length) {
   const std::vector<unsigned char> bytes = testing::patternBytes(length);
@@ -75,7 +75,7 @@ TEST(CopyFile, StopsWhenTheSourceCannotBeOpened) {
   EXPECT_EQ(copyFile((folder / "missing").c_str(), (folder / "to").c_str()), 1);
   EXPECT_THAT(log.messages(),
               ElementsAre("[Extractor] Copying FILE " + (folder / "to") + "\n",
-                          "[Extractor] " + kStars + " Unable to open source file for copy " +
+                          "[Extractor] " + kCopyStars + " Unable to open source file for copy " +
                               (folder / "missing") + "\n"));
   EXPECT_FALSE(fs::exists(folder / "to"));
 }
@@ -88,8 +88,8 @@ TEST(CopyFile, StopsWhenTheTargetCannotBeOpened) {
   EXPECT_EQ(copyFile((folder / "from").c_str(), target.c_str()), 1);
   EXPECT_THAT(log.messages(),
               ElementsAre("[Extractor] Copying FILE " + target + "\n",
-                          "[Extractor] " + kStars + " Unable to open destination file for copy " +
-                              target + "\n"));
+                          "[Extractor] " + kCopyStars +
+                              " Unable to open destination file for copy " + target + "\n"));
 }
 
 TEST(CopyFile, FailsWhenTheSourceCannotBeRead) {
@@ -97,7 +97,7 @@ TEST(CopyFile, FailsWhenTheSourceCannotBeRead) {
   const TempDir folder;
   fs::create_directory(folder / "from");
   EXPECT_EQ(copyFile((folder / "from").c_str(), (folder / "to").c_str()), 1);
-  EXPECT_TRUE(log.contains("[Extractor] " + kStars + " Unable to read source file for copy " +
+  EXPECT_TRUE(log.contains("[Extractor] " + kCopyStars + " Unable to read source file for copy " +
                            (folder / "from") + " (Is a directory)\n"));
   EXPECT_FALSE(fs::exists(folder / "to"));
 }
@@ -121,7 +121,7 @@ TEST(CopyFile, FailsOnAFullDeviceEvenIfOnlyTheLastFlushTellsSo) {
     const TempDir folder;
     writeFile(folder / "from", pattern(size));
     EXPECT_EQ(copyFile((folder / "from").c_str(), "/dev/full"), 1);
-    EXPECT_TRUE(log.contains("[Extractor] " + kStars +
+    EXPECT_TRUE(log.contains("[Extractor] " + kCopyStars +
                              " Unable to write destination file for copy /dev/full"
                              " (No space left on device)\n"));
   }
@@ -178,7 +178,7 @@ TEST(CopyFolder, StopsAtTheFileThatFillsTheDisk) {
   if (!disk.isMounted()) GTEST_SKIP() << "may not mount here";
   const QuietLog log;
   EXPECT_EQ(copyFolder((folder / "from").c_str(), (folder / "disk").c_str()), 1);
-  EXPECT_EQ(log.messages().back(), "[CopyFolder] " + kStars +
+  EXPECT_EQ(log.messages().back(), "[CopyFolder] " + kCopyStars +
                                        " Unable to write destination file for copy " +
                                        (folder / "disk/big") + " (No space left on device)\n");
 }
@@ -266,7 +266,7 @@ TEST(CopyFolder, StopsAtASourceFileThatCannotBeOpened) {
   EXPECT_EQ(copyFolder((folder / "from").c_str(), (folder / "to").c_str()), 1);
   EXPECT_THAT(log.messages(),
               ElementsAre("[CopyFolder] Copying FILE " + (folder / "to/dangling") + "\n",
-                          "[CopyFolder] " + kStars + " Unable to open source file for copy " +
+                          "[CopyFolder] " + kCopyStars + " Unable to open source file for copy " +
                               (folder / "from/dangling") + "\n"));
 }
 
@@ -276,7 +276,7 @@ TEST(CopyFolder, StopsAtATargetFileThatCannotBeOpened) {
   writeFile(folder / "from/file", "");
   fs::create_directories(folder / "to/file");  // a folder is in the way
   EXPECT_EQ(copyFolder((folder / "from").c_str(), (folder / "to").c_str()), 1);
-  EXPECT_EQ(log.messages().back(), "[CopyFolder] " + kStars +
+  EXPECT_EQ(log.messages().back(), "[CopyFolder] " + kCopyStars +
                                        " Unable to open destination file for copy " +
                                        (folder / "to/file") + "\n");
 }
@@ -288,7 +288,7 @@ TEST(CopyFolder, ReturnsTheFailureOfAFolderThatCannotBeMade) {
   fs::create_directories(folder / "from/sub");
   writeFile(folder / "to/sub", "a file is in the way");
   EXPECT_EQ(copyFolder((folder / "from").c_str(), (folder / "to").c_str()), -1);
-  EXPECT_EQ(log.messages().back(), "[CopyFolder] " + kStars + " Failed to copy " +
+  EXPECT_EQ(log.messages().back(), "[CopyFolder] " + kCopyStars + " Failed to copy " +
                                        (folder / "from/sub") + " to " + (folder / "to/sub") +
                                        " (could not create target folder)\n");
 }
@@ -300,7 +300,7 @@ TEST(CopyFolder, TellsANestedFailureAtEveryLevelAndReturnsIt) {
   fs::create_directories(folder / "from/a/b/c");
   writeFile(folder / "to/a/b/c", "a file is in the way");
   EXPECT_EQ(copyFolder((folder / "from").c_str(), (folder / "to").c_str()), -1);
-  const std::string failed = "[CopyFolder] " + kStars + " Failed to copy ";
+  const std::string failed = "[CopyFolder] " + kCopyStars + " Failed to copy ";
   const std::vector<std::string>& messages = log.messages();
   ASSERT_GE(messages.size(), 3U);
   const std::size_t last = messages.size() - 1;
@@ -318,7 +318,7 @@ TEST(CopyFolder, TakesAFolderThatCannotBeOpenedForAFile) {
   fs::create_directory(folder / "to");
   fs::permissions(folder / "from/closed", fs::perms::none);
   EXPECT_EQ(copyFolder((folder / "from").c_str(), (folder / "to").c_str()), 1);
-  EXPECT_EQ(log.messages().back(), "[CopyFolder] " + kStars +
+  EXPECT_EQ(log.messages().back(), "[CopyFolder] " + kCopyStars +
                                        " Unable to open source file for copy " +
                                        (folder / "from/closed") + "\n");
 }

@@ -108,9 +108,9 @@ TEST(OutputFile, ReportsAFullDisk) {
   EXPECT_EQ(file.error(), dir / "out" + ": cannot be written: No space left on device");
 }
 
-std::vector<std::string> flushed;
+std::vector<std::string> flushedFiles;
 
-// Where the file stands while it is flushed.
+// Where the file stands while it is flushedFiles.
 std::string placeOf(int descriptor) {
   return fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor)).filename();
 }
@@ -119,7 +119,7 @@ TEST(OutputFile, IsFlushedBeforeItGetsItsNameAndItsFolderAfterwards) {
   TempDir dir;
   static std::string target;
   target = dir / "out";
-  flushed.clear();
+  flushedFiles.clear();
   const testing::ScopedReplace calls(
       durableCalls, DurableCalls{[](int file, const std::string& path) {
                                    EXPECT_TRUE(placeOf(file).starts_with(".unfinished-"));
@@ -128,26 +128,26 @@ TEST(OutputFile, IsFlushedBeforeItGetsItsNameAndItsFolderAfterwards) {
                                    fstat(file, &found);
                                    EXPECT_EQ(found.st_size, 7)
                                        << "bytes that the flush could not see";
-                                   flushed.push_back(path);
+                                   flushedFiles.push_back(path);
                                    return 0;
                                  },
                                  [](int, const std::string& path) {
                                    EXPECT_TRUE(fs::exists(target));
-                                   flushed.push_back(path);
+                                   flushedFiles.push_back(path);
                                    return 0;
                                  },
                                  durableCalls.flushTree});
   OutputFile file(target);
   file.write("content", 7);
   ASSERT_TRUE(file.commit());
-  EXPECT_EQ(flushed, (std::vector{target, dir.str() + '/'}));
+  EXPECT_EQ(flushedFiles, (std::vector{target, dir.str() + '/'}));
 }
 
 TEST(OutputFile, IsNotFlushedWhereTheCallerDoesNotAskForIt) {
   TempDir dir;
-  flushed.clear();
+  flushedFiles.clear();
   const auto note = [](int, const std::string& path) {
-    flushed.push_back(path);
+    flushedFiles.push_back(path);
     return 0;
   };
   const testing::ScopedReplace calls(durableCalls, DurableCalls{note, note, note});
@@ -155,7 +155,7 @@ TEST(OutputFile, IsNotFlushedWhereTheCallerDoesNotAskForIt) {
   OutputFile exact(dir / "exact", ExactMode{0777}, Durability::kLeftToTheSystem);
   EXPECT_TRUE(file.commit());
   EXPECT_TRUE(exact.commit());
-  EXPECT_TRUE(flushed.empty());
+  EXPECT_TRUE(flushedFiles.empty());
 }
 
 TEST(OutputFile, LeavesWhatWasThereWhenTheDiskDoesNotKeepTheNewFile) {

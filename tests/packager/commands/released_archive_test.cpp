@@ -15,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 
-constexpr char kArchive[] = "Quillory-Hello-1-archive.p2.l2";
+constexpr char kReleasedArchive[] = "Quillory-Hello-1-archive.p2.l2";
 
 // A job that packs what version 1 has, unless a test adds to it.
 class ReleasedArchive : public ReleasedProject {
@@ -30,16 +30,16 @@ class ReleasedArchive : public ReleasedProject {
     pack::Reporter reporter(out, err, {});
     pack::packAll({job()}, {0, &key_, pack::Salt::kRandom}, reporter);
     ReleaseList made = list();
-    made.components[1].archive = {kArchive,
-                                  static_cast<std::int64_t>(fs::file_size(releasePath(kArchive))),
-                                  sha256Hex(readFile(releasePath(kArchive)))};
+    made.components[1].archive = {
+        kReleasedArchive, static_cast<std::int64_t>(fs::file_size(releasePath(kReleasedArchive))),
+        sha256Hex(readFile(releasePath(kReleasedArchive)))};
     for (const char* end : {"", "-1"}) {
       pack::writeReleaseList(releasePath("Quillory-Hello-stable-releases") + end, made, {&key_},
                              pack::Salt::kDerived);
     }
   }
   pack::PackingJob job(const std::string& version = "1") const {
-    return {&content_, releasePath(kArchive), ArchiveIdentity{"Hello", version, "linux"}};
+    return {&content_, releasePath(kReleasedArchive), ArchiveIdentity{"Hello", version, "linux"}};
   }
   std::string found(const pack::PackingJob& job) {
     pack::Findings ignored;
@@ -63,7 +63,7 @@ class ReleasedArchive : public ReleasedProject {
 
 TEST_F(ReleasedArchive, IsFoundByWhatItIsAndHolds) {
   releaseJob();
-  EXPECT_EQ(found(job()), releasePath(kArchive));
+  EXPECT_EQ(found(job()), releasePath(kReleasedArchive));
   EXPECT_EQ(found(job("2")), "") << "never released";
 }
 
@@ -83,13 +83,13 @@ TEST_F(ReleasedArchive, ThatAnotherKeySignedIsRefused) {
 
 TEST_F(ReleasedArchive, ThatIsGoneOrAnotherCannotBeTaken) {
   releaseJob();
-  writeFile(releasePath(kArchive), "other");
-  EXPECT_EQ(refusal(job()), releasePath(kArchive) +
+  writeFile(releasePath(kReleasedArchive), "other");
+  EXPECT_EQ(refusal(job()), releasePath(kReleasedArchive) +
                                 ": error: is not the archive that was released\n"
                                 "  -> get it back from your server");
-  fs::remove(releasePath(kArchive));
+  fs::remove(releasePath(kReleasedArchive));
   EXPECT_EQ(refusal(job()),
-            releasePath(kArchive) + ": error: is gone\n  -> get it back from your server");
+            releasePath(kReleasedArchive) + ": error: is gone\n  -> get it back from your server");
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ using Rules = std::vector<std::string>;
 
 const ProgramImage kLinux{"Linux", {}};
 const ProgramImage kMacOS{"macOS", {"x86_64", "arm64"}};
-const std::string kElf =
+const std::string kElfStart =
     "\x7F"
     "ELF";
 
@@ -126,7 +126,7 @@ TEST_F(ArchiveChecks, EndsAtALaunchFileThatPromisesTooMuch) {
 
 class RuntimeChecks : public ArchiveChecks {
  protected:
-  const std::string java_ = file("Contents/Home/bin/java", kElf);
+  const std::string java_ = file("Contents/Home/bin/java", kElfStart);
   const std::string jar_ = file("Contents/Home/lib/rt.jar", "PK");
   const std::string library_ = file("Contents/MacOS/libjli.so", "x");
 };
