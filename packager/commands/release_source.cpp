@@ -18,7 +18,7 @@ using update::TransferRequest;
 using update::TransferResult;
 using update::TransferSink;
 
-constexpr int kOk = 200;
+constexpr int kServed = 200;
 constexpr int kPartial = 206;
 constexpr int kNotFound = 404;
 
@@ -51,7 +51,7 @@ class FolderFiles : public update::Transport {
     if (error) {
       return {TransferEnd::kComplete, kNotFound, "", 0, 0};
     }
-    const int status = request.from > 0 ? kPartial : kOk;
+    const int status = request.from > 0 ? kPartial : kServed;
     TransferResult result{TransferEnd::kComplete, status, "", 0, 0};
     if (!sink.begin({status, request.from, size - request.from, ""})) {
       result.end = TransferEnd::kNotTaken;
@@ -77,9 +77,9 @@ class FolderFiles : public update::Transport {
 };
 
 // Counts the bytes of a body on their way.
-class CountingSink : public TransferSink {
+class CountedTransfer : public TransferSink {
  public:
-  explicit CountingSink(TransferSink& next) : next_(next) {}
+  explicit CountedTransfer(TransferSink& next) : next_(next) {}
   bool begin(const TransferHead& head) override { return next_.begin(head); }
   bool take(const char* bytes, std::size_t size) override {
     count += static_cast<std::int64_t>(size);
@@ -117,7 +117,7 @@ ReleaseSource::ReleaseSource(const std::string& place) {
 
 TransferResult ReleaseSource::get(const TransferRequest& request, TransferSink& sink) {
   stopIfInterrupted();
-  CountingSink counted(sink);
+  CountedTransfer counted(sink);
   const TransferResult result = files_->get(request, counted);
   requests_.push_back({decoded(request.url.substr(base_.size())), result.status, counted.count,
                        result.end == TransferEnd::kComplete ? "" : result.reason});

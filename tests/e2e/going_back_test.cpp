@@ -171,9 +171,9 @@ TEST_F(GoingBackOfAProcess, IsTheSame) {
 }
 
 /// An installation without an application, and a stand-in for the program that fetches one.
-class OnlineInstaller : public GoingBack {
+class InstallerWithoutApplication : public GoingBack {
  protected:
-  OnlineInstaller() {
+  InstallerWithoutApplication() {
     fs::remove_all(user_.master() + "/Quillory-Demo-1-complete");
     install("9");
     fs::rename(user_.master() + "/Quillory-Demo-9-complete", served_);
@@ -191,7 +191,7 @@ class OnlineInstaller : public GoingBack {
   const std::string served_ = folder_ / "served";
 };
 
-TEST_F(OnlineInstaller, FetchesTheApplicationAndStartsIt) {
+TEST_F(InstallerWithoutApplication, FetchesTheApplicationAndStartsIt) {
   program("echo offer version=9 size=1000\ncp -R '" + served_ + "' '" + user_.master() +
           "/Quillory-Demo-9-complete'");
   EXPECT_EQ(run({"argument"}), "9") << last_.out << last_.err;
@@ -202,7 +202,7 @@ TEST_F(OnlineInstaller, FetchesTheApplicationAndStartsIt) {
   EXPECT_THAT(readFile(folder_ / "said"), HasSubstr(" --own-folder " + user_.master() + "\n"));
 }
 
-TEST_F(OnlineInstaller, SaysWhyItCouldNot) {
+TEST_F(InstallerWithoutApplication, SaysWhyItCouldNot) {
   program("echo failed reason=no%20line retry=1\nexit 1");
   run();
   EXPECT_EQ(last_.exitStatus, 1);
@@ -212,7 +212,7 @@ TEST_F(OnlineInstaller, SaysWhyItCouldNot) {
                                    user_.master() + "/logs says why."));
 }
 
-TEST_F(OnlineInstaller, WithoutItsProgramsSaysWhatItAlwaysSaid) {
+TEST_F(InstallerWithoutApplication, WithoutItsProgramsSaysWhatItAlwaysSaid) {
   fs::remove(updaterFolder() + "/quillory-update-window");
   run();
   EXPECT_EQ(last_.exitStatus, 1);
