@@ -10,11 +10,11 @@
 namespace quillory::pack {
 namespace {
 
-constexpr int kOk = 200;
-constexpr int kPartial = 206;
+constexpr int kAnswered = 200;
+constexpr int kPartAnswered = 206;
 constexpr int kNotModified = 304;
 constexpr int kForbidden = 403;
-constexpr int kNotFound = 404;
+constexpr int kNothingThere = 404;
 constexpr int kGone = 410;
 constexpr long kLongestAgeOfList = 3600;  // seconds
 constexpr char kHosting[] = "docs/updates.md has it for servers, under \"Hosting\"";
@@ -63,7 +63,7 @@ class ServerCheck {
 
   std::optional<ReleaseList> listAt(const std::string& name) {
     const WebAnswer answer = ask(name, {}, kMaxReleaseListBytes + 1);
-    if (answer.status != kOk) {
+    if (answer.status != kAnswered) {
       add(Severity::kError, "server-file", name, "the list cannot be had: " + said(answer),
           "copy the release files there");
       return std::nullopt;
@@ -135,13 +135,13 @@ class ServerCheck {
 
   void checkFile(const ReleaseFile& file) {
     const WebAnswer answer = ask(file.name, {"Range: bytes=0-0"}, 1);
-    if (answer.status != kOk && answer.status != kPartial) {
+    if (answer.status != kAnswered && answer.status != kPartAnswered) {
       add(Severity::kError, "server-file", file.name, "it cannot be had: " + said(answer),
           "copy the release files again, the lists last");
       return;
     }
     const std::string length = std::to_string(file.length);
-    if (answer.status == kOk) {
+    if (answer.status == kAnswered) {
       if (!rangesTold_) {
         rangesTold_ = true;
         add(Severity::kWarning, "server-ranges", file.name,
@@ -167,7 +167,7 @@ class ServerCheck {
   // vain.
   void checkIfRange(const ReleaseFile& file) {
     const WebAnswer answer = ask(file.name, {"Range: bytes=0-0", "If-Range: \"no-such-tag\""}, 1);
-    if (answer.status == kPartial) {
+    if (answer.status == kPartAnswered) {
       add(Severity::kWarning, "server-ranges", file.name,
           "If-Range is not gone by: a download may go on in another file than it began in",
           kHosting);
@@ -177,7 +177,7 @@ class ServerCheck {
   void checkMissing(const std::string& list) {
     const std::string name = list + "-missing";
     const WebAnswer answer = ask(name, {}, 1);
-    if (answer.status != kNotFound && answer.status != kForbidden && answer.status != kGone) {
+    if (answer.status != kNothingThere && answer.status != kForbidden && answer.status != kGone) {
       add(Severity::kWarning, "server-missing", name,
           "there is no such file, and " + said(answer) + " in place of 404", kHosting);
     }

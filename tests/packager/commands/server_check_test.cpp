@@ -16,8 +16,8 @@ namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-constexpr char kList[] = "Quillory-Hello-stable-releases";
-constexpr char kArchive[] = "Quillory-Hello-1-archive.p2.l2";
+constexpr char kServedList[] = "Quillory-Hello-stable-releases";
+constexpr char kServedArchive[] = "Quillory-Hello-1-archive.p2.l2";
 constexpr char kUpdater[] = "Quillory-Quillory-1-archive.p2.l2";
 
 // A release, and a server that answers for its files as a test says.
@@ -61,36 +61,36 @@ TEST_F(CheckServer, TellsWhatIsNotThere) {
   if (!Nginx::isThere()) GTEST_SKIP() << "there is no nginx";
   const Nginx server(project_ / "dist/release", recipe());
   writeFile(releasePath(kUpdater), "short");
-  fs::remove(releasePath(kArchive));
+  fs::remove(releasePath(kServedArchive));
   EXPECT_THAT(rulesAt(server.url()), ElementsAre("server-file", "server-file"));
   EXPECT_THAT(findings_[1].what, HasSubstr("it has 5 bytes, and the list says "));
   EXPECT_THAT(findings_[2].what, HasSubstr("it cannot be had: it answers 404"));
-  fs::remove(releasePath(kList));
+  fs::remove(releasePath(kServedList));
   EXPECT_THAT(rulesAt(server.url()), ElementsAre("server-file"));
 }
 
 TEST_F(CheckServer, TellsOfAServerThatOnlySendsWholeFiles) {
   HttpServer server;
-  server.answer(std::string("/") + kList, whole(kList));
+  server.answer(std::string("/") + kServedList, whole(kServedList));
   server.answer(std::string("/") + kUpdater, whole(kUpdater));
-  server.answer(std::string("/") + kArchive, whole(kArchive));
+  server.answer(std::string("/") + kServedArchive, whole(kServedArchive));
   EXPECT_THAT(rulesAt(server.url()), ElementsAre("server-etag", "server-ranges"));
 }
 
 TEST_F(CheckServer, TellsOfHeadersThatAreOfNoUse) {
   HttpServer server;
-  server.answer(std::string("/") + kList, whole(kList,
-                                                "ETag: \"a\"\r\nContent-Type: text/html\r\n"
-                                                "Cache-Control: public, max-age=86400\r\n"));
+  server.answer(std::string("/") + kServedList, whole(kServedList,
+                                                      "ETag: \"a\"\r\nContent-Type: text/html\r\n"
+                                                      "Cache-Control: public, max-age=86400\r\n"));
   const std::string ranges = "Content-Encoding: gzip\r\nContent-Range: bytes 0-0/";
-  for (const char* name : {kUpdater, kArchive}) {
+  for (const char* name : {kUpdater, kServedArchive}) {
     const std::string length = std::to_string(fs::file_size(releasePath(name)));
     server.answer(
         std::string("/") + name,
         {.head = "HTTP/1.1 206 Partial\r\nContent-Length: 1\r\n" + ranges + length + "\r\n\r\n",
          .body = "x"});
   }
-  server.answer(std::string("/") + kList + "-missing", answerFile("a page"));
+  server.answer(std::string("/") + kServedList + "-missing", answerFile("a page"));
   EXPECT_THAT(rulesAt(server.url()),
               ElementsAre("server-etag", "server-cache", "server-type", "server-type",
                           "server-type", "server-ranges", "server-missing"));
@@ -98,7 +98,7 @@ TEST_F(CheckServer, TellsOfHeadersThatAreOfNoUse) {
 
 TEST_F(CheckServer, TellsOfAListThatClientsRefuse) {
   HttpServer server;
-  server.answer(std::string("/") + kList, answerFile("not found, said with status 200"));
+  server.answer(std::string("/") + kServedList, answerFile("not found, said with status 200"));
   EXPECT_THAT(rulesAt(server.url()), ElementsAre("signature"));
 }
 
