@@ -11,7 +11,7 @@ namespace quillory {
 namespace {
 
 constexpr std::size_t kChunk = 256 * 1024;
-constexpr std::size_t kBlock = 64;
+constexpr std::size_t kHashedBlock = 64;
 constexpr int kDigestLength = 32;
 static_assert(sizeof(ulong32) == sizeof(std::uint32_t));
 
@@ -29,13 +29,13 @@ void Sha256::update(std::string_view bytes) {
   };
   if (blocks_ != nullptr) {
     auto& sha256 = state_.sha256;
-    takeSlowly(std::min(left, (kBlock - sha256.curlen) % kBlock));
+    takeSlowly(std::min(left, (kHashedBlock - sha256.curlen) % kHashedBlock));
     if (sha256.curlen == 0) {
-      const std::size_t count = left / kBlock;
+      const std::size_t count = left / kHashedBlock;
       blocks_(sha256.state, data, count);
-      sha256.length += count * kBlock * 8;
-      data += count * kBlock;
-      left -= count * kBlock;
+      sha256.length += count * kHashedBlock * 8;
+      data += count * kHashedBlock;
+      left -= count * kHashedBlock;
     }
   }
   takeSlowly(left);

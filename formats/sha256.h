@@ -1,7 +1,5 @@
 // SHA-256, as release lists and deltas name files by it: 64 lower-case hexadecimal digits.
 #pragma once
-#include <tomcrypt.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -9,6 +7,7 @@
 #include <string_view>
 
 #include "formats/sha256_blocks.h"
+#include "formats/tomcrypt.h"
 
 namespace quillory {
 
