@@ -20,8 +20,8 @@ bool isReadyForPictures();
 /// Whether windows can be made; main thread only. Says once in the system log when not.
 bool isReadyForWindows();
 
-/// For a program that is no application bundle, once it is ready for windows: they come to the front
-/// and can be clicked. Main thread only.
+/// For a program that is no application bundle, once it is ready for windows: they come to the
+/// front and can be clicked. Main thread only.
 void comeToFront();
 
 /// Runs the main thread's events, and never returns.

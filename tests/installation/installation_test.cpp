@@ -65,19 +65,22 @@ class Installation : public ::testing::Test {
 TEST_F(Installation, HasEverythingWhereASystemLooksForIt) {
   EXPECT_THAT(
       treeOf(prefix_),
-      IsSupersetOf({"bin/quillory-pack", "bin/lzma64", "share/quillory/launcher",
-                    "share/quillory/elev_mac", "share/quillory/updater.jar",
-                    "share/quillory/quillory-update", "share/man/man1/quillory-pack.1",
-                    "share/man/man1/lzma64.1", "share/man/man1/quillory-update.1",
-                    "share/bash-completion/completions/quillory-pack",
-                    "share/zsh/site-functions/_quillory-pack",
-                    "share/fish/vendor_completions.d/quillory-pack.fish",
-                    "share/doc/quillory/README.md", "share/doc/quillory/docs/formats/archive.md"}));
+      IsSupersetOf(
+          {"bin/quillory-pack", "bin/lzma64", "share/quillory/launcher", "share/quillory/elev_mac",
+           "share/quillory/updater.jar", "share/quillory/quillory-update-window",
+           "share/quillory/quillory-api.jar", "share/quillory/quillory-api-sources.jar",
+           "share/quillory/quillory-api-javadoc.jar", "share/quillory/quillory-update",
+           "share/man/man1/quillory-pack.1", "share/man/man1/lzma64.1",
+           "share/man/man1/quillory-update.1", "share/bash-completion/completions/quillory-pack",
+           "share/zsh/site-functions/_quillory-pack",
+           "share/fish/vendor_completions.d/quillory-pack.fish", "share/doc/quillory/README.md",
+           "share/doc/quillory/docs/formats/archive.md"}));
 }
 
 TEST_F(Installation, HasTheProgramsForMacsThatWereBuilt) {
   const fs::path built = fs::path(QUILLORY_BUILD_DIR).parent_path() / "macos/bin";
-  for (const char* program : {"launcher", "lzma64", "elev_mac", "quillory-update"}) {
+  for (const char* program :
+       {"launcher", "lzma64", "elev_mac", "quillory-update", "quillory-update-window"}) {
     EXPECT_EQ(fs::exists(installed("share/quillory/macos/") + program), fs::exists(built / program))
         << program;
   }
@@ -90,9 +93,10 @@ TEST_F(Installation, HasDocumentsThatLinkOnlyToWhatIsThere) {
 }
 
 TEST_F(Installation, HasManualPagesThatRenderWithoutAWarning) {
-  for (const auto& [name, purpose] : {std::pair<std::string, std::string>{"quillory-pack", "packs "},
-                                      {"lzma64", "packs "},
-                                      {"quillory-update", "looks "}}) {
+  for (const auto& [name, purpose] :
+       {std::pair<std::string, std::string>{"quillory-pack", "packs "},
+        {"lzma64", "packs "},
+        {"quillory-update", "looks "}}) {
     const std::string page = installed(kManualPages) + '/' + name + ".1";
     const ChildResult shown = runWith("LC_ALL", "C.UTF-8", {"man", "--warnings", "-l", page});
     EXPECT_EQ(shown.exitStatus, 0);
