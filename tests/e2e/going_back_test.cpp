@@ -3,10 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 
 #include "tests/e2e/launcher_run.h"
+#include "tests/harness/eventually.h"
 
 namespace quillory::testing {
 namespace {
@@ -218,6 +220,36 @@ TEST_F(InstallerWithoutApplication, WithoutItsProgramsSaysWhatItAlwaysSaid) {
   EXPECT_EQ(last_.exitStatus, 1);
   EXPECT_THAT(last_.err, HasSubstr("[Updater] No version of \"Demo\" is installed in " +
                                    user_.master() + ".\n"));
+}
+
+TEST_F(GoingBack, AUrlThatComesWhileTheApplicationRunsReachesOneThatListens) {
+  writeFile(bundle_.contents() + "/Info.plist",
+            "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>CFBundleIdentifier</key>"
+            "<string>io.quillory.tests.Open</string></dict></plist>");
+  const TempDir busFolder;
+  const BackgroundChild bus({"dbus-daemon", "--session", "--address=unix:path=" + busFolder / "bus",
+                             "--nofork", "--print-address=1"});
+  ChildOptions options = user_.options();
+  options.unset.erase(
+      std::find(options.unset.begin(), options.unset.end(), "DBUS_SESSION_BUS_ADDRESS"));
+  options.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + busFolder / "bus";
+  ASSERT_TRUE(eventually([&] { return !bus.out().empty(); }));
+  BackgroundChild application({bundle_.executable(), "--sleep=60000"}, options);
+  ASSERT_TRUE(application.waitForOutput("REPORT END"));
+
+  const std::string prefix = "QYLaunchProperties-";
+  std::string requests;
+  for (const std::string& name : namesIn(updaterFolder()))
+    if (name.starts_with(prefix))
+      requests = updaterFolder() + "/QYOpenRequests-" + name.substr(prefix.size());
+  writeFile(requests, "");  // As Launch.openRequests() does.
+  runChild({"gdbus", "call", "--session", "--dest", "io.quillory.tests.Open", "--object-path",
+            "/io/quillory/tests/Open", "--method", "org.freedesktop.Application.Open",
+            "['demo://later']", "{}"},
+           options);
+  EXPECT_TRUE(eventually([&] { return readFile(requests) == "demo://later\0"s; }));
+  application.sendSignal(SIGTERM);
+  application.finish();
 }
 
 }  // namespace
