@@ -133,7 +133,7 @@ class Staging {
     if (isRuntime()) return completeRuntime();
     if (component().role == kUpdaterRole) {
       const FetchResult carried = carryOver();
-      if (carried.end != kDone) return carried;
+      if (carried.end != kLoaded) return carried;
     }
     return noteArchive();
   }
@@ -169,7 +169,7 @@ class Staging {
       if (copyFile(from.c_str(), to.c_str()) != 0) return notWritten(to, "it cannot be copied");
       if (name == std::string_view(kLzmaToolName)) openAsInstalled(to);
     }
-    return {kDone, ""};
+    return {kLoaded, ""};
   }
 
   FetchResult noteArchive() const {
