@@ -70,6 +70,8 @@ RawLzma2Decoder::RawLzma2Decoder(std::uint64_t window, LzmaSink sink)
             return !gate->isOpen || gate->sink(data, size);
           },
           true)) {
+  // A window is written from one end to the other at once, page by page otherwise.
+  state_->stream.allocator = largeBlocks();
   lzma_options_lzma options{};
   if (!setWindow(*state_, options, window)) return;
   state_->noteResult(lzma_raw_decoder(&state_->stream, filtersOf(options).data()));
