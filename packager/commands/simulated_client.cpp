@@ -32,6 +32,10 @@ SimulatedClient::SimulatedClient(const std::string& application, std::string bas
   std::filesystem::create_directories(installation_.updatesFolder());
 }
 
+void SimulatedClient::trust(const std::vector<std::string>& keys) {
+  keys_.insert(keys_.end(), keys.begin(), keys.end());
+}
+
 std::vector<SimulatedStep> SimulatedClient::take(const ReleaseList& list,
                                                  update::Transport& transport) {
   if (const ReleaseComponent* runtime = componentOf(list, kRuntimeRole)) {

@@ -25,6 +25,9 @@ class SimulatedClient {
   /// An installation without anything, of an application whose archives these keys have signed.
   SimulatedClient(const std::string& application, std::string base, std::vector<std::string> keys);
 
+  /// Keys that a list has brought: archives of theirs are taken as well.
+  void trust(const std::vector<std::string>& keys);
+
   /// Loads, restores, verifies, unpacks and puts in place what the list has and the installation
   /// has not; the steps in their order. Throws PackError with the client's reason.
   std::vector<SimulatedStep> take(const ReleaseList& list, update::Transport& transport);

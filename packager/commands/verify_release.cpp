@@ -89,6 +89,7 @@ class Verification {
       step("signed by " + PublicKey::fromHex(key, name).fingerprint());
     }
     if (!verdict.keysFromNowOn.empty()) {
+      client_.trust(verdict.keysFromNowOn);
       step("its clients trust " + std::to_string(verdict.keysFromNowOn.size()) +
            " other keys from now on");
     }
