@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <stdexcept>
 #include <thread>
 
 #include "install/install_locations.h"
@@ -510,14 +511,45 @@ pid_t inAnotherProcess(const std::function<void()>& work) {
   return process;
 }
 
+int firstWaitTold = -1;
+
+// Tells another process when a start begins to wait.
+class FirstWait {
+ public:
+  FirstWait() {
+    if (pipe(ends_) != 0) throw std::runtime_error("no pipe");
+    firstWaitTold = ends_[1];
+  }
+  ~FirstWait() {
+    close(ends_[0]);
+    close(ends_[1]);
+  }
+  FirstWait(const FirstWait&) = delete;
+  FirstWait& operator=(const FirstWait&) = delete;
+
+  void untilItBegins() const {
+    char told;
+    if (read(ends_[0], &told, 1) != 1) _exit(1);
+  }
+
+ private:
+  int ends_[2];
+  ScopedReplace<decltype(timeCalls.sleepMicros)> sleep_{
+      timeCalls.sleepMicros, +[](std::uint64_t micros) {
+        (void)!write(firstWaitTold, "x", 1);
+        std::this_thread::sleep_for(std::chrono::microseconds(micros));
+      }};
+};
+
 TEST_F(ExtractWrapperTail, WaitsForTheStartThatInstallsAndRunsWhatItHasInstalled) {
   InstallationLock other;
   start({}, true);
   const TempDir before;
   fs::rename(installed("Quillory-jre-17-complete"), before / "alias");
   ASSERT_TRUE(other.tryToTake(master_));
+  const FirstWait wait;
   const pid_t finishing = inAnotherProcess([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    wait.untilItBegins();
     fs::rename(before / "alias", installed("Quillory-jre-17-complete"));
     other.release();
   });
@@ -540,8 +572,9 @@ TEST_F(ExtractWrapperTail, ShowsNothingWhileItWaitsInASilentRun) {
   start({}, true);
   fs::remove_all(installed("Quillory-jre-17-complete"));
   ASSERT_TRUE(other.tryToTake(master_));
+  const FirstWait wait;
   const pid_t finishing = inAnotherProcess([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    wait.untilItBegins();
     other.release();
   });
   const Ended ended = start({"-quiet"});
