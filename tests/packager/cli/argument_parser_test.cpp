@@ -9,6 +9,7 @@ namespace {
 using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 class ArgumentParser : public ::testing::Test {
@@ -44,6 +45,15 @@ class ArgumentParser : public ::testing::Test {
        {{.name = "SHELL", .into = &shell_, .isRequired = true, .choices = {"bash", "zsh"}}},
        nullptr}};
 };
+
+TEST_F(ArgumentParser, TellsTheChoicesBehindWhatAnOptionIsFor) {
+  const std::string make = parse({"make", "--help"}).text;
+  EXPECT_THAT(make, HasSubstr("its kind: tail, head\n"));
+  EXPECT_THAT(make, HasSubstr("what is made\n"));
+  EXPECT_THAT(make, Not(HasSubstr("what is made:")));
+  EXPECT_THAT(make, Not(HasSubstr("its size:")));
+  EXPECT_THAT(parse({"show", "--help"}).text, Not(HasSubstr(": bash, zsh")));
+}
 
 TEST_F(ArgumentParser, SetsWhatIsGivenAndLeavesTheRest) {
   const ParsedLine line = parse({"make", "it.txt", "-q", "one", "--bits", "2048", "two", "-l", "0",

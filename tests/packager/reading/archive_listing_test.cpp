@@ -60,6 +60,7 @@ TEST_F(ListArchive, NoticesWhatTheLauncherWouldRefuseOrWaitFor) {
   EXPECT_EQ(rulesOf(findings_), std::vector<std::string>{"path"});
   list(records({"0", "a", "-1", ""}));
   EXPECT_EQ(rulesOf(findings_), std::vector<std::string>{"length"});
+  EXPECT_EQ(findings_.front().place.line, 0U) << "an archive has no lines";
   list(records({"0", "a", "10"}) + "short");
   EXPECT_EQ(rulesOf(findings_), std::vector<std::string>{"cut-short"});
 }
