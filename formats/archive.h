@@ -1,6 +1,7 @@
 // Archives ("p2"): record streams of folders and files with their bytes inline, closed by an empty
 // record or by a signature block. docs/formats/archive.md has the bytes. These functions end the
 // process where an extraction cannot go on; those of extraction.h, which they stand on, say why.
+// They are for programs outside of this tree; the launcher itself calls those of extraction.h.
 #pragma once
 #include <cstdio>
 
