@@ -5,7 +5,8 @@
 # "build/demo/Hello Quillory.app", and starts it twice: the first start installs it in the home
 # folder, the second finds it current. --online packs it without a runtime, which the first start
 # gets from a web server of the demo's own. --update goes on from there: version 1 fetches its own
-# application, too, is updated while it runs, and goes back from a broken version. --clean removes what the demo has made, also there.
+# application, too, is updated while it runs, and goes back from a broken version. --clean removes what
+# the demo has made, also there.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/steps.sh

@@ -76,7 +76,7 @@ show_requests() {
 }
 
 demo_update() {
-  plan_steps 9
+  plan_steps 11
   build programs online
   step "Release 1: an installer without runtime and application, and what it fetches"
   prepare_update_source
