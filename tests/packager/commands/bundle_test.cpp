@@ -167,10 +167,9 @@ TEST(Bundle, PacksTheApplicationWithALaunchFile) {
                                    "files = [\"data/\", { from = \"manual\", to = \"help/m\" }]\n"
                                    "[jvm]\nmemory-mb = 256\ninitial-memory-mb = 64\n"));
   const std::string archive = unpacked(project / "dist/release/Quillory-Hello-3-archive.p2.l2");
-  const std::string launch =
-      records({"6", "com.example.hello.Hello", "", "Hello", "", "0", "256", "64", "1",
-               "lib/hello.jar", "2", "-x", "y z", "", "", "", "1", "-Dquillory.arguments=user",
-               "0"});
+  const std::string launch = records({"6", "com.example.hello.Hello", "", "Hello", "", "0", "256",
+                                      "64", "1", "lib/hello.jar", "2", "-x", "y z", "", "", "", "1",
+                                      "-Dquillory.arguments=user", "0"});
   const std::string jar = readFile(project / "hello.jar");
   EXPECT_THAT(archive, StartsWith(records({"0", "qyArcSpBlock_Component1;Hello;3;linux", "0"}) +
                                   records({"0", "QuilloryLaunch", std::to_string(launch.size())}) +
