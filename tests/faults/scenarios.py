@@ -19,6 +19,7 @@ class Scenario:
         self.machine = machine
         self.packer = packer
         self.server = server
+        self.served = None
         self.saved = machine.top / ("state-" + self.name)
         machine.clear()
         self.executable = self.make()
@@ -41,7 +42,14 @@ class Scenario:
                 raise RuntimeError(f"{self.name}: an undisturbed run fails: {outcome.output}")
         return self.tree()
 
+    def serve(self, folder):
+        """What the web server has for this scenario; others, which have it in turn, have something else."""
+        self.served = folder
+        self.server.serve(folder)
+
     def set_up(self):
+        if self.served is not None:
+            self.server.serve(self.served)
         remove(self.machine.folder)
         shutil.copytree(self.saved, self.machine.folder, symlinks=True)
 
@@ -116,7 +124,7 @@ class RuntimeDownload(Scenario):
     table_name = "first start, which downloads a runtime"
 
     def make(self):
-        self.server.serve(bundles.release_of(self.packer.bundle("first")))
+        self.serve(bundles.release_of(self.packer.bundle("first")))
         return self.packer.bundle("online", runtime=None, url=self.server.url)
 
     def environment(self):
@@ -156,7 +164,7 @@ class NetworkUpdate(Scenario):
         self.before = self.packer.release("released", self.server.url)
         executable = self.packer.release("released", self.server.url, app=2, updater=2,
                                          runtime="17.0.10")
-        self.server.serve(bundles.release_of(executable))
+        self.serve(bundles.release_of(executable))
         first = self.packer.folder / "first-release"
         if not first.exists():
             raise RuntimeError("the first release is gone")

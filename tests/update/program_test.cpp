@@ -20,6 +20,7 @@ namespace quillory::testing {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::ContainsRegex;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
@@ -135,8 +136,10 @@ TEST_F(Program, WritesALogInTheFormOfTheLaunchers) {
     logs.push_back(entry.path().filename().string());
   ASSERT_EQ(logs.size(), 1u);
   EXPECT_THAT(logs[0], MatchesRegex("Update-[0-9-]*[.]log"));
+  // The milliseconds since the line before, the first of which the file does not have.
   EXPECT_THAT(readFile(machine_ / "logs/" + logs[0]),
-              AllOf(StartsWith("+0 "), HasSubstr("[Update] Installed ")));
+              AllOf(ContainsRegex("^[+][0-9]+ +\\[Extractor\\] Created "),
+                    HasSubstr("[Update] Installed ")));
 }
 
 TEST_F(Program, AsksOnceAndForLittleWhereNothingIsNew) {
