@@ -167,8 +167,11 @@ TEST(UpdateWindowWithoutADisplay, TellsItInLines) {
 }
 
 TEST(UpdateWindowProgram, SaysHowItIsUsed) {
-  EXPECT_THAT(runChild({QUILLORY_UPDATE_WINDOW, "--help"}).out, HasSubstr("exit status: 0 done"));
-  const ChildResult wrong = runChild({QUILLORY_UPDATE_WINDOW, "--first"});
+  ChildOptions options;
+  options.environment = {{"ASAN_OPTIONS", kNoLeaks}};
+  EXPECT_THAT(runChild({QUILLORY_UPDATE_WINDOW, "--help"}, options).out,
+              HasSubstr("exit status: 0 done"));
+  const ChildResult wrong = runChild({QUILLORY_UPDATE_WINDOW, "--first"}, options);
   EXPECT_EQ(wrong.exitStatus, 2);
   EXPECT_THAT(wrong.err, HasSubstr("quillory-update-window: --properties is missing\n"));
 }
