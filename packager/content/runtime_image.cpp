@@ -151,7 +151,8 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
   }
   const std::vector<std::string> toLink = optionsToLink(config, modules, options);
   if (!toLink.empty()) {
-    command.push_back("--add-options=" + optionText(toLink));
+    // jlink takes a value that begins with "--" for another option.
+    command.push_back("--add-options= " + optionText(toLink));
   }
   command.insert(command.end(), config.jlinkOptions.begin(), config.jlinkOptions.end());
   runTool(command);

@@ -131,6 +131,18 @@ TEST(LinkRuntime, AddsTheClassesOfTheUpdaterToTheListForTheArchive) {
   EXPECT_EQ(list.back(), '\n');
 }
 
+// jlink takes a value that begins with "--" for another option, and the JVM each of them.
+TEST(LinkRuntime, MakesARuntimeThatPassesOnWhatAManifestAsksFor) {
+  TempDir dir;
+  RuntimeConfig config;
+  config.modules = {"java.base"};
+  const std::string folder = linkRuntime(
+      config, {}, dir.str(), {{}, {{"java.base", "--add-opens=java.base/sun.nio.ch=ALL-UNNAMED"}}});
+  EXPECT_NE(readFile(folder + "/lib/modules").find("--add-opens=java.base/sun.nio.ch=ALL-UNNAMED"),
+            std::string::npos);
+  EXPECT_NE(runTool({folder + "/bin/java", "--list-modules"}).find("java.base"), std::string::npos);
+}
+
 // The modules of another system: those of this one, with programs and a name of the other's.
 TEST(LinkRuntime, LinksTheModulesThatAreNamed) {
   TempDir dir;
@@ -393,7 +405,7 @@ TEST_F(LinkWithStandIns, PassesOnTheOptionsWhoseModulesAreThere) {
   EXPECT_EQ(recordedIn(dir_ / "java"),
             (std::vector<std::string>{"--limit-modules", "java.base", "--list-modules"}));
   EXPECT_EQ(recordedIn(dir_ / "jlink").back(),
-            "--add-options=-Xss2m '-Da=b c' --add-opens=java.xml/p=ALL-UNNAMED "
+            "--add-options= -Xss2m '-Da=b c' --add-opens=java.xml/p=ALL-UNNAMED "
             "--enable-native-access=ALL-UNNAMED");
 }
 
