@@ -191,9 +191,13 @@ BundlePart applicationPart(const Config& config, const std::vector<std::string>&
   launch.arguments = config.application.arguments;
   launch.jvmOptions = applicationOptions(config);
   ContentTree tree("application");
-  tree.addFolder("lib");
+  const bool isBeside = config.application.layout == JarLayout::kBeside;
+  const std::string jarFolder = isBeside ? "" : kJarFolder;
+  if (!isBeside) {
+    tree.addFolder("lib");
+  }
   for (const std::string& jar : jars) {
-    launch.classPath.push_back(kJarFolder + nameOf(jar));
+    launch.classPath.push_back(jarFolder + nameOf(jar));
     tree.addFile(jar, launch.classPath.back());
   }
   for (const std::string& library : namedFiles(config, "application.native", "native library",

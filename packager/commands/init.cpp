@@ -126,6 +126,45 @@ std::string quoted(const std::string& text) {
   return out + '"';
 }
 
+// Whether somebody builds something here: what lies beside a jar is not only what it needs then.
+bool isSourceFolder(const std::string& folder) {
+  constexpr const char* kSigns[] = {"src", "pom.xml", "build.gradle", "build.gradle.kts",
+                                    "build.xml"};
+  return std::any_of(std::begin(kSigns), std::end(kSigns),
+                     [&](const char* sign) { return fs::exists(fs::path(folder) / sign); });
+}
+
+// The folders beside a jar that is ready to run, where that expects them.
+std::vector<std::string> foldersBeside(const std::string& folder, const FoundJar& jar) {
+  std::vector<std::string> beside;
+  if (fs::path(jar.path).has_parent_path() || jar.mainClass.empty() || isSourceFolder(folder)) {
+    return beside;
+  }
+  for (const std::string& name : namesIn(folder)) {
+    const bool isForJars =
+        std::find(std::begin(kJarFolders), std::end(kJarFolders), name) != std::end(kJarFolders);
+    if (!name.starts_with('.') && !isForJars && fs::is_directory(fs::path(folder) / name) &&
+        fs::path(name).extension() != ".app") {
+      beside.push_back(name);
+    }
+  }
+  return beside;
+}
+
+// Of jars that expect folders beside them, or examples of such keys.
+std::string layoutLines(const std::vector<std::string>& beside) {
+  if (beside.empty()) {
+    return "# files = [\"data\"]             # more files and folders, put beside lib/\n";
+  }
+  std::string list;
+  for (const std::string& name : beside) {
+    list += (list.empty() ? "" : ", ") + quoted(name);
+  }
+  return "layout = \"beside\"              # jars lie beside the files, as they do here\nfiles = "
+         "[" +
+         list + "]\n";
+}
+
 std::string jarList(const std::vector<FoundJar>& jars) {
   std::string list;
   for (const FoundJar& jar : jars) {
@@ -160,9 +199,7 @@ std::string initialConfig(const std::string& folder) {
          quoted(mainClass) +
          "\n"
          "jars = [" +
-         jarList(jars) +
-         "]\n"
-         "# files = [\"data\"]             # more files and folders, put beside lib/\n"
+         jarList(jars) + "]\n" + layoutLines(foldersBeside(folder, jars[0])) +
          "# arguments = [\"--welcome\"]    # before those of the user\n"
          "identifier = " +
          quoted("com.example." + executableNameFor(name)) + "  # from a domain that you own\n" +

@@ -29,6 +29,9 @@ void readApplication(ConfigSection section, ApplicationConfig& out) {
   section.text("display-version", out.displayVersion);
   section.text("main-class", out.mainClass);
   section.texts("jars", out.jars);
+  int layout = 0;
+  section.choice("layout", {"lib", "beside"}, layout);
+  out.layout = static_cast<JarLayout>(layout);
   section.files("files", out.files);
   section.texts("arguments", out.arguments);
   int properties = 0;

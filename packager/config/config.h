@@ -23,12 +23,19 @@ struct ExtraFile {
   std::string to;
 };
 
+/// Where jars lie in the application's folder.
+enum class JarLayout {
+  kLib,     ///< in lib/
+  kBeside,  ///< at its top, with what they expect beside them
+};
+
 struct ApplicationConfig {
   std::string name;
   std::int64_t version = 0;
   std::string displayVersion;  ///< what people read; "" for the number
   std::string mainClass;
   std::vector<std::string> jars;  ///< file names with * and ?, in class path order
+  JarLayout layout = JarLayout::kLib;
   std::vector<ExtraFile> files;
   std::vector<std::string> arguments;
   /// Whether the path of the launch properties is the main class's first argument.

@@ -112,6 +112,18 @@ TEST_F(BundleParts, TheApplicationSaysWhatIsSetAndPassedBeforeItsMainClass) {
                "lib/hello.jar", "0", "", "", "", "2", "-Dmy.property=a=b c", "-Dempty=", "0"}));
 }
 
+TEST_F(BundleParts, JarsLieBesideTheFilesThatTheyExpectThere) {
+  config_.application.layout = JarLayout::kBeside;
+  writeFile(dir_ / "keymaps/one", "x");
+  config_.application.files = {{"keymaps", ""}};
+  const BundlePart part = applicationPart(config_, {dir_ / "hello.jar"});
+  EXPECT_EQ(pathsOf(part.content),
+            (Names{"QuilloryLaunch", "hello.jar", "keymaps", "keymaps/one"}));
+  EXPECT_EQ(part.content.entries().at("QuilloryLaunch").bytes,
+            records({"6", "com.example.hello.Hello", "", "Hello", "", "0", "256", "64", "1",
+                     "hello.jar", "0", "", "", "", "1", "-Dquillory.arguments=user", "0"}));
+}
+
 TEST_F(BundleParts, NativeLibrariesLieWhereTheUpdaterLooksForThem) {
   for (const char* name : {"libone.so", "libtwo.so", "other"}) writeFile(dir_ / name, "x");
   config_.application.nativeLibraries = {"lib*.so"};

@@ -59,6 +59,22 @@ TEST(Init, EveryKeyInItsCommentsIsOneThatExists) {
   EXPECT_EQ(result.err.find("[toml]"), std::string::npos) << result.err;
 }
 
+TEST(Init, PacksTheFoldersThatAFinishedJarHasBesideIt) {
+  Project project;
+  const TempDir dir;
+  fs::copy_file(project / "hello.jar", dir / "hello.jar");
+  for (const char* folder : {"keymaps", "modes", "lib", "dist", ".git", "Old.app"})
+    fs::create_directory(dir / folder);
+  ASSERT_EQ(pack({"init", dir / "quillory.toml"}).status, 0);
+  EXPECT_THAT(readFile(dir / "quillory.toml"),
+              AllOf(HasSubstr("\nlayout = \"beside\" "),
+                    HasSubstr("\nfiles = [\"keymaps\", \"modes\"]\n")));
+  // Where it is built, nobody knows what of that it needs.
+  fs::create_directory(dir / "src");
+  ASSERT_EQ(pack({"init", dir / "other.toml"}).status, 0);
+  EXPECT_THAT(readFile(dir / "other.toml"), HasSubstr("\n# files = [\"data\"] "));
+}
+
 // As `java -jar` does.
 TEST(Init, TakesAMainClassThatIsWrittenWithSlashes) {
   const TempDir dir;
