@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "formats/release_fields.h"
 #include "formats/release_list_format.h"
 #include "formats/sha256.h"
 #include "formats/strict_records.h"
@@ -30,15 +31,14 @@ class HeaderReader {
   void readWhat(DeltaHeader& header) {
     if (records_.number(kDeltaVersionRecord) != kDeltaVersion)
       records_.refuse(kDeltaVersionRecord, "the delta was made by a newer quillory-pack");
-    header.component = records_.text(kDeltaComponentRecord, kMaxFileNameBytes);
-    require(isPlainFileName(header.component), kDeltaComponentRecord, "it is no plain file name");
-    header.from = version(kDeltaFromRecord);
-    header.to = version(kDeltaToRecord);
-    header.baseSha256 = sha256(kDeltaBaseRecord);
+    header.component = readFileName(records_, kDeltaComponentRecord);
+    header.from = readVersion(records_, kDeltaFromRecord);
+    header.to = readVersion(records_, kDeltaToRecord);
+    header.baseSha256 = readSha256(records_, kDeltaBaseRecord);
     header.restoredLength = records_.number(kRestoredLengthRecord);
-    header.restoredSha256 = sha256(kRestoredSha256Record);
+    header.restoredSha256 = readSha256(records_, kRestoredSha256Record);
     header.window = records_.number(kWindowRecord, kMaxDeltaWindow);
-    require(header.window >= kMinDeltaWindow, kWindowRecord, "it is less than 4096");
+    records_.require(header.window >= kMinDeltaWindow, kWindowRecord, "it is less than 4096");
   }
 
   void readDictionary(DeltaHeader& header) {
@@ -47,7 +47,8 @@ class HeaderReader {
       BaseFile file =
           baseFile(kDictionaryPathRecord, kDictionaryLengthRecord, kDictionarySha256Record);
       total += file.length;
-      require(total <= header.window, kDictionaryLengthRecord, "the dictionary exceeds the window");
+      records_.require(total <= header.window, kDictionaryLengthRecord,
+                       "the dictionary exceeds the window");
       if (records_.isRefused()) return;
       header.dictionary.push_back(std::move(file));
     }
@@ -60,8 +61,8 @@ class HeaderReader {
       copy.streamLength = records_.number(kStreamLengthRecord);
       copy.file = baseFile(kCopyPathRecord, kCopyLengthRecord, kCopySha256Record);
       total += copy.streamLength + copy.file.length;
-      require(total <= header.restoredLength, kCopyLengthRecord,
-              "the copies exceed what is restored");
+      records_.require(total <= header.restoredLength, kCopyLengthRecord,
+                       "the copies exceed what is restored");
       if (records_.isRefused()) return;
       header.copies.push_back(std::move(copy));
     }
@@ -70,30 +71,14 @@ class HeaderReader {
   BaseFile baseFile(const char* pathRecord, const char* lengthRecord, const char* sha256Record) {
     BaseFile file;
     file.path = records_.text(pathRecord, kMaxBasePathBytes);
-    require(isBasePath(file.path), pathRecord, "it leads out of the folder");
+    records_.require(isBasePath(file.path), pathRecord, "it leads out of the folder");
     file.length = records_.number(lengthRecord);
-    require(file.length > 0, lengthRecord, "the file is empty");
-    file.sha256 = sha256(sha256Record);
+    records_.require(file.length > 0, lengthRecord, "the file is empty");
+    file.sha256 = readSha256(records_, sha256Record);
     return file;
   }
 
   std::int64_t count(const char* record) { return records_.number(record, kMaxBaseFiles); }
-
-  std::string version(const char* record) {
-    std::string value = records_.text(record, kMaxListTextBytes);
-    require(isComponentVersion(value), record, "it is no version");
-    return value;
-  }
-
-  std::string sha256(const char* record) {
-    std::string value = records_.text(record, kSha256HexLength);
-    require(isSha256Hex(value), record, "it is no SHA-256");
-    return value;
-  }
-
-  void require(bool holds, const char* record, const char* otherwise) {
-    if (!holds) records_.refuse(record, otherwise);
-  }
 
   StrictRecords records_;
 };

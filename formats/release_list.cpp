@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "formats/release_fields.h"
 #include "formats/sha256.h"
 #include "formats/signed_bytes.h"
 #include "formats/strict_records.h"
@@ -44,20 +45,20 @@ class ListReader {
 
  private:
   void readWhose(ReleaseList& list) {
-    list.application = name(kListApplicationRecord);
+    list.application = readFileName(records_, kListApplicationRecord);
     list.channel = records_.text(kListChannelRecord, kMaxListTextBytes);
-    require(isChannelName(list.channel), kListChannelRecord, "it is no channel's name");
-    list.platform = name(kListPlatformRecord);
+    records_.require(isChannelName(list.channel), kListChannelRecord, "it is no channel's name");
+    list.platform = readFileName(records_, kListPlatformRecord);
     list.number = records_.number(kReleaseNumberRecord);
-    require(list.number > 0, kReleaseNumberRecord, "releases begin with 1");
+    records_.require(list.number > 0, kReleaseNumberRecord, "releases begin with 1");
     list.issued = records_.number(kIssuedRecord);
     list.expires = records_.number(kExpiresRecord);
   }
 
   void readLimits(ReleaseList& list) {
     list.minimumSystem = records_.text(kMinimumSystemRecord, kMaxListTextBytes);
-    require(list.minimumSystem.empty() || isDotted(list.minimumSystem), kMinimumSystemRecord,
-            "it is no version of a system");
+    records_.require(list.minimumSystem.empty() || isDotted(list.minimumSystem),
+                     kMinimumSystemRecord, "it is no version of a system");
     list.minimumFrom = records_.number(kMinimumFromRecord);
     readSteppingStone(list.steppingStone);
     list.criticalBelow = records_.number(kCriticalBelowRecord);
@@ -71,17 +72,18 @@ class ListReader {
     stone.length = records_.number(kSteppingStoneLengthRecord, kMaxReleaseListBytes);
     stone.sha256 = records_.text(kSteppingStoneSha256Record, kSha256HexLength);
     if (stone == ReleaseFile{}) return;
-    require(isPlainFileName(stone.name), kSteppingStoneRecord, "it is no plain file name");
-    require(stone.length > 0, kSteppingStoneLengthRecord, "it is not the length of a list");
-    require(isSha256Hex(stone.sha256), kSteppingStoneSha256Record, "it is no SHA-256");
+    records_.require(isPlainFileName(stone.name), kSteppingStoneRecord, "it is no plain file name");
+    records_.require(stone.length > 0, kSteppingStoneLengthRecord,
+                     "it is not the length of a list");
+    records_.require(isSha256Hex(stone.sha256), kSteppingStoneSha256Record, "it is no SHA-256");
   }
 
   void readWithdrawn(ReleaseList& list) {
     for (std::int64_t left = records_.number(kWithdrawnCountRecord, kMaxWithdrawn); left > 0;
          --left) {
       WithdrawnRelease withdrawn;
-      withdrawn.archiveSha256 = sha256(kWithdrawnArchiveRecord);
-      withdrawn.version = version(kWithdrawnVersionRecord);
+      withdrawn.archiveSha256 = readSha256(records_, kWithdrawnArchiveRecord);
+      withdrawn.version = readVersion(records_, kWithdrawnVersionRecord);
       if (records_.isRefused()) return;
       list.withdrawn.push_back(std::move(withdrawn));
     }
@@ -90,13 +92,14 @@ class ListReader {
   void readKeys(ReleaseList& list) {
     for (std::int64_t left = records_.number(kListKeyCountRecord, kMaxListKeys); left > 0; --left) {
       list.nextKeys.push_back(records_.text(kNextKeyRecord, kMaxKeyDigits));
-      require(isKeyHex(list.nextKeys.back()), kNextKeyRecord, "it is no key in hexadecimal");
+      records_.require(isKeyHex(list.nextKeys.back()), kNextKeyRecord,
+                       "it is no key in hexadecimal");
     }
   }
 
   void readComponents(ReleaseList& list) {
     const std::int64_t count = records_.number(kComponentCountRecord, kComponentRoles.size());
-    require(count > 0, kComponentCountRecord, "a release has at least one");
+    records_.require(count > 0, kComponentCountRecord, "a release has at least one");
     auto role = kComponentRoles.begin();
     for (std::int64_t left = count; left > 0 && !records_.isRefused(); --left) {
       ReleaseComponent component = readComponent();
@@ -104,8 +107,8 @@ class ListReader {
       if (role == kComponentRoles.end())
         return records_.refuse(kComponentRoleRecord, "it is unknown, or stands twice or too late");
       ++role;
-      require(component.role != kApplicationRole || component.name == list.application,
-              kComponentNameRecord, "the list is another application's");
+      records_.require(component.role != kApplicationRole || component.name == list.application,
+                       kComponentNameRecord, "the list is another application's");
       list.components.push_back(std::move(component));
     }
   }
@@ -113,12 +116,12 @@ class ListReader {
   ReleaseComponent readComponent() {
     ReleaseComponent component;
     component.role = records_.text(kComponentRoleRecord, kMaxListTextBytes);
-    component.name = name(kComponentNameRecord);
-    component.version = version(kComponentVersionRecord);
+    component.name = readFileName(records_, kComponentNameRecord);
+    component.version = readVersion(records_, kComponentVersionRecord);
     component.shownVersion = records_.text(kShownVersionRecord, kMaxListTextBytes);
     component.archive = file(kArchiveFileRecord, kArchiveLengthRecord, kArchiveSha256Record);
     component.plainLength = records_.number(kPlainLengthRecord);
-    component.plainSha256 = sha256(kPlainSha256Record);
+    component.plainSha256 = readSha256(records_, kPlainSha256Record);
     component.installedLength = records_.number(kInstalledLengthRecord);
     for (std::int64_t left = records_.number(kDeltaCountRecord, kMaxDeltas);
          left > 0 && !records_.isRefused(); --left)
@@ -128,8 +131,8 @@ class ListReader {
 
   ReleaseDelta readDelta() {
     ReleaseDelta delta;
-    delta.baseVersion = version(kDeltaBaseVersionRecord);
-    delta.baseSha256 = sha256(kDeltaBaseSha256Record);
+    delta.baseVersion = readVersion(records_, kDeltaBaseVersionRecord);
+    delta.baseSha256 = readSha256(records_, kDeltaBaseSha256Record);
     delta.file = file(kDeltaFileRecord, kDeltaLengthRecord, kDeltaSha256Record);
     delta.memory = records_.number(kDeltaMemoryRecord);
     return delta;
@@ -137,33 +140,11 @@ class ListReader {
 
   ReleaseFile file(const char* nameRecord, const char* lengthRecord, const char* sha256Record) {
     ReleaseFile file;
-    file.name = name(nameRecord);
+    file.name = readFileName(records_, nameRecord);
     file.length = records_.number(lengthRecord);
-    require(file.length > 0, lengthRecord, "the file is empty");
-    file.sha256 = sha256(sha256Record);
+    records_.require(file.length > 0, lengthRecord, "the file is empty");
+    file.sha256 = readSha256(records_, sha256Record);
     return file;
-  }
-
-  std::string name(const char* record) {
-    std::string value = records_.text(record, kMaxFileNameBytes);
-    require(isPlainFileName(value), record, "it is no plain file name");
-    return value;
-  }
-
-  std::string version(const char* record) {
-    std::string value = records_.text(record, kMaxListTextBytes);
-    require(isComponentVersion(value), record, "it is no version");
-    return value;
-  }
-
-  std::string sha256(const char* record) {
-    std::string value = records_.text(record, kSha256HexLength);
-    require(isSha256Hex(value), record, "it is no SHA-256");
-    return value;
-  }
-
-  void require(bool holds, const char* record, const char* otherwise) {
-    if (!holds) records_.refuse(record, otherwise);
   }
 
   StrictRecords records_;

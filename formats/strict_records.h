@@ -27,6 +27,10 @@ class StrictRecords {
 
   /// Refuses the stream, unless it has been refused already: "<name>: <what>".
   void refuse(std::string_view name, std::string_view what);
+  /// The same where something does not hold.
+  void require(bool holds, std::string_view name, std::string_view otherwise) {
+    if (!holds) refuse(name, otherwise);
+  }
   /// Why the stream is refused, in words; "" as long as it is not.
   const std::string& refusal() const { return refusal_; }
   bool isRefused() const { return !refusal_.empty(); }

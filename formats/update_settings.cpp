@@ -9,31 +9,27 @@
 namespace quillory {
 namespace {
 
-void require(bool holds, StrictRecords& records, const char* record, const char* otherwise) {
-  if (!holds) records.refuse(record, otherwise);
-}
-
 void readTimes(StrictRecords& records, UpdateSettings& settings) {
   settings.atStartSeconds = records.number(kAtStartSecondsRecord, kMaxAtStartSeconds);
   settings.checkHours = records.number(kCheckHoursRecord, kMaxCheckHours);
-  require(settings.checkHours > 0, records, kCheckHoursRecord, "it is 0");
+  records.require(settings.checkHours > 0, kCheckHoursRecord, "it is 0");
   settings.keepVersions = records.number(kKeepVersionsRecord, kMaxKeepVersions);
-  require(settings.keepVersions >= kMinKeepVersions, records, kKeepVersionsRecord,
-          "there is no way back with fewer than 2");
+  records.require(settings.keepVersions >= kMinKeepVersions, kKeepVersionsRecord,
+                  "there is no way back with fewer than 2");
 }
 
 void readLists(StrictRecords& records, UpdateSettings& settings) {
   for (std::int64_t left = records.number(kMirrorCountRecord, kMaxMirrors); left > 0; --left) {
     settings.mirrors.push_back(records.text(kMirrorUrlRecord, kMaxMirrorUrlBytes));
-    require(isMirrorUrl(settings.mirrors.back()), records, kMirrorUrlRecord,
-            "it is no http address");
+    records.require(isMirrorUrl(settings.mirrors.back()), kMirrorUrlRecord,
+                    "it is no http address");
   }
   for (std::int64_t left = records.number(kUpdateKeyCountRecord, kMaxListKeys); left > 0; --left) {
     settings.keys.push_back(records.text(kUpdateKeyRecord, kMaxKeyDigits));
-    require(isKeyHex(settings.keys.back()), records, kUpdateKeyRecord,
-            "it is no key in hexadecimal");
+    records.require(isKeyHex(settings.keys.back()), kUpdateKeyRecord,
+                    "it is no key in hexadecimal");
   }
-  require(records.isAtEnd(), records, kUpdateKeyCountRecord, "more follows than it counts");
+  records.require(records.isAtEnd(), kUpdateKeyCountRecord, "more follows than it counts");
 }
 
 UpdateSettings readRecords(StrictRecords& records) {
@@ -41,11 +37,10 @@ UpdateSettings readRecords(StrictRecords& records) {
   if (records.number(kUpdateSettingsVersionRecord) != kUpdateSettingsVersion)
     records.refuse(kUpdateSettingsVersionRecord, "the file was made by a newer quillory-pack");
   settings.channel = records.text(kUpdateChannelRecord, kMaxListTextBytes);
-  require(isChannelName(settings.channel), records, kUpdateChannelRecord,
-          "it is no channel's name");
+  records.require(isChannelName(settings.channel), kUpdateChannelRecord, "it is no channel's name");
   const std::optional<UpdateMode> mode =
       updateModeOf(records.text(kUpdateModeRecord, kMaxListTextBytes));
-  require(mode.has_value(), records, kUpdateModeRecord, "there is no such mode");
+  records.require(mode.has_value(), kUpdateModeRecord, "there is no such mode");
   settings.mode = mode.value_or(UpdateMode::kOff);
   readTimes(records, settings);
   readLists(records, settings);

@@ -26,12 +26,24 @@ void writeWhose(RecordWriter& records, const ReleaseList& list) {
   records.number(kExpiresRecord, list.expires);
 }
 
+/// The records of a file's name, length and hash.
+struct FileRecords {
+  const char* name;
+  const char* length;
+  const char* sha256;
+};
+
+void writeFile(RecordWriter& records, const FileRecords& as, const ReleaseFile& file) {
+  records.text(as.name, file.name);
+  records.number(as.length, file.length);
+  records.text(as.sha256, file.sha256);
+}
+
 void writeLimits(RecordWriter& records, const ReleaseList& list) {
   records.text(kMinimumSystemRecord, list.minimumSystem);
   records.number(kMinimumFromRecord, list.minimumFrom);
-  records.text(kSteppingStoneRecord, list.steppingStone.name);
-  records.number(kSteppingStoneLengthRecord, list.steppingStone.length);
-  records.text(kSteppingStoneSha256Record, list.steppingStone.sha256);
+  writeFile(records, {kSteppingStoneRecord, kSteppingStoneLengthRecord, kSteppingStoneSha256Record},
+            list.steppingStone);
   records.number(kCriticalBelowRecord, list.criticalBelow);
   records.number(kRolloutStartRecord, list.rollout.start);
   records.number(kRolloutDaysRecord, list.rollout.days);
@@ -49,9 +61,7 @@ void writeLimits(RecordWriter& records, const ReleaseList& list) {
 void writeDelta(RecordWriter& records, const ReleaseDelta& delta) {
   records.text(kDeltaBaseVersionRecord, delta.baseVersion);
   records.text(kDeltaBaseSha256Record, delta.baseSha256);
-  records.text(kDeltaFileRecord, delta.file.name);
-  records.number(kDeltaLengthRecord, delta.file.length);
-  records.text(kDeltaSha256Record, delta.file.sha256);
+  writeFile(records, {kDeltaFileRecord, kDeltaLengthRecord, kDeltaSha256Record}, delta.file);
   records.number(kDeltaMemoryRecord, delta.memory);
 }
 
@@ -60,9 +70,8 @@ void writeComponent(RecordWriter& records, const ReleaseComponent& component) {
   records.text(kComponentNameRecord, component.name);
   records.text(kComponentVersionRecord, component.version);
   records.text(kShownVersionRecord, component.shownVersion);
-  records.text(kArchiveFileRecord, component.archive.name);
-  records.number(kArchiveLengthRecord, component.archive.length);
-  records.text(kArchiveSha256Record, component.archive.sha256);
+  writeFile(records, {kArchiveFileRecord, kArchiveLengthRecord, kArchiveSha256Record},
+            component.archive);
   records.number(kPlainLengthRecord, component.plainLength);
   records.text(kPlainSha256Record, component.plainSha256);
   records.number(kInstalledLengthRecord, component.installedLength);
