@@ -18,7 +18,7 @@ final class Choice {
     trials = Trials.read(updates.folder);
   }
 
-  /** The version's folder, or null; the exception is {@link Updates#begin}'s. */
+  /** The version's folder, or null; the exception is {@link Updates#choose}'s. */
   File make() throws IOException {
     judgeEarlierStarts();
     readState();

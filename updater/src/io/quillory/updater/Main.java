@@ -3,21 +3,54 @@ package io.quillory.updater;
 import java.io.File;
 import java.io.IOException;
 import java.util.List;
+import java.util.concurrent.locks.LockSupport;
 
 /**
  * Started by the launcher with the path of the launch-properties file, the extra arguments of the
  * updater's own launch file, and the user's arguments. Runs the newest installed version of the
- * application with the extra arguments of the application's launch file and the user's arguments,
- * and where that launch file does not say otherwise with the path in front of them. Where that cannot be done, it says so on standard error and ends the process
+ * application with the extra arguments of the application's launch file and the user's arguments, and where that launch file does not say
+ * otherwise with the path in front of them. Where that cannot be done, it says so on standard error and ends the process
  * with status 1.
  *
  * <p>Every start goes through here, so nothing is used that takes the JVM long to load: no lambdas,
- * no regular expressions, no formatting, no logging, no exception class of its own.
+ * no regular expressions, no formatting, no logging, no exception class of its own. What a start does
+ * about updates when there is nothing to be decided stands here and in {@link VersionFolders}, which
+ * are loaded anyway: a class more is a third of a millisecond.
  */
-public final class Main {
+public final class Main implements Runnable {
   private static final int EXIT_FAILURE = 1;
+  private static final String SETTINGS_FORMAT = "1";
+  /** The application has the machine for itself for so long. */
+  private static final long NANOS_BEFORE_COMPANION = 1_000_000_000L;
 
-  private Main() {}
+  /** Where the administrator's files are, by application; replaced by tests. */
+  static File administratorsFolder =
+      new File(
+          System.getProperty("os.name").startsWith("Mac")
+              ? "/Library/Preferences/quillory"
+              : "/etc/quillory");
+
+  private final File propertiesFile;
+  private final LaunchProperties properties;
+  private final File updaterFolder;
+  private final File updateFolder;
+  private final String appName;
+  private File chosen;
+  private Updates updates;
+
+  /** A start of an installation that has settings for updates or a folder of them. */
+  Main(
+      File propertiesFile,
+      LaunchProperties properties,
+      File updaterFolder,
+      File updateFolder,
+      String appName) {
+    this.propertiesFile = propertiesFile;
+    this.properties = properties;
+    this.updaterFolder = updaterFolder;
+    this.updateFolder = updateFolder;
+    this.appName = appName;
+  }
 
   public static void main(String[] arguments) throws Throwable {
     Application application;
@@ -74,9 +107,96 @@ public final class Main {
     if (!new File(ownFolder, UpdateSettings.NAME).isFile() && !updateFolder.isDirectory()) {
       return newestOf(name, ownFolder);
     }
-    Updates updates = new Updates(propertiesFile, properties, ownFolder, updateFolder, name);
-    File folder = updates.begin();
+    Main start = new Main(propertiesFile, properties, ownFolder, updateFolder, name);
+    File folder = start.begin();
     return folder == null ? newestOf(name, ownFolder) : folder;
+  }
+
+  /**
+   * Begins what is done for updates. The version that runs now, or null where there is none; the
+   * exception is {@link Updates#choose}'s.
+   */
+  File begin() throws IOException {
+    String mode = null;
+    try {
+      mode = usualMode();
+      chosen =
+          mode == null
+              ? null
+              : VersionFolders.undisputed(updaterFolder.getParentFile(), appName, updateFolder);
+    } catch (IOException e) {
+      chosen = null; // What cannot be read is looked at with more care.
+    }
+    // An application with the updater's own name would be started by itself for ever.
+    if (chosen == null || chosen.equals(updaterFolder)) {
+      chosen = null;
+      Updates careful = updates();
+      if (!careful.choose()) {
+        return null;
+      }
+      chosen = careful.chosen;
+      mode = careful.settings().mode;
+    }
+    System.setProperty("quillory.update.folder", updateFolder.getPath());
+    System.setProperty("quillory.update.mode", mode);
+    System.setProperty("quillory.version.folder", chosen.getPath());
+    File program = programIn(updaterFolder, "quillory-update");
+    if (program != null) {
+      System.setProperty("quillory.update.program", program.getPath());
+    }
+    Thread thread = new Thread(this, "Quillory updates");
+    thread.setDaemon(true);
+    thread.start();
+    return chosen;
+  }
+
+  /** The thread of {@link #begin}. */
+  @Override
+  public void run() {
+    // Not by sleep(): its exception would be one more class to load, in every start.
+    LockSupport.parkNanos(NANOS_BEFORE_COMPANION);
+    Companion.accompany(updates());
+  }
+
+  /** Those of this start. */
+  Updates updates() {
+    if (updates == null) {
+      updates = new Updates(propertiesFile, properties, updaterFolder, updateFolder, appName);
+      updates.chosen = chosen;
+    }
+    return updates;
+  }
+
+  /** The mode in force, where it is one that leaves a start alone; else null. */
+  private String usualMode() throws IOException {
+    File file = new File(updaterFolder, UpdateSettings.NAME);
+    if (!file.isFile() || fileOfAdministrator(appName) != null) {
+      return null;
+    }
+    Records records = Records.of(file);
+    if (!records.next().equals(SETTINGS_FORMAT)) {
+      return null;
+    }
+    records.skip(1);
+    String ofFile = records.next();
+    String ofBundle = properties.get("qydyna_update_mode");
+    String found = ofBundle == null || ofBundle.isEmpty() ? ofFile : ofBundle;
+    return found.equals("background") || found.equals("ask") || found.equals("manual")
+        ? found
+        : null;
+  }
+
+  /** What the administrator has written about an application; null where that is nothing. */
+  static File fileOfAdministrator(String appName) {
+    File file = new File(administratorsFolder, appName + ".conf");
+    // No folder of that name is in another one.
+    return appName.indexOf('/') < 0 && file.isFile() ? file : null;
+  }
+
+  /** A program that travels with the updater, or null. */
+  static File programIn(File updaterFolder, String name) {
+    File program = new File(updaterFolder, name);
+    return program.isFile() ? program : null;
   }
 
   private static File newestOf(String name, File ownFolder) throws IOException {

@@ -179,7 +179,7 @@ final class Trials {
 
   private static String archiveOf(File folder) {
     try {
-      return Updates.archiveOf(folder);
+      return VersionFolders.archiveOf(folder);
     } catch (IOException e) {
       return "";
     }

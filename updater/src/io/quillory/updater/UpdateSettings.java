@@ -58,7 +58,7 @@ final class UpdateSettings {
 
   /** The value of the last line "mode = …"; null without a file or such a line. */
   private static String administratorsMode(String appName) {
-    File file = Updates.fileOfAdministrator(appName);
+    File file = Main.fileOfAdministrator(appName);
     if (file == null) {
       return null;
     }

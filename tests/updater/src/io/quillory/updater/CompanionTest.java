@@ -74,7 +74,7 @@ public class CompanionTest {
 
   @Before
   public void install() throws IOException {
-    Updates.administratorsFolder = place.newFolder("administrator's");
+    Main.administratorsFolder = place.newFolder("administrator's");
     installation = new Installation(place);
     installation.settings(Installation.SETTINGS);
     installation.version(1);
@@ -88,9 +88,9 @@ public class CompanionTest {
 
   private Updates begun() throws IOException {
     installation.beginStart();
-    Updates updates = installation.updates();
-    updates.begin();
-    return updates;
+    Main start = installation.start();
+    start.begin();
+    return start.updates();
   }
 
   private Updates watch(Scripted machine) throws IOException {

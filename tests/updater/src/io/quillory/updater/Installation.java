@@ -92,4 +92,9 @@ final class Installation {
     return new Updates(
         properties, LaunchProperties.read(properties), updater, updates, "Demo");
   }
+
+  /** The same start, which has not begun yet what it does about updates. */
+  Main start() throws IOException {
+    return new Main(properties, LaunchProperties.read(properties), updater, updates, "Demo");
+  }
 }

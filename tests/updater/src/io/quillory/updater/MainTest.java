@@ -302,7 +302,7 @@ public class MainTest {
   }
 
   @Test
-  public void aWarmStartWithUpdatesLoadsOneClassMore() throws Exception {
+  public void aWarmStartWithUpdatesLoadsNoClassMore() throws Exception {
     installDemo(1, "sample.Sample");
     write(new File(own, "QuilloryUpdate"), Installation.SETTINGS);
     File updates = folder.newFolder("QYUpdates");
@@ -310,8 +310,8 @@ public class MainTest {
         new File(updates, "trials"),
         "1\0" + "1\0Quillory-Demo-1-complete\0\0" + "0\0GOOD\0");
     assertEquals(
-        Arrays.asList("Main", "LaunchProperties", "Records", "Updates", "VersionFolders",
-            "LaunchFile", "Application", "Application$Loader"),
+        Arrays.asList("Main", "LaunchProperties", "Records", "VersionFolders", "LaunchFile",
+            "Application", "Application$Loader"),
         loadedClasses());
   }
 

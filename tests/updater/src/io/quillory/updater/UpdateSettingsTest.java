@@ -11,7 +11,7 @@ import org.junit.Test;
 import org.junit.rules.TemporaryFolder;
 
 public class UpdateSettingsTest {
-  private static final File REAL = Updates.administratorsFolder;
+  private static final File REAL = Main.administratorsFolder;
 
   @Rule public TemporaryFolder place = new TemporaryFolder();
 
@@ -22,12 +22,12 @@ public class UpdateSettingsTest {
   public void install() throws IOException {
     installation = new Installation(place);
     administrators = place.newFolder("administrator's");
-    Updates.administratorsFolder = administrators;
+    Main.administratorsFolder = administrators;
   }
 
   @After
   public void leave() {
-    Updates.administratorsFolder = REAL;
+    Main.administratorsFolder = REAL;
   }
 
   private UpdateSettings read() throws IOException {

@@ -27,7 +27,7 @@ public class UpdatesTest {
 
   @Before
   public void install() throws IOException {
-    Updates.administratorsFolder = place.newFolder("administrator's");
+    Main.administratorsFolder = place.newFolder("administrator's");
     installation = new Installation(place);
     installation.settings(Installation.SETTINGS);
     System.setErr(new PrintStream(err));
@@ -47,9 +47,9 @@ public class UpdatesTest {
   /** A whole start, but for the application. */
   private Updates start() throws IOException {
     installation.beginStart();
-    Updates updates = installation.updates();
-    updates.begin();
-    return updates;
+    Main start = installation.start();
+    start.begin();
+    return start.updates();
   }
 
   private void leaveBadStarts(int version, int times) throws IOException {
@@ -197,7 +197,7 @@ public class UpdatesTest {
     installation.attempt("1-1", one.getName(), "ended 0");
     start();
     assertEquals("background", System.getProperty("quillory.update.mode"));
-    Installation.write(new File(Updates.administratorsFolder, "Demo.conf"), "mode = off\n");
+    Installation.write(new File(Main.administratorsFolder, "Demo.conf"), "mode = off\n");
     start();
     assertEquals("off", System.getProperty("quillory.update.mode"));
   }
