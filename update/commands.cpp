@@ -296,7 +296,11 @@ void tellStatus(const CommandRequest& request) {
       .with("next", state.nextCheck)
       .with("offered", state.offer.version)
       .with("staged", state.stagedVersion)
-      .with("previous", state.previousVersion);
+      .with("previous", state.previousVersion)
+      .with("shown", state.offer.shownVersion)
+      .with("size", state.offer.size)
+      .with("skipped", state.skippedVersion)
+      .with("remind", state.remindAfter);
   request.lines(line);
 }
 

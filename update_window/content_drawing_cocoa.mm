@@ -92,7 +92,8 @@ void drawBar(double fraction) {
 }
 
 void drawButton(const PlacedButton& placed, bool isFirst) {
-  const bool isFilled = isFirst && placed.button == Button::kTryAgain;
+  const bool isFilled =
+      isFirst && (placed.button == Button::kTryAgain || placed.button == Button::kLoad);
   if (isFilled) {
     fill(placed.box, kButtonRadius, kFill);
   } else {

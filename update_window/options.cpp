@@ -1,6 +1,8 @@
 #include "update_window/options.h"
 
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <string_view>
 
 #include "support/plain_file.h"
@@ -30,13 +32,20 @@ std::string_view takeText(std::string_view& bytes) {
 
 std::optional<Options> parseOptions(const std::vector<std::string>& arguments, std::string& why) {
   Options options;
-  bool isModeGiven = false;
+  static constexpr struct {
+    std::string_view name;
+    Occasion occasion;
+  } kOccasions[] = {
+      {"--first", Occasion::kFirst}, {"--update", Occasion::kUpdate}, {"--ask", Occasion::kAsk}};
+  bool isOccasionGiven = false;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string& name = arguments[i];
     if (name == "--help") return why.clear(), std::nullopt;
-    if (name == "--first" || name == "--update") {
-      options.isFirst = name == "--first";
-      isModeGiven = true;
+    const auto* occasion = std::ranges::find(kOccasions, std::string_view(name),
+                                             [](const auto& one) { return one.name; });
+    if (occasion != std::end(kOccasions)) {
+      options.occasion = occasion->occasion;
+      isOccasionGiven = true;
       continue;
     }
     const bool isKnown = name == "--at-most" || name == "--properties" || name == "--own-folder";
@@ -52,19 +61,21 @@ std::optional<Options> parseOptions(const std::vector<std::string>& arguments, s
       return std::nullopt;
     }
   }
-  if (isModeGiven && !options.properties.empty()) return options;
-  why = isModeGiven ? "--properties is missing" : "--first or --update is missing";
+  if (isOccasionGiven && !options.properties.empty()) return options;
+  why = isOccasionGiven ? "--properties is missing" : "--first, --update or --ask is missing";
   return std::nullopt;
 }
 
 const char* helpText() {
-  return "usage: quillory-update-window --first|--update [--at-most SECONDS]\n"
+  return "usage: quillory-update-window --first|--update|--ask [--at-most SECONDS]\n"
          "                              --properties FILE [--own-folder DIR]\n\n"
          "Runs the quillory-update that lies beside it, and shows in a window how far it is; "
          "without a\n"
          "display it tells that on standard error. The updater starts it.\n\n"
          "  --first             there is no version yet that could be started without it\n"
          "  --update            there is one\n"
+         "  --ask               it runs: asks whether what is offered shall be loaded, and does "
+         "it\n"
          "  --at-most SECONDS   ends then; the update goes on by itself\n"
          "  --properties FILE   the launch properties of a start of the application\n"
          "  --own-folder DIR    as for quillory-update\n\n"
@@ -73,8 +84,11 @@ const char* helpText() {
          "5 cancelled, 6 the seconds are over\n";
 }
 
-std::vector<std::string> commandFor(const Options& options, const std::string& program) {
-  std::vector<std::string> command = {program, "install", "--properties", options.properties};
+std::vector<std::string> commandFor(const Options& options, const std::string& program,
+                                    const std::vector<std::string>& words) {
+  std::vector<std::string> command = {program};
+  command.insert(command.end(), words.begin(), words.end());
+  command.insert(command.end(), {"--properties", options.properties});
   if (!options.ownFolder.empty()) {
     command.emplace_back("--own-folder");
     command.push_back(options.ownFolder);

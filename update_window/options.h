@@ -6,8 +6,15 @@
 
 namespace quillory::window {
 
+/// Why there is a window.
+enum class Occasion {
+  kFirst,   ///< no version is installed yet
+  kUpdate,  ///< a start waits for the update
+  kAsk,     ///< the application runs, and its user is asked
+};
+
 struct Options {
-  bool isFirst = false;      ///< no version is installed yet
+  Occasion occasion = Occasion::kUpdate;
   int atMostSeconds = 0;     ///< how long it may take; 0: as long as it takes
   std::string properties{};  ///< path of the launch properties
   std::string ownFolder{};   ///< "" for quillory-update's own choice
@@ -18,8 +25,9 @@ std::optional<Options> parseOptions(const std::vector<std::string>& arguments, s
 
 const char* helpText();
 
-/// The run of quillory-update at `program` that the options ask for.
-std::vector<std::string> commandFor(const Options& options, const std::string& program);
+/// A run of quillory-update at `program` that does `words`, for the installation of the options.
+std::vector<std::string> commandFor(const Options& options, const std::string& program,
+                                    const std::vector<std::string>& words = {"install"});
 
 /// The application's name that the properties say; "the application" where they say none.
 std::string appNameIn(const std::string& propertiesFile);

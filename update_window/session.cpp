@@ -1,6 +1,7 @@
 #include "update_window/session.h"
 
 #include <chrono>
+#include <ctime>
 #include <utility>
 
 namespace quillory::window {
@@ -15,14 +16,34 @@ Session::Session(const Options& options, std::vector<std::string> command, Show 
       command_(std::move(command)),
       show_(std::move(show)),
       answers_(answers),
-      story_(appNameIn(options.properties), options.isFirst) {}
+      story_(appNameIn(options.properties), options.occasion) {}
 
 int Session::run() {
+  if (options_.occasion == Occasion::kAsk && !isWanted()) return kExitCancelled;
   for (;;) {
     const std::optional<int> status = runOnce();
     if (status) return *status;
     story_.beginAgain();
   }
+}
+
+// Whether the user says so. Without anything to be asked, or anybody to be asked, it is not.
+bool Session::isWanted() {
+  UpdateLine status;
+  tell({"status"}, [&status](const UpdateLine& line) { status = line; });
+  if (!answers_ || !story_.ask(status, std::time(nullptr))) return false;
+  // What nobody answers is asked again tomorrow, and not by the next start beside this window.
+  tell({"remind-later"});
+  showStory();
+  const Button button = waitForButton();
+  if (button == Button::kSkip) tell({"skip", status.text("offered")});
+  if (button != Button::kLoad) return false;
+  story_.beginAgain();
+  return true;
+}
+
+void Session::tell(const std::vector<std::string>& words, const UpdateRun::OnLine& onLine) const {
+  UpdateRun().run(commandFor(options_, command_.front(), words), 0, onLine);
 }
 
 // Nothing when it is to be tried again.
@@ -50,7 +71,13 @@ std::optional<int> Session::runOnce() {
 std::optional<int> Session::statusAfter(std::optional<int> ended) {
   if (!ended) return kExitGoesOnAlone;
   story_.end(*ended);
-  if (*ended == kExitDone) return kExitDone;
+  if (*ended == kExitDone) {
+    if (options_.occasion == Occasion::kAsk) {
+      showStory();
+      waitForButton();
+    }
+    return kExitDone;
+  }
   if (story_.isWaiting() && options_.atMostSeconds == 0) {
     showStory();
     return waitForOther() ? std::nullopt : std::optional(kExitCancelled);
@@ -58,7 +85,8 @@ std::optional<int> Session::statusAfter(std::optional<int> ended) {
   const bool isKnown = *ended == kExitOff || *ended == kExitNeedsAdministrator;
   const int status = isKnown ? *ended : kExitFailed;
   // Who only waits for some seconds is not to be held up by an error.
-  if (options_.atMostSeconds > 0 || (!options_.isFirst && isKnown)) return status;
+  if (options_.atMostSeconds > 0 || (options_.occasion == Occasion::kUpdate && isKnown))
+    return status;
   showStory();
   if (!answers_) return status;
   return waitForButton() == Button::kTryAgain ? std::nullopt : std::optional(status);

@@ -30,6 +30,10 @@ class Session {
   void press(Button button);
 
  private:
+  bool isWanted();
+  void tell(
+      const std::vector<std::string>& words,
+      const UpdateRun::OnLine& onLine = [](const UpdateLine&) {}) const;
   std::optional<int> runOnce();
   std::optional<int> statusAfter(std::optional<int> ended);
   void showStory();

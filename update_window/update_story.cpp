@@ -27,12 +27,20 @@ const char* titleOf(Button button) {
       return "Quit";
     case Button::kStartAnyway:
       return "Start without it";
+    case Button::kLoad:
+      return "Load it now";
+    case Button::kLater:
+      return "Later";
+    case Button::kSkip:
+      return "Skip this version";
+    case Button::kClose:
+      return "Close";
   }
   return "";
 }
 
-UpdateStory::UpdateStory(std::string appName, bool isFirst)
-    : appName_(std::move(appName)), isFirst_(isFirst) {
+UpdateStory::UpdateStory(std::string appName, Occasion occasion)
+    : appName_(std::move(appName)), occasion_(occasion), isFirst_(occasion == Occasion::kFirst) {
   beginAgain();
 }
 
@@ -40,11 +48,25 @@ void UpdateStory::beginAgain() {
   content_ = {.heading = (isFirst_ ? "Installing " : "Updating ") + appName_,
               .text = std::string("Looking for the newest version") + kDots,
               .hasBar = true,
-              .buttons = {isFirst_ ? Button::kCancel : Button::kStartAnyway}};
+              .buttons = {occasion_ == Occasion::kUpdate ? Button::kStartAnyway : Button::kCancel}};
   isWorthAWindow_ = isFirst_ || isWorthAWindow_;
   isWaiting_ = false;
   reason_.clear();
   isWorthRetrying_ = true;
+}
+
+bool UpdateStory::ask(const UpdateLine& status, std::int64_t now) {
+  const std::string version = status.text("offered");
+  const bool isPutOff = version == status.text("skipped") || status.number("remind") > now;
+  if (status.text("phase") != "AVAILABLE" || version.empty() || isPutOff) return false;
+  const std::string shown = status.text("shown");
+  content_ = {
+      .heading = "Version " + (shown.empty() ? version : shown) + " of " + appName_ + " is there",
+      .text = "It can be loaded while you go on: " + amountOf(status.number("size")) + ".",
+      .detail = "The next start has it.",
+      .buttons = {Button::kLoad, Button::kLater, Button::kSkip}};
+  isWorthAWindow_ = true;
+  return true;
 }
 
 void UpdateStory::take(const UpdateLine& line) {
@@ -97,6 +119,11 @@ void UpdateStory::takeStep(const UpdateLine& line) {
 void UpdateStory::end(int status) {
   switch (status) {
     case kExitDone:
+      // Who has been asked is told; a start only waits for this.
+      if (occasion_ == Occasion::kAsk) {
+        content_.detail = "The next start has it.";
+        content_.buttons = {Button::kClose};
+      }
       return;
     case kExitBusy:
       isWaiting_ = true;
@@ -136,7 +163,9 @@ void UpdateStory::fail(const std::string& what, const std::string& advice, bool 
   content_.isError = true;
   content_.buttons.clear();
   if (mayTryAgain) content_.buttons.push_back(Button::kTryAgain);
-  content_.buttons.push_back(isFirst_ ? Button::kQuit : Button::kStartAnyway);
+  content_.buttons.push_back(isFirst_                         ? Button::kQuit
+                             : occasion_ == Occasion::kUpdate ? Button::kStartAnyway
+                                                              : Button::kClose);
 }
 
 }  // namespace quillory::window

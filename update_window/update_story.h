@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "update_window/options.h"
 #include "update_window/update_line.h"
 
 namespace quillory::window {
@@ -19,7 +20,7 @@ inline constexpr int kExitCancelled = 5;    ///< the window's own
 inline constexpr int kExitGoesOnAlone = 6;  ///< the window's own: the time that it had is over
 inline constexpr int kExitBusy = 75;
 
-enum class Button { kCancel, kTryAgain, kQuit, kStartAnyway };
+enum class Button { kCancel, kTryAgain, kQuit, kStartAnyway, kLoad, kLater, kSkip, kClose };
 const char* titleOf(Button button);
 
 struct WindowContent {
@@ -36,12 +37,14 @@ struct WindowContent {
 
 class UpdateStory {
  public:
-  /// `isFirst`: no version is installed, so that there is nothing to start without it.
-  UpdateStory(std::string appName, bool isFirst);
+  UpdateStory(std::string appName, Occasion occasion);
 
   void take(const UpdateLine& line);
   /// It has ended with that exit status, or could not be started.
   void end(int status);
+  /// What is offered, to be answered before anything is loaded; nothing that is shown when the
+  /// answer of `quillory-update status` offers nothing that the user has not put off.
+  bool ask(const UpdateLine& status, std::int64_t now);
   /// Nothing is left of an earlier run.
   void beginAgain();
 
@@ -59,7 +62,8 @@ class UpdateStory {
   std::string adviceFor(const std::string& reason) const;
 
   const std::string appName_;
-  const bool isFirst_;
+  const Occasion occasion_;
+  const bool isFirst_;  ///< there is nothing to start without it
   WindowContent content_;
   bool isWorthAWindow_ = false;
   bool isWaiting_ = false;

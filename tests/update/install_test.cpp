@@ -623,6 +623,8 @@ TEST_F(Commands, StatusAsksNobody) {
   machine.transport.asked.clear();
   const RunResult result = machine.run(Command::kStatus);
   EXPECT_THAT(result.lines.at(0), StartsWith("status phase=AVAILABLE reason= release=2 checked="));
+  EXPECT_THAT(result.lines.at(0), HasSubstr(" offered=2 staged= previous= shown="));
+  EXPECT_THAT(result.lines.at(0), HasSubstr(" skipped= remind=0"));
   EXPECT_THAT(machine.transport.asked, IsEmpty());
 }
 

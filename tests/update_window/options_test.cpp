@@ -19,11 +19,15 @@ TEST(ParseOptions, TakesWhatTheUpdaterGives) {
   const auto options = parseOptions(
       {"--update", "--at-most", "20", "--properties", "/p", "--own-folder", "/o"}, why);
   ASSERT_TRUE(options) << why;
-  EXPECT_FALSE(options->isFirst);
+  EXPECT_EQ(options->occasion, Occasion::kUpdate);
   EXPECT_EQ(options->atMostSeconds, 20);
   EXPECT_THAT(commandFor(*options, "/bin/update"),
               ElementsAre("/bin/update", "install", "--properties", "/p", "--own-folder", "/o"));
-  EXPECT_TRUE(parseOptions({"--first", "--properties", "/p"}, why)->isFirst);
+  EXPECT_EQ(parseOptions({"--first", "--properties", "/p"}, why)->occasion, Occasion::kFirst);
+  const auto asks = parseOptions({"--ask", "--properties", "/p"}, why);
+  EXPECT_EQ(asks->occasion, Occasion::kAsk);
+  EXPECT_THAT(commandFor(*asks, "/u", {"skip", "2"}),
+              ElementsAre("/u", "skip", "2", "--properties", "/p"));
 }
 
 TEST(ParseOptions, SaysWhatItDoesNotUnderstand) {

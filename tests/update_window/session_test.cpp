@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <sstream>
 #include <thread>
 
 #include "tests/harness/eventually.h"
@@ -21,7 +22,9 @@ using ::quillory::testing::readFile;
 using ::quillory::testing::TempDir;
 using ::quillory::testing::writeFile;
 using ::testing::Contains;
+using ::testing::Each;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 class SessionTest : public ::testing::Test {
@@ -50,7 +53,7 @@ class SessionTest : public ::testing::Test {
   }
 
   TempDir dir_;
-  Options options_{.isFirst = true};
+  Options options_{.occasion = Occasion::kFirst};
   std::vector<WindowContent> shown_;
   std::function<void(const WindowContent&)> onShow_ = [](const WindowContent&) {};
   Session* session_ = nullptr;
@@ -67,7 +70,7 @@ TEST_F(SessionTest, RunsAnInstallationAndEndsWithIt) {
 }
 
 TEST_F(SessionTest, ShowsNothingOfAnUpdateThatThereIsNot) {
-  options_.isFirst = false;
+  options_.occasion = Occasion::kUpdate;
   EXPECT_EQ(run("echo phase name=CHECKING\necho none newest=2"), kExitDone);
   EXPECT_THAT(shown_, IsEmpty());
 }
@@ -120,7 +123,7 @@ TEST_F(SessionTest, WaitsForAnotherUpdateAndTriesAgain) {
 }
 
 TEST_F(SessionTest, LeavesTheUpdateAloneWhenItsTimeIsOver) {
-  options_ = {.isFirst = false, .atMostSeconds = 1, .properties = dir_ / "none"};
+  options_ = {.occasion = Occasion::kUpdate, .atMostSeconds = 1, .properties = dir_ / "none"};
   EXPECT_EQ(run("echo offer version=2\nwhile [ ! -e '" + (dir_ / "go") +
                 "' ]; do sleep 0.02; done\ntouch '" + (dir_ / "went on") + "'"),
             kExitGoesOnAlone);
@@ -129,11 +132,69 @@ TEST_F(SessionTest, LeavesTheUpdateAloneWhenItsTimeIsOver) {
 }
 
 TEST_F(SessionTest, HoldsNobodyUpWithAnErrorWhoOnlyWaitsForSomeSeconds) {
-  options_ = {.isFirst = false, .atMostSeconds = 60, .properties = dir_ / "none"};
+  options_ = {.occasion = Occasion::kUpdate, .atMostSeconds = 60, .properties = dir_ / "none"};
   EXPECT_EQ(run("echo offer version=2\necho failed reason=broken retry=1\nexit 1", true),
             kExitFailed);
   EXPECT_EQ(run("exit 75", true), kExitFailed);
   for (const WindowContent& content : shown_) EXPECT_FALSE(content.isError);
+}
+
+// What a quillory-update says whose state has an offer, and what the script does otherwise.
+std::string offering(const std::string& install, const std::string& keys = "skipped= remind=0") {
+  return "if [ $1 = status ]; then echo status phase=AVAILABLE offered=2 shown=1.2 size=3000000 " +
+         keys + "; fi\nif [ $1 = install ]; then\n" + install + "\nfi";
+}
+
+class AskingSession : public SessionTest {
+ protected:
+  AskingSession() {
+    options_.occasion = Occasion::kAsk;
+    onShow_ = [this](const WindowContent& content) {
+      if (!content.isError && !content.hasBar) session_->press(answer_);
+      if (content.buttons == std::vector{Button::kClose}) session_->press(Button::kClose);
+    };
+  }
+  /// The commands that were given, without their options.
+  std::vector<std::string> commands() const {
+    std::vector<std::string> result;
+    std::istringstream lines(readFile(dir_ / "said"));
+    for (std::string line; std::getline(lines, line);)
+      result.push_back(line.substr(0, line.find(" --properties")));
+    return result;
+  }
+
+  Button answer_ = Button::kLoad;
+};
+
+TEST_F(AskingSession, LoadsWhatTheUserWants) {
+  EXPECT_EQ(run(offering("echo progress done=1 total=2\necho done version=2"), true), kExitDone);
+  EXPECT_THAT(commands(), ElementsAre("status", "remind-later", "install"));
+  EXPECT_EQ(shown_.front().heading, "Version 1.2 of the application is there");
+  EXPECT_THAT(shown_.front().text, HasSubstr("3.0 MB"));
+  EXPECT_EQ(shown_.back().text, "It is ready.");
+}
+
+TEST_F(AskingSession, AsksAgainTomorrowWhoWantsItLater) {
+  answer_ = Button::kLater;
+  EXPECT_EQ(run(offering("touch '" + (dir_ / "installed") + "'"), true), kExitCancelled);
+  EXPECT_THAT(commands(), ElementsAre("status", "remind-later"));
+  EXPECT_FALSE(fs::exists(dir_ / "installed"));
+}
+
+TEST_F(AskingSession, SkipsAVersionForWhoDoesNotWantIt) {
+  answer_ = Button::kSkip;
+  EXPECT_EQ(run(offering(""), true), kExitCancelled);
+  EXPECT_THAT(commands(), ElementsAre("status", "remind-later", "skip 2"));
+}
+
+TEST_F(AskingSession, ShowsNothingOfWhatIsNotToBeAsked) {
+  EXPECT_EQ(run(offering("", "skipped=2 remind=0"), true), kExitCancelled);
+  EXPECT_EQ(run(offering("", "skipped= remind=99999999999"), true), kExitCancelled);
+  EXPECT_EQ(run("echo status phase=STAGED offered=2", true), kExitCancelled);
+  EXPECT_EQ(run("echo status phase=AVAILABLE offered=", true), kExitCancelled);
+  EXPECT_EQ(run(offering("")), kExitCancelled) << "without a display nobody is asked";
+  EXPECT_THAT(shown_, IsEmpty());
+  EXPECT_THAT(commands(), Each("status"));
 }
 
 TEST_F(SessionTest, SaysSoWhenThereIsNoProgram) {

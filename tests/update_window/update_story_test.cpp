@@ -12,7 +12,7 @@ using ::testing::HasSubstr;
 void take(UpdateStory& story, const char* line) { story.take(parseUpdateLine(line)); }
 
 TEST(UpdateStory, OfAFirstInstallationIsShownFromItsBeginning) {
-  const UpdateStory story("Demo", true);
+  const UpdateStory story("Demo", Occasion::kFirst);
   EXPECT_TRUE(story.isWorthAWindow());
   EXPECT_EQ(story.content().heading, "Installing Demo");
   EXPECT_EQ(story.content().text, "Looking for the newest version\xE2\x80\xA6");
@@ -21,7 +21,7 @@ TEST(UpdateStory, OfAFirstInstallationIsShownFromItsBeginning) {
 }
 
 TEST(UpdateStory, OfAnUpdateIsShownOnceThereIsSomethingToLoad) {
-  UpdateStory story("Demo", false);
+  UpdateStory story("Demo", Occasion::kUpdate);
   take(story, "phase name=CHECKING");
   EXPECT_FALSE(story.isWorthAWindow());
   take(story, "offer release=7 version=2 shown=1.2%20beta size=360000 critical=1");
@@ -32,7 +32,7 @@ TEST(UpdateStory, OfAnUpdateIsShownOnceThereIsSomethingToLoad) {
 }
 
 TEST(UpdateStory, TellsBytesRateAndRest) {
-  UpdateStory story("Demo", true);
+  UpdateStory story("Demo", Occasion::kFirst);
   take(story, "offer release=7 version=2 shown= size=38000000");
   EXPECT_EQ(story.content().heading, "Installing Demo 2");
   take(story, "progress done=0 total=38000000");
@@ -48,7 +48,7 @@ TEST(UpdateStory, TellsBytesRateAndRest) {
 }
 
 TEST(UpdateStory, TellsTheStepsBehindTheLoading) {
-  UpdateStory story("Demo", true);
+  UpdateStory story("Demo", Occasion::kFirst);
   take(story, "progress done=30 total=40");
   static constexpr struct {
     const char* what;
@@ -79,7 +79,7 @@ TEST(UpdateStory, OfAFailureSaysWhyAndWhatToDo) {
       {"failed reason=signature retry=0", "Ask who provides the application", false}};
   for (const auto& [line, advice, mayTryAgain] : kCases) {
     SCOPED_TRACE(line);
-    UpdateStory story("Demo", true);
+    UpdateStory story("Demo", Occasion::kFirst);
     take(story, line);
     story.end(kExitFailed);
     EXPECT_EQ(story.content().heading, "Demo could not be installed");
@@ -93,13 +93,13 @@ TEST(UpdateStory, OfAFailureSaysWhyAndWhatToDo) {
 }
 
 TEST(UpdateStory, OfAFailureWithoutALineSaysSo) {
-  UpdateStory story("Demo", true);
+  UpdateStory story("Demo", Occasion::kFirst);
   story.end(127);
   EXPECT_EQ(story.content().text, "The update program could not do its work.");
 }
 
 TEST(UpdateStory, WhereAVersionIsThereItMayBeStartedAllTheSame) {
-  UpdateStory story("Demo", false);
+  UpdateStory story("Demo", Occasion::kUpdate);
   take(story, "failed reason=x retry=1");
   story.end(kExitFailed);
   EXPECT_EQ(story.content().heading, "The update of Demo could not be loaded");
@@ -107,17 +107,17 @@ TEST(UpdateStory, WhereAVersionIsThereItMayBeStartedAllTheSame) {
 }
 
 TEST(UpdateStory, SaysWhoCanHelpWhereTheUserCannot) {
-  UpdateStory off("Demo", true);
+  UpdateStory off("Demo", Occasion::kFirst);
   off.end(kExitOff);
   EXPECT_EQ(off.content().text, "Updates are switched off on this computer.");
   EXPECT_THAT(off.content().buttons, ElementsAre(Button::kQuit));
-  UpdateStory all("Demo", true);
+  UpdateStory all("Demo", Occasion::kFirst);
   all.end(kExitNeedsAdministrator);
   EXPECT_THAT(all.content().detail, HasSubstr("administrator"));
 }
 
 TEST(UpdateStory, BeginsAgainWithNothingOfTheRunBefore) {
-  UpdateStory story("Demo", true);
+  UpdateStory story("Demo", Occasion::kFirst);
   const WindowContent first = story.content();
   take(story, "progress done=30 total=40");
   take(story, "failed reason=x retry=0");
@@ -129,7 +129,7 @@ TEST(UpdateStory, BeginsAgainWithNothingOfTheRunBefore) {
 }
 
 TEST(UpdateStory, WaitsForAnotherUpdate) {
-  UpdateStory story("Demo", true);
+  UpdateStory story("Demo", Occasion::kFirst);
   take(story, "busy");
   story.end(kExitBusy);
   EXPECT_TRUE(story.isWaiting());

@@ -142,6 +142,28 @@ TEST_F(UpdateWindow, TriesAgainAfterAFailure) {
   EXPECT_EQ(process_->finish().exitStatus, 0);
 }
 
+TEST_F(UpdateWindow, AsksWhatTheUserWantsAndSaysWhenItIsReady) {
+  start(
+      "if [ $1 = status ]; then echo status phase=AVAILABLE offered=2 size=40; fi\n"
+      "if [ $1 = install ]; then echo done version=2; fi",
+      "--ask");
+  ASSERT_TRUE(isShown());
+  const Box load = buttonBox(kWidth - kMargin, 70);
+  const auto isLoadShown = [&](const Picture& now) {
+    return isFill(pixelAt(now, load.x + load.width / 2, load.y + 3));
+  };
+  ASSERT_TRUE(eventually([&] { return isLoadShown(picture()); }));
+  const Picture asked = picture();
+  EXPECT_TRUE(hasInk(asked, kHeading));
+  EXPECT_TRUE(hasInk(asked, kText));
+  EXPECT_TRUE(hasInk(asked, {kMargin, kButtonY, 200, kButtonHeight})) << "skip";
+  click(load);
+  ASSERT_TRUE(eventually([&] { return !isLoadShown(picture()); }));
+  ASSERT_TRUE(eventually([&] { return hasInk(picture(), kOnlyButton); }));
+  click(kOnlyButton);
+  EXPECT_EQ(process_->finish().exitStatus, 0);
+}
+
 TEST_F(UpdateWindow, OfAnUpdateThatThereIsNotIsNeverSeen) {
   start("echo phase name=CHECKING\necho none newest=2", "--update");
   EXPECT_EQ(process_->finish().exitStatus, 0);

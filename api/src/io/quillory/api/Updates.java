@@ -177,12 +177,14 @@ public final class Updates {
   }
 
   /**
-   * Hears of changes, those by other processes within two seconds.
+   * Hears of changes, those by other processes within two seconds. In the mode "ask" an application
+   * with a listener asks its user itself; for one without, a window of the updater's does.
    *
    * @param listener is told on a thread that does not keep the application alive
    */
   public void addListener(UpdateListener listener) {
     listeners.add(listener);
+    System.setProperty("quillory.update.listener", "true");
     synchronized (this) {
       if (folder == null || isWatching) {
         return;

@@ -10,7 +10,8 @@ import java.util.List;
 /**
  * What goes on behind a running application: it is watched until its version is known to be good,
  * its folder is held, and quillory-update is started some seconds after the first window, and then
- * every so many hours.
+ * every so many hours. In the mode "ask" a window asks behind each of these runs, unless the
+ * application itself listens for updates.
  */
 final class Companion {
   /** What tests replace: the time, and what is asked of the machine. */
@@ -59,6 +60,8 @@ final class Companion {
   private static final long SHORT_PAUSE = SECOND / 2;
   private static final long LONG_PAUSE = 10 * SECOND;
   private static final long NEVER = Long.MAX_VALUE;
+  /** Set by quillory-api.jar, where an application listens for updates. */
+  private static final String ASKS_ITSELF = "quillory.update.listener";
 
   /** Until the process ends. */
   private static final List<RandomAccessFile> HELD = new ArrayList<RandomAccessFile>();
@@ -67,6 +70,8 @@ final class Companion {
   private final Surroundings around;
   private final File program;
   private final boolean isChecking;
+  /** The window that asks; null in modes that do not. */
+  private final File asking;
 
   private long begin;
   private long window = NEVER;
@@ -85,6 +90,7 @@ final class Companion {
             && (settings.is(UpdateSettings.BACKGROUND)
                 || settings.is(UpdateSettings.ASK)
                 || settings.is(UpdateSettings.AT_START));
+    asking = settings.is(UpdateSettings.ASK) ? updates.program("quillory-update-window") : null;
     isSettled = updates.attempt == null;
   }
 
@@ -110,6 +116,10 @@ final class Companion {
       long now = around.millis();
       lookForWindow(now);
       noteHealth(now);
+      if (asking != null && running != null && !running.isAlive()) {
+        running = null;
+        ask();
+      }
       if (now >= nextCheck) {
         check();
         nextCheck = now + untilNextCheck();
@@ -151,6 +161,9 @@ final class Companion {
   }
 
   private long pause(long now) {
+    if (asking != null && running != null) {
+      return SHORT_PAUSE;
+    }
     boolean isWaiting = !isSettled || window == NEVER;
     if (isWaiting && now - begin < LOOKS_OFTEN_FOR) {
       return SHORT_PAUSE;
@@ -167,12 +180,21 @@ final class Companion {
     if (running != null && running.isAlive()) {
       return; // It loads something large.
     }
-    List<String> command = new ArrayList<String>();
-    command.addAll(Arrays.asList(program.getPath(), "background", "--properties"));
-    // It knows what to do when a later start has cleared that file away.
-    command.add(updates.propertiesFile.getPath());
-    command.addAll(Arrays.asList("--own-folder", updates.folder.getParent()));
-    running = around.start(command);
+    running = around.start(command(program, "background"));
+  }
+
+  /** What is asked, if anything, the window knows. */
+  private void ask() {
+    if (System.getProperty(ASKS_ITSELF) == null) {
+      around.start(command(asking, "--ask"));
+    }
+  }
+
+  private List<String> command(File program, String what) {
+    // It knows what to do when a later start has cleared the properties away.
+    return Arrays.asList(
+        program.getPath(), what, "--properties", updates.propertiesFile.getPath(),
+        "--own-folder", updates.folder.getParent());
   }
 
   /** What runs is not deleted, updater and runtime included: others ask for these locks before. */

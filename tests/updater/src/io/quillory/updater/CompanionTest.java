@@ -32,6 +32,8 @@ public class CompanionTest {
     double draw = 0.5;
     final List<Long> startedAt = new ArrayList<Long>();
     List<String> command;
+    /** What each program comes to; null: it could not be started. */
+    Process process;
 
     /** Seconds; a window at the second {@code windowAt}, or never where that is negative. */
     Scripted(long end, long windowAt) {
@@ -68,7 +70,7 @@ public class CompanionTest {
     Process start(List<String> command) {
       this.command = command;
       startedAt.add(millis / 1000);
-      return null;
+      return process;
     }
   }
 
@@ -188,6 +190,35 @@ public class CompanionTest {
       watch(machine);
       assertEquals(modes[i], starts[i], machine.startedAt.size());
     }
+  }
+
+  /** What was started behind the first window, with programs that end at once. */
+  private Scripted watchInMode(String mode) throws Exception {
+    installation.settings("1\0stable\0" + mode + "\0" + "20\0" + "24\0");
+    installation.program("quillory-update-window", "");
+    Scripted machine = new Scripted(60, 1);
+    machine.process = new ProcessBuilder("true").start();
+    machine.process.waitFor();
+    watch(machine);
+    return machine;
+  }
+
+  @Test
+  public void inTheModeAskAWindowAsksBehindACheck() throws Exception {
+    Scripted machine = watchInMode("ask");
+    assertEquals(Arrays.asList(6L, 6L), machine.startedAt);
+    assertEquals(
+        Arrays.asList(
+            installation.updater + "/quillory-update-window", "--ask", "--properties",
+            installation.properties.getPath(), "--own-folder", installation.master.getPath()),
+        machine.command);
+  }
+
+  @Test
+  public void noWindowAsksWhereTheApplicationDoesOrNobodyShall() throws Exception {
+    assertEquals(1, watchInMode("background").startedAt.size());
+    System.setProperty("quillory.update.listener", "true");
+    assertEquals(1, watchInMode("ask").startedAt.size());
   }
 
   @Test
