@@ -1,5 +1,6 @@
 #include "formats/for_embedders.h"
 
+#include "formats/base64_table.h"
 #include "formats/keccak_permutation.h"
 #include "support/log.h"
 
@@ -34,5 +35,7 @@ std::uint32_t fnvHash(const char* data, long length) {
   }
   return hash;
 }
+
+void base64_cleanup() { decodingTable.reset(); }
 
 }  // namespace quillory

@@ -17,4 +17,7 @@ int crypto_hash(unsigned char* out, const unsigned char* data, std::uint64_t len
 /// 32-bit FNV-1a. Logs every step: for short keys and diagnostics.
 std::uint32_t fnvHash(const char* data, long length);
 
+/// Releases the table of base64_decode(), which makes it again when it needs it.
+void base64_cleanup();
+
 }  // namespace quillory

@@ -1,7 +1,6 @@
 #include "formats/text_encodings.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -9,6 +8,7 @@
 #include <optional>
 #include <string_view>
 
+#include "formats/base64_table.h"
 #include "support/log.h"
 #include "support/owned.h"
 
@@ -40,8 +40,6 @@ std::optional<unsigned char> pairAt(const char* text) {
 }
 
 constexpr unsigned char kOutsideAlphabet = 0xFF;
-using DecodingTable = std::array<unsigned char, 256>;
-std::unique_ptr<DecodingTable> decodingTable;
 
 // "=" counts as 0 wherever it stands.
 unsigned char sextetOf(char c) {
@@ -67,6 +65,8 @@ void decodeGroups(std::string_view text, char* out, std::size_t length) {
 }
 
 }  // namespace
+
+std::unique_ptr<DecodingTable> decodingTable;
 
 int bytesToHex(char* out, const unsigned char* data, int count) {
   if (count < 1) return 2 * count;
@@ -110,8 +110,6 @@ void build_decoding_table() {
     (*decodingTable)[static_cast<unsigned char>(kBase64Alphabet[i])] =
         static_cast<unsigned char>(i);
 }
-
-void base64_cleanup() { decodingTable.reset(); }
 
 char* base64_decode(const char* text, std::size_t length, std::size_t* outLength) {
   *outLength = 0;

@@ -23,7 +23,7 @@ std::vector<unsigned char> bytesOfHex(const std::string& hex);
 /// The decoded bytes in a new block (release with free()) and their number; null, logged, when the
 /// length is no multiple of 4, a character is outside the alphabet, or memory is short.
 char* base64_decode(const char* text, std::size_t length, std::size_t* outLength);
+/// Makes the table that it decodes with, which the first call does by itself.
 void build_decoding_table();
-void base64_cleanup();
 
 }  // namespace quillory

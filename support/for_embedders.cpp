@@ -14,6 +14,8 @@
 #include "support/command_output.h"
 #include "support/log.h"
 #include "support/owned.h"
+#include "support/paths.h"
+#include "support/spawner.h"
 #include "support/strings.h"
 
 namespace quillory {
@@ -70,6 +72,8 @@ int integerToA(int value, char* dst) {
   return std::snprintf(dst, kNumberSize, "%d", value);
 }
 
+char* pathcat(char* dst, const char* component) { return setPath(dst, dst, component); }
+
 char* pathToFile(char* path) {
   char* slash = std::strrchr(path, '/');
   return slash == nullptr ? path : slash + 1;
@@ -119,5 +123,13 @@ int millisleep(int ms) {
 bool is32Bit() { return false; }
 
 void editToWindowsSubsystem(const char* /*path*/, int /*flag*/) {}
+
+int runSpawnerAndContinue(const Spawner* spawner) {
+  return runSpawnerAndContinue(spawner, nullptr);
+}
+
+int runSpawnerAndContinue(const Spawner* spawner, const char* directory) {
+  return startSpawner(spawner, directory).started ? 0 : -1;
+}
 
 }  // namespace quillory

@@ -7,6 +7,8 @@
 
 namespace quillory {
 
+struct Spawner;
+
 /// allocCopy() by another name.
 char* cloneString(const char* s);
 /// The `length` bytes from `start` on, or as many of them as `s` has, in a new block.
@@ -25,6 +27,9 @@ int indexOf(const char* s, char c, int n);
 /// the whole number has.
 int integerToA(int value, char* dst);
 
+/// setPath() of what is in `dst` and `component`: appends to it.
+char* pathcat(char* dst, const char* component);
+
 /// What stands behind the last '/' of `path`: a pointer into it.
 char* pathToFile(char* path);
 
@@ -39,6 +44,10 @@ char* quoteSpaciousString(const char* text);
 char* quoteStringIfNecessary(char* text);
 /// outputOfCommand() of support/command_output.h in a new block; null when it could not be run.
 char* runCommandGetOutput(const char* command);
+
+/// As runSpawnerAndWait(), without waiting: 0 when it started, else -1.
+int runSpawnerAndContinue(const Spawner* spawner);
+int runSpawnerAndContinue(const Spawner* spawner, const char* directory);
 
 /// getCurrentTimeMillis() by another name.
 std::uint64_t systemTimeMillis();

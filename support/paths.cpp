@@ -50,8 +50,6 @@ char* allocBlock(const std::string& text, std::size_t smallest) {
 
 }  // namespace
 
-char* pathcat(char* dst, const char* component) { return joinInto(dst, dst, component); }
-
 char* setPath(char* dst, const char* a) { return joinInto(dst, a); }
 
 char* setPath(char* dst, const char* a, const char* b) { return joinInto(dst, a, b); }

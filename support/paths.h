@@ -14,18 +14,15 @@ inline constexpr std::size_t kPathCapacity = 5000;
 // fit is not cut, since a shorter path names another file: it is logged as an error and the process
 // ends with kExitFailure. `dst` may be one of the sources.
 
-/// Appends '/' unless `dst` ends in one (or is empty), then `component`. A component that begins
-/// with '/' yields a doubled separator; this is accepted.
-char* pathcat(char* dst, const char* component);
-
-/// `a`, then each further component as by pathcat().
+/// `a`, then each further component behind a '/', unless what it follows ends in one (or is empty).
+/// A component that begins with '/' yields a doubled separator; this is accepted.
 char* setPath(char* dst, const char* a);
 char* setPath(char* dst, const char* a, const char* b);
 char* setPath(char* dst, const char* a, const char* b, const char* c);
 char* setPath(char* dst, const char* a, const char* b, const char* c, const char* d);
 char* setPath(char* dst, const char* a, const char* b, const char* c, const char* d, const char* e);
 
-/// `folder` and the components behind it, joined as by pathcat(), however long.
+/// `folder` and the components behind it, joined as by setPath(), however long.
 std::string joinPath(std::string_view folder, std::string_view component);
 template <typename... Components>
 std::string joinPath(std::string_view folder, std::string_view component,

@@ -54,10 +54,6 @@ int startAndWait(const std::vector<std::string>& arguments, const char* director
   return 0;
 }
 
-int runAndContinue(const Spawner* spawner, const char* directory) {
-  return start(argumentsOf(spawner), directory).started ? 0 : -1;
-}
-
 }  // namespace
 
 Spawner* createSpawner() {
@@ -111,10 +107,8 @@ int runSpawnerAndWait(const Spawner* spawner, const char* directory) {
   return startAndWait(argumentsOf(spawner), directory);
 }
 
-int runSpawnerAndContinue(const Spawner* spawner) { return runAndContinue(spawner, nullptr); }
-
-int runSpawnerAndContinue(const Spawner* spawner, const char* directory) {
-  return runAndContinue(spawner, directory);
+ProgramResult startSpawner(const Spawner* spawner, const char* directory) {
+  return start(argumentsOf(spawner), directory);
 }
 
 }  // namespace quillory

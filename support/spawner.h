@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "support/program.h"
+
 namespace quillory {
 
 inline constexpr std::size_t kSpawnerSlots = 500;
@@ -50,8 +52,8 @@ OwnedSpawner spawnerOf(const std::vector<const char*>& arguments);
 /// working directory.
 int runSpawnerAndWait(const Spawner* spawner);
 int runSpawnerAndWait(const Spawner* spawner, const char* directory);
-/// 0 when it started, else -1.
-int runSpawnerAndContinue(const Spawner* spawner);
-int runSpawnerAndContinue(const Spawner* spawner, const char* directory);
+
+/// Without waiting for it. One that could not be started is logged.
+ProgramResult startSpawner(const Spawner* spawner, const char* directory);
 
 }  // namespace quillory

@@ -10,6 +10,7 @@
 #include "support/log.h"
 #include "support/platform.h"
 #include "ui/progress_tiles.h"
+#include "ui/splash_state.h"
 
 namespace quillory::splash {
 namespace {
@@ -17,10 +18,8 @@ namespace {
 constexpr int kMaxFrames = 10;
 
 // Written by the thread that calls the operations, read by the main thread when it draws.
-std::atomic<int> progressPercent{kProgressHidden};
 std::atomic<int> imageWidth{300};
 std::atomic<int> imageHeight{300};
-std::atomic<int> splashBuffer{0};
 
 // The animation step belongs to the main thread once the window is drawn.
 std::atomic<int> maxFrames{0};
@@ -79,6 +78,9 @@ void appendTiles(std::vector<TileAt>& tiles, Tile tile, int from, int end, int s
 
 }  // namespace
 
+std::atomic<int> progressPercent{kProgressHidden};
+std::atomic<int> splashBuffer{0};
+
 void init() {
   // A line each: whoever reads standard output finds every message at the start of one.
   print("[Splash] Initing splash...\n");
@@ -112,12 +114,6 @@ void setProgress(int value) {
   platformCalls.window.requestRedraw();
 }
 
-void hideProgress() {
-  if (progressPercent != kProgressHidden) setFrameSizeWithoutBar();
-  progressPercent = kProgressHidden;
-  platformCalls.window.requestRedraw();
-}
-
 void hideSplash() {
   logToSystem("HideSplash");
   platformCalls.window.takeOffScreen();
@@ -129,8 +125,6 @@ void cleanup() {
 }
 
 void setSplashBuffer(int pixels) { splashBuffer = pixels; }
-
-int getSplashBuffer() { return splashBuffer; }
 
 void setFrameSize(int width, int height) {
   const Frame old = platformCalls.window.windowFrame();

@@ -28,9 +28,6 @@ void showSplash();
 /// Shows the bar in a state; more than 100 becomes 100, less than -100 becomes 0. Any thread.
 void setProgress(int value);
 
-/// Takes the bar away. An animation that runs goes on unseen, which setProgress(-100) avoids.
-void hideProgress();
-
 /// Takes the window off the screen; it can be shown again.
 void hideSplash();
 
@@ -39,7 +36,6 @@ void cleanup();
 
 /// Margin around the picture on every side, in pixels.
 void setSplashBuffer(int pixels);
-int getSplashBuffer();
 
 /// Resizes the window about its centre.
 void setFrameSize(int width, int height);

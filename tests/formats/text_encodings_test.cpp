@@ -168,15 +168,6 @@ TEST(Base64Decode, CountsPaddingAsZeroWhereverItStands) {
   EXPECT_EQ(fromBase64("===="), "\0"s);
 }
 
-TEST(Base64Decode, BuildsItsTableAgainAfterTheCleanup) {
-  base64_cleanup();
-  EXPECT_EQ(fromBase64("TWFu"), "Man");
-  build_decoding_table();
-  EXPECT_EQ(fromBase64("TWFu"), "Man");
-  base64_cleanup();
-  base64_cleanup();
-}
-
 TEST(TextEncodingsPage, ShowsHexadecimalAndItsBytes) {
   const std::string text = pageExample("formats/text-encodings.md", 1);
   EXPECT_EQ(decodedHex(text.c_str()), pageExample("formats/text-encodings.md", 2) + '\0');

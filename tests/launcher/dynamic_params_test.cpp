@@ -15,6 +15,7 @@
 #include "tests/harness/stream_of.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/launcher/test_bundle.h"
+#include "ui/for_embedders.h"
 #include "ui/splash.h"
 
 namespace quillory::testing {

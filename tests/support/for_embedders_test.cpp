@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <cerrno>
 #include <chrono>
@@ -12,9 +14,12 @@
 
 #include "support/clock.h"
 #include "support/owned.h"
+#include "support/paths.h"
 #include "support/process.h"
+#include "support/spawner.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
+#include "tests/harness/temp_dir.h"
 #include "tests/support/wall_clock.h"
 
 namespace quillory {
@@ -25,7 +30,9 @@ using std::chrono::steady_clock;
 using testing::CapturedLog;
 using ::testing::ElementsAre;
 using testing::epochMillis;
+using testing::readFile;
 using testing::ScopedReplace;
+using testing::TempDir;
 
 TEST(CloneString, IsAllocCopyByAnotherName) {
   EXPECT_STREQ(OwnedText(cloneString("a text")).get(), "a text");
@@ -228,6 +235,89 @@ TEST(Millisleep, FailsAtOnceForEveryWaitWorthTheName) {
 }
 
 TEST(Millisleep, SucceedsForZero) { EXPECT_EQ(millisleep(0), 0); }
+
+class Pathcat : public ::testing::Test {
+ protected:
+  char path_[kPathCapacity] = {};
+};
+
+TEST_F(Pathcat, PutsOneSeparatorBetween) {
+  std::strcpy(path_, "/a/");
+  EXPECT_STREQ(pathcat(path_, "b"), "/a/b");
+  std::strcpy(path_, "/a");
+  EXPECT_STREQ(pathcat(path_, "b"), "/a/b");
+}
+
+TEST_F(Pathcat, ReturnsItsBuffer) {
+  std::strcpy(path_, "/a");
+  EXPECT_EQ(pathcat(path_, "b"), path_);
+}
+
+TEST_F(Pathcat, DoublesTheSeparatorBeforeAnAbsoluteComponent) {
+  std::strcpy(path_, "/a");
+  EXPECT_STREQ(pathcat(path_, "/b"), "/a//b");
+  std::strcpy(path_, "/a/");
+  EXPECT_STREQ(pathcat(path_, "/b"), "/a//b");
+}
+
+TEST_F(Pathcat, AppendsTheSeparatorEvenForAnEmptyComponent) {
+  std::strcpy(path_, "/a");
+  EXPECT_STREQ(pathcat(path_, ""), "/a/");
+}
+
+TEST_F(Pathcat, TakesItsOwnBufferAsTheComponent) {
+  std::strcpy(path_, "/a");
+  EXPECT_STREQ(pathcat(path_, path_), "/a//a");
+}
+
+// The error goes to the system log too, which is standard error here.
+TEST_F(Pathcat, EndsTheProcessInsteadOfOverrunningTheBuffer) {
+  ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const std::string component(kPathCapacity - 3, 'x');
+  std::strcpy(path_, "/a");
+  EXPECT_EXIT(pathcat(path_, component.c_str()), ::testing::ExitedWithCode(1),
+              "too long .*: /a/xxx");
+}
+
+class RunSpawnerAndContinue : public ::testing::Test {
+ protected:
+  void setShell(const char* command) {
+    setSpawnerExe(spawner_.get(), "/bin/sh");
+    addSpawnerArg(spawner_.get(), "-c");
+    addSpawnerArg(spawner_.get(), command);
+  }
+
+  CapturedLog log_;
+  const OwnedSpawner spawner_{createSpawner()};
+};
+
+TEST_F(RunSpawnerAndContinue, ReturnsBeforeTheChildEnds) {
+  TempDir dir;
+  const std::string pipe = dir / "pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  // The child cannot end before somebody writes into the pipe, which happens after the return.
+  setShell("read line < pipe; echo $line > out");
+  EXPECT_EQ(runSpawnerAndContinue(spawner_.get(), dir.str().c_str()), 0);
+  testing::writeFile(pipe, "hello\n");
+  int status = -1;
+  ASSERT_GT(wait(&status), 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(readFile(dir.path() / "out"), "hello\n");
+}
+
+TEST_F(RunSpawnerAndContinue, IsZeroWhateverTheExitStatus) {
+  setShell("exit 9");
+  EXPECT_EQ(runSpawnerAndContinue(spawner_.get()), 0);
+  int status = 0;
+  ASSERT_GT(wait(&status), 0);
+  EXPECT_EQ(WEXITSTATUS(status), 9);
+}
+
+TEST_F(RunSpawnerAndContinue, ReportsAProgramThatDoesNotExist) {
+  setSpawnerExe(spawner_.get(), "/nonexistent/tool");
+  EXPECT_EQ(runSpawnerAndContinue(spawner_.get()), -1);
+  EXPECT_EQ(log_.messages().back(), "Launch Error 2.\n");
+}
 
 }  // namespace
 }  // namespace quillory

@@ -19,38 +19,8 @@ class PathTest : public ::testing::Test {
  protected:
   char path_[kPathCapacity] = {};
 };
-using Pathcat = PathTest;
 using SetPath = PathTest;
 using BuildersDeathTest = PathTest;
-
-TEST_F(Pathcat, PutsOneSeparatorBetween) {
-  std::strcpy(path_, "/a/");
-  EXPECT_STREQ(pathcat(path_, "b"), "/a/b");
-  std::strcpy(path_, "/a");
-  EXPECT_STREQ(pathcat(path_, "b"), "/a/b");
-}
-
-TEST_F(Pathcat, ReturnsItsBuffer) {
-  std::strcpy(path_, "/a");
-  EXPECT_EQ(pathcat(path_, "b"), path_);
-}
-
-TEST_F(Pathcat, DoublesTheSeparatorBeforeAnAbsoluteComponent) {
-  std::strcpy(path_, "/a");
-  EXPECT_STREQ(pathcat(path_, "/b"), "/a//b");
-  std::strcpy(path_, "/a/");
-  EXPECT_STREQ(pathcat(path_, "/b"), "/a//b");
-}
-
-TEST_F(Pathcat, AppendsTheSeparatorEvenForAnEmptyComponent) {
-  std::strcpy(path_, "/a");
-  EXPECT_STREQ(pathcat(path_, ""), "/a/");
-}
-
-TEST_F(Pathcat, TakesItsOwnBufferAsTheComponent) {
-  std::strcpy(path_, "/a");
-  EXPECT_STREQ(pathcat(path_, path_), "/a//a");
-}
 
 TEST_F(SetPath, TakesOneToFiveComponents) {
   EXPECT_STREQ(setPath(path_, "/a"), "/a");
@@ -62,7 +32,7 @@ TEST_F(SetPath, TakesOneToFiveComponents) {
 
 TEST_F(SetPath, ReturnsItsBuffer) { EXPECT_EQ(setPath(path_, "/a", "b"), path_); }
 
-TEST_F(SetPath, TreatsSeparatorsInTheComponentsAsPathcatDoes) {
+TEST_F(SetPath, PutsOneSeparatorBetweenButKeepsThoseOfAComponent) {
   EXPECT_STREQ(setPath(path_, "a/", "b/", "/c"), "a/b//c");
 }
 
@@ -89,9 +59,6 @@ TEST_F(BuildersDeathTest, EndTheProcessInsteadOfOverrunningTheBuffer) {
   const std::string component(kPathCapacity - 3, 'x');
   EXPECT_EXIT(setPath(path_, "/a", component.c_str()), ::testing::ExitedWithCode(1),
               "\\[Paths\\] The path is too long \\(5000 bytes, at most 4999\\): /a/xxx");
-  std::strcpy(path_, "/a");
-  EXPECT_EXIT(pathcat(path_, component.c_str()), ::testing::ExitedWithCode(1),
-              "too long .*: /a/xxx");
   EXPECT_EXIT(setPath(path_, std::string(100000, 'y').c_str()), ::testing::ExitedWithCode(1),
               "too long \\(100000 bytes");
 }

@@ -49,7 +49,6 @@ using AddSpawnerArg = SpawnerTest;
 using SpawnerOf = SpawnerTest;
 using ToolOfAnyLength = SpawnerTest;
 using RunSpawnerAndWait = SpawnerTest;
-using RunSpawnerAndContinue = SpawnerTest;
 
 TEST_F(CreateSpawner, GivesAnEmptyListAndLogsIt) {
   for (const char* argument : spawner_->arguments) EXPECT_EQ(argument, nullptr);
@@ -222,34 +221,6 @@ TEST_F(RunSpawnerAndWait, IsNoSuccessWhenTheEndCannotBeWaitedFor) {
       });
   setShell("exit 0");
   EXPECT_EQ(runSpawnerAndWait(spawner_), -1);
-}
-
-TEST_F(RunSpawnerAndContinue, ReturnsBeforeTheChildEnds) {
-  TempDir dir;
-  const std::string pipe = dir / "pipe";
-  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-  // The child cannot end before somebody writes into the pipe, which happens after the return.
-  setShell("read line < pipe; echo $line > out");
-  EXPECT_EQ(runSpawnerAndContinue(spawner_, dir.str().c_str()), 0);
-  quillory::testing::writeFile(pipe, "hello\n");
-  int status = -1;
-  ASSERT_GT(wait(&status), 0);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(readFile(dir.path() / "out"), "hello\n");
-}
-
-TEST_F(RunSpawnerAndContinue, IsZeroWhateverTheExitStatus) {
-  setShell("exit 9");
-  EXPECT_EQ(runSpawnerAndContinue(spawner_), 0);
-  int status = 0;
-  ASSERT_GT(wait(&status), 0);
-  EXPECT_EQ(WEXITSTATUS(status), 9);
-}
-
-TEST_F(RunSpawnerAndContinue, ReportsAProgramThatDoesNotExist) {
-  setSpawnerExe(spawner_, "/nonexistent/tool");
-  EXPECT_EQ(runSpawnerAndContinue(spawner_), -1);
-  EXPECT_EQ(log_.messages().back(), "Launch Error 2.\n");
 }
 
 }  // namespace

@@ -33,6 +33,7 @@
 #include "support/url_request.h"
 #import "ui/app_runner_cocoa.h"
 #include "ui/application_shell_cocoa.h"
+#include "ui/for_embedders.h"
 #include "ui/notice_window_cocoa.h"
 #include "ui/splash.h"
 #include "ui/splash_window_cocoa.h"
