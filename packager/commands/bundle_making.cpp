@@ -50,7 +50,7 @@ BundleParts gatherParts(const Config& config, const BundleTools& tools,
   const bool areStored = config.application.jarsStored.value_or(false);
   BundleParts parts{
       updaterPart(config, tools, updateSettings),
-      applicationPart(config, areStored ? storedJars(jars, workFolder, reporter) : jars),
+      applicationPart(config, jars, areStored ? storedJars(jars, workFolder, reporter) : jars),
       std::move(runtime)};
   reporter.findings(accepted(lintParts(config, parts, options.output)));
   return parts;

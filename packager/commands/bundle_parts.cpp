@@ -151,10 +151,54 @@ std::vector<std::string> namedFiles(const Config& config, const std::string& key
   return files;
 }
 
+// The folder that is packed as it lies, without a slash at its end.
+fs::path rootOf(const Config& config) {
+  const fs::path root = fs::path(config.resolve(config.application.root)).lexically_normal();
+  return root.has_filename() ? root : root.parent_path();
+}
+
+// Puts the jars into the tree, and their paths there on the class path.
+void addJars(const Config& config, const std::vector<std::string>& jars,
+             const std::vector<std::string>& packedJars, ContentTree& tree, LaunchFile& launch) {
+  const bool isBeside = config.application.layout == JarLayout::kBeside;
+  if (!isBeside) {
+    tree.addFolder("lib");
+  }
+  for (std::size_t i = 0; i < jars.size(); ++i) {
+    launch.classPath.push_back((isBeside ? "" : kJarFolder) + nameOf(jars[i]));
+    tree.addFile(packedJars[i], launch.classPath.back());
+  }
+}
+
+// The same with a tree that has them already.
+void addRoot(const Config& config, const std::vector<std::string>& jars,
+             const std::vector<std::string>& packedJars, ContentTree& tree, LaunchFile& launch) {
+  const fs::path root = rootOf(config);
+  tree.addFolderContent(root.string(), "");
+  for (std::size_t i = 0; i < jars.size(); ++i) {
+    launch.classPath.push_back(
+        fs::path(jars[i]).lexically_normal().lexically_relative(root).string());
+    if (packedJars[i] != jars[i]) {
+      tree.replaceFile(packedJars[i], launch.classPath.back());
+    }
+  }
+}
+
 }  // namespace
 
 std::vector<std::string> findJars(const Config& config) {
-  return namedFiles(config, "application.jars", "jar", config.application.jars);
+  std::vector<std::string> patterns = config.application.jars;
+  if (!config.application.root.empty()) {
+    const fs::path root = rootOf(config);
+    if (!fs::is_directory(root)) {
+      throw RejectedInput({{Severity::kError, "missing-file", "there is no folder " + root.string(),
+                            config.placeOf("application.root"), "build it, or correct the name"}});
+    }
+    for (std::string& pattern : patterns) {
+      pattern = config.application.root + '/' + pattern;
+    }
+  }
+  return namedFiles(config, "application.jars", "jar", patterns);
 }
 
 BundlePart updaterPart(const Config& config, const BundleTools& tools,
@@ -185,21 +229,15 @@ BundlePart updaterPart(const Config& config, const BundleTools& tools,
   return {kUpdaterName, std::to_string(config.updater.version), std::move(tree)};
 }
 
-BundlePart applicationPart(const Config& config, const std::vector<std::string>& jars) {
+BundlePart applicationPart(const Config& config, const std::vector<std::string>& jars,
+                           const std::vector<std::string>& packedJars) {
   LaunchFile launch = commonLaunchFile(config);
   launch.mainClass = config.application.mainClass;
   launch.arguments = config.application.arguments;
   launch.jvmOptions = applicationOptions(config);
   ContentTree tree("application");
-  const bool isBeside = config.application.layout == JarLayout::kBeside;
-  const std::string jarFolder = isBeside ? "" : kJarFolder;
-  if (!isBeside) {
-    tree.addFolder("lib");
-  }
-  for (const std::string& jar : jars) {
-    launch.classPath.push_back(jarFolder + nameOf(jar));
-    tree.addFile(jar, launch.classPath.back());
-  }
+  const auto add = config.application.root.empty() ? addJars : addRoot;
+  add(config, jars, packedJars.empty() ? jars : packedJars, tree, launch);
   for (const std::string& library : namedFiles(config, "application.native", "native library",
                                                config.application.nativeLibraries)) {
     tree.addFile(library, kNativeFolder + nameOf(library));

@@ -25,7 +25,7 @@ struct BundleParts {
 };
 
 /// The jars of the application, patterns resolved, in class path order. Throws RejectedInput when a
-/// pattern matches nothing.
+/// pattern matches nothing, and when there is no folder where a root is named.
 std::vector<std::string> findJars(const Config& config);
 
 /// With the programs of `tools` that update an installation, and `updateSettings` as the file that
@@ -34,9 +34,12 @@ std::vector<std::string> findJars(const Config& config);
 BundlePart updaterPart(const Config& config, const BundleTools& tools,
                        const std::string& updateSettings = "");
 
-/// The jars under lib/, the other files of the configuration, and the launch file. Files that are
-/// missing are findings of the tree.
-BundlePart applicationPart(const Config& config, const std::vector<std::string>& jars);
+/// The jars where the layout has them, or the root as it lies; the other files of the
+/// configuration, and the launch file. Files that are missing are findings of the tree.
+/// `packedJars` are packed in the place of `jars`, in the same order; without them the jars
+/// themselves are.
+BundlePart applicationPart(const Config& config, const std::vector<std::string>& jars,
+                           const std::vector<std::string>& packedJars = {});
 
 /// The runtime that the configuration asks for, which is one from a folder or made with jlink below
 /// `workFolder`, for the jars of the application and the updater. Its version is the one of its

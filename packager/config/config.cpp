@@ -28,6 +28,7 @@ void readApplication(ConfigSection section, ApplicationConfig& out) {
   section.version("version", out.version);
   section.text("display-version", out.displayVersion);
   section.text("main-class", out.mainClass);
+  section.text("root", out.root);
   section.texts("jars", out.jars);
   int layout = 0;
   section.choice("layout", {"lib", "beside"}, layout);

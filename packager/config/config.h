@@ -34,7 +34,10 @@ struct ApplicationConfig {
   std::int64_t version = 0;
   std::string displayVersion;  ///< what people read; "" for the number
   std::string mainClass;
-  std::vector<std::string> jars;  ///< file names with * and ?, in class path order
+  /// A folder whose content is packed as it lies there, jars included; "" for none.
+  std::string root;
+  /// File names with * and ?, in class path order; from `root` where there is one.
+  std::vector<std::string> jars;
   JarLayout layout = JarLayout::kLib;
   std::vector<ExtraFile> files;
   std::vector<std::string> arguments;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <utility>
 
 #include "formats/params_format.h"
@@ -24,6 +25,7 @@ class Linter {
   Findings run() {
     append(findings_, lintNames(config_));
     texts();
+    root();
     memory();
     systemProperties();
     runtimeSource();
@@ -87,6 +89,31 @@ class Linter {
     if (config_.application.jars.empty()) {
       error("no-jars", "application.jars", "is empty: there would be nothing to run",
             "jars = [\"my.jar\"]");
+    }
+  }
+
+  // Jars of a tree that is packed as it lies stay where they are in it.
+  void root() {
+    const ApplicationConfig& app = config_.application;
+    if (app.root.empty()) {
+      return;
+    }
+    for (const std::string& jar : app.jars) {
+      const std::filesystem::path path(jar);
+      if (path.is_absolute() || std::find(path.begin(), path.end(), "..") != path.end()) {
+        error("root", "application.jars", "has " + jar + ", which is not in application.root",
+              "write it as it is called in that folder, or leave out root");
+      } else if (path.parent_path().string().find(':') != std::string::npos) {
+        error(
+            "name-colon", "application.jars",
+            "has " + jar + ", whose folder holds a \":\": it separates the entries of a class path",
+            "rename the folder");
+      }
+    }
+    if (config_.places.count("application.layout") != 0) {
+      warning("no-effect", "application.layout",
+              "has no effect here: what lies in application.root is packed as it lies",
+              "leave it out");
     }
   }
 

@@ -128,6 +128,15 @@ void ContentTree::addFile(const std::string& source, const std::string& path) {
   addAnything(source, path);
 }
 
+void ContentTree::replaceFile(const std::string& source, const std::string& path) {
+  struct stat info;
+  if (stat(source.c_str(), &info) != 0) {
+    throwFileError(source, "cannot be packed", errno);
+  }
+  entries_.at(path) = {ContentEntry::Kind::kFile, source, "",
+                       static_cast<std::uint64_t>(info.st_size)};
+}
+
 void ContentTree::addAnything(const std::string& source, const std::string& path) {
   struct stat info;
   if (lstat(source.c_str(), &info) != 0) {

@@ -31,6 +31,8 @@ class ContentTree {
   void addFolderContent(const std::string& source, const std::string& prefix);
   /// A file, or a folder with everything in it, as `path`. Throws PackError when it is not there.
   void addFile(const std::string& source, const std::string& path);
+  /// The file `source` in the place of the one that is `path` so far, which is there.
+  void replaceFile(const std::string& source, const std::string& path);
   /// A file that is made here.
   void addBytes(std::string bytes, const std::string& path);
   /// A folder, which may be there already; "" is none.

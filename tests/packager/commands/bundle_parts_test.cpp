@@ -124,6 +124,49 @@ TEST_F(BundleParts, JarsLieBesideTheFilesThatTheyExpectThere) {
                      "hello.jar", "0", "", "", "", "1", "-Dquillory.arguments=user", "0"}));
 }
 
+TEST_F(BundleParts, ARootIsPackedAsItLies) {
+  for (const char* name : {"tree/lib/b.jar", "tree/lib/a.jar", "tree/bin/app", "tree/.hidden"}) {
+    writeFile(dir_ / name, name);
+  }
+  writeFile(dir_ / "read.me", "x");
+  config_.application.files = {{"read.me", ""}};
+  config_.application.jars = {"lib/b.jar", "lib/*.jar"};
+  for (const char* root : {"tree", "tree/", "./tree"}) {
+    config_.application.root = root;
+    const std::vector<std::string> jars = findJars(config_);
+    const BundlePart part = applicationPart(config_, jars);
+    EXPECT_EQ(pathsOf(part.content), (Names{".hidden", "QuilloryLaunch", "bin", "bin/app", "lib",
+                                            "lib/a.jar", "lib/b.jar", "read.me"}));
+    EXPECT_EQ(part.content.entries().at("QuilloryLaunch").bytes,
+              records({"6", "com.example.hello.Hello", "", "Hello", "", "0", "256", "64", "2",
+                       "lib/b.jar", "lib/a.jar", "0", "", "", "", "1", "-Dquillory.arguments=user",
+                       "0"}));
+    EXPECT_EQ(rulesOf(part.content.check()), Names{});
+  }
+}
+
+TEST_F(BundleParts, JarsMadeAnewTakeTheirPlacesInARoot) {
+  writeFile(dir_ / "tree/lib/a.jar", "a");
+  writeFile(dir_ / "tree/b.jar", "b");
+  writeFile(dir_ / "work/0/a.jar", "stored");
+  config_.application.root = "tree";
+  config_.application.jars = {"lib/a.jar", "b.jar"};
+  const std::vector<std::string> jars = findJars(config_);
+  const BundlePart part = applicationPart(config_, jars, {dir_ / "work/0/a.jar", jars.at(1)});
+  EXPECT_EQ(part.content.entries().at("lib/a.jar").source, dir_ / "work/0/a.jar");
+  EXPECT_EQ(part.content.entries().at("lib/a.jar").size, 6u);
+  EXPECT_EQ(part.content.entries().at("b.jar").size, 1u);
+  EXPECT_EQ(rulesOf(part.content.check()), Names{});
+}
+
+TEST_F(BundleParts, ARootThatIsNotThereIsNamedWithItsLine) {
+  config_.application.root = "hello.jar";
+  config_.places["application.root"] = {"quillory.toml", 4};
+  EXPECT_EQ(rejectionOf([this] { findJars(config_); }),
+            "quillory.toml:4: error: there is no folder " + dir_ / "hello.jar" +
+                " [missing-file]\n  -> build it, or correct the name");
+}
+
 TEST_F(BundleParts, NativeLibrariesLieWhereTheUpdaterLooksForThem) {
   for (const char* name : {"libone.so", "libtwo.so", "other"}) writeFile(dir_ / name, "x");
   config_.application.nativeLibraries = {"lib*.so"};

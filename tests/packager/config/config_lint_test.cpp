@@ -17,6 +17,29 @@ using testing::loadWith;
 
 // Lints: each with its reason.
 
+TEST(LintConfig, WantsTheJarsOfARootInIt) {
+  for (const char* jar : {"/usr/share/a.jar", "../a.jar", "lib/../../a.jar"}) {
+    std::string text = kMinimal;
+    text.replace(text.find("\"hello.jar\""), 11, '"' + std::string(jar) + '"');
+    const Finding finding = findingOf(load(text + "root = \"tree\"\n").findings, "root");
+    EXPECT_EQ(finding.what,
+              "application.jars has " + std::string(jar) + ", which is not in application.root");
+    EXPECT_EQ(finding.place.line, 5u);
+    EXPECT_FALSE(hasRule(load(text).findings, "root"));
+  }
+  std::string text = kMinimal;
+  text.replace(text.find("\"hello.jar\""), 11, "\"a:b/c.jar\"");
+  EXPECT_TRUE(hasRule(load(text + "root = \"tree\"\n").findings, "name-colon"));
+}
+
+TEST(LintConfig, SaysThatARootHasNoLayout) {
+  EXPECT_EQ(
+      findingOf(loadWith("root = \"tree\"\nlayout = \"beside\"\n").findings, "no-effect").what,
+      "application.layout has no effect here: what lies in application.root is packed as it "
+      "lies");
+  EXPECT_FALSE(hasRule(loadWith("layout = \"beside\"\n").findings, "no-effect"));
+}
+
 Findings named(const std::string& name) {
   std::string text = kMinimal;
   text.replace(text.find("\"Hello\""), 7, name);

@@ -20,6 +20,18 @@ using testing::rulesOf;
 using testing::TempDir;
 using testing::writeFile;
 
+TEST(ContentTree, ReplaceFileKeepsThePath) {
+  const TempDir dir;
+  writeFile(dir / "in/a", "one");
+  writeFile(dir / "other", "four");
+  ContentTree tree("application");
+  tree.addFolderContent(dir / "in", "");
+  tree.replaceFile(dir / "other", "a");
+  EXPECT_EQ(tree.entries().at("a").source, dir / "other");
+  EXPECT_EQ(tree.totalBytes(), 4u);
+  EXPECT_THROW(tree.replaceFile(dir / "missing", "a"), PackError);
+}
+
 TEST(ContentTree, GathersAFolderSortedWithFoldersBeforeTheirContent) {
   TempDir dir;
   writeFile(dir / "src/b/two", "22");
