@@ -3,9 +3,11 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "packager/content/zip_fields.h"
 #include "packager/report/findings.h"
@@ -16,6 +18,7 @@ namespace {
 
 constexpr std::uint32_t kLargestManifest = 1 << 20;
 constexpr std::uint32_t kLargestDirectory = 1 << 28;
+constexpr char kManifestName[] = "META-INF/MANIFEST.MF";
 
 [[noreturn]] void damaged(const std::string& path) {
   throw PackError("is not a jar, or a damaged one", "build it again", {path, 0});
@@ -75,6 +78,39 @@ std::string inflateRaw(std::string packed, std::uint32_t size, const std::string
   return plain;
 }
 
+bool isSameText(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char one, char other) {
+    return std::tolower(static_cast<unsigned char>(one)) ==
+           std::tolower(static_cast<unsigned char>(other));
+  });
+}
+
+std::string withoutBlanksAround(std::string text) {
+  text.erase(0, text.find_first_not_of(" \t"));
+  text.erase(text.find_last_not_of(" \t") + 1);
+  return text;
+}
+
+// The lines up to the first empty one, whatever ends them; one that begins with a blank continues
+// the one before.
+std::vector<std::string> mainSectionOf(const std::string& manifest) {
+  std::vector<std::string> lines;
+  for (std::size_t at = 0; at < manifest.size();) {
+    const std::size_t end = std::min(manifest.find_first_of("\r\n", at), manifest.size());
+    const std::string line = manifest.substr(at, end - at);
+    if (line.empty()) {
+      break;
+    }
+    if (line[0] == ' ' && !lines.empty()) {
+      lines.back() += line.substr(1);
+    } else {
+      lines.push_back(line);
+    }
+    at = end + (manifest.compare(end, 2, "\r\n") == 0 ? 2 : 1);
+  }
+  return lines;
+}
+
 }  // namespace
 
 Jar::Jar(const std::string& path) : path_(path) {
@@ -122,22 +158,25 @@ std::string Jar::content(const std::string& name) const {
 }
 
 std::string Jar::manifestValue(const std::string& name) const {
-  if (!contains("META-INF/MANIFEST.MF")) {
+  const auto manifest = std::find_if(entries_.begin(), entries_.end(), [](const auto& entry) {
+    return isSameText(entry.first, kManifestName);
+  });
+  if (manifest == entries_.end()) {
     return "";
   }
-  std::string manifest = '\n' + content("META-INF/MANIFEST.MF");
-  manifest.erase(std::remove(manifest.begin(), manifest.end(), '\r'), manifest.end());
-  // A line that begins with a blank continues the one before; an empty line ends the section.
-  for (std::size_t at; (at = manifest.find("\n ")) != std::string::npos;) {
-    manifest.erase(at, 2);
+  for (const std::string& line : mainSectionOf(content(manifest->first))) {
+    const std::size_t colon = line.find(':');
+    if (colon != std::string::npos && isSameText(line.substr(0, colon), name)) {
+      return withoutBlanksAround(line.substr(colon + 1));
+    }
   }
-  manifest = manifest.substr(0, manifest.find("\n\n"));
-  const std::size_t at = manifest.find('\n' + name + ": ");
-  if (at == std::string::npos) {
-    return "";
-  }
-  const std::size_t start = at + name.size() + 3;
-  return manifest.substr(start, manifest.find('\n', start) - start);
+  return "";
+}
+
+std::string Jar::mainClass() const {
+  std::string name = manifestValue("Main-Class");
+  std::replace(name.begin(), name.end(), '/', '.');
+  return name;
 }
 
 }  // namespace quillory::pack

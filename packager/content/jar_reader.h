@@ -14,9 +14,12 @@ class Jar {
   bool contains(const std::string& entry) const { return entries_.count(entry) != 0; }
   /// Whether a class is in it, by its name with dots.
   bool hasClass(const std::string& name) const;
-  /// A value of the manifest's main section, or "". Throws PackError when the manifest is damaged
-  /// or larger than a mebibyte.
+  /// A value of the manifest's main section, or "", as `java -jar` reads it: names in any case,
+  /// lines ended in any way, the last one also by nothing. Throws PackError when the manifest is
+  /// damaged or larger than a mebibyte.
   std::string manifestValue(const std::string& name) const;
+  /// The class that it starts, with dots however it is written; "" for none.
+  std::string mainClass() const;
 
  private:
   struct Entry {

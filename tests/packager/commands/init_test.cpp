@@ -112,6 +112,50 @@ CommandResult packWhatInitWrites(const Project& project) {
   return pack({"bundle", path});
 }
 
+TEST(Init, PacksWhatGradleHasInstalledAsItLies) {
+  Project project;
+  const std::string home = project / "build/install/app/";
+  fs::create_directories(home + "lib");
+  fs::rename(project / "hello.jar", home + "lib/hello.jar");
+  writeFile(home + "lib/data.txt", "x");
+  writeFile(home + "bin/app",
+            "#!/bin/sh\nDEFAULT_JVM_OPTS='\"-Xmx99m\" \"-Dhome=$APP_HOME\"'\n"
+            "CLASSPATH=$APP_HOME/lib/hello.jar\n"
+            "set -- -classpath \"$CLASSPATH\" com.example.hello.Hello \"$@\"\n");
+  const CommandResult bundle = packWhatInitWrites(project);
+  EXPECT_EQ(bundle.status, 0) << bundle.err;
+  const std::string archive = project / "dist/release/Quillory-App-1-archive.p2.l2";
+  const CommandResult extracted = pack({"extract", archive, project / "out"});
+  ASSERT_EQ(extracted.status, 0) << extracted.err;
+  for (const char* file : {"lib/hello.jar", "lib/data.txt", "bin/app", "QuilloryLaunch"})
+    EXPECT_TRUE(fs::exists(project / "out" + ('/' + std::string(file)))) << file;
+}
+
+TEST(Init, TellsWhatItChoseAndWhy) {
+  Project project;
+  const std::string home = project / "build/install/app/";
+  fs::create_directories(home + "lib");
+  fs::copy_file(project / "hello.jar", home + "lib/hello.jar");
+  writeFile(
+      home + "bin/app",
+      "#!/bin/sh\nDEFAULT_JVM_OPTS='\"-Dhome=$APP_HOME\"'\nCLASSPATH=$APP_HOME/lib/hello.jar\n"
+      "set -- -classpath \"$CLASSPATH\" com.example.hello.Hello \"$@\"\n");
+  const CommandResult init = pack({"init", project / "quillory.toml"});
+  EXPECT_THAT(init.err,
+              AllOf(HasSubstr("build/install/app, as Gradle's application plugin has installed it"),
+                    HasSubstr("from its script bin/app\n"),
+                    HasSubstr("left out, as only its old launcher understands it: "
+                              "-Dhome=$APP_HOME\n")));
+  fs::remove_all(project / "build");
+  fs::remove(project / "hello.jar");
+  writeFile(project / "m/x", "x");
+  ASSERT_EQ(runChild({"jar", "--create", "--file", project / "a.jar", "-C", project / "m", "x"})
+                .exitStatus,
+            0);
+  EXPECT_THAT(pack({"init", project / "other.toml"}).err,
+              HasSubstr("main class: nothing here names it"));
+}
+
 TEST(Init, WritesWhatCanBePackedWhateverTheJarIsCalled) {
   const std::pair<std::string, std::string> cases[] = {
       {"a\nb\x1b\x7f.jar", "A B"},

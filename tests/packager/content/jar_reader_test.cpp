@@ -36,6 +36,51 @@ TEST(Jar, JoinsManifestLinesThatAreContinued) {
             "com.example.a.very.long.package.name.that.does.not.fit.into.one.line.Main");
 }
 
+// A jar with nothing but this manifest, stored.
+std::string jarWithManifest(std::string manifest, const std::string& name) {
+  std::string bytes = stubRuntimeJar();
+  const std::size_t at = bytes.find("Manifest-Version");
+  const std::size_t size = bytes.find("PK\1\2") - at;
+  manifest.resize(size, '\0');  // the length of the one that was there
+  bytes.replace(at, size, manifest);
+  const std::string usual = "META-INF/MANIFEST.MF";
+  for (std::size_t i = 0; (i = bytes.find(usual, i)) != std::string::npos; i += usual.size()) {
+    bytes.replace(i, usual.size(), name);
+  }
+  return bytes;
+}
+
+// The rules of the program java, which takes more than the class library writes.
+TEST(Jar, ReadsManifestsAsLenientlyAsJavaDoes) {
+  const std::pair<std::string, std::string> cases[] = {{"Main-Class: a.B\r\nX: y\r\n\r\n", "a.B"},
+                                                       {"Main-Class: a.B\rX: y\r", "a.B"},
+                                                       {"MAIN-CLASS:a.B\n", "a.B"},
+                                                       {"X: y\nmain-class:   a/B  \n", "a.B"},
+                                                       {"Main-Class: a.\r\n B\r\n", "a.B"},
+                                                       {"Main-Class: a.\n B\n C\n", "a.BC"},
+                                                       {"Main-Class\n", ""},
+                                                       {"X: y\n\nMain-Class: a.B\n", ""},
+                                                       {"X: Main-Class: a.B\n", ""}};
+  const TempDir dir;
+  for (const auto& [manifest, mainClass] : cases) {
+    writeFile(dir / "a.jar", jarWithManifest(manifest + '\n', "META-INF/MANIFEST.MF"));
+    EXPECT_EQ(Jar(dir / "a.jar").mainClass(), mainClass) << manifest;
+  }
+  writeFile(dir / "a.jar", jarWithManifest("Main-Class: a.B\n\n", "meta-inf/Manifest.mf"));
+  EXPECT_EQ(Jar(dir / "a.jar").mainClass(), "a.B");
+}
+
+// The jar tool adds the last line's end by itself, so zip makes it.
+TEST(Jar, ReadsAManifestWhoseLastLineHasNoEnd) {
+  const TempDir dir;
+  writeFile(dir / "META-INF/MANIFEST.MF", "Manifest-Version: 1.0\nMain-Class: a.B");
+  testing::ChildOptions options;
+  options.directory = dir.str();
+  ASSERT_EQ(runChild({"python3", "-m", "zipfile", "-c", "a.jar", "META-INF"}, options).exitStatus,
+            0);
+  EXPECT_EQ(Jar(dir / "a.jar").mainClass(), "a.B");
+}
+
 TEST(Jar, ReadsEntriesThatAreStored) {
   TempDir dir;
   writeFile(dir / "a.jar", stubRuntimeJar());
