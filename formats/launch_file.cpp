@@ -55,18 +55,29 @@ std::vector<std::string> readLaunchEntries(std::FILE* stream, long count, const 
 LaunchTrailer readLaunchTrailer(std::FILE* stream, int version) {
   LaunchTrailer trailer;
   LaunchFile file;
-  // What follows the compatibility class is for the Java side. It is read, so that a value that
-  // does not fit shows up in the output of this start too, and then dropped.
+  // Most of what follows the compatibility class is for the Java side. It is read, so that a value
+  // that does not fit shows up in the output of this start too, and then dropped.
   for (std::size_t i = kLaunchTrailerStart; i < kLaunchFileRecords.size(); ++i) {
     const LaunchFileRecord& record = kLaunchFileRecords[i];
     if (version < record.sinceVersion) return trailer;
     readRecord(stream, record, file);
+    trailer.jvmOptions = file.jvmOptions;
     if (i != kLaunchTrailerStart) continue;
     trailer.hasCompatibilityClass = true;
     trailer.compatibilityClass = file.compatibilityClass;
     logMessage("[Extractor] Read JRE compatibility class %s\n", file.compatibilityClass.c_str());
   }
   return trailer;
+}
+
+std::vector<std::string> readLaunchOptions(std::FILE* stream, int version) {
+  LaunchFile file;
+  for (std::size_t i = kLaunchTrailerStart; i < kLaunchFileRecords.size(); ++i) {
+    const LaunchFileRecord& record = kLaunchFileRecords[i];
+    if (version < record.sinceVersion) break;
+    readRecord(stream, record, file);
+  }
+  return file.jvmOptions;
 }
 
 }  // namespace quillory

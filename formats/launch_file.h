@@ -32,8 +32,12 @@ std::vector<std::string> readLaunchEntries(std::FILE* stream, long count, const 
 struct LaunchTrailer {
   bool hasCompatibilityClass = false;
   std::string compatibilityClass;
+  std::vector<std::string> jvmOptions;  ///< of the updater, or for it: the launch file's page
 };
 /// Nothing of it is read where `version`, which the header has, is too low for it.
 LaunchTrailer readLaunchTrailer(std::FILE* stream, int version);
+/// The same, of an application's file: of these records its options alone are of use before it
+/// runs.
+std::vector<std::string> readLaunchOptions(std::FILE* stream, int version);
 
 }  // namespace quillory

@@ -13,6 +13,10 @@ inline constexpr char kLaunchFileName[] = "QuilloryLaunch";
 /// The newest version of the file: the one that has all records.
 inline constexpr int kLaunchFileVersion = 6;
 
+/// The option by which an updater's launch file asks for the application that it will run: the JVM
+/// begins with that application's class path behind the updater's, and with its options.
+inline constexpr char kWithApplicationOption[] = "-Dquillory.class.path=application";
+
 /// What a launch file says. Texts that are missing are "".
 struct LaunchFile {
   std::string mainClass{};

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <vector>
 
@@ -79,13 +80,12 @@ std::optional<long> versionOfFolder(std::string_view folderName) {
   return std::strtol(digits->c_str(), nullptr, 10);
 }
 
-std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name) {
-  return newestVersionFolder(master, name, [](const std::string&) { return true; });
-}
+namespace {
 
-std::optional<std::string> newestVersionFolder(
+/// `passedOverAs` is what the log says of a folder whose path `isWanted` does not accept.
+std::optional<std::string> newestFolder(
     const std::string& master, const std::string& name,
-    const std::function<bool(const std::string& folder)>& isWhole) {
+    const std::function<bool(const std::string& folder)>& isWanted, const char* passedOverAs) {
   const std::vector<std::string> entries = namesIn(master);
   std::optional<std::string> latest;
   long latestVersion = -1;
@@ -100,8 +100,8 @@ std::optional<std::string> newestVersionFolder(
       continue;
     }
     if (version <= latestVersion) continue;
-    if (!isWhole(joinPath(master, entry))) {
-      logMessage("[PickFolder] Folder %s is not whole. Skipping.\n", entry.c_str());
+    if (!isWanted(joinPath(master, entry))) {
+      logMessage("[PickFolder] Folder %s is %s. Skipping.\n", entry.c_str(), passedOverAs);
       continue;
     }
     latest = entry;
@@ -109,6 +109,27 @@ std::optional<std::string> newestVersionFolder(
     logMessage("[PickFolder] Set latest to %ld %s\n", latestVersion, latest->c_str());
   }
   return latest;
+}
+
+}  // namespace
+
+std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name) {
+  return newestVersionFolder(master, name, [](const std::string&) { return true; });
+}
+
+std::optional<std::string> newestVersionFolder(
+    const std::string& master, const std::string& name,
+    const std::function<bool(const std::string& folder)>& isWhole) {
+  return newestFolder(master, name, isWhole, "not whole");
+}
+
+std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name,
+                                               const std::vector<std::string>& passedOver) {
+  const auto isWanted = [&](const std::string& folder) {
+    const std::string entry = folder.substr(folder.rfind('/') + 1);
+    return std::find(passedOver.begin(), passedOver.end(), entry) == passedOver.end();
+  };
+  return newestFolder(master, name, isWanted, "passed over by the updater");
 }
 
 long countFolderEntries(const std::string& folder) { return countEntries(folder); }

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quillory {
 
@@ -46,6 +47,10 @@ std::optional<std::string> newestVersionFolder(const std::string& master, const 
 std::optional<std::string> newestVersionFolder(
     const std::string& master, const std::string& name,
     const std::function<bool(const std::string& folder)>& isWhole);
+
+/// The same but for the folders with these names; the log names those, too.
+std::optional<std::string> newestVersionFolder(const std::string& master, const std::string& name,
+                                               const std::vector<std::string>& passedOver);
 
 /// Number of entries in a folder's listing, "." and ".." included; 0 when it cannot be opened.
 long countFolderEntries(const std::string& folder);

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -15,6 +16,7 @@
 #include "formats/remembered_options_format.h"
 #include "install/version_folders.h"
 #include "java/app_executable.h"
+#include "java/chosen_application.h"
 #include "java/jre_bundle.h"
 #include "java/launch_command.h"
 #include "java/launch_properties.h"
@@ -160,6 +162,17 @@ void passUserArguments(const LaunchRequest& request, LaunchCommand& command) {
              static_cast<int>(request.userArguments.size()));
 }
 
+/// Of an updater that wants it: from the class path that the JVM begins with, an application has
+/// what it would have if it had been started alone.
+void passApplication(const LaunchRequest& request, const LaunchHeader& header,
+                     const LaunchTrailer& trailer, LaunchCommand& command) {
+  const auto& options = trailer.jvmOptions;
+  if (request.launchClass != kLaunchApplication ||
+      std::find(options.begin(), options.end(), kWithApplicationOption) == options.end())
+    return;
+  addChosenApplication(request.masterFolder, header.appName, command);
+}
+
 void logArguments(const std::vector<std::string>& arguments, int launchClass) {
   logMessage("[Extractor] Executable: %s\n", arguments[0].c_str());
   int index = 0;
@@ -202,6 +215,7 @@ LaunchResult launch(const LaunchRequest& request) {
   passExtraArguments(launchFile.get(), command);
   const LaunchTrailer trailer = readLaunchTrailer(launchFile.get(), header.version);
   command.classToRun = classToRun(request.launchClass, header, trailer);
+  passApplication(request, header, trailer, command);
   passUserArguments(request, command);
   logArguments(processArguments(command), request.launchClass);
   launchFile.reset();

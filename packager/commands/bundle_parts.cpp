@@ -218,6 +218,9 @@ BundlePart updaterPart(const Config& config, const BundleTools& tools,
     launch.compatibilityClass = kCompatibilityClass;
   }
   launch.classPath = {kUpdaterJarName};
+  if (config.updater.jar.empty()) {
+    launch.jvmOptions = {kWithApplicationOption};
+  }
   ContentTree tree("updater");
   tree.addBytes(launchFileBytes(launch), kLaunchFileName);
   tree.addFile(tools.updaterJar, kUpdaterJarName);

@@ -41,7 +41,7 @@ std::string LaunchFileText::bytes() const {
   const int number = std::atoi(version.c_str());
   if (number >= 3) bytes += records({compatibilityClass});
   if (number >= 4) bytes += records({"PostInstall", "PreUninstall"});
-  if (number >= 5) bytes += countedRecords({"-Dignored=1"});
+  if (number >= 5) bytes += countedRecords(options);
   if (number >= 6) bytes += records({"1"});
   return bytes;
 }

@@ -26,6 +26,7 @@ struct LaunchFileText {
   std::vector<std::string> classPath = {"a.jar", "lib/b.jar"};
   std::vector<std::string> extraArguments = {"extra"};
   std::string compatibilityClass = "com.example.Compatible";
+  std::vector<std::string> options = {"-Dignored=1"};
 
   /// As a file of that version has it, and no record more.
   std::string bytes() const;

@@ -68,6 +68,31 @@ TEST_F(LaunchFromLaunchFile, HasAnEmptyClassPathForACountOfZero) {
                                      "extra", "user", "two words"));
 }
 
+TEST_F(LaunchFromLaunchFile, AnUpdaterThatWantsItGetsTheApplicationOnItsClassPath) {
+  const std::string version = master_ + "/Quillory-demo-7-complete";
+  writeFile(version + "/QuilloryLaunch",
+            LaunchFileText{.classPath = {"app.jar"}, .options = {"-Dof.application=1"}}.bytes());
+  writeLaunchFile({.memory = "256", .options = {"-Dquillory.class.path=application"}});
+  writeFile(master_ + "/QYApps/JRE-LastSuccessfulOptions-Quillory-JRE-17-complete",
+            records({"1", "-Dremembered=1"}));
+  recordSpawn();
+  EXPECT_EQ(launch(kLaunchApplication), 0);
+  EXPECT_THAT(
+      spawned(),
+      ElementsAre(executable_, "-Xmx256m", "-cp", classPath() + ":" + version + "/app.jar",
+                  "-Dquillory.application=" + version, "-Dof.application=1", "-Dremembered=1",
+                  "com.example.Main", properties_, "extra", "user", "two words"));
+  EXPECT_THAT(readFile(properties_), Not(HasSubstr("of.application")));
+}
+
+TEST_F(LaunchFromLaunchFile, ARuntimeIsTriedWithoutAnApplication) {
+  writeFile(master_ + "/Quillory-demo-7-complete/QuilloryLaunch", LaunchFileText{}.bytes());
+  writeLaunchFile({.options = {"-Dquillory.class.path=application"}});
+  recordSpawn();
+  launch(kLaunchCompatibilityCheck, jre_ + "/bin/java");
+  EXPECT_THAT(spawned(), Contains(classPath()));
+}
+
 TEST_F(LaunchFromLaunchFile, WritesThePropertiesOfTheLaunch) {
   writeFile(master_ + "/QYApps/JRE-LastSuccessfulOptions-Quillory-JRE-17-complete",
             records({"1", "-Dremembered=1"}));

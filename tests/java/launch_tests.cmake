@@ -13,7 +13,7 @@ set_target_properties(launch_probe PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_B
 target_link_libraries(launch_probe PRIVATE quillory_options quillory_java)
 
 quillory_test(launch_tests
-  SOURCES app_executable_test.cpp bundle_loader_test.cpp jni_launch_test.cpp launch_command_test.cpp
+  SOURCES app_executable_test.cpp bundle_loader_test.cpp chosen_application_test.cpp jni_launch_test.cpp launch_command_test.cpp
           launch_fixture.cpp launch_flow_test.cpp launch_properties_test.cpp
           launch_start_test.cpp modified_utf8_test.cpp trial_end_test.cpp
   LIBRARIES quillory_java)

@@ -191,10 +191,10 @@ TEST_F(BundleParts, TheUpdaterOfOursIsStartedByItsOwnClasses) {
   const ContentTree& tree = part.content;
   EXPECT_EQ(tree.name(), "updater");
   EXPECT_EQ(pathsOf(tree), (Names{"QuilloryLaunch", "updater.jar"}));
-  EXPECT_EQ(
-      tree.entries().at("QuilloryLaunch").bytes,
-      records({"6", "io.quillory.updater.Main", "", "Hello", "", "0", "256", "64", "1",
-               "updater.jar", "0", "io.quillory.updater.JreCompatibility", "", "", "0", "0"}));
+  EXPECT_EQ(tree.entries().at("QuilloryLaunch").bytes,
+            records({"6", "io.quillory.updater.Main", "", "Hello", "", "0", "256", "64", "1",
+                     "updater.jar", "0", "io.quillory.updater.JreCompatibility", "", "", "1",
+                     "-Dquillory.class.path=application", "0"}));
 }
 
 TEST_F(BundleParts, TheUpdaterHasItsProgramsAndSettingsWhereThereAreSettings) {

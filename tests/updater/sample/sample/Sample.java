@@ -20,6 +20,12 @@ public final class Sample {
         text.append("property ").append(System.getProperty(arg.substring(11))).append('\n');
       } else if (arg.startsWith("--library=")) {
         text.append("library ").append(load(arg.substring(10))).append('\n');
+      } else if (arg.startsWith("--open=")) {
+        text.append("opened ").append(open(arg.substring(7))).append('\n');
+      } else if (arg.equals("--system-loader")) {
+        ClassLoader own = Sample.class.getClassLoader();
+        text.append("system loader is mine: ").append(own == ClassLoader.getSystemClassLoader());
+        text.append('\n');
       } else if (arg.equals("--throw")) {
         throw new IllegalStateException("thrown on purpose");
       } else if (arg.startsWith("--exit=")) {
@@ -35,6 +41,16 @@ public final class Sample {
       System.loadLibrary(library);
       return "loaded";
     } catch (UnsatisfiedLinkError e) {
+      return e.getMessage();
+    }
+  }
+
+  /** What a handler of the application's own says, which the JDK has to find by its name. */
+  private static String open(String url) {
+    System.setProperty("java.protocol.handler.pkgs", "sample.protocols");
+    try {
+      return new java.net.URL(url).openConnection().getContentType();
+    } catch (java.io.IOException e) {
       return e.getMessage();
     }
   }

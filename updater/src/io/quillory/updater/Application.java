@@ -6,42 +6,20 @@ import java.lang.reflect.InvocationTargetException;
 import java.lang.reflect.Method;
 import java.lang.reflect.Modifier;
 import java.net.MalformedURLException;
-import java.net.URL;
-import java.net.URLClassLoader;
-import java.security.AllPermission;
-import java.security.CodeSource;
-import java.security.PermissionCollection;
-import java.security.Permissions;
 import java.util.List;
 
-/** An installed application, run in this JVM. */
+/**
+ * An installed application, run in this JVM. The launcher has put the version that is most likely to
+ * be chosen on the class path that the JVM has begun with, because much of Java looks for an
+ * application's classes only there: handlers of URLs and of logging, services, JNI, class data
+ * archives. Which version that was it says in a system property.
+ */
 final class Application {
-  /** Where an application's native libraries lie, in its version folder. */
-  private static final String NATIVE_FOLDER = "native";
+  /** What the launcher has put on the class path: a version folder, or "". */
+  static final String ON_CLASS_PATH = "quillory.application";
 
-  /** Asks no file for its permissions: that takes milliseconds, and the application has all. */
-  private static final class Loader extends URLClassLoader {
-    private final File folder;
-
-    Loader(File folder, URL[] urls, ClassLoader parent) {
-      super(urls, parent);
-      this.folder = folder;
-    }
-
-    /** Asked before the java.library.path, which the JVM has read before this program runs. */
-    @Override
-    protected String findLibrary(String name) {
-      File library = new File(folder, NATIVE_FOLDER + '/' + System.mapLibraryName(name));
-      return library.isFile() ? library.getPath() : null;
-    }
-
-    @Override
-    protected PermissionCollection getPermissions(CodeSource source) {
-      PermissionCollection all = new Permissions();
-      all.add(new AllPermission());
-      return all;
-    }
-  }
+  /** In the process that another updater has started: the version that was chosen there. */
+  static final String CHOSEN = "quillory.chosen";
 
   private final Method main;
 
@@ -49,10 +27,21 @@ final class Application {
     this.main = main;
   }
 
+  /** Whether the launcher has put another version on the class path than the one in a folder. */
+  static boolean isOtherThan(File folder) {
+    String known = System.getProperty(ON_CLASS_PATH);
+    return known != null && (known.isEmpty() || !new File(known).equals(folder));
+  }
+
   /** The one in a version folder; the message of the exception says why it cannot be started. */
   static Application in(File folder, LaunchFile launchFile) throws IOException {
-    return new Application(
-        mainMethod(launchFile.mainClass, folder, classLoader(folder, launchFile.classPath)));
+    boolean isOnClassPath = System.getProperty(ON_CLASS_PATH) != null && !isOtherThan(folder);
+    setClassPathProperty(folder, launchFile.classPath);
+    ClassLoader loader =
+        isOnClassPath
+            ? ClassLoader.getSystemClassLoader()
+            : loaderOfItsOwn(folder, launchFile.classPath);
+    return new Application(mainMethod(launchFile.mainClass, folder, loader));
   }
 
   /** Runs the main class on this thread; throws what its main method throws. */
@@ -64,22 +53,21 @@ final class Application {
     }
   }
 
-  /**
-   * A class loader that sees the application and the platform, but not the updater. The application
-   * finds its class path where it would find it if it had been started alone.
-   */
-  private static ClassLoader classLoader(File folder, List<String> entries)
-      throws MalformedURLException {
-    URL[] urls = new URL[entries.size()];
+  /** It finds its class path where it would find it if it had been started alone. */
+  private static void setClassPathProperty(File folder, List<String> entries) {
     StringBuilder text = new StringBuilder();
-    for (int i = 0; i < urls.length; i++) {
-      File entry = new File(folder, entries.get(i));
-      urls[i] = entry.toURI().toURL();
-      text.append(i == 0 ? "" : File.pathSeparator).append(entry.getPath());
+    for (int i = 0; i < entries.size(); i++) {
+      text.append(i == 0 ? "" : File.pathSeparator);
+      text.append(new File(folder, entries.get(i)).getPath());
     }
     System.setProperty("java.class.path", text.toString());
+  }
+
+  /** For launchers that know nothing of applications: it sees the platform, but not the updater. */
+  private static ClassLoader loaderOfItsOwn(File folder, List<String> entries)
+      throws MalformedURLException {
     // Never closed: the application may have threads that outlive its main method.
-    ClassLoader loader = new Loader(folder, urls, ClassLoader.getSystemClassLoader().getParent());
+    ClassLoader loader = new OwnLoader(folder, entries);
     Thread.currentThread().setContextClassLoader(loader);
     return loader;
   }

@@ -8,6 +8,8 @@ import java.util.List;
 /** What a version folder's launch file says about its application. */
 final class LaunchFile {
   static final String NAME = "QuilloryLaunch";
+  /** Where an application's native libraries lie, in its version folder. */
+  static final String NATIVE_FOLDER = "native";
 
   /** Versions of the file from which there are these records. */
   private static final int WITH_CHECK = 3;
@@ -16,14 +18,18 @@ final class LaunchFile {
   private static final int WITH_OPTIONS = 5;
 
   private static final String PROPERTY = "-D";
+  private static final String OWN_OPTIONS = "-Dquillory.";
   private static final String USERS_ARGUMENTS = "-Dquillory.arguments=user";
 
   final String mainClass;
+  /** Mebibytes for another JVM than this one, which runs already; below 1 for its own choice. */
+  final long maximumHeap;
+  final long initialHeap;
   /** Paths relative to the folder of the launch file. */
   final List<String> classPath;
   /** Arguments that the application gets before the user's. */
   final List<String> extraArguments;
-  /** "-Dname=value" for each system property that is set before the main class. */
+  /** What the launcher gives to the JVM where it can, and "-Dquillory..." for the updater. */
   private final List<String> options;
 
   private LaunchFile(Records records) {
@@ -33,8 +39,8 @@ final class LaunchFile {
     records.next(); // Application name
     records.next(); // Icon
     records.next(); // Whether a URL is required
-    records.next(); // Memory and stack: too late for them, the JVM runs.
-    records.next();
+    maximumHeap = records.nextNumber();
+    initialHeap = records.nextNumber();
     classPath = group(records);
     extraArguments = group(records);
     if (version >= WITH_CHECK) {
@@ -58,6 +64,15 @@ final class LaunchFile {
    */
   boolean passesUsersArgumentsOnly() {
     return options.contains(USERS_ARGUMENTS);
+  }
+
+  /** Those of a JVM that is still to begin. */
+  void addOptionsOfJvm(List<String> command) {
+    for (String option : options) {
+      if (!option.startsWith(OWN_OPTIONS)) {
+        command.add(option);
+      }
+    }
   }
 
   /** Options of another kind come too late: the JVM runs. */

@@ -8,9 +8,9 @@ import java.util.concurrent.locks.LockSupport;
 /**
  * Started by the launcher with the path of the launch-properties file, the extra arguments of the
  * updater's own launch file, and the user's arguments. Runs the newest installed version of the
- * application with the extra arguments of the application's launch file and the user's arguments, and where that launch file does not say
- * otherwise with the path in front of them. Where that cannot be done, it says so on standard error and ends the process
- * with status 1.
+ * application with the extra arguments of the application's launch file and the user's arguments,
+ * and where that launch file does not say otherwise with the path in front of them. Where that
+ * cannot be done, it says so on standard error and ends the process with status 1.
  *
  * <p>Every start goes through here, so nothing is used that takes the JVM long to load: no lambdas,
  * no regular expressions, no formatting, no logging, no exception class of its own. What a start does
@@ -67,6 +67,9 @@ public final class Main implements Runnable {
       File ownFolder = new File(required(properties, "qystat_app_dir")).getAbsoluteFile();
       File folder = versionToStart(propertiesFile, properties, ownFolder);
       LaunchFile launchFile = readLaunchFile(folder);
+      if (Application.isOtherThan(folder)) {
+        runElsewhere(folder, launchFile, propertiesFile, ownFolder, arguments);
+      }
       launchFile.setSystemProperties();
       application = Application.in(folder, launchFile);
       passedOn = argumentsFor(launchFile, arguments, ownExtraArguments(ownFolder, arguments));
@@ -76,6 +79,18 @@ public final class Main implements Runnable {
       return;
     }
     application.run(passedOn);
+  }
+
+  /** Ends this process when the application has; returns where there is no other process. */
+  private static void runElsewhere(
+      File folder, LaunchFile launchFile, File propertiesFile, File ownFolder, String[] arguments)
+      throws IOException {
+    OwnProcess.remember(
+        LaunchProperties.ownFolderOf(propertiesFile, ownFolder), ownFolder.getParentFile());
+    int status = OwnProcess.run(folder, launchFile, ownFolder, arguments);
+    if (status >= 0) {
+      System.exit(status);
+    }
   }
 
   private static LaunchProperties readProperties(File file) throws IOException {
@@ -97,6 +112,10 @@ public final class Main implements Runnable {
   /** The one that runs now. What is done for updates is begun. */
   private static File versionToStart(
       File propertiesFile, LaunchProperties properties, File ownFolder) throws IOException {
+    String chosen = System.getProperty(Application.CHOSEN);
+    if (chosen != null) {
+      return new File(chosen);
+    }
     String name = required(properties, "qystat_app_name");
     File master = ownFolder.getParentFile();
     if (master == null) {

@@ -30,6 +30,7 @@ public class MainTest {
 
   @Rule public TemporaryFolder folder = new TemporaryFolder();
 
+  private String classPath = UPDATER;
   private File own;
   private File properties;
   private int status;
@@ -91,7 +92,7 @@ public class MainTest {
     List<String> command = new ArrayList<String>();
     command.add(System.getProperty("java.home") + "/bin/java");
     command.addAll(Arrays.asList(jvmOptions));
-    command.addAll(Arrays.asList("-cp", UPDATER, "io.quillory.updater.Main"));
+    command.addAll(Arrays.asList("-cp", classPath, "io.quillory.updater.Main"));
     command.addAll(Arrays.asList(arguments));
     File errFile = folder.newFile();
     Process process =
@@ -133,6 +134,57 @@ public class MainTest {
     assertEquals(err, 0, status);
     assertThat(out, startsWith("argument extra\nargument user\nargument --property="));
     assertThat(out, containsString("property " + properties + "\nproperty given to it\n"));
+  }
+
+  /** As the launcher starts the updater, with a version behind it on the class path. */
+  private void startOn(File version, String... arguments) throws Exception {
+    classPath = UPDATER + ":" + version + "/s p%41ce.jar";
+    startWith(new String[] {"-Dquillory.application=" + version}, arguments);
+  }
+
+  @Test
+  public void anApplicationOnTheClassPathHasWhatItWouldHaveWithoutALauncher() throws Exception {
+    File demo = installDemo(1, "sample.Sample");
+    startOn(demo, properties.getPath(), "--open=sample:path", "--system-loader");
+    assertEquals(err, 0, status);
+    assertThat(out, containsString("opened of the application: path\n"));
+    assertThat(out, containsString("system loader is mine: true\n"));
+    assertThat(out, containsString("class path " + demo + "/s p%41ce.jar\n"));
+    assertThat(out, containsString("context loader is mine: true\n"));
+  }
+
+  /** What the updater's launch file has, as a start in another process needs it. */
+  private void installUpdater() throws Exception {
+    Files.copy(new File(UPDATER).toPath(), new File(own, "updater.jar").toPath());
+  }
+
+  @Test
+  public void anotherVersionThanTheOneOnTheClassPathRunsInAProcessOfItsOwn() throws Exception {
+    installUpdater();
+    File old = installDemo(1, "sample.Missing");
+    File demo = installDemo(2, "sample.Sample");
+    writeLaunchFile(demo, "sample.Sample", "s p%41ce.jar", new String[] {"extra"},
+        new String[] {"-Dquillory.arguments=user", "-Dsample.property=given to it"});
+    startOn(old, properties.getPath(), "two words", "--open=sample:path", "--system-loader",
+        "--property=sample.property", "--property=quillory.launch.properties");
+    assertEquals(err, 0, status);
+    assertThat(out, startsWith("argument extra\nargument two words\n"));
+    assertThat(out, containsString("class path " + demo + "/s p%41ce.jar\n"));
+    assertThat(out, containsString("opened of the application: path\n"));
+    assertThat(out, containsString("system loader is mine: true\n"));
+    assertThat(out, containsString("property given to it\nproperty " + properties + "\n"));
+    startOn(old, properties.getPath(), "--exit=5");
+    assertEquals(5, status);
+  }
+
+  @Test
+  public void anApplicationThatWasNotThereWhenTheJvmBeganRunsInAProcessOfItsOwn()
+      throws Exception {
+    installUpdater();
+    installDemo(1, "sample.Sample");
+    startWith(new String[] {"-Dquillory.application="}, properties.getPath(), "--system-loader");
+    assertEquals(err, 0, status);
+    assertThat(out, containsString("system loader is mine: true\n"));
   }
 
   @Test
@@ -296,7 +348,7 @@ public class MainTest {
     installDemo(1, "sample.Sample");
     assertEquals(
         Arrays.asList("Main", "LaunchProperties", "Records", "VersionFolders", "LaunchFile",
-            "Application", "Application$Loader"),
+            "Application", "OwnLoader"),
         loadedClasses());
     assertFalse(new File(folder.getRoot(), "QYUpdates").exists());
   }
@@ -311,7 +363,7 @@ public class MainTest {
         "1\0" + "1\0Quillory-Demo-1-complete\0\0" + "0\0GOOD\0");
     assertEquals(
         Arrays.asList("Main", "LaunchProperties", "Records", "VersionFolders", "LaunchFile",
-            "Application", "Application$Loader"),
+            "Application", "OwnLoader"),
         loadedClasses());
   }
 

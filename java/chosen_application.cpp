@@ -1,0 +1,89 @@
+#include "java/chosen_application.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "formats/launch_file.h"
+#include "formats/launch_file_format.h"
+#include "formats/record_stream.h"
+#include "install/version_folders.h"
+#include "java/library_path.h"
+#include "support/files.h"
+#include "support/owned.h"
+#include "support/paths.h"
+
+namespace quillory {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr char kApplicationOption[] = "-Dquillory.application=";
+constexpr std::string_view kPassedOverOption = "-Dquillory.passed.over=";
+constexpr std::string_view kLibraryPathOption = "-Djava.library.path=";
+/// Options that are for the updater.
+constexpr std::string_view kOwnPrefix = "-Dquillory.";
+constexpr char kNativeFolder[] = "native";
+
+/// Names of folders, which hold no '/'.
+Texts passedOver(const Texts& options) {
+  Texts names;
+  for (const std::string& option : options) {
+    if (!option.starts_with(kPassedOverOption)) continue;
+    std::string_view rest = std::string_view(option).substr(kPassedOverOption.size());
+    while (!rest.empty()) {
+      const std::size_t end = std::min(rest.find('/'), rest.size());
+      names.emplace_back(rest.substr(0, end));
+      rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+  }
+  return names;
+}
+
+/// Those that are not for the updater, and where its native libraries are.
+Texts optionsOf(const std::string& folder, const Texts& given) {
+  Texts options;
+  bool hasLibraryPath = false;
+  for (const std::string& option : given) {
+    if (option.starts_with(kOwnPrefix)) continue;
+    hasLibraryPath |= option.starts_with(kLibraryPathOption);
+    options.push_back(option);
+  }
+  const std::string libraries = joinPath(folder, kNativeFolder);
+  if (!hasLibraryPath && isFolder(libraries))
+    options.push_back(std::string(kLibraryPathOption) + libraries + ':' + standardLibraryPath());
+  return options;
+}
+
+void insertOptions(const Texts& options, LaunchCommand& command) {
+  const auto place =
+      command.jvmOptions.begin() + static_cast<std::ptrdiff_t>(command.memoryOptionCount);
+  command.jvmOptions.insert(place, options.begin(), options.end());
+}
+
+}  // namespace
+
+void addChosenApplication(const std::string& masterFolder, const std::string& appName,
+                          LaunchCommand& command) {
+  const std::optional<std::string> name =
+      newestVersionFolder(masterFolder, appName, passedOver(command.jvmOptions));
+  const std::string folder = name ? joinPath(masterFolder, *name) : "";
+  const OwnedFile file(name ? std::fopen(joinPath(folder, kLaunchFileName).c_str(), "rb")
+                            : nullptr);
+  if (!file) {
+    insertOptions({kApplicationOption}, command);
+    return;
+  }
+  const LaunchHeader header = readLaunchHeader(file.get());
+  const long entries = readLong(file.get(), kClassPathRecord.name);
+  setClassPath(folder, readLaunchEntries(file.get(), entries, kClassPathRecord.entryName), command);
+  const long arguments = readLong(file.get(), kArgumentsRecord.name);
+  readLaunchEntries(file.get(), arguments, kArgumentsRecord.entryName);
+  Texts options = optionsOf(folder, readLaunchOptions(file.get(), header.version));
+  options.insert(options.begin(), kApplicationOption + folder);
+  insertOptions(options, command);
+}
+
+}  // namespace quillory
