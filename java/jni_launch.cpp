@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "java/cocoa_embedding.h"
 #include "java/jvm_library_names.h"
 #include "java/modified_utf8.h"
 #include "java/trial_end.h"
@@ -191,6 +192,7 @@ int runInThisProcess(const JavaInProcess& java) {
   logTexts("CP Argument", java.classPath);
   logTexts("App Argument", java.arguments);
 
+  letToolkitTakeOver();
   Texts options = allOptions(java);
   Jvm jvm;
   tryFileOfJvm() = java.tryFile;

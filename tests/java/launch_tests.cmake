@@ -33,3 +33,7 @@ quillory_test(bundle_cocoa_tests SOURCES bundle_loader_cocoa_test.cpp
 target_compile_definitions(bundle_cocoa_tests PRIVATE
   QUILLORY_STUB_NO_JVM="$<TARGET_FILE:stub_no_jvm>")
 add_dependencies(bundle_cocoa_tests stub_no_jvm)
+
+# The macOS side, in a program of its own.
+quillory_test(java_macos_tests
+  SOURCES cocoa_embedding_macos_test.cpp ${CMAKE_SOURCE_DIR}/java/cocoa_embedding_macos.cpp)

@@ -1,0 +1,7 @@
+#include "java/cocoa_embedding.h"
+
+namespace quillory {
+
+void letToolkitTakeOver() {}
+
+}  // namespace quillory
