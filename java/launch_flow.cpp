@@ -26,6 +26,7 @@
 #include "support/file_modes.h"
 #include "support/log.h"
 #include "support/open_requests.h"
+#include "support/opened_files.h"
 #include "support/owned.h"
 #include "support/paths.h"
 
@@ -155,11 +156,14 @@ void passExtraArguments(std::FILE* launchFile, LaunchCommand& command) {
     command.applicationArguments.push_back(std::move(argument));
 }
 
+/// Files that the user opened the application with are such arguments, too, behind the others: the
+/// launch properties have just asked for all that came.
 void passUserArguments(const LaunchRequest& request, LaunchCommand& command) {
-  command.applicationArguments.insert(command.applicationArguments.end(),
-                                      request.userArguments.begin(), request.userArguments.end());
-  logMessage("[Extractor] Appending %d command line args\n",
-             static_cast<int>(request.userArguments.size()));
+  std::vector<std::string> own = request.userArguments;
+  if (request.launchClass == kLaunchApplication)
+    for (std::string& path : takeOpenedFiles()) own.push_back(std::move(path));
+  logMessage("[Extractor] Appending %d command line args\n", static_cast<int>(own.size()));
+  for (std::string& argument : own) command.applicationArguments.push_back(std::move(argument));
 }
 
 /// Of an updater that wants it: from the class path that the JVM begins with, an application has

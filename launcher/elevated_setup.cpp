@@ -9,6 +9,8 @@
 #include "launcher/prepare_only.h"
 #include "launcher/splash_override.h"
 #include "support/log.h"
+#include "support/opened_files.h"
+#include "support/platform.h"
 #include "support/spawner.h"
 #include "ui/splash.h"
 
@@ -67,7 +69,10 @@ void runElevated(const std::string& appName, int argc, char** argv, bool isSilen
 void relaunch(int argc, char** argv, const Executable& exe) {
   std::vector<std::string> arguments = {exe.absolutePath};
   addOwnArguments(arguments, argc, argv);
+  // The copy gets no event for what this process was opened with.
+  for (std::string& path : takeOpenedFiles()) arguments.push_back(std::move(path));
   const Tool copy(std::move(arguments));
+  platformCalls.presence.leaveDock();
   logBanner("[SUDO] ======      Relaunching post setup      ======\n");
   copy.runAndWait();
   logMessage("[SUDO] Relaunch complete\n");

@@ -24,15 +24,17 @@ void passOpenRequestsTo(const std::string& path) {
   pathOfFile() = path;
 }
 
-void passOnOpenRequest(const char* url) {
+OpenRequest passOnOpenRequest(const char* url) {
   const std::lock_guard lock(mutex);
-  if (pathOfFile().empty()) return;
+  if (pathOfFile().empty()) return OpenRequest::kTooEarly;
   const int file =
       open(pathOfFile().c_str(), O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
-  if (file < 0) return;
+  if (file < 0) return OpenRequest::kUnheard;
   // In one piece, so that a reader never takes a half for the whole.
-  [[maybe_unused]] const ssize_t written = write(file, url, std::strlen(url) + 1);
+  const std::size_t length = std::strlen(url) + 1;
+  const bool isWritten = write(file, url, length) == static_cast<ssize_t>(length);
   close(file);
+  return isWritten ? OpenRequest::kHeard : OpenRequest::kUnheard;
 }
 
 }  // namespace quillory

@@ -9,8 +9,15 @@ namespace quillory {
 /// thread.
 void passOpenRequestsTo(const std::string& path);
 
+/// What became of a request.
+enum class OpenRequest {
+  kTooEarly,  ///< no application runs yet
+  kHeard,     ///< the application has it
+  kUnheard,   ///< there is no file, or it could not be written
+};
+
 /// Adds `url` and a zero byte. Makes no file, follows no link, and is silent about failures: an
 /// application that does not listen is the usual case. Any thread.
-void passOnOpenRequest(const char* url);
+OpenRequest passOnOpenRequest(const char* url);
 
 }  // namespace quillory

@@ -43,6 +43,9 @@ constinit Platform platformCalls = {
                .cancelRedrawThread = [](void*) {},
                .runOnMainThread = [](void (*work)()) { work(); }},
     .notice = {.show = [](const char*) {}, .takeDown = [] {}},
+    .presence = {.leaveDock = [] {},
+                 .beginWork = [](const char*) -> void* { return nullptr; },
+                 .endWork = [](void*) {}},
 };
 
 }  // namespace quillory

@@ -63,6 +63,16 @@ struct NoticeCalls {
   void (*takeDown)();
 };
 
+/// How the desktop treats this process. Any thread; none fails. The plain answer: as it likes.
+struct PresenceCalls {
+  /// From now on it has no icon in the Dock: another copy of it takes over.
+  void (*leaveDock)();
+  /// Until endWork() takes the result back the user waits for this process, which the system then
+  /// does not slow down. `reason` is for people.
+  void* (*beginWork)(const char* reason);
+  void (*endWork)(void* work);
+};
+
 /// What ends a download that would go on for too long; 0: nothing does.
 struct DownloadLimits {
   long long maxBytes = 0;   ///< more than these are no download
@@ -86,6 +96,7 @@ struct Platform {
   const char* (*requestedUrl)();
   splash::WindowCalls window;
   NoticeCalls notice;
+  PresenceCalls presence;
 };
 
 /// Written before a second thread starts, and by tests.

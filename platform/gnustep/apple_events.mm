@@ -6,6 +6,8 @@
 #include "platform/gnustep/desktop_bus.h"
 #include "platform/main_thread.h"
 #include "platform/toolkit.h"
+#include "support/file_urls.h"
+#include "support/opened_files.h"
 
 using quillory::platform::DesktopBus;
 
@@ -65,6 +67,11 @@ SEL eventSelector = nullptr;
                                                             name == nullptr ? "" : name);
   if (busName.empty()) return;
   bus = DesktopBus::open(busName, [](const char* text) {
+    // Files come the same way here; there they are a message of their own.
+    if (const auto path = quillory::pathOfFileUrl(text)) {
+      quillory::openFile(*path);
+      return;
+    }
     URLRequestDescriptor* event = [[URLRequestDescriptor alloc] init];
     event->url = [[NSString alloc] initWithUTF8String:text];
     [eventHandler performSelector:eventSelector withObject:event withObject:nil];

@@ -47,6 +47,17 @@ TEST_F(DesktopUrl, TheSecondOfTwoArrivesInJava) {
                                     "'demo://second?b=%20c&d=\xc3\xa4'"));
 }
 
+TEST_F(DesktopUrl, AFileIsAnArgument) {
+  startAndHalt({}, {"own"});
+  open("file:///tmp/a%20document");
+  open("demo://x");
+  const ChildResult result = finish();
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_THAT(report(), HasSubstr("=own\n"));
+  EXPECT_THAT(report(), HasSubstr("=/tmp/a document\n"));
+  EXPECT_THAT(report(), HasSubstr("\nproperty qydyna_url_req=demo://x\n"));
+}
+
 TEST_F(DesktopUrl, NoneIsNoProperty) {
   startAndHalt();
   const ChildResult result = finish();

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "java/for_embedders.h"
+#include "support/opened_files.h"
 #include "support/platform.h"
 #include "support/url_request.h"
 #include "tests/harness/records.h"
@@ -50,6 +51,26 @@ TEST_F(LaunchFromLaunchFile, StartsTheCopyOfJavaWithTheListInOrder) {
   EXPECT_THAT(spawned(), ElementsAre(executable_, "-Xmx256m", "-Xms64m", "-cp", classPath(),
                                      "-Dremembered=1", "-Dremembered=2", "com.example.Main",
                                      properties_, "extra", "user", "two words"));
+}
+
+TEST_F(LaunchFromLaunchFile, PassesTheFilesThatTheUserOpenedBehindTheArguments) {
+  forgetOpenedFiles();
+  openFile("/tmp/a document");
+  recordSpawn();
+  launch(kLaunchApplication);
+  EXPECT_THAT(spawned(), ElementsAre(executable_, "-cp", classPath(), "com.example.Main",
+                                     properties_, "extra", "user", "two words", "/tmp/a document"));
+  EXPECT_THAT(log_.text(), HasSubstr("[Extractor] Appending 3 command line args\n"));
+  forgetOpenedFiles();
+}
+
+TEST_F(LaunchFromLaunchFile, LeavesThoseFilesToTheApplicationWhenItAsksForCompatibility) {
+  forgetOpenedFiles();
+  openFile("/tmp/a document");
+  recordSpawn();
+  launch(kLaunchCompatibilityCheck);
+  EXPECT_THAT(takeOpenedFiles(), ElementsAre("/tmp/a document"));
+  forgetOpenedFiles();
 }
 
 TEST_F(LaunchFromLaunchFile, AddsNoMemoryOptionForNumbersBelowOne) {

@@ -7,7 +7,11 @@
 #include <filesystem>
 
 #include "support/exit_status.h"
+#include "support/log.h"
+#include "support/opened_files.h"
+#include "support/platform.h"
 #include "tests/harness/captured_log.h"
+#include "tests/harness/scoped_replace.h"
 #include "tests/harness/stream_of.h"
 #include "tests/launcher/in_child.h"
 #include "tests/launcher/test_bundle.h"
@@ -16,6 +20,8 @@ namespace quillory::testing {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 /// Writes its arguments, one a line, to the file "<itself>.arguments".
 constexpr char kRecorder[] =
@@ -155,6 +161,20 @@ TEST_F(DoElevatedSetupAndLaunch, RunsTheToolThenItself) {
             "<--prompt=My App>\n<" + bundle_.exePath() +
                 ">\n<-x>\n<two words>\n<>\n<$HOME \"q\">\n<QYPREPARE_FOR_LAUNCH_ONLY>\n");
   EXPECT_EQ(readFile(bundle_.exePath() + ".arguments"), "<-x>\n<two words>\n<>\n<$HOME \"q\">\n");
+}
+
+// The copy that starts the application would never hear of them.
+TEST_F(DoElevatedSetupAndLaunch, HandsTheOpenedFilesToTheCopyThatStartsTheApplication) {
+  forgetOpenedFiles();
+  openFile("/tmp/a document");
+  const ScopedReplace leaveDock(
+      platformCalls.presence.leaveDock, +[] { logToSystem("left the Dock\n"); });
+  const Ended ended = elevate({"-x"});
+  EXPECT_EQ(readFile(bundle_.exePath() + ".arguments"), "<-x>\n</tmp/a document>\n");
+  EXPECT_THAT(readFile(tool_ + ".arguments"), Not(HasSubstr("document")));
+  EXPECT_LT(ended.log.find("Launching elevated setup"), ended.log.find("left the Dock"));
+  EXPECT_LT(ended.log.find("left the Dock"), ended.log.find("[SUDO] Relaunch complete"));
+  forgetOpenedFiles();
 }
 
 // The last one tells the copy with the administrator's rights not to start the application.

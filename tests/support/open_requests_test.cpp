@@ -26,15 +26,15 @@ class OpenRequests : public ::testing::Test {
 TEST_F(OpenRequests, AreAddedToTheFileOfAnApplicationThatListens) {
   writeFile(file_, "");
   passOpenRequestsTo(file_);
-  passOnOpenRequest("demo://a b");
-  passOnOpenRequest("demo://\xC3\xBC");
+  EXPECT_EQ(passOnOpenRequest("demo://a b"), OpenRequest::kHeard);
+  EXPECT_EQ(passOnOpenRequest("demo://\xC3\xBC"), OpenRequest::kHeard);
   EXPECT_EQ(readFile(file_), "demo://a b\0demo://\xC3\xBC\0"s);
 }
 
 TEST_F(OpenRequests, OfOneThatDoesNotListenLeaveNothing) {
-  passOnOpenRequest("demo://early");
+  EXPECT_EQ(passOnOpenRequest("demo://early"), OpenRequest::kTooEarly);
   passOpenRequestsTo(file_);
-  passOnOpenRequest("demo://a");
+  EXPECT_EQ(passOnOpenRequest("demo://a"), OpenRequest::kUnheard);
   EXPECT_TRUE(fs::is_empty(dir_.str()));
 }
 
@@ -42,7 +42,7 @@ TEST_F(OpenRequests, FollowNoLink) {
   writeFile(dir_ / "other", "mine");
   fs::create_symlink(dir_ / "other", file_);
   passOpenRequestsTo(file_);
-  passOnOpenRequest("demo://a");
+  EXPECT_EQ(passOnOpenRequest("demo://a"), OpenRequest::kUnheard);
   EXPECT_EQ(readFile(dir_ / "other"), "mine");
 }
 
