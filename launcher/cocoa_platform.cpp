@@ -17,7 +17,8 @@ Platform cocoaPlatform() {
           .isMainThread = isMainThreadOfCocoa,
           .requestedUrl = latestRequestedUrl,
           .window = cocoaSplashWindow(),
-          .notice = cocoaNotice()};
+          .notice = cocoaNotice(),
+          .presence = cocoaPresence()};
 }
 
 }  // namespace quillory

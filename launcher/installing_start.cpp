@@ -17,6 +17,7 @@
 #include "support/file_modes.h"
 #include "support/files.h"
 #include "support/log.h"
+#include "support/user_work.h"
 #include "ui/splash.h"
 
 namespace quillory {
@@ -128,6 +129,8 @@ std::string extractEverything(Start& start, const std::string& installedGu) {
   const ComponentFolders folders = nameComponentFolders(start.masterFolder, start.tail.guVersion,
                                                         start.tail.appName, start.tail.appVersion);
   if (!makeFirstTempFolder(start, folders)) return runWhatIsThere(start, kExitFailure);
+  // Behind the above, which may wait for the application itself.
+  const UserWork work("installs an application");
   const ExtractionResult updaterResult = extractUpdater(
       start.archivesOf(kUpdaterName, start.tail.guVersion), folders, start.splashOverride());
   if (updaterResult.isFailure()) return runWhatIsThere(start, exitStatusOf(updaterResult));

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "launcher/cocoa_platform.h"
+#include "launcher/prepare_only.h"
 #include "launcher/run_thread.h"
 #include "launcher/session_arguments.h"
 #include "support/exit_status.h"
@@ -52,6 +53,7 @@ int main(int argc, char** argv) {
   quillory::argc = argc;
   quillory::argv = argv;
   quillory::createApplication();
+  if (quillory::isPrepareOnly(argc, argv)) quillory::leaveDock();
   logToSystem("Created application\n");
   // Before the loop, so that a URL that started the application is not lost.
   quillory::registerOSXEventListener();

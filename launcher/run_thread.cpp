@@ -1,7 +1,6 @@
 #include "launcher/run_thread.h"
 
 #include <cstdio>
-#include <cstring>
 
 namespace quillory {
 
@@ -10,8 +9,7 @@ char** argv = nullptr;
 int returnCode = 0;
 
 void runSteps(const RunSteps& steps) {
-  // Without arguments this compares the program's own name, which is as good as any other.
-  const bool prepareOnly = std::strcmp(argv[argc - 1], kPrepareOnlyArgument) == 0;
+  const bool prepareOnly = isPrepareOnly(argc, argv);
   std::puts("Extracting wrapper tail...");
   std::fflush(stdout);
   steps.drive(argv[0], argc - 1, argv + 1, argc, argv, prepareOnly);

@@ -24,14 +24,25 @@ bool isReadyForWindows();
 /// front and can be clicked. Main thread only.
 void comeToFront();
 
+/// For a process that no user sees: it has no icon in the Dock and no menu from now on, where the
+/// desktop gives every application those. Main thread only.
+void leaveDock();
+
 /// Runs the main thread's events, and never returns.
 void runMainLoop();
 
 /// The bundle's Info.plist, autoreleased; nil or empty without one.
 NSDictionary* bundleInformation();
 
-/// Events that wait to be handled, the URLs to open among them, are handled before this returns.
-/// Any thread.
+/// Events that wait to be handled, the URLs and files to open among them, are handled before this
+/// returns: those, too, for which the desktop has started the application, unless they take longer
+/// than a second. Any thread.
 void handleWaitingEvents();
+
+/// From now on the user waits for this process, whether it has a window or not: the system does not
+/// slow it down or put the machine to sleep. `reason` is for people who look for why. Returns what
+/// endActivity() takes back, null where the system makes no such difference. Any thread.
+void* beginActivity(const char* reason);
+void endActivity(void* activity);
 
 }  // namespace quillory::platform

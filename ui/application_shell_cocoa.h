@@ -1,6 +1,7 @@
 // The application around the launcher: its Cocoa object, its menu, its events. All on the main
 // thread, in the order of the declarations.
 #pragma once
+#include "support/platform.h"
 
 namespace quillory {
 
@@ -20,6 +21,13 @@ const char* latestRequestedUrl();
 
 /// Reads the application's name and gives it to the standard menu, where there is one.
 void setUpApplicationMenu();
+
+/// For a run that nobody is to see, once there is an application object: without an icon in the
+/// Dock and without a menu.
+void leaveDock();
+
+/// For Platform::presence. Any thread.
+PresenceCalls cocoaPresence();
 
 /// Runs the application's events, for as long as the process lives.
 void runApplication();

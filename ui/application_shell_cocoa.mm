@@ -1,9 +1,11 @@
 #include "ui/application_shell_cocoa.h"
 
 #include "platform/autorelease_pool.h"
+#include "platform/main_thread.h"
 #include "platform/toolkit.h"
 #include "support/log.h"
-#include "ui/menu_titles_cocoa.h"
+#import "ui/application_delegate_cocoa.h"
+#import "ui/menu_titles_cocoa.h"
 
 namespace quillory {
 namespace {
@@ -24,6 +26,7 @@ void startCocoa(char** arguments) { platform::startToolkit(arguments[0]); }
 void createApplication() {
   const AutoreleasePool pool;
   platform::prepareApplication();
+  [NSApp setDelegate:ownDelegate()];
 }
 
 void setUpApplicationMenu() {
@@ -33,6 +36,16 @@ void setUpApplicationMenu() {
   if (NSApp == nil) return;
   loadStandardMenu();
   retitleApplicationMenu([NSApp mainMenu], name);
+}
+
+void leaveDock() {
+  platform::onMainThread([] { platform::leaveDock(); });
+}
+
+PresenceCalls cocoaPresence() {
+  return {.leaveDock = leaveDock,
+          .beginWork = platform::beginActivity,
+          .endWork = platform::endActivity};
 }
 
 void runApplication() { platform::runMainLoop(); }

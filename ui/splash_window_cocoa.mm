@@ -53,7 +53,6 @@ void createWindow(int width, int height) {
     const AutoreleasePool pool;
     frame = {.x = 0, .y = 0, .width = double(width), .height = double(height)};
     isWanted = true;
-    if (NSApp != nil) makeWindow();
   });
 }
 
@@ -103,7 +102,9 @@ void setWindowFrame(Frame wanted) {
   onMainThread([wanted] {
     const AutoreleasePool pool;
     if (isWanted) frame = wanted;
-    [win setFrame:windowRect(wanted) display:YES animate:platform::kAnimatesResizing];
+    if (win == nil) return;
+    const BOOL isAnimated = platform::kAnimatesResizing && [win isVisible] ? YES : NO;
+    [win setFrame:windowRect(wanted) display:YES animate:isAnimated];
   });
 }
 

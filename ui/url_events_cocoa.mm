@@ -7,6 +7,7 @@
 #include "support/log.h"
 #include "support/open_requests.h"
 #include "ui/application_shell_cocoa.h"
+#import "ui/late_requests_cocoa.h"
 
 namespace {
 
@@ -29,14 +30,16 @@ URLHandler* urlHandler = nil;
         withReplyEvent:(NSAppleEventDescriptor*)reply {
   (void)reply;
   NSString* url = [[event paramDescriptorForKeyword:kDirectObject] stringValue];
-  const char* text = url == nil ? "" : [url UTF8String];
+  const char* inUtf8 = [url UTF8String];
+  const char* text = inUtf8 == nullptr ? "" : inUtf8;
   quillory::logToSystem("[Quillory] [URL] Request received to open URL %s\n",
                         url == nil ? "(null)" : text);
   // A thread may be reading the earlier copy: it stays allocated, and is replaced in one store.
   // Not by std::atomic_ref, which the C++ library of most Macs has not.
   __atomic_store_n(&requestedURL, strdup(text), __ATOMIC_RELEASE);
   quillory::logToSystem("[Quillory] [URL] Converted URL to '%s'\n", [self getRequestedURL]);
-  quillory::passOnOpenRequest(text);
+  if (quillory::passOnOpenRequest(text) == quillory::OpenRequest::kUnheard)
+    quillory::keepUrlEventForJava(event);
 }
 
 - (const char*)getRequestedURL {

@@ -17,6 +17,7 @@
 #include "platform/gnustep/scoped_signals.h"
 #include "platform/gnustep/user_entry.h"
 #include "platform/gnustep/window_library.h"
+#include "platform/waiting_loop.h"
 #include "support/log.h"
 
 namespace quillory::platform {
@@ -96,18 +97,6 @@ void assumeUtf8() {
   setenv("LC_CTYPE", "C.UTF-8", 1);
 }
 
-// A loop in which nothing can ever happen returns at once. A port would keep it, too, but leaves a
-// folder behind.
-void keepLoopWaiting() {
-  const AutoreleasePool pool;
-  constexpr NSTimeInterval kCenturySeconds = 100.0 * 365 * 24 * 3600;
-  [NSTimer scheduledTimerWithTimeInterval:kCenturySeconds
-                                   target:[NSRunLoop currentRunLoop]
-                                 selector:@selector(description)
-                                 userInfo:nil
-                                  repeats:YES];
-}
-
 }  // namespace
 
 void startToolkit(char* programName) {
@@ -146,12 +135,11 @@ bool isReadyForWindows() {
 // The window server makes no difference between programs.
 void comeToFront() {}
 
+void leaveDock() {}
+
 void runMainLoop() {
   keepLoopWaiting();
-  while (windows != Windows::kReady) {
-    const AutoreleasePool pool;
-    [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate distantFuture]];
-  }
+  while (windows != Windows::kReady) runLoopOnce();
   endTurnsBeforeSecondWait();
   // Not by GNUstep's own loop: it starts a notification daemon that outlives the process, and takes
   // 50 ms for its first turn. The splash needs the events only.
@@ -171,5 +159,10 @@ NSDictionary* bundleInformation() {
   }
   return information;
 }
+
+// No desktop slows down a program that has no window.
+void* beginActivity(const char*) { return nullptr; }
+
+void endActivity(void*) {}
 
 }  // namespace quillory::platform

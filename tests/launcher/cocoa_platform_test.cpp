@@ -48,6 +48,9 @@ TEST(CocoaPlatform, LeavesNoPlainAnswerForBundlesAndWindow) {
   expectOwnAnswer(cocoa.window.runOnMainThread, plain.window.runOnMainThread);
   expectOwnAnswer(cocoa.notice.show, plain.notice.show);
   expectOwnAnswer(cocoa.notice.takeDown, plain.notice.takeDown);
+  expectOwnAnswer(cocoa.presence.leaveDock, plain.presence.leaveDock);
+  expectOwnAnswer(cocoa.presence.beginWork, plain.presence.beginWork);
+  expectOwnAnswer(cocoa.presence.endWork, plain.presence.endWork);
 }
 
 TEST(CocoaPlatform, TakesWhatIsLogged) {

@@ -3,17 +3,25 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <csignal>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "platform/launch_gate.h"
 #include "platform/main_thread.h"
+#include "support/open_requests.h"
+#include "support/opened_files.h"
 #include "support/platform.h"
 #include "support/url_request.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
+#include "tests/harness/temp_dir.h"
+#import "ui/application_delegate_cocoa.h"
 #include "ui/application_shell_cocoa.h"
+#import "ui/late_requests_cocoa.h"
 #import "ui/menu_titles_cocoa.h"
 #include "ui/progress_tiles.h"
 #import "ui/redrawer_cocoa.h"
@@ -34,17 +42,48 @@
 - (NSString*)stringValue {
   return text;
 }
+- (id)copyWithZone:(NSZone*)zone {
+  EventOfTest* copy = [[EventOfTest allocWithZone:zone] init];
+  copy->text = text;
+  return copy;
+}
+@end
+
+/// The delegate that Java's toolkit puts in the place of ours.
+@interface DelegateOfJava : NSObject {
+ @public
+  std::vector<std::string> seen;
+}
+- (void)_handleOpenURLEvent:(NSAppleEventDescriptor*)event
+             withReplyEvent:(NSAppleEventDescriptor*)reply;
+- (void)application:(NSApplication*)application openFiles:(NSArray*)paths;
+@end
+
+@implementation DelegateOfJava
+- (void)_handleOpenURLEvent:(NSAppleEventDescriptor*)event
+             withReplyEvent:(NSAppleEventDescriptor*)reply {
+  (void)reply;
+  NSString* url = [[event paramDescriptorForKeyword:0x2D2D2D2D] stringValue];
+  seen.push_back(std::string("URL ") + [url UTF8String]);
+}
+- (void)application:(NSApplication*)application openFiles:(NSArray*)paths {
+  (void)application;
+  for (NSUInteger i = 0; i < [paths count]; ++i)
+    seen.push_back(std::string("file ") + [[paths objectAtIndex:i] UTF8String]);
+}
 @end
 
 namespace quillory {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::SizeIs;
 using ::testing::Values;
 using testing::CapturedLog;
 using testing::CocoaObjects;
 using testing::ScopedMethod;
 using testing::ScopedReplace;
+using testing::TempDir;
 
 using MenuTitles = CocoaObjects;
 
@@ -187,6 +226,75 @@ TEST_F(RegisterOSXEventListener, AsksForTheGetUrlEventWhoseCodesAreGURL) {
   event->text = @"demo:x";
   [registered.handler handleURLEvent:event withReplyEvent:nil];
   EXPECT_STREQ(getRequestedURL(), "demo:x");
+}
+
+using AppDelegate = CocoaObjects;
+
+volatile std::sig_atomic_t terminations = 0;
+
+TEST_F(AppDelegate, AnswersToQuitWithTheSignalThatLetsJavaEnd) {
+  const CapturedLog log;
+  terminations = 0;
+  auto* const before = std::signal(SIGTERM, [](int) { terminations = terminations + 1; });
+  EXPECT_EQ([ownDelegate() applicationShouldTerminate:NSApp], NSTerminateCancel);
+  EXPECT_EQ(terminations, 1);
+  std::signal(SIGTERM, before);
+  EXPECT_THAT(log.messages(), ElementsAre("[Quillory] Asked to quit: ending as by SIGTERM\n"));
+}
+
+TEST_F(AppDelegate, KeepsTheApplicationObjectFromEndingTheProcess) {
+  const CapturedLog log;
+  auto* const before = std::signal(SIGTERM, [](int) {});
+  [NSApp setDelegate:ownDelegate()];
+  [NSApp terminate:nil];
+  [NSApp setDelegate:nil];
+  std::signal(SIGTERM, before);
+  EXPECT_THAT(log.messages(), SizeIs(1)) << "it has been asked";
+}
+
+TEST_F(AppDelegate, TellsWhenTheLaunchIsOver) {
+  [ownDelegate() applicationDidFinishLaunching:nil];
+  EXPECT_TRUE(platform::endOfLaunch().waitFor(std::chrono::milliseconds(0)));
+}
+
+TEST_F(AppDelegate, KeepsFilesForTheLaunch) {
+  const CapturedLog log;
+  forgetOpenedFiles();
+  [ownDelegate() application:NSApp
+                   openFiles:[NSArray arrayWithObjects:@"/tmp/b c", @"/tmp/\u00e4", nil]];
+  EXPECT_THAT(takeOpenedFiles(), ElementsAre("/tmp/b c", "/tmp/\xc3\xa4"));
+  EXPECT_EQ(keptForJava(), 0U);
+  forgetOpenedFiles();
+}
+
+using LateRequestsForJava = CocoaObjects;
+
+void turnLoopUntilNothingIsKept() {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (keptForJava() > 0 && std::chrono::steady_clock::now() < end)
+    [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode
+                             beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.02]];
+}
+
+TEST_F(LateRequestsForJava, GoToTheDelegateThatComesAfterOurs) {
+  const CapturedLog log;
+  TempDir dir;
+  takeOpenedFiles();
+  passOpenRequestsTo(dir / "nobody listens");
+  URLHandler* handler = [[[URLHandler alloc] init] autorelease];
+  EventOfTest* event = [[[EventOfTest alloc] init] autorelease];
+  event->text = @"late:x";
+  [NSApp setDelegate:ownDelegate()];
+  [handler handleURLEvent:event withReplyEvent:nil];
+  [ownDelegate() application:NSApp openFiles:[NSArray arrayWithObject:@"/tmp/late"]];
+  EXPECT_EQ(keptForJava(), 2U);
+  DelegateOfJava* java = [[[DelegateOfJava alloc] init] autorelease];
+  [NSApp setDelegate:java];
+  turnLoopUntilNothingIsKept();
+  [NSApp setDelegate:nil];
+  EXPECT_THAT(java->seen, ElementsAre("URL late:x", "file /tmp/late"));
+  passOpenRequestsTo("");
+  forgetOpenedFiles();
 }
 
 using RedrawerThread = CocoaObjects;

@@ -27,9 +27,14 @@ void NSRectFill(NSRect rect);
 - (void)mouseDown:(NSEvent*)event;
 @end
 
+typedef NSUInteger NSApplicationTerminateReply;
+enum : NSApplicationTerminateReply { NSTerminateCancel = 0 };
+
 @interface NSApplication : NSResponder
 + (NSApplication*)sharedApplication;
 - (void)run;
+- (id)delegate;
+- (void)setDelegate:(id)delegate;
 - (NSMenu*)mainMenu;
 - (BOOL)setActivationPolicy:(NSInteger)policy;
 - (void)activateIgnoringOtherApps:(BOOL)ignores;
@@ -142,6 +147,7 @@ extern "C" NSApplication* NSApp;
                             backing:(NSBackingStoreType)backing
                               defer:(BOOL)isDeferred;
 - (NSRect)frame;
+- (BOOL)isVisible;
 - (void)setFrame:(NSRect)frame display:(BOOL)isDisplayed animate:(BOOL)isAnimated;
 - (void)setReleasedWhenClosed:(BOOL)isReleased;
 - (void)setBackgroundColor:(NSColor*)color;

@@ -1,5 +1,6 @@
-// CoreGraphics: geometry and window levels.
+// CoreGraphics: geometry, window levels, the session.
 #pragma once
+#include <CoreFoundation/CoreFoundation.h>
 #include <stdint.h>
 
 extern "C" {
@@ -23,5 +24,6 @@ typedef int32_t CGWindowLevelKey;
 enum { kCGFloatingWindowLevelKey = 5 };
 
 CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey key);
+CFDictionaryRef CGSessionCopyCurrentDictionary(void);
 
 }  // extern "C"

@@ -5,7 +5,7 @@
 #include <objc/NSObject.h>
 #include <stdint.h>
 
-@class NSDate, NSDictionary, NSError, NSString, NSURL, NSURLResponse;
+@class NSArray, NSDate, NSDictionary, NSError, NSString, NSURL, NSURLResponse;
 
 typedef long NSInteger;
 typedef unsigned long NSUInteger;
@@ -32,6 +32,12 @@ inline CGFloat NSMaxY(NSRect rect) { return rect.origin.y + rect.size.height; }
 
 @interface NSObject (NSThreadPerformAdditions)
 - (void)performSelectorOnMainThread:(SEL)selector withObject:(id)argument waitUntilDone:(BOOL)wait;
+@end
+
+@interface NSObject (NSDelayedPerforming)
+- (void)performSelector:(SEL)selector
+             withObject:(id)argument
+             afterDelay:(NSTimeInterval)seconds;
 @end
 
 @interface NSAutoreleasePool : NSObject
@@ -63,12 +69,42 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4, NSISOLatin1StringEncoding = 
 - (id)objectForKey:(id)key;
 @end
 
+@interface NSArray : NSObject
+- (NSUInteger)count;
+- (id)objectAtIndex:(NSUInteger)index;
+@end
+
+@interface NSMutableArray : NSArray
+- (void)addObject:(id)object;
+- (void)removeAllObjects;
+@end
+
+@interface NSNotification : NSObject
+@end
+
+extern "C" NSString* const NSArgumentDomain;
+
+@interface NSUserDefaults : NSObject
++ (NSUserDefaults*)standardUserDefaults;
+- (void)registerDefaults:(NSDictionary*)defaults;
+- (void)removeVolatileDomainForName:(NSString*)name;
+@end
+
+typedef uint64_t NSActivityOptions;
+
+@interface NSProcessInfo : NSObject
++ (NSProcessInfo*)processInfo;
+- (id)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason;
+- (void)endActivity:(id)activity;
+@end
+
 @interface NSError : NSObject
 - (NSString*)localizedDescription;
 - (NSDictionary*)userInfo;
 @end
 
 @interface NSDate : NSObject
++ (NSDate*)distantFuture;
 + (instancetype)dateWithTimeIntervalSinceNow:(NSTimeInterval)seconds;
 @end
 
@@ -101,6 +137,14 @@ extern "C" const NSRunLoopMode NSDefaultRunLoopMode;
 @interface NSRunLoop : NSObject
 + (NSRunLoop*)currentRunLoop;
 - (BOOL)runMode:(NSRunLoopMode)mode beforeDate:(NSDate*)limit;
+@end
+
+@interface NSTimer : NSObject
++ (NSTimer*)scheduledTimerWithTimeInterval:(NSTimeInterval)seconds
+                                    target:(id)target
+                                  selector:(SEL)selector
+                                  userInfo:(id)userInfo
+                                   repeats:(BOOL)repeats;
 @end
 
 @interface NSURL : NSObject

@@ -16,4 +16,5 @@ __attribute__((objc_root_class))
 - (id)copy;
 - (BOOL)isKindOfClass:(Class)aClass;
 - (BOOL)respondsToSelector:(SEL)selector;
+- (id)description;
 @end
