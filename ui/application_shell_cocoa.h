@@ -12,7 +12,8 @@ void startCocoa(char** arguments);
 /// it is made when the first window needs it.
 void createApplication();
 
-/// From now on a URL that the user wants opened is kept for latestRequestedUrl().
+/// From now on a URL that the user wants opened is kept for latestRequestedUrl(), a file for
+/// takeOpenedFiles(), and whoever quits the application ends it as SIGTERM does.
 void registerOSXEventListener();
 
 /// For Platform::requestedUrl: the URL of the latest event, those included that have come and wait

@@ -4,7 +4,6 @@
 #include "platform/main_thread.h"
 #include "platform/toolkit.h"
 #include "support/log.h"
-#import "ui/application_delegate_cocoa.h"
 #import "ui/menu_titles_cocoa.h"
 
 namespace quillory {
@@ -26,7 +25,6 @@ void startCocoa(char** arguments) { platform::startToolkit(arguments[0]); }
 void createApplication() {
   const AutoreleasePool pool;
   platform::prepareApplication();
-  [NSApp setDelegate:ownDelegate()];
 }
 
 void setUpApplicationMenu() {

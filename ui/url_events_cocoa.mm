@@ -6,6 +6,7 @@
 #include "platform/toolkit.h"
 #include "support/log.h"
 #include "support/open_requests.h"
+#import "ui/application_delegate_cocoa.h"
 #include "ui/application_shell_cocoa.h"
 #import "ui/late_requests_cocoa.h"
 
@@ -59,6 +60,7 @@ const char* latestRequestedUrl() {
 void registerOSXEventListener() {
   const AutoreleasePool pool;
   urlHandler = [[URLHandler alloc] init];
+  [NSApp setDelegate:ownDelegate()];
   logToSystem("[Wrapper] Registering shared apple event manager handler\n");
   [[NSAppleEventManager sharedAppleEventManager] setEventHandler:urlHandler
                                                      andSelector:@selector(handleURLEvent:
