@@ -47,6 +47,7 @@ build() {
     -DQUILLORY_PREFIXES="$libraries;$out/headers" >"$out/$arch-configure.log" 2>&1 ||
     { cat "$out/$arch-configure.log"; return 1; }
   cmake --build "$out/$arch" --parallel "$jobs" --target "${programs[@]}"
+  python3 -B cmake/macos/finish_image.py "${programs[@]/#/$out/$arch/bin/}"
 }
 
 join() {

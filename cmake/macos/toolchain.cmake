@@ -29,7 +29,8 @@ set(common_flags "-I${sdk}/include -g0 -fmacro-prefix-map=${root}/= \
 set(CMAKE_C_FLAGS_INIT "${common_flags}")
 set(CMAKE_CXX_FLAGS_INIT "${common_flags}")
 set(CMAKE_OBJCXX_FLAGS_INIT "${common_flags}")
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-s -F${sdk}/Frameworks -L${sdk}/lib")
+# What only a linker needs is taken away behind it, by finish_image.py: -s has no effect here.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-F${sdk}/Frameworks -L${sdk}/lib")
 
 set(CMAKE_FIND_ROOT_PATH ${QUILLORY_PREFIXES})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

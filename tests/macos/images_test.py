@@ -202,15 +202,62 @@ class Images(unittest.TestCase):
         self.assertFalse(bytes(ROOT) in image.content)
         self.assertFalse(b"quillory-macos" in image.content)
 
-    def test_arm64_signature_covers_every_page(self):
-        images = [image for image in self.images if image.architecture == "arm64"]
-        if not images:
-            self.skipTest("no arm64 image was built")
-        for image in images:
-            with self.subTest(image=str(image)):
-                signature = image.signature_offset()
-                self.assertIsNotNone(signature, "the system starts no arm64 image without one")
-                self.check_pages(image.content, signature)
+    @for_each("images")
+    def test_names_itself(self, image):
+        """Newer systems load no image without a UUID of its own."""
+        uuids = [re.search(r"uuid ([0-9A-F-]+)", text)[1] for name, text in image.load_commands()
+                 if name == "LC_UUID"]
+        self.assertEqual(1, len(uuids))
+        self.assertNotEqual("", uuids[0].strip("0-"))
+        others = [text for other in self.images if other is not image
+                  for _, text in other.load_commands() if uuids[0] in text]
+        self.assertEqual([], others)
+
+    @for_each("images")
+    def test_looks_for_libraries_nowhere_else(self, image):
+        names = [name for name, _ in image.load_commands()]
+        for command in ("LC_RPATH", "LC_DYLD_ENVIRONMENT", "LC_LOAD_WEAK_DYLIB",
+                        "LC_REEXPORT_DYLIB"):
+            self.assertNotIn(command, names)
+
+    @for_each("images")
+    def test_exports_nothing(self, image):
+        """A symbol of ours that has the name of another library's could take its place there."""
+        defined = macho.run("llvm-nm-14", "-g", "--defined-only", image.path)
+        self.assertEqual([], re.findall(r"^[0-9a-f]{16} .*", defined, flags=re.M))
+        exported = macho.run("llvm-objdump-14", "--macho", "--exports-trie", image.path)
+        self.assertNotIn("0x", exported.partition("Exports trie:")[2])
+        header = image.headers().partition("Load command")[0]
+        self.assertNotIn("WEAK_DEFINES", header)
+        self.assertNotIn("BINDS_TO_WEAK", header)
+
+    @for_each("images")
+    def test_is_stripped_of_what_only_a_linker_needs(self, image):
+        kinds = set(re.findall(r"^[0-9a-f]{16} (.) ", macho.run("llvm-nm-14", "-a", image.path),
+                               flags=re.M))
+        self.assertIn("t", kinds, "the names of functions stay, for reports of crashes")
+        self.assertNotIn("-", kinds)
+        stripped = pathlib.Path(self.folder.name) / "stripped"
+        macho.run("llvm-strip-14", "-x", image.path, "-o", str(stripped))
+        self.assertEqual("", macho.run("llvm-nm-14", "--defined-only", str(stripped)))
+
+    @for_each("images")
+    def test_signature_covers_every_page(self, image):
+        signature = image.signature_offset()
+        self.assertIsNotNone(signature, "the system starts no arm64 image without one")
+        self.check_pages(image.content, signature)
+        self.check_end(image, signature)
+
+    def check_end(self, image, signature):
+        """Nothing stands behind the signature, and the last segment holds it."""
+        size = int(re.search(r"datasize (\d+)", dict(image.load_commands())["LC_CODE_SIGNATURE"])[1])
+        self.assertEqual(len(image.content), signature + size)
+        self.assertLessEqual(struct.unpack_from(">I", image.content, signature + 4)[0], size)
+        last = [text for name, text in image.load_commands() if "segname __LINKEDIT" in text][0]
+        offset, length, room = (int(re.search(rf"\b{field} (0x[0-9a-f]+|\d+)", last)[1], 0)
+                                for field in ("fileoff", "filesize", "vmsize"))
+        self.assertEqual(len(image.content), offset + length)
+        self.assertLessEqual(length, room)
 
     def check_pages(self, content, signature):
         magic, _, blobs, kind, offset = struct.unpack_from(">5I", content, signature)
