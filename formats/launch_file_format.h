@@ -17,6 +17,10 @@ inline constexpr int kLaunchFileVersion = 6;
 /// begins with that application's class path behind the updater's, and with its options.
 inline constexpr char kWithApplicationOption[] = "-Dquillory.class.path=application";
 
+/// The option by which an application's launch file says that its main class is in a module, which
+/// is named behind it: what would be its class path is then its module path.
+inline constexpr char kModuleOption[] = "-Dquillory.module=";
+
 /// What a launch file says. Texts that are missing are "".
 struct LaunchFile {
   std::string mainClass{};

@@ -57,6 +57,23 @@ Texts optionsOf(const std::string& folder, const Texts& given) {
   return options;
 }
 
+/// The application's jars: on the class path, or, with the module of its main class, on the module
+/// path.
+void addClasses(const std::string& folder, const Texts& paths, const Texts& given, Texts& options,
+                LaunchCommand& command) {
+  const auto module = std::find_if(given.begin(), given.end(), [](const std::string& option) {
+    return option.starts_with(kModuleOption);
+  });
+  if (module == given.end()) {
+    setClassPath(folder, paths, command);
+    return;
+  }
+  LaunchCommand modules;
+  setClassPath(folder, paths, modules);
+  options.push_back("--module-path=" + modules.classPathText);
+  options.push_back("--add-modules=" + module->substr(std::string_view(kModuleOption).size()));
+}
+
 void insertOptions(const Texts& options, LaunchCommand& command) {
   const auto place =
       command.jvmOptions.begin() + static_cast<std::ptrdiff_t>(command.memoryOptionCount);
@@ -78,11 +95,13 @@ void addChosenApplication(const std::string& masterFolder, const std::string& ap
   }
   const LaunchHeader header = readLaunchHeader(file.get());
   const long entries = readLong(file.get(), kClassPathRecord.name);
-  setClassPath(folder, readLaunchEntries(file.get(), entries, kClassPathRecord.entryName), command);
+  const Texts paths = readLaunchEntries(file.get(), entries, kClassPathRecord.entryName);
   const long arguments = readLong(file.get(), kArgumentsRecord.name);
   readLaunchEntries(file.get(), arguments, kArgumentsRecord.entryName);
-  Texts options = optionsOf(folder, readLaunchOptions(file.get(), header.version));
+  const Texts given = readLaunchOptions(file.get(), header.version);
+  Texts options = optionsOf(folder, given);
   options.insert(options.begin(), kApplicationOption + folder);
+  addClasses(folder, paths, given, options, command);
   insertOptions(options, command);
 }
 

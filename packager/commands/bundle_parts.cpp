@@ -82,13 +82,26 @@ void requireUpdaterClass(const Config& config, const std::string& path, const Ja
   throw RejectedInput({{Severity::kError, "main-class", what, config.placeOf(key), advice}});
 }
 
-RuntimeOptions optionsOf(const Config& config, const std::vector<std::string>& jars) {
-  RuntimeOptions options{config.jvm.options, {}};
+// The place in `jars` of the one with the main class; their number where none has it.
+std::size_t indexOfMainJar(const Config& config, const std::vector<std::string>& jars) {
   const auto main = std::find_if(jars.begin(), jars.end(), [&](const std::string& jar) {
-    return Jar(jar).hasClass(config.application.mainClass);
+    Findings ignored;  // lintFiles() has them.
+    const std::optional<Jar> opened = namedJar(jar, {}, ignored);
+    return opened && opened->hasClass(config.application.mainClass);
   });
-  if (main != jars.end()) {
-    options.asked = manifestOptions(Jar(*main));
+  return static_cast<std::size_t>(main - jars.begin());
+}
+
+// Whether `java -jar` would run an agent before the main class.
+bool hasLauncherAgent(const std::string& jar) {
+  return !Jar(jar).manifestValue("Launcher-Agent-Class").empty();
+}
+
+RuntimeOptions optionsOf(const Config& config, const std::vector<std::string>& jars) {
+  RuntimeOptions options{config.jvm.options, {}, config.application.module};
+  const std::size_t main = indexOfMainJar(config, jars);
+  if (main < jars.size()) {
+    options.asked = manifestOptions(Jar(jars[main]));
   }
   return options;
 }
@@ -100,8 +113,13 @@ std::string linkedRuntime(const Config& config, const BundleTools& tools,
   requireModulesFor(target, config);
   reporter.line("linking a runtime");
   const RuntimeOptions options = optionsOf(config, jars);
+  RuntimeConfig runtime = config.runtime;
+  const std::size_t main = indexOfMainJar(config, jars);
+  if (main < jars.size() && hasLauncherAgent(jars[main])) {
+    runtime.addModules.emplace_back("java.instrument");
+  }
   jars.push_back(tools.updaterJar);
-  return linkRuntime(config.runtime, jars, workFolder, options);
+  return linkRuntime(runtime, jars, workFolder, options);
 }
 
 std::string runtimeVersion(const Config& config, const std::string& home) {
@@ -115,11 +133,26 @@ std::string runtimeVersion(const Config& config, const std::string& home) {
   return version;
 }
 
-// What the updater sets before the main class, and whether it comes first among the arguments.
-std::vector<std::string> applicationOptions(const Config& config) {
+// What the updater sets before the main class, whether it comes first among the arguments, and what
+// the JVM has to know of the application's modules and of its agent, which is in `mainJar` of
+// `packedAs`.
+std::vector<std::string> applicationOptions(const Config& config, const std::string& mainJar,
+                                            const std::string& packedAs) {
   std::vector<std::string> options;
   if (!config.application.hasPropertiesArgument) {
     options.push_back("-Dquillory.arguments=user");
+  }
+  const std::string& module = config.application.module;
+  if (!module.empty()) {
+    const std::string& mainClass = config.application.mainClass;
+    options.push_back(kModuleOption + module);
+    // "java -m" runs a main class whatever its module exports.
+    options.push_back("--add-opens=" + module + '/' + mainClass.substr(0, mainClass.rfind('.')) +
+                      "=ALL-UNNAMED");
+  }
+  if (!mainJar.empty() && hasLauncherAgent(mainJar)) {
+    options.push_back("-Dquillory.agent=" + packedAs);
+    options.emplace_back("--add-exports=java.instrument/sun.instrument=ALL-UNNAMED");
   }
   for (const auto& [name, value] : config.jvm.systemProperties) {
     options.push_back("-D" + name + '=' + value);
@@ -237,7 +270,6 @@ BundlePart applicationPart(const Config& config, const std::vector<std::string>&
   LaunchFile launch = commonLaunchFile(config);
   launch.mainClass = config.application.mainClass;
   launch.arguments = config.application.arguments;
-  launch.jvmOptions = applicationOptions(config);
   ContentTree tree("application");
   const auto add = config.application.root.empty() ? addJars : addRoot;
   add(config, jars, packedJars.empty() ? jars : packedJars, tree, launch);
@@ -251,6 +283,10 @@ BundlePart applicationPart(const Config& config, const std::vector<std::string>&
         fs::path(from).has_filename() ? from : from.substr(0, from.size() - 1);
     tree.addFile(clean, file.to.empty() ? nameOf(clean) : file.to);
   }
+  const std::size_t main = indexOfMainJar(config, jars);
+  launch.jvmOptions = main < launch.classPath.size()
+                          ? applicationOptions(config, jars[main], launch.classPath[main])
+                          : applicationOptions(config, "", "");
   tree.addBytes(launchFileBytes(launch), kLaunchFileName);
   return {config.application.name, std::to_string(config.application.version), std::move(tree)};
 }

@@ -23,11 +23,33 @@ const std::vector<std::string> kSections = {"application", "jvm",       "updater
                                             "install",     "update",    "signing", "bundle",
                                             "macos",       "parameters"};
 
+// "module/class", as "java -m" has it, instead of a class alone.
+void readModule(ConfigSection& section, ApplicationConfig& out) {
+  if (!section.has("module")) {
+    return;
+  }
+  std::string text;
+  section.text("module", text);
+  const std::size_t slash = text.find('/');
+  if (section.has("main-class")) {
+    section.error("main-class", "main-class", "[application] has main-class and module",
+                  "keep one of the two: module names the class, too");
+  } else if (slash == 0 || slash == std::string::npos || slash + 1 == text.size() ||
+             text.find('.', slash) == std::string::npos) {
+    section.error("module", "main-class",
+                  "application.module is not the name of a module and of a class in it",
+                  "write it as for java -m: module = \"com.example/com.example.Main\"");
+  }
+  out.module = text.substr(0, slash);
+  out.mainClass = slash == std::string::npos ? "" : text.substr(slash + 1);
+}
+
 void readApplication(ConfigSection section, ApplicationConfig& out) {
   section.text("name", out.name);
   section.version("version", out.version);
   section.text("display-version", out.displayVersion);
   section.text("main-class", out.mainClass);
+  readModule(section, out);
   section.text("root", out.root);
   section.texts("jars", out.jars);
   int layout = 0;
@@ -53,7 +75,9 @@ void readApplication(ConfigSection section, ApplicationConfig& out) {
   out.jarsStored = section.has("jars-stored") ? std::optional(jarsStored) : std::nullopt;
   section.require("name", "name = \"My Application\" in [application]");
   section.require("version", "version = 1 in [application]; raise it with every release");
-  section.require("main-class", "main-class = \"com.example.Main\" in [application]");
+  if (!section.has("module")) {
+    section.require("main-class", "main-class = \"com.example.Main\" in [application]");
+  }
   section.require("jars", "jars = [\"my.jar\", \"lib/*.jar\"] in [application]");
   section.rejectUnknown();
 }

@@ -34,6 +34,7 @@ struct ApplicationConfig {
   std::int64_t version = 0;
   std::string displayVersion;  ///< what people read; "" for the number
   std::string mainClass;
+  std::string module;  ///< that the main class is in; "" for the class path
   /// A folder whose content is packed as it lies there, jars included; "" for none.
   std::string root;
   /// File names with * and ?, in class path order; from `root` where there is one.

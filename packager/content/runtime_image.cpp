@@ -62,6 +62,22 @@ std::string modulesFoundByJdeps(const RuntimeConfig& config, const std::vector<s
   return modules;
 }
 
+// What a module requires, used or not: without one of them no JVM begins.
+std::string modulesRequiredBy(const std::string& module, const RuntimeConfig& config,
+                              const std::vector<std::string>& jars) {
+  std::istringstream listed(
+      runTool({findJdkTool("java", config.jdk), "--module-path", joined(jars, ":"),
+               "--limit-modules", module, "--list-modules"}));
+  std::string modules;
+  for (std::string line; std::getline(listed, line);) {
+    // Those of the jars have a place behind their names, and are not for the runtime.
+    if (!trimmed(line).empty() && line.find(' ') == std::string::npos) {
+      modules += ',' + line.substr(0, line.find('@'));
+    }
+  }
+  return modules;
+}
+
 std::vector<std::string> optionsToLink(const RuntimeConfig& config, const std::string& modules,
                                        const RuntimeOptions& options) {
   std::vector<std::string> all = options.given;
@@ -137,6 +153,9 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
       config.modules.empty() ? modulesFoundByJdeps(config, jars) : joined(config.modules, ",");
   if (!config.addModules.empty()) {
     modules += ',' + joined(config.addModules, ",");
+  }
+  if (!options.module.empty()) {
+    modules += modulesRequiredBy(options.module, config, jars);
   }
   const std::string folder = workFolder + "/runtime";
   std::vector<std::string> command = {findJdkTool("jlink", config.jdk),

@@ -19,6 +19,8 @@ struct ManifestOption {
 struct RuntimeOptions {
   std::vector<std::string> given;     ///< always
   std::vector<ManifestOption> asked;  ///< as far as it has their modules
+  /// The module of the application, in one of its jars, that all its modules have to be linked for.
+  std::string module = {};
 };
 
 /// What `java -jar` does for a main jar by its manifest, as options: Add-Exports, Add-Opens and

@@ -69,6 +69,15 @@ TEST_F(ChosenApplication, WhereThereIsNoneTheUpdaterIsToldSo) {
       << "a folder without a launch file";
 }
 
+TEST_F(ChosenApplication, OfAModuleStandsOnTheModulePath) {
+  const std::string folder = install(1, {"-Dquillory.module=m.app", "--add-opens=m.app/p=ALL"});
+  const LaunchCommand command = commandWith({});
+  EXPECT_THAT(command.classPath, ElementsAre(updater_));
+  EXPECT_THAT(command.jvmOptions,
+              ElementsAre("-Xmx256m", "-Dquillory.application=" + folder, "--add-opens=m.app/p=ALL",
+                          "--module-path=" + folder + "/a.jar", "--add-modules=m.app"));
+}
+
 TEST_F(ChosenApplication, ItsNativeLibrariesAreFoundBeforeThoseOfTheSystem) {
   const std::string folder = install(1, {});
   std::filesystem::create_directories(folder + "/native");

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "tests/harness/records.h"
+#include "tests/packager/content/zip_bytes.h"
 #include "tests/packager/hello_config.h"
 #include "tests/packager/paths_of.h"
 #include "tests/packager/rules_of.h"
@@ -165,6 +166,28 @@ TEST_F(BundleParts, ARootThatIsNotThereIsNamedWithItsLine) {
   EXPECT_EQ(rejectionOf([this] { findJars(config_); }),
             "quillory.toml:4: error: there is no folder " + dir_ / "hello.jar" +
                 " [missing-file]\n  -> build it, or correct the name");
+}
+
+TEST_F(BundleParts, AModuleIsNamedAndItsMainClassReached) {
+  config_.application.module = "com.example";
+  const BundlePart part = applicationPart(config_, {dir_ / "hello.jar"});
+  EXPECT_EQ(part.content.entries().at("QuilloryLaunch").bytes,
+            records({"6", "com.example.hello.Hello", "", "Hello", "", "0", "256", "64", "1",
+                     "lib/hello.jar", "0", "", "", "", "3", "-Dquillory.arguments=user",
+                     "-Dquillory.module=com.example",
+                     "--add-opens=com.example/com.example.hello=ALL-UNNAMED", "0"}));
+}
+
+TEST_F(BundleParts, TheAgentOfTheMainJarsManifestIsNamed) {
+  testing::withZip(dir_ / "agent.jar", "w",
+                   "  z.writestr('META-INF/MANIFEST.MF',\n"
+                   "             'Manifest-Version: 1.0\\nLauncher-Agent-Class: a.B\\n\\n')\n"
+                   "  z.writestr('com/example/hello/Hello.class', 'x')\n");
+  const BundlePart part = applicationPart(config_, {dir_ / "agent.jar"});
+  const std::string& bytes = part.content.entries().at("QuilloryLaunch").bytes;
+  EXPECT_NE(bytes.find(records({"-Dquillory.agent=lib/agent.jar",
+                                "--add-exports=java.instrument/sun.instrument=ALL-UNNAMED"})),
+            std::string::npos);
 }
 
 TEST_F(BundleParts, NativeLibrariesLieWhereTheUpdaterLooksForThem) {

@@ -151,6 +151,27 @@ TEST(LintConfig, RefusesWhatIsNoMainClass) {
   EXPECT_TRUE(hasRule(load(text).findings, "main-class"));
 }
 
+TEST(LintConfig, AModuleIsNamedWithTheClassInIt) {
+  const auto with = [](const std::string& line) {
+    std::string text = kMinimal;
+    const std::string before = "main-class = \"com.example.Hello\"";
+    return load(text.replace(text.find(before), before.size(), line));
+  };
+  const Loaded loaded = with("module = \"com.example/com.example.Hello\"");
+  ASSERT_TRUE(loaded.accepted);
+  EXPECT_EQ(loaded.config.application.module, "com.example");
+  EXPECT_EQ(loaded.config.application.mainClass, "com.example.Hello");
+  for (const char* wrong : {"com.example", "/a.B", "m/", "m/Main", ""}) {
+    EXPECT_EQ(
+        asText(findingOf(with("module = \"" + std::string(wrong) + '"').findings, "main-class")),
+        ":4: error: application.module is not the name of a module and of a class in it "
+        "[main-class]\n"
+        "  -> write it as for java -m: module = \"com.example/com.example.Main\"")
+        << wrong;
+  }
+  EXPECT_TRUE(hasRule(with("main-class = \"a.B\"\nmodule = \"m/a.B\"").findings, "main-class"));
+}
+
 TEST(LintConfig, RefusesAnEmptyClassPath) {
   std::string text = kMinimal;
   text.replace(text.find("[\"hello.jar\"]"), 13, "[]");

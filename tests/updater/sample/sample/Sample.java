@@ -22,6 +22,8 @@ public final class Sample {
         text.append("library ").append(load(arg.substring(10))).append('\n');
       } else if (arg.startsWith("--open=")) {
         text.append("opened ").append(open(arg.substring(7))).append('\n');
+      } else if (arg.equals("--module")) {
+        text.append("module of a name: ").append(isOfNamedModule()).append('\n');
       } else if (arg.equals("--system-loader")) {
         ClassLoader own = Sample.class.getClassLoader();
         text.append("system loader is mine: ").append(own == ClassLoader.getSystemClassLoader());
@@ -52,6 +54,16 @@ public final class Sample {
       return new java.net.URL(url).openConnection().getContentType();
     } catch (java.io.IOException e) {
       return e.getMessage();
+    }
+  }
+
+  /** Asked for by its name, because Java 8 has no modules. */
+  private static boolean isOfNamedModule() {
+    try {
+      Object module = Class.class.getMethod("getModule").invoke(Sample.class);
+      return (Boolean) module.getClass().getMethod("isNamed").invoke(module);
+    } catch (ReflectiveOperationException e) {
+      return false;
     }
   }
 

@@ -36,11 +36,17 @@ final class Application {
   /** The one in a version folder; the message of the exception says why it cannot be started. */
   static Application in(File folder, LaunchFile launchFile) throws IOException {
     boolean isOnClassPath = System.getProperty(ON_CLASS_PATH) != null && !isOtherThan(folder);
-    setClassPathProperty(folder, launchFile.classPath);
+    // As with "java -m": what is on the module path is not on the class path.
+    boolean isModule = isOnClassPath && launchFile.module() != null;
+    System.setProperty(
+        "java.class.path", isModule ? "" : classPathOf(folder, launchFile.classPath));
     ClassLoader loader =
         isOnClassPath
             ? ClassLoader.getSystemClassLoader()
             : loaderOfItsOwn(folder, launchFile.classPath);
+    if (isOnClassPath && launchFile.agent() != null) {
+      LauncherAgent.load(new File(folder, launchFile.agent()));
+    }
     return new Application(mainMethod(launchFile.mainClass, folder, loader));
   }
 
@@ -54,13 +60,13 @@ final class Application {
   }
 
   /** It finds its class path where it would find it if it had been started alone. */
-  private static void setClassPathProperty(File folder, List<String> entries) {
+  private static String classPathOf(File folder, List<String> entries) {
     StringBuilder text = new StringBuilder();
     for (int i = 0; i < entries.size(); i++) {
       text.append(i == 0 ? "" : File.pathSeparator);
       text.append(new File(folder, entries.get(i)).getPath());
     }
-    System.setProperty("java.class.path", text.toString());
+    return text.toString();
   }
 
   /** For launchers that know nothing of applications: it sees the platform, but not the updater. */

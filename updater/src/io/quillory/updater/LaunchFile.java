@@ -19,6 +19,8 @@ final class LaunchFile {
 
   private static final String PROPERTY = "-D";
   private static final String OWN_OPTIONS = "-Dquillory.";
+  private static final String MODULE = "-Dquillory.module=";
+  private static final String AGENT = "-Dquillory.agent=";
   private static final String USERS_ARGUMENTS = "-Dquillory.arguments=user";
 
   final String mainClass;
@@ -64,6 +66,25 @@ final class LaunchFile {
    */
   boolean passesUsersArgumentsOnly() {
     return options.contains(USERS_ARGUMENTS);
+  }
+
+  /** The module that the main class is in, or null. */
+  String module() {
+    return valueOf(MODULE);
+  }
+
+  /** The jar, relative to the folder, whose Launcher-Agent-Class comes before the main class. */
+  String agent() {
+    return valueOf(AGENT);
+  }
+
+  private String valueOf(String name) {
+    for (String option : options) {
+      if (option.startsWith(name)) {
+        return option.substring(name.length());
+      }
+    }
+    return null;
   }
 
   /** Those of a JVM that is still to begin. */

@@ -36,10 +36,16 @@ final class OwnProcess {
     List<String> command = new ArrayList<String>();
     command.add(java.getPath());
     addOptions(folder, launchFile, command);
+    String paths = classPath(folder, launchFile.classPath);
+    String module = launchFile.module();
+    if (module != null) {
+      command.add("--module-path=" + paths);
+      command.add("--add-modules=" + module);
+    }
     command.add("-cp");
     command.add(
         classPath(updaterFolder, LaunchFile.read(updaterFolder).classPath)
-            + classPath(folder, launchFile.classPath));
+            + (module == null ? paths : ""));
     command.add(Main.class.getName());
     Collections.addAll(command, arguments);
     Process process;

@@ -12,12 +12,16 @@ import java.io.File;
 import java.io.FileOutputStream;
 import java.io.IOException;
 import java.io.InputStream;
+import java.net.URL;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.StandardOpenOption;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
+import java.util.jar.JarOutputStream;
+import java.util.jar.Manifest;
+import java.util.zip.ZipEntry;
 import org.junit.Before;
 import org.junit.Rule;
 import org.junit.Test;
@@ -185,6 +189,56 @@ public class MainTest {
     startWith(new String[] {"-Dquillory.application="}, properties.getPath(), "--system-loader");
     assertEquals(err, 0, status);
     assertThat(out, containsString("system loader is mine: true\n"));
+  }
+
+  @Test
+  public void theAgentOfTheManifestRunsBeforeTheMainClass() throws Exception {
+    File demo = installDemo(1, "sample.Sample");
+    writeLaunchFile(demo, "sample.Sample", "s p%41ce.jar", new String[0],
+        new String[] {"-Dquillory.agent=s p%41ce.jar"});
+    Manifest manifest = new Manifest();
+    manifest.getMainAttributes().putValue("Manifest-Version", "1.0");
+    manifest.getMainAttributes().putValue("Launcher-Agent-Class", "sample.Agent");
+    JarOutputStream jar =
+        new JarOutputStream(new FileOutputStream(new File(demo, "s p%41ce.jar")), manifest);
+    for (String name : new String[] {"sample/Agent.class", "sample/Sample.class"}) {
+      jar.putNextEntry(new ZipEntry(name));
+      InputStream in = new URL("jar:" + new File(SAMPLE).toURI() + "!/" + name).openStream();
+      byte[] bytes = new byte[1 << 20];
+      for (int count; (count = in.read(bytes)) > 0; ) {
+        jar.write(bytes, 0, count);
+      }
+    }
+    jar.close();
+    classPath = UPDATER + ":" + demo + "/s p%41ce.jar";
+    String[] options = {"-Dquillory.application=" + demo,
+        "--add-exports=java.instrument/sun.instrument=ALL-UNNAMED"};
+    startWith(options, properties.getPath(), "--property=sample.agent");
+    assertEquals(err, 0, status);
+    assertThat(out, containsString("property has instrumentation: true, main loaded: false\n"));
+    startWith(new String[] {options[0]}, properties.getPath());
+    assertEquals(1, status);
+    assertThat(err, startsWith("[Updater] The agent of " + demo + "/s p%41ce.jar cannot be loaded: "));
+  }
+
+  @Test
+  public void aModuleOfTheApplicationIsNotOnItsClassPath() throws Exception {
+    File demo = installDemo(1, "sample.Sample");
+    Files.move(new File(demo, "s p%41ce.jar").toPath(), new File(demo, "sample.jar").toPath());
+    writeLaunchFile(demo, "sample.Hidden", "sample.jar", new String[0],
+        new String[] {"-Dquillory.module=sample"});
+    startWith(new String[] {"-Dquillory.application=" + demo, "--module-path=" + demo
+        + "/sample.jar", "--add-modules=sample", "--add-opens=sample/sample=ALL-UNNAMED"},
+        properties.getPath());
+    assertEquals(err, 0, status);
+    assertEquals("hidden\n", out);
+    writeLaunchFile(demo, "sample.Sample", "sample.jar", new String[0],
+        new String[] {"-Dquillory.module=sample"});
+    installUpdater();
+    startWith(new String[] {"-Dquillory.application="}, properties.getPath(), "--module");
+    assertEquals(err, 0, status);
+    assertThat(out, containsString("class path \n"));
+    assertThat(out, containsString("module of a name: true\n"));
   }
 
   @Test
