@@ -18,6 +18,12 @@ float percentOf(int received, long long expected) {
   return std::min(static_cast<float>(received) / static_cast<float>(expected) * 100.0F, 100.0F);
 }
 
+// "" for what has no UTF-8, nothing among it.
+const char* textOf(NSString* string) {
+  const char* text = [string UTF8String];
+  return text == nullptr ? "" : text;
+}
+
 }  // namespace
 
 @implementation Downloader
@@ -67,8 +73,7 @@ float percentOf(int received, long long expected) {
 
 - (void)fail:(NSString*)reason address:(NSString*)from {
   NSLog(@"Download failed! Error - %@ %@", reason, from);
-  quillory::logDownloadFailure(from == nil ? "" : [from UTF8String],
-                               reason == nil ? "" : [reason UTF8String]);
+  quillory::logDownloadFailure(textOf(from), textOf(reason));
   if (destination != nil) quillory::discardDownload([destination fileSystemRepresentation]);
   isDone = YES;
 }
@@ -104,10 +109,10 @@ float percentOf(int received, long long expected) {
   NSURLRequest* request = [NSURLRequest requestWithURL:[NSURL URLWithString:url]
                                            cachePolicy:NSURLRequestUseProtocolCachePolicy
                                        timeoutInterval:timeoutSeconds];
-  transfer = [[URLDownload alloc] initWithRequest:request delegate:self];
+  transfer = [[quillory::platform::urlDownloadClass() alloc] initWithRequest:request delegate:self];
   if (transfer == nil) {
     NSLog(@"Download failed");
-    quillory::logDownloadFailure([url UTF8String], "that is no address");
+    quillory::logDownloadFailure(textOf(url), "that is no address");
     return;
   }
   NSLog(@"Set destination file to %@\n", path);
@@ -123,8 +128,7 @@ float percentOf(int received, long long expected) {
   if (response == nil) return request;  // The request itself, in the form that is sent.
   NSString* from = [[response URL] absoluteString];
   NSString* to = [[request URL] absoluteString];
-  if (from != nil && to != nil && quillory::mayRedirect([from UTF8String], [to UTF8String]))
-    return request;
+  if (quillory::mayRedirect(textOf(from), textOf(to))) return request;
   [self
       endBecause:[NSString stringWithFormat:@"it is redirected to %@, which is not followed", to]];
   return nil;

@@ -8,6 +8,7 @@ namespace quillory {
 namespace {
 
 constexpr NSTimeInterval kLoopTurnSeconds = 0.2;
+constexpr NSTimeInterval kIdleTurnSeconds = 0.05;
 
 void waitForEnd(Downloader* downloader) {
   // A transfer that could not begin is over: there is nothing to wait for.
@@ -15,7 +16,10 @@ void waitForEnd(Downloader* downloader) {
     const AutoreleasePool pool;
     NSDate* end = [NSDate dateWithTimeIntervalSinceNow:kLoopTurnSeconds];
     // Not runUntilDate:, which goes on to the end of its time when the transfer is over.
-    [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:end];
+    // A loop that has nothing to wait for returns at once. What comes is handled a little later
+    // then, instead of a processor being kept busy.
+    if (![[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:end])
+      [NSThread sleepForTimeInterval:kIdleTurnSeconds];
     [downloader endWhenLate];
   }
 }

@@ -56,6 +56,9 @@ inline constexpr std::array<TailRecord, 11> kTailRecords = {{
 /// "App Version" is not empty those of the application.
 inline constexpr const char* kLzmaToolName = kPackedWith.tool;
 inline constexpr char kSplashPictureName[] = "nativesplash.png";
+
+/// The same picture with twice as many pixels each way, beside it; only where there is one.
+inline constexpr char kDoubleSplashPictureName[] = "nativesplash@2x.png";
 inline constexpr char kTrustStoreName[] = "cacerts";
 /// What quillory-pack calls the archives of updater, JRE and application: packedArchiveName() of
 /// these.

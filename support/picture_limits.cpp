@@ -142,4 +142,14 @@ PictureFile readPicture(const char* path) {
   return picture;
 }
 
+std::string doublePictureOf(const std::string& path) {
+  const std::size_t dot = path.rfind('.');
+  if (dot == path.npos || path.find('/', dot) != path.npos) return "";
+  const std::string twin = path.substr(0, dot) + "@2x" + path.substr(dot);
+  struct stat picture, found;
+  const bool isOurs = lstat(path.c_str(), &picture) == 0 && lstat(twin.c_str(), &found) == 0 &&
+                      S_ISREG(found.st_mode) && found.st_uid == picture.st_uid;
+  return isOurs ? twin : "";
+}
+
 }  // namespace quillory

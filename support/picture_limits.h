@@ -36,4 +36,9 @@ struct PictureFile {
 /// read, or where it is no file: it is never waited for.
 PictureFile readPicture(const char* path);
 
+/// The path of the same picture for screens with two pixels where others have one:
+/// "splash@2x.png" beside "splash.png". "" where there is no such file, or one of another owner, as
+/// anybody may put into a folder that all users share.
+std::string doublePictureOf(const std::string& path);
+
 }  // namespace quillory

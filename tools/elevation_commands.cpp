@@ -63,13 +63,18 @@ std::string appleScriptQuoted(std::string_view text) {
   return quoted + '"';
 }
 
+std::string promptSentence(const std::string& prompt) {
+  const bool isSentence = prompt.find(' ') != prompt.npos && prompt.ends_with('.');
+  return isSentence ? prompt : prompt + " is to be installed for all users of this Mac.";
+}
+
 std::vector<std::string> osascriptCommand(const std::string& tool,
                                           const ElevationRequest& request) {
   // Standard error would be lost: only an error's message shows it.
   const std::string command = shellCommand(request.command) + " 2>&1; printf '\\n%s' \"$?\"";
   return {tool, "-e",
           "do shell script " + appleScriptQuoted(command) + " with prompt " +
-              appleScriptQuoted(request.prompt) +
+              appleScriptQuoted(promptSentence(request.prompt)) +
               " with administrator privileges without altering line endings"};
 }
 

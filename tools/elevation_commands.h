@@ -17,6 +17,10 @@ std::string shellQuoted(std::string_view text);
 /// constant stays on one line; every other byte stays as it is (UTF-8).
 std::string appleScriptQuoted(std::string_view text);
 
+/// What macOS asks the user with. Its dialog begins with "osascript wants to make changes", of
+/// which a bare name after that says nothing: a name becomes a sentence, a sentence stays.
+std::string promptSentence(const std::string& prompt);
+
 /// Runs the command in a shell with rights. osascript itself says only that a command failed, so
 /// the shell writes the command's exit status behind its output (see readOsascriptOutput).
 std::vector<std::string> osascriptCommand(const std::string& tool, const ElevationRequest& request);

@@ -69,6 +69,8 @@ void drawImage(NSImage* image, int x, int y) {
   [[NSColor whiteColor] set];
   NSRectFill(rect);
   if (NSMaxY(rect) > drawing.pictureY) drawImage(picture, drawing.pictureX, drawing.pictureY);
+  // Tiles that a screen enlarges would be blended at their edges with what is not there: seams.
+  [[NSGraphicsContext currentContext] setImageInterpolation:NSImageInterpolationNone];
   for (const splash::TileAt& at : drawing.tiles) drawImage([self imageOfTile:at.tile], at.x, 0);
 }
 

@@ -56,20 +56,38 @@ void createWindow(int width, int height) {
   });
 }
 
-// nil when there is no picture to be had. Not by NSImage's own ways: GNUstep starts a pasteboard
-// server for a file whose name says nothing, and releases an image without content once too often.
-NSImage* newImage(const char* path) {
-  const PictureFile picture = readPicture(path);
+// The content of a picture that may be shown; nil, with a line that says why, for another.
+NSData* pictureContent(const std::string& path) {
+  const PictureFile picture = readPicture(path.c_str());
   if (picture.fault == PictureFault::kTooLarge)
     logToSystem("[Splash] The picture is too large to be shown.\n");
   if (picture.fault == PictureFault::kOtherFormat)
     logToSystem("[Splash] The picture is neither a PNG nor a JPEG, and is not shown.\n");
-  if (picture.content.empty() || !platform::isReadyForPictures()) return nil;
-  NSData* content = [NSData dataWithBytes:picture.content.data() length:picture.content.size()];
+  if (picture.content.empty()) return nil;
+  return [NSData dataWithBytes:picture.content.data() length:picture.content.size()];
+}
+
+// For screens with two pixels where others have one. It has the same size there, whatever its
+// number of pixels is.
+void addDoublePicture(NSImage* image, const char* path) {
+  const std::string twin = doublePictureOf(path);
+  NSData* content = twin.empty() ? nil : pictureContent(twin);
+  if (content == nil) return;
+  NSImageRep* bitmap = [NSBitmapImageRep imageRepWithData:content];
+  [bitmap setSize:[image size]];
+  if (bitmap != nil) [image addRepresentation:bitmap];
+}
+
+// nil when there is no picture to be had. Not by NSImage's own ways: GNUstep starts a pasteboard
+// server for a file whose name says nothing, and releases an image without content once too often.
+NSImage* newImage(const char* path) {
+  NSData* content = pictureContent(path);
+  if (content == nil || !platform::isReadyForPictures()) return nil;
   NSImageRep* bitmap = [NSBitmapImageRep imageRepWithData:content];
   if (bitmap == nil) return nil;
   NSImage* image = [[NSImage alloc] initWithSize:[bitmap size]];
   [image addRepresentation:bitmap];
+  if (platform::kHasDoubleScreens) addDoublePicture(image, path);
   return image;
 }
 

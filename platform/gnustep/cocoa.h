@@ -11,6 +11,9 @@ namespace quillory::platform {
 /// An animated resize is carried out by a timer here, and loses against a centring that follows.
 inline constexpr BOOL kAnimatesResizing = NO;
 
+/// An image might choose the larger of its pictures for any screen here.
+inline constexpr bool kHasDoubleScreens = false;
+
 }  // namespace quillory::platform
 
 enum { kCGFloatingWindowLevelKey = 5 };

@@ -7,8 +7,13 @@
 #import <Foundation/Foundation.h>
 
 namespace quillory::platform {
+
 struct DownloadJob;
-}
+
+/// The class of downloads: URLDownload.
+Class urlDownloadClass();
+
+}  // namespace quillory::platform
 
 @interface URLDownload : NSURLDownload {
  @private

@@ -234,3 +234,9 @@ NSError* errorFrom(const DownloadJob& job) {
 }
 
 @end
+
+namespace quillory::platform {
+
+Class urlDownloadClass() { return [URLDownload class]; }
+
+}  // namespace quillory::platform

@@ -7,4 +7,7 @@ namespace quillory::platform {
 
 inline constexpr BOOL kAnimatesResizing = YES;
 
+/// There are screens with two pixels where others have one, and images choose among their pictures.
+inline constexpr bool kHasDoubleScreens = true;
+
 }  // namespace quillory::platform

@@ -48,6 +48,15 @@ CLASSES = {
                                       "application:openFiles:",
                                       "applicationSupportsSecureRestorableState:"}),
     "Redrawer": ("NSObject", {"runThread:"}),
+    "SessionDownload": ("NSObject", {"initWithRequest:delegate:",
+                                     "setDestination:allowOverwrite:", "cancel",
+                                     "URLSession:task:willPerformHTTPRedirection:newRequest:"
+                                     "completionHandler:",
+                                     "URLSession:downloadTask:didWriteData:totalBytesWritten:"
+                                     "totalBytesExpectedToWrite:",
+                                     "URLSession:downloadTask:didFinishDownloadingToURL:",
+                                     "URLSession:task:didCompleteWithError:"}),
+    "SessionMessage": ("NSObject", {"dealloc"}),
     "SplashView": ("NSView", {"initWithFrame:", "drawRect:", "dealloc"}),
     "URLHandler": ("NSObject", {"init", "handleURLEvent:withReplyEvent:", "getRequestedURL"}),
 }

@@ -158,5 +158,27 @@ TEST_F(ReadPicture, ReadsNothingOfAFileThatIsTooLarge) {
   expectRead("", PictureFault::kTooLarge);
 }
 
+TEST(DoublePictureOf, LiesBesideThePicture) {
+  const TempDir dir;
+  writeFile(dir / "a.b/splash.png", "1");
+  writeFile(dir / "a.b/other", "1");
+  EXPECT_EQ(doublePictureOf(dir / "a.b/splash.png"), "");
+  writeFile(dir / "a.b/splash@2x.png", "2");
+  EXPECT_EQ(doublePictureOf(dir / "a.b/splash.png"), dir / "a.b/splash@2x.png");
+  EXPECT_EQ(doublePictureOf(dir / "a.b/other"), "") << "the dot is that of the folder";
+  EXPECT_EQ(doublePictureOf(dir / "a.b/none.png"), "");
+}
+
+TEST(DoublePictureOf, IsNoLinkAndNoFolder) {
+  const TempDir dir;
+  writeFile(dir / "splash.png", "1");
+  writeFile(dir / "elsewhere.png", "2");
+  std::filesystem::create_symlink(dir / "elsewhere.png", dir / "splash@2x.png");
+  EXPECT_EQ(doublePictureOf(dir / "splash.png"), "");
+  std::filesystem::remove(dir / "splash@2x.png");
+  std::filesystem::create_directory(dir / "splash@2x.png");
+  EXPECT_EQ(doublePictureOf(dir / "splash.png"), "");
+}
+
 }  // namespace
 }  // namespace quillory

@@ -41,13 +41,21 @@ TEST(AppleScriptQuoted, LeavesNonAsciiTextAlone) {
   EXPECT_EQ(appleScriptQuoted("gr\xc3\xbc\xc3\x9f"), "\"gr\xc3\xbc\xc3\x9f\"");
 }
 
+TEST(PromptSentence, IsWhatAPersonUnderstands) {
+  EXPECT_EQ(promptSentence("My App"), "My App is to be installed for all users of this Mac.");
+  EXPECT_EQ(promptSentence("App."), "App. is to be installed for all users of this Mac.");
+  EXPECT_EQ(promptSentence("May My App be updated? It takes a minute."),
+            "May My App be updated? It takes a minute.");
+}
+
 TEST(OsascriptCommand, QuotesForTheShellFirstAndThenForAppleScript) {
   EXPECT_THAT(
       osascriptCommand("/usr/bin/osascript", {"My \"App\"", {"/a b/c", "it's", "\"\\$x\"", ""}}),
-      ElementsAre("/usr/bin/osascript", "-e",
-                  R"(do shell script "'/a b/c' 'it'\\''s' '\"\\$x\"' '' 2>&1; )"
-                  R"(printf '\\n%s' \"$?\"" with prompt "My \"App\"" )"
-                  R"(with administrator privileges without altering line endings)"));
+      ElementsAre(
+          "/usr/bin/osascript", "-e",
+          R"(do shell script "'/a b/c' 'it'\\''s' '\"\\$x\"' '' 2>&1; )"
+          R"(printf '\\n%s' \"$?\"" with prompt "My \"App\" is to be installed for all users of this Mac." )"
+          R"(with administrator privileges without altering line endings)"));
 }
 
 TEST(ReadOsascriptOutput, TakesTheLastLineForTheStatus) {

@@ -85,8 +85,17 @@ extern "C" NSApplication* NSApp;
 - (void)drawInRect:(NSRect)rect withAttributes:(NSDictionary*)attributes;
 @end
 
+typedef NSUInteger NSImageInterpolation;
+enum : NSImageInterpolation { NSImageInterpolationNone = 1 };
+
+@interface NSGraphicsContext : NSObject
++ (NSGraphicsContext*)currentContext;
+- (void)setImageInterpolation:(NSImageInterpolation)interpolation;
+@end
+
 @interface NSImageRep : NSObject
 - (NSSize)size;
+- (void)setSize:(NSSize)size;
 @end
 
 @interface NSBitmapImageRep : NSImageRep

@@ -19,6 +19,7 @@ extern "C" {
 
 extern const NSRect NSZeroRect;
 
+Class NSClassFromString(NSString* name);
 void NSLog(NSString* format, ...) __attribute__((format(__NSString__, 1, 2)));
 
 }  // extern "C"
@@ -134,6 +135,13 @@ typedef uint64_t NSActivityOptions;
 typedef NSString* NSRunLoopMode;
 extern "C" const NSRunLoopMode NSDefaultRunLoopMode;
 
+@interface NSObject (NSThreadPerforming)
+- (void)performSelector:(SEL)selector
+               onThread:(NSThread*)thread
+             withObject:(id)argument
+          waitUntilDone:(BOOL)wait;
+@end
+
 @interface NSRunLoop : NSObject
 + (NSRunLoop*)currentRunLoop;
 - (BOOL)runMode:(NSRunLoopMode)mode beforeDate:(NSDate*)limit;
@@ -151,6 +159,7 @@ extern "C" const NSRunLoopMode NSDefaultRunLoopMode;
 + (instancetype)URLWithString:(NSString*)text;
 + (NSURL*)fileURLWithPath:(NSString*)path isDirectory:(BOOL)isDirectory;
 - (NSString*)absoluteString;
+- (NSString*)path;
 @end
 
 typedef NSUInteger NSURLRequestCachePolicy;
@@ -161,6 +170,7 @@ enum : NSURLRequestCachePolicy { NSURLRequestUseProtocolCachePolicy = 0 };
                    cachePolicy:(NSURLRequestCachePolicy)policy
                timeoutInterval:(NSTimeInterval)seconds;
 - (NSURL*)URL;
+- (NSTimeInterval)timeoutInterval;
 @end
 
 static const long long NSURLResponseUnknownLength = -1;
@@ -180,6 +190,30 @@ extern "C" NSString* const NSURLErrorFailingURLStringErrorKey;
 - (instancetype)initWithRequest:(NSURLRequest*)request delegate:(id)delegate;
 - (void)setDestination:(NSString*)path allowOverwrite:(BOOL)allowOverwrite;
 - (void)cancel;
+@end
+
+@class NSOperationQueue;
+
+@interface NSURLSessionConfiguration : NSObject
++ (NSURLSessionConfiguration*)ephemeralSessionConfiguration;
+- (void)setTimeoutIntervalForRequest:(NSTimeInterval)seconds;
+@end
+
+@interface NSURLSessionTask : NSObject
+- (NSURLResponse*)response;
+- (void)resume;
+@end
+
+@interface NSURLSessionDownloadTask : NSURLSessionTask
+@end
+
+@interface NSURLSession : NSObject
++ (NSURLSession*)sessionWithConfiguration:(NSURLSessionConfiguration*)configuration
+                                 delegate:(id)delegate
+                            delegateQueue:(NSOperationQueue*)queue;
+- (NSURLSessionDownloadTask*)downloadTaskWithRequest:(NSURLRequest*)request;
+- (void)finishTasksAndInvalidate;
+- (void)invalidateAndCancel;
 @end
 
 typedef uint32_t AEEventClass;
