@@ -94,7 +94,7 @@ bool readSignatureBlock(const std::string& path, std::FILE* stream,
   return true;
 }
 
-// Whether all of it could be written; `output` has the errno if not.
+// Whether all of it could be handed over; `output` has the errno if not.
 bool copyContent(std::FILE* stream, const Entry& entry, NewFile& output) {
   PatientReader reader(stream, entry.path);
   std::size_t remaining = static_cast<std::size_t>(entry.length);
@@ -104,15 +104,17 @@ bool copyContent(std::FILE* stream, const Entry& entry, NewFile& output) {
     if (!output.write(copyBuffer.data(), count)) return false;
     remaining -= count;
   }
-  return output.close();
+  return true;
 }
 
 ExtractionResult writeContent(std::FILE* stream, const Entry& entry, const std::string& output) {
   NewFile file(output);
   logMessage("\t[ExtractArchiveFile] Extracting to %s\n", output.c_str());
   if (!file.isOpen()) return failToCreate(entry, output);
-  if (!copyContent(stream, entry, file)) return failToWrite(entry, output, file.error());
-  chmodR755(output.c_str());
+  const bool isCopied = copyContent(stream, entry, file);
+  // By the descriptor: neither a look at the path nor another open file is needed for it.
+  if (isCopied) chmodR755(file);
+  if (!isCopied || !file.close()) return failToWrite(entry, output, file.error());
   return {};
 }
 

@@ -1,9 +1,12 @@
 #include "formats/launch_file.h"
 
+#include <sys/stat.h>
+
 #include <variant>
 
 #include "formats/record_stream.h"
 #include "support/log.h"
+#include "support/paths.h"
 
 namespace quillory {
 namespace {
@@ -30,6 +33,12 @@ void readRecord(std::FILE* stream, const LaunchFileRecord& record, LaunchFile& f
 }
 
 }  // namespace
+
+bool holdsLaunchFile(const std::string& folder) {
+  struct stat found {};
+  const std::string path = joinPath(folder, kLaunchFileName);
+  return stat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode) && found.st_size > 0;
+}
 
 LaunchHeader readLaunchHeader(std::FILE* stream) {
   LaunchFile file;

@@ -10,6 +10,9 @@
 
 namespace quillory {
 
+/// Whether `folder` has a launch file that is not empty.
+bool holdsLaunchFile(const std::string& folder);
+
 /// Records 1 to 8.
 struct LaunchHeader {
   int version = 0;

@@ -4,6 +4,7 @@
 
 #include "formats/archive_check.h"
 #include "formats/hash_ahead.h"
+#include "support/files.h"
 #include "support/log.h"
 #include "support/owned.h"
 
@@ -115,7 +116,7 @@ ExtractionResult extractAllOf(const char* unpack200Tool, const std::string& arch
   const ArchiveExtraction extraction{
       {.lzma = nullptr, .unpack200 = unpack200Tool}, archivePath, destDir, trust};
   ExtractionResult result = trust.isHardened ? extractProven(extraction) : extract(extraction);
-  if (!result.isFailure() || result.end == End::kArchiveRejected) std::remove(archivePath.c_str());
+  if (!result.isFailure() || result.end == End::kArchiveRejected) removeFileOrLink(archivePath);
   return result;
 }
 

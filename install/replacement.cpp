@@ -13,6 +13,7 @@
 #include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/paths.h"
+#include "support/steady_file.h"
 
 namespace quillory {
 namespace {
@@ -26,7 +27,7 @@ bool isNothing(const std::string& path) {
 }
 
 bool move(const std::string& from, const std::string& to) {
-  return std::rename(from.c_str(), to.c_str()) == 0;
+  return inTwoTries([&] { return std::rename(from.c_str(), to.c_str()) == 0; });
 }
 
 // A folder that waits aside, brought back to its place unless it is dropped.

@@ -36,8 +36,7 @@ std::string provideAppExecutable(const std::string& binFolder, const std::string
   // Nobody else is copying: what lies there beside its place was cut short.
   if (lock.tryToTake(masterFolderOf(binFolder))) clearUnfinishedFiles(binFolder);
   // Beside its place first: two starts at the same time do not mix their bytes.
-  OutputFile copy(executable, ExactMode{installationMode()});
-  if (copyWhole(java, copy, executable)) return executable;
+  if (copyWhole(java, {executable, executable, ExactMode{installationMode()}})) return executable;
   if (usesOnlyTrusted()) return java;
   logError("Error setting app binary executable!\n");
   return executable;

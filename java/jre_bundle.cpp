@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -14,6 +15,7 @@
 #include "support/files.h"
 #include "support/folder_listing.h"
 #include "support/log.h"
+#include "support/steady_file.h"
 
 namespace quillory {
 namespace {
@@ -33,6 +35,11 @@ bool isHidden(const std::string& name) { return name.front() == '.'; }
 std::string linkTarget(const std::string& path) {
   std::error_code ignored;
   return fs::read_symlink(path, ignored).string();
+}
+
+// As ln -s. A failure is found by isHalfMade(), where it matters.
+void makeLink(const std::string& target, const std::string& link) {
+  inTwoTries([&] { return symlink(target.c_str(), link.c_str()) == 0 || errno == EEXIST; });
 }
 
 // The path without the suffix, or "" when it does not end so.
@@ -124,13 +131,13 @@ std::string takeHome(const std::string& home, const std::string& alias,
   logCommand("rmdir " + quoted(home));
   if (hasContent) {
     removeTree(staging);
-    if (std::rename(home.c_str(), staging.c_str()) != 0) return home;
+    if (!inTwoTries([&] { return std::rename(home.c_str(), staging.c_str()) == 0; })) return home;
   }
 
   logCommand("ln -s " + quoted(alias) + ' ' + quoted(home));
   // A link from elsewhere, as after the whole folder was moved, is made anew.
   if (isLink(home)) unlink(home.c_str());
-  (void)!symlink(alias.c_str(), home.c_str());
+  makeLink(alias, home);
   return isRealFolder(staging) ? staging : alias;
 }
 
@@ -163,7 +170,7 @@ void relinkExecutable(const BundleExecutable& executable, const ShapedJre& jre) 
   const fs::path link = executable.isMissing
                             ? fs::path(executable.folder) / fs::path(target).filename()
                             : fs::path(executable.path);
-  (void)!symlink(target.c_str(), link.c_str());
+  makeLink(target, link);
 }
 
 void makeSpawnHelperExecutable(const ShapedJre& jre) {
@@ -238,9 +245,11 @@ bool isWholeJre(const std::string& jreFolder) {
 
 bool isHalfMade(const std::string& jreFolder) {
   if (jreFolder.ends_with(kBundleSuffix)) return true;
-  const std::string home = jreFolder + kBundleSuffix + "/Contents/Home";
+  const std::string contents = jreFolder + kBundleSuffix + "/Contents";
+  const std::string home = contents + "/Home";
   // Of a JDK the inner "jre" is the link.
-  return isRealFolder(home) && !isLink(home + "/jre");
+  if (isRealFolder(home)) return !isLink(home + "/jre");
+  return isRealFolder(contents) && !isLink(home);
 }
 
 }  // namespace quillory

@@ -115,7 +115,8 @@ int replaceTrustStore(const std::string& source, const std::string& jreHome) {
 
 int replaceTrustStore(const std::string& source, const std::string& jreHome,
                       const std::string& content) {
-  if (!doesFileExist(source.c_str())) {
+  // One that is there and cannot be opened now may be read by the copy.
+  if (!doesFileExist(source.c_str()) && access(source.c_str(), F_OK) != 0) {
     logMessage("[Extractor] Override CACerts does not exist.\n");
     return 0;
   }
@@ -132,8 +133,7 @@ int replaceTrustStore(const std::string& source, const std::string& jreHome,
     // It is not removed before the copy takes its place. What the line tells is whether it can be.
     logMessage("[Extractor] Result = %d\n", access(folder.c_str(), W_OK));
   }
-  OutputFile copy(target);
-  return copyWhole(source, copy, shown) ? 0 : 1;
+  return copyWhole(source, {target, shown}) ? 0 : 1;
 }
 
 }  // namespace quillory

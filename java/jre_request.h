@@ -68,6 +68,8 @@ struct SystemJreQuestion {
   std::function<bool(const std::string& updaterFolder, const std::string& java)> isCompatible;
   bool isAutoTest = false;
   SystemJrePlaces places;
+  /// Of a hardened bundle: an updater that has no launch file is not asked, but an older one.
+  bool onlyWhole = false;
 };
 
 /// What a person is shown while a JRE is fetched; by default nothing.

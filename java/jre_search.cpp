@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "formats/launch_file.h"
 #include "install/version_folders.h"
 #include "java/jre_inspection.h"
 #include "support/command_output.h"
@@ -119,6 +120,22 @@ bool wasEndedBySignal(int waitStatus) {
   return WIFSIGNALED(waitStatus) || (WIFEXITED(waitStatus) && WEXITSTATUS(waitStatus) > 128);
 }
 
+bool wasSuccessful(int waitStatus) { return WIFEXITED(waitStatus) && WEXITSTATUS(waitStatus) == 0; }
+
+// What cp cannot copy, the second time too, it says itself, and the rest may do. One that was
+// killed has not said anything, and what it left would be taken for a JRE for ever: false.
+bool copyByCommand(const std::string& folder, const std::string& copy) {
+  int status = runOnPaths("cp", {"-LRf"}, {folder, copy});
+  if (!wasSuccessful(status) && !wasEndedBySignal(status)) {
+    removeTree(copy);
+    status = runOnPaths("cp", {"-LRf"}, {folder, copy});
+  }
+  if (!wasEndedBySignal(status)) return true;
+  logMessage("[JRESearch] The copying was ended by a signal, the copy is not used\n");
+  removeTree(copy);
+  return false;
+}
+
 }  // namespace
 
 std::string jreFolderOfJava(const std::string& java) {
@@ -142,7 +159,9 @@ std::string jreFolderOfJava(const std::string& java) {
 SystemJreSearch copySystemJre(const std::string& masterFolder, const SystemJreQuestion& question) {
   const std::optional<SystemJre> jre = findAcceptableJre(question);
   if (!jre) return {};
-  const std::optional<std::string> updater = newestVersionFolder(masterFolder, kUpdaterName);
+  const std::optional<std::string> updater =
+      question.onlyWhole ? newestVersionFolder(masterFolder, kUpdaterName, holdsLaunchFile)
+                         : newestVersionFolder(masterFolder, kUpdaterName);
   if (!updater) {
     logMessage(
         "[JRESearch] ****************************** No latest App version even after download!\n");
@@ -155,13 +174,7 @@ SystemJreSearch copySystemJre(const std::string& masterFolder, const SystemJreQu
   logMessage("[JRESearch] JRE is valid, copying...\n");
   // Named, not created: cp would copy into a folder that is there.
   const std::string copy = temporaryFolder(masterFolder);
-  // What cp could not copy it says itself, and the rest may do. One that was killed has not said
-  // anything, and what it left would be taken for a JRE for ever.
-  if (wasEndedBySignal(runOnPaths("cp", {"-LRf"}, {jre->folder, copy}))) {
-    logMessage("[JRESearch] The copying was ended by a signal, the copy is not used\n");
-    removeTree(copy);
-    return {};
-  }
+  if (!copyByCommand(jre->folder, copy)) return {};
   logMessage("[JRESearch] Running chmod -R 755 \"%s/bin\"\n", copy.c_str());
   setModesBelow(copy + "/bin", 0755);
   // It is moved to its place as it is, where files that a power cut emptied would count.

@@ -1,7 +1,5 @@
 #include "java/launch_flow.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <optional>
@@ -29,6 +27,7 @@
 #include "support/opened_files.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/steady_file.h"
 
 namespace quillory {
 namespace {
@@ -52,15 +51,13 @@ std::string appFolderOf(const LaunchRequest& request) {
   return joinPath(request.masterFolder, request.appFolderName);
 }
 
-/// Null, with an error in the log, when there is no file.
+/// Null, with an error in the log, when there is no file. One that could be read in part would be
+/// taken for one that says nothing of the rest, so all of it is read here.
 OwnedFile openLaunchFile(const std::string& path) {
-  OwnedFile file(std::fopen(path.c_str(), "rb"));
-  struct stat status;
-  // A folder opens for reading too, and would read as an empty launch file.
-  const bool isUsable = file && fstat(fileno(file.get()), &status) == 0 && !S_ISDIR(status.st_mode);
-  if (isUsable) return file;
-  logError("Unable to open launch file %s\n", path.c_str());
-  return nullptr;
+  const std::optional<std::string> bytes = readWholeFile(path);
+  OwnedFile file = bytes ? streamOver(*bytes) : nullptr;
+  if (!file) logError("Unable to open launch file %s\n", path.c_str());
+  return file;
 }
 
 /// Options of the JVM, which decide what is executed: "" where another user could have written

@@ -1,11 +1,9 @@
 #include "launcher/component_extraction.h"
 
-#include <unistd.h>
-
 #include <optional>
 
 #include "formats/archive_format.h"
-#include "formats/launch_file_format.h"
+#include "formats/launch_file.h"
 #include "install/replacement.h"
 #include "install/unfinished.h"
 #include "install/version_folders.h"
@@ -49,10 +47,6 @@ ExtractionResult extractTailEntries(int count, const TailArchives& tail,
   for (int i = 0; i < count && !result.isFailure(); ++i)
     result = extractTailEntry(tail, tools, destination);
   return result;
-}
-
-bool holdsLaunchFile(const std::string& folder) {
-  return access(joinPath(folder, kLaunchFileName).c_str(), F_OK) == 0;
 }
 
 // A tool of the tail, which is there to be run.

@@ -105,7 +105,8 @@ JreOutcome<std::string> setUpJre(const Start& start, const ComponentFolders& fol
                         return isCompatibleWith(start, updaterFolder, java);
                       },
                   .isAutoTest = start.params.isAutoTest,
-                  .places = {}},
+                  .places = {},
+                  .onlyWhole = start.params.isHardened},
        .server = {start.updateUrl.inForce(), folders.gu},
        .tools = {updater.lzmaTool, start.key, start.params.isHardened},
        .display = start.showsUi() ? splashAsDisplay() : FetchDisplay{},

@@ -30,7 +30,10 @@ void launchAndEnd(Start& start, const std::string& guFolderName) {
   }
   start.lock.release();
   if (start.line.prepareOnly) std::exit(kExitSuccess);
-  std::exit(launch(request).exitStatus);
+  const LaunchResult result = launch(request);
+  // Nothing was started, and the log says why. Callers of a bundle that is not hardened count on 0.
+  if (start.params.isHardened && result.status.value_or(0) != 0) std::exit(kExitFailure);
+  std::exit(result.exitStatus);
 }
 
 }  // namespace quillory

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "formats/launch_file_format.h"
+#include "formats/launch_file.h"
 #include "install/unfinished.h"
 #include "install/version_folders.h"
 #include "java/jre_bundle.h"
@@ -21,13 +21,6 @@ namespace {
 bool isNewer(const std::string& ourVersion, const std::string& installedFolder) {
   return std::strtol(ourVersion.c_str(), nullptr, 10) >
          versionOfFolder(installedFolder).value_or(-1);
-}
-
-bool hasLaunchFile(const std::string& updaterFolder) {
-  std::error_code error;
-  const std::string file = joinPath(updaterFolder, kLaunchFileName);
-  return std::filesystem::is_regular_file(file, error) &&
-         std::filesystem::file_size(file, error) > 0 && !error;
 }
 
 /// Of an application nothing is known but that it is not empty.
@@ -115,8 +108,8 @@ std::optional<std::string> updaterToRun(const std::string& masterFolder, bool on
   if (!onlyWhole) return newestVersionFolder(masterFolder, kUpdaterName);
   const std::optional<std::string> finished = newestVersionFolder(
       masterFolder, kUpdaterName,
-      [](const std::string& folder) { return hasLaunchFile(folder) && !isUnfinished(folder); });
-  return finished ? finished : newestVersionFolder(masterFolder, kUpdaterName, hasLaunchFile);
+      [](const std::string& folder) { return holdsLaunchFile(folder) && !isUnfinished(folder); });
+  return finished ? finished : newestVersionFolder(masterFolder, kUpdaterName, holdsLaunchFile);
 }
 
 std::optional<std::string> runnableUpdater(const UpdateQuestion& question) {

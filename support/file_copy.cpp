@@ -1,5 +1,8 @@
 #include "support/file_copy.h"
 
+#include <fcntl.h>
+#include <sys/types.h>
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
@@ -10,8 +13,8 @@
 #include "support/folder_listing.h"
 #include "support/log.h"
 #include "support/new_file.h"
-#include "support/owned.h"
 #include "support/paths.h"
+#include "support/steady_file.h"
 
 namespace quillory {
 namespace {
@@ -35,16 +38,16 @@ void logFailure(const char* tag, const char* what, const std::string& path, int 
 }
 
 // A read that is shorter than the buffer is the last one.
-int copyBytes(const char* tag, std::FILE* source, const std::string& sourcePath, NewFile& target) {
-  std::size_t count = 0;
+int copyBytes(const char* tag, int source, const std::string& sourcePath, NewFile& target) {
+  ssize_t count = 0;
   do {
-    count = std::fread(copyBuf, 1, sizeof copyBuf, source);
-    if (count < sizeof copyBuf && std::ferror(source) != 0) {
+    count = readSteadily(source, copyBuf, sizeof copyBuf);
+    if (count < 0) {
       logFailure(tag, "read source file", sourcePath, errno);
       return kFailed;
     }
-    if (count > 0 && !target.write(copyBuf, count)) break;
-  } while (count == sizeof copyBuf);
+    if (count > 0 && !target.write(copyBuf, static_cast<std::size_t>(count))) break;
+  } while (count == ssize_t{sizeof copyBuf});
   if (target.close()) return kDone;
   // A short copy would be taken for the file, and fail much later for no reason that anybody finds.
   logFailure(tag, "write destination file", target.path(), target.error());
@@ -53,8 +56,8 @@ int copyBytes(const char* tag, std::FILE* source, const std::string& sourcePath,
 
 int copyOneFile(const char* tag, const std::string& source, const std::string& target) {
   logMessage("%s Copying FILE %s\n", tag, target.c_str());
-  const OwnedFile from(std::fopen(source.c_str(), "rb"));
-  if (from == nullptr) {
+  const OwnedDescriptor from = openSteadily(source, O_RDONLY);
+  if (from.get() == -1) {
     logFailure(tag, "open source file", source);
     return kFailed;
   }

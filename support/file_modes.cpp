@@ -10,6 +10,8 @@
 #include <string>
 
 #include "support/log.h"
+#include "support/new_file.h"
+#include "support/steady_file.h"
 
 namespace quillory {
 namespace {
@@ -42,7 +44,9 @@ mode_t wantedMode(const struct stat& found, mode_t mode) {
 
 // Between the look at it and this, somebody may have put a link there: it is not followed.
 bool setModeOfItself(const char* path, mode_t mode) {
-  if (fchmodat(AT_FDCWD, path, mode, AT_SYMLINK_NOFOLLOW) == 0) return true;
+  // Where the C library opens the path for it, that can be interrupted.
+  const auto set = [&] { return fchmodat(AT_FDCWD, path, mode, AT_SYMLINK_NOFOLLOW); };
+  if (inTwoTries([&] { return untilUninterrupted(set) == 0; })) return true;
   // Not known to every system; the C library's own way needs /proc.
   struct stat found {};
   return (errno == ENOTSUP || errno == EOPNOTSUPP) && lstat(path, &found) == 0 &&
@@ -105,6 +109,11 @@ unsigned installationFileMode() { return chosen == InstallationModes::kOpenToAll
 int chmodR755(const char* path) {
   logCommand("chmod -R 755", path);
   return setModesBelow(path, 0755);
+}
+
+int chmodR755(NewFile& file) {
+  logCommand("chmod -R 755", file.path().c_str());
+  return file.setMode(0755) ? 0 : kCommandFailed;
 }
 
 int chmod777(const char* path) {

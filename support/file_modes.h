@@ -10,6 +10,8 @@
 
 namespace quillory {
 
+class NewFile;
+
 enum class InstallationModes {
   kOpenToAll,    ///< 0777 for folders and tools; new files as the umask says
   kOwnerWrites,  ///< 0755 instead of 0777, and 0644 for new files
@@ -31,6 +33,9 @@ unsigned installationFileMode();
 
 /// "chmod -R 755": `path` and all in it; links in it are not followed.
 int chmodR755(const char* path);
+
+/// The same of a file that is being written.
+int chmodR755(NewFile& file);
 
 /// "chmod 777", or "chmod 755" where only the owner writes.
 int chmod777(const char* path);

@@ -15,6 +15,7 @@
 #include "support/owned.h"
 #include "support/paths.h"
 #include "support/platform.h"
+#include "support/steady_file.h"
 
 namespace quillory {
 namespace {
@@ -79,18 +80,27 @@ mode_t modeOfNewFolder(const char* path) {
   return static_cast<mode_t>(isKeptClosed(path) ? 0700 : installationMode());
 }
 
+// As mkdir(2), in two tries.
+int makeFolder(const char* path, mode_t mode) {
+  const int made = mkdir(path, mode);
+  return made == 0 || errno == EEXIST ? made : mkdir(path, mode);
+}
+
 }  // namespace
 
 bool removeTree(const std::string& path) {
-  std::error_code error;
-  fs::remove_all(path, error);
-  struct stat left {};
-  return lstat(path.c_str(), &left) != 0 && errno == ENOENT;
+  return inTwoTries([&] {
+    std::error_code error;
+    fs::remove_all(path, error);
+    struct stat left {};
+    return lstat(path.c_str(), &left) != 0 && errno == ENOENT;
+  });
 }
 
 void removeFileOrLink(const std::string& path) {
   struct stat found {};
-  if (lstat(path.c_str(), &found) == 0 && !S_ISDIR(found.st_mode)) unlink(path.c_str());
+  if (lstat(path.c_str(), &found) == 0 && !S_ISDIR(found.st_mode))
+    inTwoTries([&] { return unlink(path.c_str()) == 0; });
 }
 
 void doRename(const char* oldPath, const char* newPath) {
@@ -112,14 +122,14 @@ int makeDir(const char* path) {
     return -1;
   }
   if (isFolder(path)) return 0;
-  const int made = mkdir(path, modeOfNewFolder(path));
+  const int made = makeFolder(path, modeOfNewFolder(path));
   // Also when it could not be made: a folder that is there but closed to us may be opened by this.
   chmod777Folder(path);
   return made;
 }
 
 int makeNewDir(const char* path) {
-  if (mkdir(path, modeOfNewFolder(path)) != 0) return -1;
+  if (makeFolder(path, modeOfNewFolder(path)) != 0) return -1;
   chmod777Folder(path);
   return 0;
 }
@@ -130,7 +140,7 @@ bool makeDirWithParents(const std::string& path, unsigned mode) {
   if (!parent.empty() && parent != path && !makeDirWithParents(parent)) return false;
   // "a/b/" is made as the parent of nothing.
   if (isFolder(path)) return true;
-  if (mkdir(path.c_str(), static_cast<mode_t>(mode)) != 0) return false;
+  if (makeFolder(path.c_str(), static_cast<mode_t>(mode)) != 0) return false;
   logMessage("[Extractor] Created %s\n", path.c_str());
   return true;
 }

@@ -13,18 +13,22 @@
 namespace quillory {
 namespace {
 
-constexpr int kForWriting = O_WRONLY | O_CREAT | O_CLOEXEC;
+constexpr mode_t kAllModeBits = 07777;
+constexpr int kForWriting = O_WRONLY | O_CREAT;
 
-int openFile(const char* path, NewFile::Existing existing) {
-  if (existing == NewFile::Existing::kFollowed) return open(path, kForWriting | O_TRUNC, 0666);
-  const unsigned mode = installationFileMode();
+OwnedDescriptor openFile(const std::string& path, NewFile::Existing existing) {
+  if (existing == NewFile::Existing::kFollowed)
+    return openSteadily(path, kForWriting | O_TRUNC, 0666);
+  const auto mode = static_cast<mode_t>(installationFileMode());
   if (existing == NewFile::Existing::kUnlinked) {
+    OwnedDescriptor fresh = openSteadily(path, kForWriting | O_EXCL | O_NOFOLLOW, mode);
+    if (fresh.get() != -1 || errno != EEXIST) return fresh;
     removeFileOrLink(path);
-    return open(path, kForWriting | O_EXCL | O_NOFOLLOW, mode);
+    return openSteadily(path, kForWriting | O_EXCL | O_NOFOLLOW, mode);
   }
-  const int descriptor = open(path, kForWriting | O_TRUNC | O_NOFOLLOW, mode);
-  if (descriptor != -1 || errno != ELOOP || unlink(path) != 0) return descriptor;
-  return open(path, kForWriting | O_TRUNC | O_NOFOLLOW, mode);
+  OwnedDescriptor rewritten = openSteadily(path, kForWriting | O_TRUNC | O_NOFOLLOW, mode);
+  if (rewritten.get() != -1 || errno != ELOOP || unlink(path.c_str()) != 0) return rewritten;
+  return openSteadily(path, kForWriting | O_TRUNC | O_NOFOLLOW, mode);
 }
 
 bool isPlainFile(const char* path) {
@@ -36,23 +40,22 @@ bool isPlainFile(const char* path) {
 
 NewFile::NewFile(std::string path, Existing existing)
     : path_(std::move(path)), existing_(existing) {
-  const int descriptor = openFile(path_.c_str(), existing_);
-  if (descriptor != -1) file_.reset(fdopen(descriptor, "wb"));
-  isIncomplete_ = file_ != nullptr;
-  if (isIncomplete_) return;
-  fail(errno);
-  if (descriptor != -1) ::close(descriptor);
+  file_ = SteadyWriter(openFile(path_, existing_));
+  isIncomplete_ = file_.isOpen();
+  if (!isIncomplete_) fail(errno);
 }
 
 NewFile::NewFile(NewFile&& other) noexcept
     : path_(std::move(other.path_)),
       existing_(other.existing_),
       file_(std::move(other.file_)),
+      stream_(std::move(other.stream_)),
       isIncomplete_(std::exchange(other.isIncomplete_, false)),
       error_(other.error_) {}
 
 NewFile::~NewFile() {
-  file_.reset();
+  stream_.reset();
+  file_ = SteadyWriter();
   if (isIncomplete_ && existing_ != Existing::kFollowed && isPlainFile(path_.c_str()))
     unlink(path_.c_str());
 }
@@ -62,16 +65,44 @@ bool NewFile::fail(int error) {
   return false;
 }
 
+std::FILE* NewFile::stream() {
+  if (stream_ || !isOpen() || error_ != 0) return stream_.get();
+  if (!file_.flush()) {
+    fail(errno);
+    return nullptr;
+  }
+  OwnedDescriptor own(fcntl(file_.descriptor(), F_DUPFD_CLOEXEC, 0));
+  stream_.reset(fdopen(own.get(), "wb"));
+  if (!stream_) {
+    fail(errno);
+  } else {
+    own.release();
+  }
+  return stream_.get();
+}
+
 bool NewFile::write(const void* data, std::size_t size) {
   if (error_ != 0 || !isOpen()) return false;
-  return std::fwrite(data, 1, size, file_.get()) == size || fail(errno);
+  const bool isWritten =
+      stream_ ? std::fwrite(data, 1, size, stream_.get()) == size : file_.write(data, size);
+  return isWritten || fail(errno);
+}
+
+bool NewFile::setMode(unsigned mode) {
+  struct stat found {};
+  if (!isOpen() || fstat(file_.descriptor(), &found) != 0) return false;
+  const auto wanted = static_cast<mode_t>(mode);
+  if ((found.st_mode & kAllModeBits) == wanted) return true;
+  return found.st_nlink <= 1 && found.st_uid == geteuid() &&
+         inTwoTries([&] { return fchmod(file_.descriptor(), wanted) == 0; });
 }
 
 bool NewFile::close() {
   if (!isOpen()) return false;
   // Of a failure that write() has not seen only the fact is known.
-  if (std::ferror(file_.get()) != 0) fail(EIO);
-  if (std::fclose(file_.release()) != 0) fail(errno);
+  if (stream_ && std::ferror(stream_.get()) != 0) fail(EIO);
+  if (stream_ && std::fclose(stream_.release()) != 0) fail(errno);
+  if (!file_.close()) fail(errno);
   isIncomplete_ = error_ != 0;
   return !isIncomplete_;
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "support/owned.h"
+#include "support/steady_file.h"
 
 namespace quillory {
 
@@ -27,11 +28,16 @@ class NewFile {
   NewFile& operator=(NewFile&&) = delete;
 
   /// False when it could not be opened, and after close().
-  bool isOpen() const { return file_ != nullptr; }
-  /// For what prints; errors of it are found by close(). Null when it is not open.
-  std::FILE* stream() const { return file_.get(); }
+  bool isOpen() const { return file_.isOpen(); }
+  int descriptor() const { return file_.descriptor(); }
+  /// For what prints, behind what was written; errors of it are found by close(). Null when it is
+  /// not open.
+  std::FILE* stream();
   /// After a failure nothing more is written.
   bool write(const void* data, std::size_t size);
+  /// Gives it this mode, whatever the umask; a file of a second name, which may be somebody's
+  /// private one elsewhere, keeps its own. Whether it has the mode now.
+  bool setMode(unsigned mode);
   /// Writes what is still buffered, and closes: the last bytes may meet a full disk only now. False
   /// after any earlier failure, too.
   bool close();
@@ -44,7 +50,8 @@ class NewFile {
 
   std::string path_;
   Existing existing_;
-  OwnedFile file_;
+  SteadyWriter file_;
+  OwnedFile stream_;  // of a descriptor of its own; writes everything from stream() on
   bool isIncomplete_ = false;
   int error_ = 0;
 };

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
@@ -74,28 +75,30 @@ OutputFile::OutputFile(std::string path, ExactMode mode, Durability durability)
     return;
   }
   beside_ = folderOf(path_) + ".unfinished-XXXXXX";
-  const int descriptor = mkostemp(beside_.data(), O_CLOEXEC);
+  const std::string pattern = beside_;
+  const int descriptor = untilUninterrupted([&] {
+    beside_ = pattern;
+    return mkostemp(beside_.data(), O_CLOEXEC);
+  });
   if (descriptor < 0) {
     fail("cannot be created", errno);
     beside_.clear();
     return;
   }
+  file_ = SteadyWriter(OwnedDescriptor(descriptor));
   remember(beside_.c_str());
   // Whoever cleans up behind killed processes knows by this that the file is being written.
   flock(descriptor, LOCK_EX | LOCK_NB);
-  fchmod(descriptor, static_cast<mode_t>(mode.bits));
-  file_.reset(fdopen(descriptor, "wb"));
-  if (!file_) {
-    fail("cannot be created", errno);
-    close(descriptor);
-  }
+  // Without its mode it may be a program that cannot be run, or a secret that all can read.
+  if (!inTwoTries([&] { return fchmod(descriptor, static_cast<mode_t>(mode.bits)) == 0; }))
+    fail("cannot get its mode", errno);
 }
 
 OutputFile::~OutputFile() {
   if (beside_.empty()) {
     return;
   }
-  file_.reset();
+  file_ = SteadyWriter();
   unlink(beside_.c_str());
   forget(beside_.c_str());
 }
@@ -109,17 +112,14 @@ bool OutputFile::write(const void* data, std::size_t size) {
   if (!error_.empty()) {
     return false;
   }
-  if (std::fwrite(data, 1, size, file_.get()) == size) {
-    return true;
-  }
-  return fail("cannot be written", errno);
+  return file_.write(data, size) || fail("cannot be written", errno);
 }
 
 bool OutputFile::isFlushed() {
-  if (std::fflush(file_.get()) != 0) {
+  if (!file_.flush()) {
     return fail("cannot be written", errno);
   }
-  return syncFile(fileno(file_.get()), path_) || fail("cannot be written", errno);
+  return syncFile(file_.descriptor(), path_) || fail("cannot be written", errno);
 }
 
 bool OutputFile::commit() {
@@ -129,10 +129,10 @@ bool OutputFile::commit() {
   if (durability_ == Durability::kFlushed && !isFlushed()) {
     return false;
   }
-  if (std::fclose(file_.release()) != 0) {
+  if (!file_.close()) {
     return fail("cannot be written", errno);
   }
-  if (std::rename(beside_.c_str(), path_.c_str()) != 0) {
+  if (!inTwoTries([&] { return std::rename(beside_.c_str(), path_.c_str()) == 0; })) {
     return fail("cannot be put in place", errno);
   }
   forget(beside_.c_str());

@@ -4,10 +4,9 @@
 // for places where nothing is worth keeping.
 #pragma once
 #include <cstddef>
-#include <cstdio>
 #include <string>
 
-#include "support/owned.h"
+#include "support/steady_file.h"
 
 namespace quillory {
 
@@ -34,8 +33,9 @@ class OutputFile {
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  /// Null when it could not be created; error() says why.
-  std::FILE* stream() const { return file_.get(); }
+  /// Whether it could be created; error() says why not.
+  bool isOpen() const { return file_.isOpen(); }
+  int descriptor() const { return file_.descriptor(); }
   /// False after this or any earlier failure; error() says what it was.
   bool write(const void* data, std::size_t size);
   /// Moves the file to its place. Without it, the destructor removes what was written. What the
@@ -51,7 +51,7 @@ class OutputFile {
   std::string path_;
   std::string beside_;
   Durability durability_;
-  OwnedFile file_;
+  SteadyWriter file_;
   std::string error_;
 };
 

@@ -84,7 +84,7 @@ int run(const Request& request) {
   }
   // Whoever keeps what was unpacked flushes the folder that it is in, once for all of its files.
   OutputFile out(request.out, 0666, Durability::kLeftToTheSystem);
-  if (!out.stream()) {
+  if (!out.isOpen()) {
     return fail(out.error());
   }
   const auto sink = [&out](const unsigned char* data, std::size_t size) {

@@ -140,7 +140,7 @@ class Check {
 
   bool write(const std::string& bytes) {
     OutputFile file(request_.installation.inUpdates(kReleasesFile), ExactMode{kListMode});
-    if (file.stream() && file.write(bytes.data(), bytes.size()) && file.commit()) return true;
+    if (file.isOpen() && file.write(bytes.data(), bytes.size()) && file.commit()) return true;
     logMessage("[Update] The release list cannot be kept: %s\n", file.error().c_str());
     return false;
   }

@@ -135,7 +135,7 @@ class Part : public TransferSink {
     if (eTag.empty()) return;
     OutputFile file(origin_, 0600, Durability::kLeftToTheSystem);
     const std::string text = url_ + '\n' + eTag;
-    if (file.stream() && file.write(text.data(), text.size())) (void)file.commit();
+    if (file.isOpen() && file.write(text.data(), text.size())) (void)file.commit();
   }
 
   std::string path_;

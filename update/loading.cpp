@@ -176,7 +176,7 @@ class Staging {
     OutputFile file(joinPath(making_, kArchiveHashFile), ExactMode{0644},
                     Durability::kLeftToTheSystem);
     const std::string text = component().plainSha256 + '\n';
-    if (file.stream() && file.write(text.data(), text.size()) && file.commit())
+    if (file.isOpen() && file.write(text.data(), text.size()) && file.commit())
       return {kLoaded, ""};
     return notWritten(file.error(), "cannot be written");
   }

@@ -174,7 +174,7 @@ State readState(const std::string& updatesFolder) {
 bool writeState(const State& state, const std::string& updatesFolder) {
   OutputFile file(joinPath(updatesFolder, kStateFile), ExactMode{kStateMode});
   const std::string bytes = bytesOf(state);
-  if (file.stream() && file.write(bytes.data(), bytes.size()) && file.commit()) return true;
+  if (file.isOpen() && file.write(bytes.data(), bytes.size()) && file.commit()) return true;
   logMessage("[Update] What is known about updates cannot be written: %s\n", file.error().c_str());
   return false;
 }

@@ -26,7 +26,7 @@ OwnedFile openForReading(const std::string& path) {
 
 FileSink::FileSink(const std::string& path, unsigned mode, Durability durability)
     : file_(path, mode, durability) {
-  if (!file_.stream()) {
+  if (!file_.isOpen()) {
     throw PackError(file_.error());
   }
 }

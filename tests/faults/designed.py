@@ -13,6 +13,10 @@ RULES = [
     (r"^status 0 for nothing \|.*\[SUDO\] Relaunch complete",
      "the start that asked for an administrator's rights ends with 0 once it has started its copy, "
      "whatever becomes of that"),
+    (r"^status 0 for nothing \| (EIO \d+ read|EMFILE \d+ openat) [^|]*/bin/Demo \| "
+     r"(?!.*Launch Error).*Spawn launch",
+     "the application's own process could not read its program; it had been started, and nobody waits "
+     "for it"),
     (r"^crash \| (a stack of 64 KiB|1 MiB of data) \| status -11: $",
      "too little for the system to load the program"),
     (r"^not whole \| the umask [^|]* \| ([^;]*(/lib/classes\.jsa: file|/cacerts: file|"
@@ -22,7 +26,7 @@ RULES = [
     (r"^foreign files \| (kill-all|kill|cut) [^|]* \| (/tmp/Quillory-\w{6}(/(lzma64|nativesplash\.png))?"
      r"(; |$))+$",
      "the killed start's private folder in /tmp, which the system empties"),
-    (r"^not whole \| (kill \d+ [^|]*/lib/classes\.jsa|11 descriptors|(EMFILE|EIO) [^|]*/lib/classes\.jsa|"
+    (r"^not whole \| (kill \d+ [^|]*/lib/classes\.jsa|11 descriptors|(EMFILE|EIO) [^|]*/(lib/classes\.jsa|bin/java)|"
      r"EAGAIN [^|]*) \| [^;]*/lib/classes\.jsa: (file|missing) [^;]*$",
      "java could not make its archive of classes; it does without"),
 ]

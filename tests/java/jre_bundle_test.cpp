@@ -396,6 +396,9 @@ TEST_F(IsHalfMade, TellsWhatWasPublished) {
   EXPECT_TRUE(isHalfMade(alias_));
   prepare();
   EXPECT_FALSE(isHalfMade(alias_));
+  const std::string home = bundle_ + "/Contents/Home";
+  fs::remove(home);
+  EXPECT_TRUE(isHalfMade(alias_)) << "without the link that the JVM is loaded through";
   fs::remove_all(bundle_);
   EXPECT_FALSE(isHalfMade(alias_)) << "somebody has put it there";
 }

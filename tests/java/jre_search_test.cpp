@@ -123,6 +123,24 @@ TEST_F(CopySystemJre, AsksTheCompatibilityClassOfTheNewestUpdater) {
                          "/Quillory-Quillory-7-complete/QYLaunchProperties-"));
 }
 
+TEST_F(CopySystemJre, AsksTheNewestUpdaterThatIsWholeInAHardenedBundle) {
+  writeJavaHome(system_);
+  putInPath(system_ + "/bin/java");
+  std::vector<std::string> asked;
+  question_.isCompatible = [&asked](const std::string& updater, const std::string&) {
+    asked.push_back(updater);
+    return false;
+  };
+  fs::create_directories(master_ + "/Quillory-Quillory-9-complete");
+  writeFile(master_ + "/Quillory-Quillory-8-complete/QuilloryLaunch", "");
+  search();
+  question_.onlyWhole = true;
+  search();
+  EXPECT_THAT(asked, ElementsAre("Quillory-Quillory-9-complete", "Quillory-Quillory-7-complete"));
+  fs::remove_all(master_ + "/Quillory-Quillory-7-complete");
+  EXPECT_TRUE(searchWhole().isCutShort);
+}
+
 TEST_F(CopySystemJre, RefusesWhatTheCompatibilityClassRefuses) {
   for (const int status : {0, 1, 71, 73}) {
     writeJavaHome(system_);
@@ -245,6 +263,17 @@ TEST_F(CopySystemJre, DoesNotUseACopyWhoseCopyingWasKilled) {
   // What could not be read is cp's own to tell, and the rest is used.
   const RecordedShell shell(1 << 8);
   EXPECT_TRUE(searchWhole().copy.has_value());
+}
+
+TEST_F(CopySystemJre, CopiesOnceMoreWhereSomethingCouldNotBeCopied) {
+  writeJavaHome(system_);
+  fs::create_symlink("nowhere", system_ + "/lib/broken");
+  putInPath(system_ + "/bin/java");
+  const std::string copy = search();
+  EXPECT_TRUE(fs::exists(copy + "/lib/rt.jar"));
+  EXPECT_FALSE(fs::exists(copy + "/jre")) << "not into what the first one has left";
+  const std::string line = "[JRESearch] Running cp -LRf \"" + system_ + "\" \"" + copy + "\"\n";
+  EXPECT_EQ(std::count(log_.messages().begin(), log_.messages().end(), line), 2);
 }
 
 TEST_F(CopySystemJre, FlushesTheCopyBeforeItIsMovedToItsPlace) {

@@ -25,6 +25,19 @@ TEST_F(LaunchAndEnd, EndsWithZeroWhateverTheLaunchCallReturned) {
   EXPECT_EQ(ended.status, kExitSuccess);
 }
 
+TEST_F(LaunchAndEnd, EndsWithOneInAHardenedBundleWhoseApplicationCouldNotBeStarted) {
+  const Pairs hardened = {{"jre_name", "jre"}, {"force_spawn", "true"}, {"hardened", "true"}};
+  start({}, true);
+  writeParams(hardened);
+  EXPECT_EQ(start().status, kExitSuccess);
+  EXPECT_NE(started(), "");
+  fs::remove(installed("Quillory-jre-17-complete/bin/demo"));
+  writeFile(installed("Quillory-jre-17-complete/bin/java"), "neither a program nor a script");
+  const Ended ended = start();
+  expectInOrder(ended.log, {"[Extractor] Attempting spawn launch\n", "Launch Error 8.\n"});
+  EXPECT_EQ(ended.status, kExitFailure);
+}
+
 TEST_F(LaunchAndEnd, OnlyInstallsInAPreparation) {
   const Ended ended = start({"one", "QYPREPARE_FOR_LAUNCH_ONLY"}, true);
   EXPECT_EQ(ended.status, kExitSuccess);

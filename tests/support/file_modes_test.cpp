@@ -10,6 +10,8 @@
 #include <filesystem>
 #include <string>
 
+#include "support/new_file.h"
+#include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"
 #include "tests/support/ordinary_user.h"
@@ -380,6 +382,33 @@ TEST(ChmodR755, GoesOnBehindAFailureButTellsIt) {
   EXPECT_EQ(WEXITSTATUS(chmodR755((folder / "$top").c_str())), 1);
   EXPECT_EQ(modeOf(folder / "$top/sub"), 0755U);
   EXPECT_EQ(modeOf(folder / "$top/mine"), 0600U);
+}
+
+TEST(ChmodR755, OpensAFileThatIsBeingWritten) {
+  const TempDir folder;
+  const testing::CapturedLog log;
+  const std::string path = folder / "file";
+  {
+    NewFile file(path);
+    file.write("x", 1);
+    EXPECT_EQ(chmodR755(file), 0);
+    EXPECT_TRUE(file.close());
+    EXPECT_NE(chmodR755(file), 0) << "closed";
+  }
+  EXPECT_EQ(modeOf(path), 0755U);
+  EXPECT_EQ(log.messages()[0], "[ChMod] Executing chmod -R 755 \"" + path + "\"\n");
+}
+
+TEST(ChmodR755, LeavesAFileOfTwoNamesAlone) {
+  const TempDir folder;
+  const QuietLog log;
+  writeFile(folder / "private", "secret");
+  fs::permissions(folder / "private", fs::perms{0600});
+  fs::create_hard_link(folder / "private", folder / "planted");
+  NewFile file(folder / "planted", NewFile::Existing::kRewritten);
+  EXPECT_NE(chmodR755(file), 0);
+  EXPECT_TRUE(file.close());
+  EXPECT_EQ(modeOf(folder / "private"), 0600U);
 }
 
 }  // namespace

@@ -156,7 +156,7 @@ TEST_F(NewFileTest, LeavesWhatAHardLinkSharesAloneUnlessItIsRewritten) {
 
 TEST_F(NewFileTest, IsNotInheritedByAnotherProgram) {
   const NewFile file(path_);
-  const std::string command = "test ! -e /proc/self/fd/" + std::to_string(fileno(file.stream()));
+  const std::string command = "test ! -e /proc/self/fd/" + std::to_string(file.descriptor());
   EXPECT_EQ(std::system(command.c_str()), 0);
 }
 

@@ -1,5 +1,6 @@
 #include "support/output_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -84,17 +85,17 @@ TEST(OutputFile, RefusesToReplaceAFolderOrADevice) {
   TempDir dir;
   fs::create_directory(dir / "folder");
   OutputFile folder(dir / "folder");
-  EXPECT_EQ(folder.stream(), nullptr);
+  EXPECT_FALSE(folder.isOpen());
   EXPECT_EQ(folder.error(), dir / "folder" + ": is not a plain file");
   OutputFile device("/dev/null");
-  EXPECT_EQ(device.stream(), nullptr);
+  EXPECT_FALSE(device.isOpen());
   EXPECT_FALSE(device.commit());
 }
 
 TEST(OutputFile, NamesTheFileThatCannotBeCreated) {
   TempDir dir;
   OutputFile file(dir / "missing/out");
-  EXPECT_EQ(file.stream(), nullptr);
+  EXPECT_FALSE(file.isOpen());
   EXPECT_EQ(file.error(), dir / "missing/out" + ": cannot be created: No such file or directory");
 }
 
@@ -102,7 +103,8 @@ TEST(OutputFile, ReportsAFullDisk) {
   TempDir dir;
   OutputFile file(dir / "out");
   // The descriptor is exchanged for one on the device that is always full.
-  ASSERT_NE(freopen("/dev/full", "wb", file.stream()), nullptr);
+  const OwnedDescriptor full = openSteadily("/dev/full", O_WRONLY);
+  ASSERT_EQ(dup2(full.get(), file.descriptor()), file.descriptor());
   file.write("x", 1);
   EXPECT_FALSE(file.commit());
   EXPECT_EQ(file.error(), dir / "out" + ": cannot be written: No space left on device");
