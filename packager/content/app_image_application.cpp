@@ -56,14 +56,14 @@ void addJars(const fs::path& application, const std::string& value,
 // "java.base java.desktop" of the runtime's release file.
 std::vector<std::string> modulesOf(const fs::path& runtime) {
   const std::string path = (runtime / "release").string();
-  const std::string key = "\nMODULES=\"";
+  constexpr std::string_view kKey = "\nMODULES=\"";
   const std::string text = isFile(path) ? '\n' + readBeginningOf(path, kLongestSettings) : "";
-  const std::size_t at = text.find(key);
+  const std::size_t at = text.find(kKey);
   if (at == std::string::npos) {
     return {};
   }
-  const std::size_t start = at + key.size();
-  std::istringstream words(text.substr(start, text.find('"', start) - start));
+  const std::string behind = text.substr(at + kKey.size());
+  std::istringstream words(behind.substr(0, behind.find('"')));
   std::vector<std::string> modules;
   for (std::string module; words >> module;) {
     modules.push_back(module);
