@@ -10,4 +10,8 @@ inline constexpr char kLaunchPropertiesPrefix[] = "QYLaunchProperties-";
 /// The same of the file in which an application hears of URLs that are opened while it runs.
 inline constexpr char kOpenRequestsPrefix[] = "QYOpenRequests-";
 
+/// And of the file in which the updater leaves why it could not start the application, where the
+/// parameter "error_dialog" asks for it.
+inline constexpr char kStartFailurePrefix[] = "QYStartFailure-";
+
 }  // namespace quillory

@@ -13,6 +13,7 @@
 #include "support/clock.h"
 #include "support/files.h"
 #include "support/log.h"
+#include "support/start_end.h"
 
 namespace quillory {
 namespace {
@@ -80,6 +81,7 @@ void setupFileLogging(const char* masterFolder, const char* program) {
   std::FILE* const file = createLogFile(folder, program, now, name);
   logMessage("[Extractor] Logging to %s/%s\n", folder.c_str(), name.c_str());
   setFileToLogTo(file);
+  if (file != nullptr) noteLogFile(folder + '/' + name);
 }
 
 }  // namespace quillory

@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -12,9 +15,11 @@
 #include "java/jvm_library_names.h"
 #include "java/modified_utf8.h"
 #include "java/trial_end.h"
+#include "support/clock.h"
 #include "support/exit_status.h"
 #include "support/log.h"
 #include "support/platform.h"
+#include "support/start_end.h"
 
 namespace quillory {
 namespace {
@@ -35,6 +40,25 @@ std::string& tryFileOfJvm() {
 }
 
 void JNICALL noteExit(jint status) { noteEnd(tryFileOfJvm(), status); }
+
+/// Hands on what the JVM itself prints, such as why it cannot be created, and notes it.
+jint JNICALL noteOutput(std::FILE* stream, const char* format, std::va_list arguments) {
+  char text[2048];
+  std::va_list again;
+  va_copy(again, arguments);
+  std::vsnprintf(text, sizeof text, format, again);
+  va_end(again);
+  if (stageOfStart() == StartStage::kCreatingJvm) noteCause(text);
+  const int length = std::vfprintf(stream, format, arguments);
+  std::fflush(stream);
+  return length;
+}
+
+/// A JVM that cannot begin ends the process by itself, past what is to be done at its end. The
+/// status is the one that it ends with. Of a later end the JVM has more to do.
+void JNICALL endOfJvm() {
+  if (stageOfStart() == StartStage::kCreatingJvm) std::exit(kExitFailure);
+}
 
 /// Where the library lies: in a plain Java home, in a bundle, in a bundle with a development kit.
 constexpr const char* kLibraryFolders[] = {"/lib/server/", "/Contents/Home/lib/server/",
@@ -71,6 +95,14 @@ bool createJvm(CreateJavaVm create, Texts& options, void(JNICALL* hook)(jint), J
   static char exitOption[] = "exit";
   if (hook != nullptr)
     list.push_back({.optionString = exitOption, .extraInfo = reinterpret_cast<void*>(hook)});
+  static char outputOption[] = "vfprintf";
+  static char abortOption[] = "abort";
+  if (areFailuresTold()) {
+    list.push_back(
+        {.optionString = outputOption, .extraInfo = reinterpret_cast<void*>(noteOutput)});
+    list.push_back({.optionString = abortOption, .extraInfo = reinterpret_cast<void*>(endOfJvm)});
+  }
+  noteStage(StartStage::kCreatingJvm);
   JavaVMInitArgs arguments = {.version = JNI_VERSION_1_4,
                               .nOptions = static_cast<jint>(list.size()),
                               .options = list.data(),
@@ -80,6 +112,7 @@ bool createJvm(CreateJavaVm create, Texts& options, void(JNICALL* hook)(jint), J
     logMessage("[JNILauncher] Create Java VM Failed!\n");
     return false;
   }
+  noteStage(StartStage::kPreparing);
   jvm.env = static_cast<JNIEnv*>(env);
   return true;
 }
@@ -120,6 +153,55 @@ jobjectArray makeArguments(JNIEnv* env, const Texts& arguments) {
   return array;
 }
 
+/// What an exception says of itself, with its stack; "" where that cannot be had.
+std::string traceOf(JNIEnv* env, jthrowable thrown) {
+  jclass writerClass = env->FindClass("java/io/StringWriter");
+  jclass printerClass = env->FindClass("java/io/PrintWriter");
+  if (writerClass == nullptr || printerClass == nullptr) return "";
+  jmethodID newWriter = env->GetMethodID(writerClass, "<init>", "()V");
+  jmethodID newPrinter = env->GetMethodID(printerClass, "<init>", "(Ljava/io/Writer;)V");
+  jmethodID print =
+      env->GetMethodID(env->GetObjectClass(thrown), "printStackTrace", "(Ljava/io/PrintWriter;)V");
+  jmethodID toString = env->GetMethodID(writerClass, "toString", "()Ljava/lang/String;");
+  if (newWriter == nullptr || newPrinter == nullptr || print == nullptr || toString == nullptr)
+    return "";
+  jobject writer = env->NewObject(writerClass, newWriter);
+  if (writer == nullptr) return "";
+  jobject printer = env->NewObject(printerClass, newPrinter, writer);
+  if (printer == nullptr) return "";
+  env->CallVoidMethod(thrown, print, printer);
+  jobject text = env->ExceptionCheck() ? nullptr : env->CallObjectMethod(writer, toString);
+  if (text == nullptr) return "";
+  const char* bytes = env->GetStringUTFChars(static_cast<jstring>(text), nullptr);
+  if (bytes == nullptr) return "";
+  const std::string trace = bytes;
+  env->ReleaseStringUTFChars(static_cast<jstring>(text), bytes);
+  return trace;
+}
+
+/// Tells the user of a main method that has thrown at once. One that runs on in other threads is
+/// none of it.
+class EarlyEnd {
+ public:
+  void noteThrown(JNIEnv* env, jthrowable thrown) {
+    if (!areFailuresTold() || elapsedMillis() > kFirstSecond) return;
+    noteCause(traceOf(env, thrown));
+    env->ExceptionClear();
+    isEarly_ = true;
+  }
+  void noteOver() const {
+    const bool isFailure = isEarly_ && elapsedMillis() <= 3 * kFirstSecond;
+    noteStage(isFailure ? StartStage::kFailed : StartStage::kOver);
+  }
+
+ private:
+  static constexpr std::uint64_t kFirstSecond = 1000;
+  std::uint64_t elapsedMillis() const { return timeCalls.nowMillis() - begin_; }
+
+  const std::uint64_t begin_ = timeCalls.nowMillis();
+  bool isEarly_ = false;
+};
+
 int runMain(const Jvm& jvm, const JavaInProcess& java) {
   jclass clazz = findMainClass(jvm.env, java.mainClass);
   if (clazz == nullptr) return kNotLaunched;  // The JVM stays: the process ends soon.
@@ -130,13 +212,20 @@ int runMain(const Jvm& jvm, const JavaInProcess& java) {
 
   logMessage("[JNILauncher] About to execute static void method.\n");
   closeLoggedFile();
+  noteStage(StartStage::kRunning);
+  EarlyEnd early;
   CallStaticVoidMethod(jvm.env, clazz, method, array);
   logMessage("[JNILauncher] Run complete.\n");
-  const bool threw = jvm.env->ExceptionOccurred() != nullptr;
-  if (threw) jvm.env->ExceptionDescribe();
+  const jthrowable thrown = jvm.env->ExceptionOccurred();
+  const bool threw = thrown != nullptr;
+  if (threw) {
+    jvm.env->ExceptionDescribe();
+    early.noteThrown(jvm.env, thrown);
+  }
   logMessage("[JNILauncher] Destroying runtime.\n");
   jvm.vm->DestroyJavaVM();
   noteEnd(java.tryFile, threw ? kThrew : kExitSuccess);
+  early.noteOver();
   logMessage("[JNILauncher] Done!\n");
   return kLaunched;
 }

@@ -27,6 +27,7 @@
 #include "support/opened_files.h"
 #include "support/owned.h"
 #include "support/paths.h"
+#include "support/start_end.h"
 #include "support/steady_file.h"
 
 namespace quillory {
@@ -111,11 +112,11 @@ void readClassPath(std::FILE* launchFile, const std::string& appFolder, LaunchCo
                command);
 }
 
-/// The file of the same start in which its application hears of URLs.
-std::string openRequestsFileOf(std::string propertiesFile) {
+/// Another file of the same start.
+std::string besideProperties(std::string propertiesFile, const char* prefix) {
   constexpr std::string_view kPrefix = kLaunchPropertiesPrefix;
   const std::size_t name = propertiesFile.rfind('/') + 1;
-  return propertiesFile.replace(name, kPrefix.size(), kOpenRequestsPrefix);
+  return propertiesFile.replace(name, kPrefix.size(), prefix);
 }
 
 /// Writes the properties of this launch; their file becomes the first application argument. False
@@ -139,7 +140,8 @@ bool passProperties(const LaunchRequest& request, const LaunchRuntime& runtime,
   if (!file) return false;
   command.applicationArguments.push_back(*file);
   if (request.launchClass == kLaunchApplication) {
-    passOpenRequestsTo(openRequestsFileOf(*file));
+    passOpenRequestsTo(besideProperties(*file, kOpenRequestsPrefix));
+    noteFailureFile(besideProperties(*file, kStartFailurePrefix));
     command.tryFile =
         tryFileOf(request.ownFolder.empty() ? request.masterFolder : request.ownFolder, *file);
   }

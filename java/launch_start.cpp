@@ -1,20 +1,30 @@
 #include "java/launch_start.h"
 
+#include <sys/wait.h>
+
 #include <csignal>
+#include <cstdint>
 #include <optional>
 
 #include "java/bundle_loader.h"
 #include "java/jni_launch.h"
 #include "java/jre_bundle.h"
 #include "java/trial_end.h"
+#include "support/clock.h"
 #include "support/log.h"
 #include "support/program.h"
+#include "support/start_end.h"
 
 namespace quillory {
 namespace {
 
 /// What shells add to the number of a signal.
 constexpr int kSignalled = 128;
+
+/// The status of a `java` whose main method has thrown.
+constexpr int kThrew = 1;
+/// Who throws in so long has not begun.
+constexpr std::uint64_t kMillisOfBeginning = 1500;
 
 /// Runs the process behind the closed log file.
 ProgramResult run(const LaunchCommand& command, bool waits) {
@@ -51,11 +61,33 @@ std::optional<int> statusOf(const ProgramResult& program) {
   return std::nullopt;
 }
 
+/// Waits for the end of the process as long as one that comes is a failure of the start.
+void lookForEarlyEnd(ProgramResult& program) {
+  constexpr std::uint64_t kMillisBetweenLooks = 20;
+  for (std::uint64_t waited = 0; waited < kMillisOfBeginning; waited += kMillisBetweenLooks) {
+    siginfo_t end{};
+    const int asked =
+        waitid(P_PID, static_cast<id_t>(program.process), &end, WEXITED | WNOHANG | WNOWAIT);
+    if (asked != 0) return;
+    if (end.si_pid == program.process) return waitForProgram(program);
+    timeCalls.sleepMicros(kMillisBetweenLooks * 1000);
+  }
+}
+
 /// Starts the process; where its end is of use to somebody, waits for it.
 std::int64_t spawn(const LaunchCommand& command) {
-  const ProgramResult program = run(command, !command.tryFile.empty());
+  const std::uint64_t begin = timeCalls.nowMillis();
+  // A JVM that could not be created here cannot be there either, and has said why.
+  const StartStage failure =
+      stageOfStart() == StartStage::kCreatingJvm ? StartStage::kCreatingJvm : StartStage::kFailed;
+  ProgramResult program = run(command, !command.tryFile.empty());
+  if (!program.started) return program.error;
+  if (command.tryFile.empty() && areFailuresTold()) lookForEarlyEnd(program);
   const std::optional<int> status = statusOf(program);
   if (status) noteEnd(command.tryFile, *status);
+  noteStage(status == kThrew && timeCalls.nowMillis() - begin <= kMillisOfBeginning
+                ? failure
+                : StartStage::kRunning);
   return program.error;
 }
 

@@ -4,6 +4,7 @@
 #include "java/bundle_loader_cocoa.h"
 #include "platform/support_cocoa.h"
 #include "ui/application_shell_cocoa.h"
+#include "ui/failure_window_cocoa.h"
 #include "ui/notice_window_cocoa.h"
 #include "ui/splash_window_cocoa.h"
 
@@ -18,7 +19,8 @@ Platform cocoaPlatform() {
           .requestedUrl = latestRequestedUrl,
           .window = cocoaSplashWindow(),
           .notice = cocoaNotice(),
-          .presence = cocoaPresence()};
+          .presence = cocoaPresence(),
+          .failure = cocoaFailure()};
 }
 
 }  // namespace quillory

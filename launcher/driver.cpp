@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "launcher/dynamic_params.h"
+#include "launcher/failure_report.h"
 #include "launcher/installing_start.h"
 #include "launcher/start.h"
 #include "launcher/start_decision.h"
@@ -35,6 +36,8 @@ std::string readTail(Start& start) {
   logMessage("[Extractor] Is silent install is %d\n", start.isSilent ? 1 : 0);
   logEndSection("Extracting tail\n");
   endUnless(hasUsableNames(start.tail));
+
+  if (start.params.showsFailures && start.showsUi()) reportFailuresOf(start.tail.appName);
 
   addTailProperties(start.tail, start.isSilent, start.properties);
   start.key = loadSignatureKey(start.tail);

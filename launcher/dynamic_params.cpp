@@ -66,6 +66,8 @@ class ParamInterpreter {
       forceSpawn = value == "true";
     } else if (name == "hardened") {
       params_.isHardened = value == "true";
+    } else if (name == "error_dialog") {
+      params_.showsFailures = value == "true";
     } else if (name == "splash_buffer") {
       if (!value.empty()) splash::setSplashBuffer(toInt(value));
     } else if (name == "splash_image") {

@@ -17,6 +17,7 @@ struct DynamicParams {
   bool isSilent = false;                   ///< "show_no_ui" was "true" at least once
   bool isAutoTest = false;                 ///< "wrapper_autotest" is there, whatever its value
   bool isHardened = false;                 ///< the last "hardened" is "true"
+  bool showsFailures = false;              ///< the last "error_dialog" is "true"
 };
 
 /// Reads the parameters file of the bundle and adds every pair to `properties`. Sets `forceSpawn`

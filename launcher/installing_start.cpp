@@ -17,6 +17,7 @@
 #include "support/file_modes.h"
 #include "support/files.h"
 #include "support/log.h"
+#include "support/start_end.h"
 #include "support/user_work.h"
 #include "ui/splash.h"
 
@@ -51,6 +52,7 @@ bool makeFirstTempFolder(Start& start, const ComponentFolders& folders) {
                            start.isSilent, start.exe);
   if (!pictureFolder.empty() && pictureFolder != around.sharedTemporaryFolder)
     removeTree(pictureFolder);
+  noteStage(StartStage::kOver);
   std::exit(kExitSuccess);
 }
 

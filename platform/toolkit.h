@@ -17,6 +17,9 @@ void prepareApplication();
 /// Whether pictures can be loaded. To be asked before each; main thread only.
 bool isReadyForPictures();
 
+/// Whether there is a window server by the looks of it. Costs nothing; any thread.
+bool mayHaveWindows();
+
 /// Whether windows can be made; main thread only. Says once in the system log when not.
 bool isReadyForWindows();
 

@@ -46,6 +46,7 @@ constinit Platform platformCalls = {
     .presence = {.leaveDock = [] {},
                  .beginWork = [](const char*) -> void* { return nullptr; },
                  .endWork = [](void*) {}},
+    .failure = {.mayShow = [] { return false; }, .show = [](const FailureNotice&) {}},
 };
 
 }  // namespace quillory

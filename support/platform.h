@@ -79,6 +79,24 @@ struct DownloadLimits {
   double totalSeconds = 0;  ///< from its beginning to its end
 };
 
+/// What the user is told of a start that has failed.
+struct FailureNotice {
+  std::string sentence{};  ///< what has happened
+  std::string cause{};     ///< the words of what has failed, some lines; may be ""
+  std::string logFile{};   ///< "" where there is none
+  /// How long it stays where nobody moves the mouse.
+  int unattendedSeconds = 60;
+};
+
+/// Any thread but the main one; none fails. The plain answer: nothing is shown.
+struct FailureCalls {
+  /// Whether there is a display by the looks of it.
+  bool (*mayShow)();
+  /// Shows it in a window, with buttons to copy it and to show the log, until that is closed. Where
+  /// there is no display nothing is shown.
+  void (*show)(const FailureNotice& notice);
+};
+
 struct Platform {
   /// A line for the system log. The plain answer: standard error.
   void (*systemLog)(const char* message);
@@ -97,6 +115,7 @@ struct Platform {
   splash::WindowCalls window;
   NoticeCalls notice;
   PresenceCalls presence;
+  FailureCalls failure;
 };
 
 /// Written before a second thread starts, and by tests.

@@ -8,6 +8,7 @@
 #include "platform/toolkit.h"
 #include "support/exit_status.h"
 #include "support/log.h"
+#include "support/start_end.h"
 
 /// What the button is connected to.
 @interface NoticeQuitter : NSObject
@@ -19,6 +20,7 @@
 - (void)quit:(id)sender {
   (void)sender;
   quillory::logMessage("[Extractor] The user did not want to wait any longer.\n");
+  quillory::noteStage(quillory::StartStage::kOver);  // Nothing has failed.
   std::exit(quillory::kExitFailure);
 }
 

@@ -1,5 +1,6 @@
 #include "packager/commands/bundle_assembly.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "formats/markers.h"
@@ -80,6 +81,14 @@ Parameters parametersOf(const Config& config, bool isHardened) {
   }
   if (isHardened) {
     all.emplace_back("hardened", "true");
+  }
+  // Who wants it otherwise writes the parameter himself.
+  const auto isGiven = [&](const std::string& name) {
+    return std::ranges::any_of(config.parameters,
+                               [&](const auto& parameter) { return parameter.first == name; });
+  };
+  if (!isGiven("error_dialog")) {
+    all.emplace_back("error_dialog", "true");
   }
   all.insert(all.end(), config.parameters.begin(), config.parameters.end());
   return all;

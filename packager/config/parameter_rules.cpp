@@ -39,8 +39,9 @@ std::optional<Finding> flawOfParameter(const Subject& subject, const std::string
   if (name.empty()) {
     return flaw("has no name", "give the parameter a name");
   }
-  if ((name == "force_spawn" || name == "show_no_ui" || name == "hardened") && value != "true" &&
-      value != "false") {
+  if ((name == "force_spawn" || name == "show_no_ui" || name == "hardened" ||
+       name == "error_dialog") &&
+      value != "true" && value != "false") {
     return flaw("is \"true\" or \"false\", and nothing else", "write one of the two");
   }
   if (name == "jre_name") {

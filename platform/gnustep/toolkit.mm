@@ -117,6 +117,8 @@ void prepareApplication() {
 
 bool isReadyForPictures() { return loadWindowLibrary(); }
 
+bool mayHaveWindows() { return isDisplayNamed(); }
+
 bool isReadyForWindows() {
   if (windows != Windows::kNotAskedFor) return windows == Windows::kReady;
   // NOLINTNEXTLINE(bugprone-branch-clone): what is tried, in this order

@@ -25,6 +25,7 @@ extern const char __objc_class_name_NSColor = 0;
 extern const char __objc_class_name_NSFont = 0;
 extern const char __objc_class_name_NSGraphicsContext = 0;
 extern const char __objc_class_name_NSImage = 0;
+extern const char __objc_class_name_NSPasteboard = 0;
 extern const char __objc_class_name_NSView = 0;
 extern const char __objc_class_name_NSButton = 0;
 extern const char __objc_class_name_NSTextField = 0;

@@ -40,6 +40,8 @@ void prepareApplication() {
 
 bool isReadyForPictures() { return true; }
 
+bool mayHaveWindows() { return true; }
+
 bool isReadyForWindows() { return NSApp != nil; }
 
 void comeToFront() {

@@ -28,21 +28,6 @@ constexpr char kSettings[] =
     "0\0"
     "0";
 
-/// The runtime of the tests as an installed one: its own folders, links for what is in them.
-void installRuntime(const std::string& master) {
-  const fs::path runtime = QUILLORY_TEST_RUNTIME;
-  const fs::path alias = master + "/Quillory-JRE-17-complete";
-  fs::create_directories(alias / "bin");
-  fs::create_directories(alias / "lib");
-  fs::copy_file(runtime / "bin/java", alias / "bin/java");
-  fs::create_symlink(runtime / "conf", alias / "conf");
-  for (const auto& entry : fs::directory_iterator(runtime / "lib"))
-    fs::create_symlink(entry.path(), alias / "lib" / entry.path().filename());
-  writeFile(alias / "lib/rt.jar", "not looked into");
-  fs::create_directories(alias.string() + ".plugin/Contents/MacOS");
-  fs::create_symlink(alias, alias.string() + ".plugin/Contents/Home");
-}
-
 Tail installedTail() {
   Tail tail;
   tail.appVersion = "1";

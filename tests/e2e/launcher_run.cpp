@@ -11,6 +11,8 @@
 
 namespace quillory::testing {
 
+namespace fs = std::filesystem;
+
 TestUser::TestUser(const std::string& name) : home_(folder_ / name) {
   std::filesystem::create_directories(home_);
   const std::string ids = std::to_string(getuid()) + ":" + std::to_string(getgid());
@@ -42,6 +44,20 @@ ChildResult start(const HandMadeBundle& bundle, const TestUser& user,
   std::vector<std::string> command = {bundle.executable()};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return runChild(command, user.options());
+}
+
+void installRuntime(const std::string& master) {
+  const fs::path runtime = QUILLORY_TEST_RUNTIME;
+  const fs::path alias = master + "/Quillory-JRE-17-complete";
+  fs::create_directories(alias / "bin");
+  fs::create_directories(alias / "lib");
+  fs::copy_file(runtime / "bin/java", alias / "bin/java");
+  fs::create_symlink(runtime / "conf", alias / "conf");
+  for (const auto& entry : fs::directory_iterator(runtime / "lib"))
+    fs::create_symlink(entry.path(), alias / "lib" / entry.path().filename());
+  writeFile(alias / "lib/rt.jar", "not looked into");
+  fs::create_directories(alias.string() + ".plugin/Contents/MacOS");
+  fs::create_symlink(alias, alias.string() + ".plugin/Contents/Home");
 }
 
 std::vector<std::string> namesIn(const std::string& folder) {

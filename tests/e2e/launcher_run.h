@@ -34,6 +34,9 @@ class TestUser {
 ChildResult start(const HandMadeBundle& bundle, const TestUser& user,
                   const std::vector<std::string>& arguments = {});
 
+/// The runtime of the tests as an installed one: its own folders, links for what is in them.
+void installRuntime(const std::string& master);
+
 /// Names in a folder, in byte order.
 std::vector<std::string> namesIn(const std::string& folder);
 

@@ -49,6 +49,12 @@ TEST(ReadParamPairs, StoresEveryPairAsADynamicProperty) {
             "qydyna_colour\0red\0qydyna_show_no_ui\0true\0qydyna_empty\0\x04\0\0"s);
 }
 
+TEST(ReadParamPairs, TellsFailuresWhereTheLastPairSaysSo) {
+  EXPECT_TRUE(readPairs({{"error_dialog", "true"}}).showsFailures);
+  EXPECT_FALSE(readPairs({{"error_dialog", "true"}, {"error_dialog", "no"}}).showsFailures);
+  EXPECT_FALSE(readPairs({}).showsFailures);
+}
+
 TEST(ReadParamPairs, LeavesEverythingOffWithoutPairs) {
   for (const char* count : {"0", "-3", "", "many"}) {
     SCOPED_TRACE(count);

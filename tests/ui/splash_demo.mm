@@ -9,6 +9,7 @@
 //   script          the scripted demonstration
 //   notice TEXT     shows it, with the button that ends the program
 //   notice-down     takes it away
+//   failure SECONDS TEXT  shows it, for so long where nobody is there
 //   press           presses the button
 //   url             prints the URL that was requested
 //   shell COMMAND   runs a command in a shell, as the launcher does with its tools
@@ -33,6 +34,7 @@
 #include "support/url_request.h"
 #import "ui/app_runner_cocoa.h"
 #include "ui/application_shell_cocoa.h"
+#include "ui/failure_window_cocoa.h"
 #include "ui/for_embedders.h"
 #include "ui/notice_window_cocoa.h"
 #include "ui/splash.h"
@@ -115,6 +117,13 @@ void carryOut(const std::string& name, std::istream& line) {
   if (name == "url") printUrl();
   if (name == "notice") quillory::platformCalls.notice.show(restOf(line).c_str());
   if (name == "notice-down") quillory::platformCalls.notice.takeDown();
+  if (name == "failure") {
+    const int seconds = numberIn(line);
+    quillory::platformCalls.failure.show({.sentence = restOf(line),
+                                          .cause = "java.lang.Error: on purpose\n\tat Demo.main",
+                                          .logFile = "/a/log",
+                                          .unattendedSeconds = seconds});
+  }
   if (name == "press") pressQuit();
   if (name == "shell") runShell(restOf(line));
   if (name == "wait")
@@ -144,6 +153,7 @@ int main(int, char** argv) {
   quillory::platformCalls.requestedUrl = quillory::latestRequestedUrl;
   quillory::platformCalls.window = quillory::cocoaSplashWindow();
   quillory::platformCalls.notice = quillory::cocoaNotice();
+  quillory::platformCalls.failure = quillory::cocoaFailure();
   quillory::createApplication();
   quillory::registerOSXEventListener();
   pthread_t thread;

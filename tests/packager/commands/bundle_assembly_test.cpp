@@ -110,10 +110,17 @@ TEST_F(AssembleBundle, LeavesADynamicUrlToTheParameters) {
   assemble(parts());
   EXPECT_EQ(
       readFile(contents("Resources/AppParams.excludefromsigning")),
-      paramsMarker() + records({"4", "jre_name", "JRE", "update_url", "https://example.com/u/",
-                                "force_spawn", "true", "mine", "1"}));
+      paramsMarker() + records({"5", "jre_name", "JRE", "update_url", "https://example.com/u/",
+                                "force_spawn", "true", "error_dialog", "true", "mine", "1"}));
   EXPECT_NE(readFile(contents("Resources/Tail")).find(records({"perm_user", "", "", "D"})),
             std::string::npos);
+}
+
+TEST_F(AssembleBundle, LeavesItToTheConfigurationWhetherFailuresAreTold) {
+  config_.parameters = {{"error_dialog", "false"}};
+  assemble(parts());
+  EXPECT_EQ(readFile(contents("Resources/AppParams.excludefromsigning")),
+            paramsMarker() + records({"2", "jre_name", "JRE", "error_dialog", "false"}));
 }
 
 TEST_F(AssembleBundle, MakesTheProgramsExecutable) {

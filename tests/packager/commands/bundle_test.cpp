@@ -130,8 +130,8 @@ TEST(Bundle, WritesTheDynamicParameters) {
                             kRuntime);
   const std::string params = readFile(bundle + "/Contents/Resources/AppParams.excludefromsigning");
   EXPECT_EQ(params.substr(64),
-            records({"5", "jre_name", "JRE", "update_url", "https://example.com/", "force_spawn",
-                     "true", "hardened", "true", "channel", "beta"}));
+            records({"6", "jre_name", "JRE", "update_url", "https://example.com/", "force_spawn",
+                     "true", "hardened", "true", "error_dialog", "true", "channel", "beta"}));
   EXPECT_THAT(readFile(bundle + "/Contents/Resources/Tail"), HasSubstr(records({"", "D", "0"})));
 }
 
@@ -140,7 +140,7 @@ TEST(Bundle, SaysNothingOfItselfWhereItIsNotHardened) {
   const std::string bundle =
       bundleOf(project, project.config("[install]\nhardened = false\n") + kRuntime);
   const std::string params = readFile(bundle + "/Contents/Resources/AppParams.excludefromsigning");
-  EXPECT_EQ(params.substr(64), records({"1", "jre_name", "JRE"}));
+  EXPECT_EQ(params.substr(64), records({"2", "jre_name", "JRE", "error_dialog", "true"}));
   for (const char* part : {"Hello-3", "Quillory-1"}) {
     EXPECT_THAT(unpacked(project / "dist/release/Quillory-" + part + "-archive.p2.l2"),
                 StartsWith(records({"0", "QuilloryLaunch"})))

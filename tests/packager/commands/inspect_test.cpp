@@ -50,7 +50,9 @@ TEST_F(Inspect, ShowsEveryKindOfFile) {
       {dir / "a.p2", {"kind: archive", "signed: yes", "signed bytes: 29", "lib/hello.txt  5"}},
       {release("Hello-3"), {"kind: compressed-archive", "QuilloryLaunch", "lib/hello.jar"}},
       {tail(), {"kind: tail", "App Version: 3", "verpatch.exe  0"}},
-      {params(), {"kind: parameters", "count: 2", "jre_name = JRE", "hardened = true"}},
+      {params(),
+       {"kind: parameters", "count: 3", "jre_name = JRE", "hardened = true",
+        "error_dialog = true"}},
       {Project::key(), {"kind: key", "bits: 2048", "the private key, which signs"}}};
   for (const auto& [path, parts] : cases) {
     const CommandResult result = pack({"inspect", path});

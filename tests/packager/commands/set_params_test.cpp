@@ -21,8 +21,8 @@ TEST_F(SetParameters, ChangesOneAndAddsAnother) {
   const CommandResult result = pack({"set", bundle_, "jre_name=Java", "channel=a=b c"});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(result.out, params() + '\n');
-  EXPECT_EQ(readFile(params()).substr(64),
-            records({"3", "jre_name", "Java", "hardened", "true", "channel", "a=b c"}));
+  EXPECT_EQ(readFile(params()).substr(64), records({"4", "jre_name", "Java", "hardened", "true",
+                                                    "error_dialog", "true", "channel", "a=b c"}));
   EXPECT_EQ(readFile(tail()), before);
 }
 

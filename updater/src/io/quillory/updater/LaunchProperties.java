@@ -11,6 +11,8 @@ final class LaunchProperties {
   private static final String FILE_PREFIX = "QYLaunchProperties-";
   /** Made by the application through its API, and left behind by one that was killed. */
   private static final String REQUESTS_PREFIX = "QYOpenRequests-";
+  /** Read and deleted by the launcher, and left behind by one that was killed. */
+  static final String FAILURE_PREFIX = "QYStartFailure-";
   /** A start that is this much older has read its file. */
   private static final long READ_AFTER_MILLIS = 10_000;
 
@@ -78,10 +80,16 @@ final class LaunchProperties {
 
   /** The milliseconds in "QYLaunchProperties-<milliseconds>-<number>"; -1 for other names. */
   private static long stampOf(String name) {
-    int start = name.startsWith(REQUESTS_PREFIX) ? REQUESTS_PREFIX.length() : FILE_PREFIX.length();
+    int start =
+        name.startsWith(FILE_PREFIX) ? FILE_PREFIX.length()
+            : name.startsWith(REQUESTS_PREFIX) ? REQUESTS_PREFIX.length()
+            : name.startsWith(FAILURE_PREFIX) ? FAILURE_PREFIX.length()
+            : -1;
+    if (start < 0) {
+      return -1;
+    }
     int dash = name.indexOf('-', start);
-    if (!(name.startsWith(FILE_PREFIX) || name.startsWith(REQUESTS_PREFIX))
-        || !isNumber(name, start, dash)
+    if (!isNumber(name, start, dash)
         || !isNumber(name, dash + 1, name.length())) {
       return -1;
     }

@@ -75,6 +75,9 @@ public final class Main implements Runnable {
       passedOn = argumentsFor(launchFile, arguments, ownExtraArguments(ownFolder, arguments));
     } catch (IOException e) {
       System.err.println("[Updater] " + e.getMessage());
+      if (arguments.length > 0) {
+        StartFailure.leave(new File(arguments[0]), e.getMessage());
+      }
       System.exit(EXIT_FAILURE);
       return;
     }
