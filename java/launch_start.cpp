@@ -22,7 +22,7 @@ namespace {
 constexpr int kSignalled = 128;
 
 /// The status of a `java` whose main method has thrown.
-constexpr int kThrew = 1;
+constexpr int kStatusOfThrower = 1;
 /// Who throws in so long has not begun.
 constexpr std::uint64_t kMillisOfBeginning = 1500;
 
@@ -85,7 +85,7 @@ std::int64_t spawn(const LaunchCommand& command) {
   if (command.tryFile.empty() && areFailuresTold()) lookForEarlyEnd(program);
   const std::optional<int> status = statusOf(program);
   if (status) noteEnd(command.tryFile, *status);
-  noteStage(status == kThrew && timeCalls.nowMillis() - begin <= kMillisOfBeginning
+  noteStage(status == kStatusOfThrower && timeCalls.nowMillis() - begin <= kMillisOfBeginning
                 ? failure
                 : StartStage::kRunning);
   return program.error;

@@ -154,6 +154,9 @@ std::vector<std::string> applicationOptions(const Config& config, const std::str
     options.push_back("-Dquillory.agent=" + packedAs);
     options.emplace_back("--add-exports=java.instrument/sun.instrument=ALL-UNNAMED");
   }
+  if (config.application.isSingleInstance) {
+    options.push_back("-Dquillory.instance=single");
+  }
   for (const auto& [name, value] : config.jvm.systemProperties) {
     options.push_back("-D" + name + '=' + value);
   }

@@ -60,6 +60,7 @@ void readApplication(ConfigSection section, ApplicationConfig& out) {
   int properties = 0;
   section.choice("launch-properties", {"property", "argument"}, properties);
   out.hasPropertiesArgument = properties == 1;
+  section.flag("single-instance", out.isSingleInstance);
   section.texts("native", out.nativeLibraries);
   section.text("identifier", out.identifier);
   section.text("executable", out.executable);

@@ -44,6 +44,7 @@ struct ApplicationConfig {
   std::vector<std::string> arguments;
   /// Whether the path of the launch properties is the main class's first argument.
   bool hasPropertiesArgument = false;
+  bool isSingleInstance = false;
   std::vector<std::string> nativeLibraries;  ///< file names with * and ?
   std::string identifier;
   std::string executable;

@@ -40,7 +40,7 @@ void prepareApplication() {
 
 bool isReadyForPictures() { return true; }
 
-bool mayHaveWindows() { return true; }
+bool mayHaveWindows() { return hasWindowServer(); }
 
 bool isReadyForWindows() { return NSApp != nil; }
 

@@ -22,8 +22,9 @@ public final class Launch {
 
   private static final Object LOCK = new Object();
   private static Map<String, String> properties;
-  private static File requests;
-  private static long read;
+  /** What the launcher adds to, and what later starts do where one instance runs. */
+  private static final Requests LAUNCHERS = new Requests();
+  private static final Requests LATER_STARTS = new Requests();
   private static boolean isFirst = true;
 
   private Launch() {}
@@ -68,7 +69,9 @@ public final class Launch {
   /**
    * The URLs, and the files as URLs, that the user wanted opened since the last call. The first call
    * also returns the one that the application was started for. What comes before the first call is
-   * not kept, so an application that wants to know calls early.
+   * not kept, so an application that wants to know calls early. Of an application that was packed
+   * with "single-instance" these are also the arguments of later starts, which end as soon as they
+   * have handed them over: those that name a file as its URL, others as they are.
    *
    * @return in the order in which they came; empty outside of the launcher
    */
@@ -81,11 +84,12 @@ public final class Launch {
         if (ofStart != null && !ofStart.isEmpty()) {
           urls.add(ofStart);
         }
-        requests = makeRequestsFile();
+        LAUNCHERS.file = makeRequestsFile();
+        String ofInstance = System.getProperty("quillory.instance.requests");
+        LATER_STARTS.file = ofInstance == null ? null : new File(ofInstance);
       }
-      if (requests != null) {
-        readRequests(urls);
-      }
+      LAUNCHERS.read(urls);
+      LATER_STARTS.read(urls);
     }
     return urls;
   }
@@ -124,8 +128,10 @@ public final class Launch {
   static void forget() {
     synchronized (LOCK) {
       properties = null;
-      requests = null;
-      read = 0;
+      LAUNCHERS.file = null;
+      LAUNCHERS.read = 0;
+      LATER_STARTS.file = null;
+      LATER_STARTS.read = 0;
       isFirst = true;
     }
   }
@@ -187,24 +193,34 @@ public final class Launch {
     }
   }
 
-  private static void readRequests(List<String> urls) {
-    try (RandomAccessFile file = new RandomAccessFile(requests, "r")) {
-      if (file.length() <= read) {
+  /** A file to which others add, each request with a zero byte behind it. */
+  private static final class Requests {
+    private File file;
+    private long read;
+
+    /** Adds those that are new. */
+    void read(List<String> requests) {
+      if (file == null) {
         return;
       }
-      byte[] bytes = new byte[(int) Math.min(file.length() - read, 1 << 20)];
-      file.seek(read);
-      file.readFully(bytes);
-      int start = 0;
-      for (int i = 0; i < bytes.length; i++) {
-        if (bytes[i] == 0) {
-          urls.add(new String(bytes, start, i - start, StandardCharsets.UTF_8));
-          start = i + 1;
+      try (RandomAccessFile opened = new RandomAccessFile(file, "r")) {
+        if (opened.length() <= read) {
+          return;
         }
+        byte[] bytes = new byte[(int) Math.min(opened.length() - read, 1 << 20)];
+        opened.seek(read);
+        opened.readFully(bytes);
+        int start = 0;
+        for (int i = 0; i < bytes.length; i++) {
+          if (bytes[i] == 0) {
+            requests.add(new String(bytes, start, i - start, StandardCharsets.UTF_8));
+            start = i + 1;
+          }
+        }
+        read += start;
+      } catch (IOException e) {
+        // It is looked at again.
       }
-      read += start;
-    } catch (IOException e) {
-      // It is looked at again.
     }
   }
 }

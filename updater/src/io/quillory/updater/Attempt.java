@@ -38,6 +38,8 @@ final class Attempt {
     }
   }
 
+  private static Attempt ofThisProcess;
+
   final File file;
   /** Open, and its file locked, until the process ends: by that others know that it runs. */
   private final RandomAccessFile opened;
@@ -56,10 +58,23 @@ final class Attempt {
     RandomAccessFile opened = new RandomAccessFile(file, "rw");
     opened.getChannel().tryLock();
     Attempt attempt = new Attempt(file, opened);
+    ofThisProcess = attempt;
     attempt.note(versionFolder);
     opened.getFD().sync();
     Runtime.getRuntime().addShutdownHook(new Closing(attempt));
     return attempt;
+  }
+
+  /** Of the start of this process, where its version is on trial. */
+  static void noteNeutralEnd() {
+    if (ofThisProcess == null) {
+      return;
+    }
+    try {
+      ofThisProcess.note(NEUTRAL);
+    } catch (IOException e) {
+      // A full disk: it then counts as an end in order.
+    }
   }
 
   /** Adds a line. */

@@ -22,6 +22,7 @@ final class LaunchFile {
   private static final String MODULE = "-Dquillory.module=";
   private static final String AGENT = "-Dquillory.agent=";
   private static final String USERS_ARGUMENTS = "-Dquillory.arguments=user";
+  private static final String SINGLE_INSTANCE = "-Dquillory.instance=single";
 
   final String mainClass;
   /** Mebibytes for another JVM than this one, which runs already; below 1 for its own choice. */
@@ -94,6 +95,11 @@ final class LaunchFile {
         command.add(option);
       }
     }
+  }
+
+  /** Whether later starts of the same user hand over to the first one. */
+  boolean isSingleInstance() {
+    return options.contains(SINGLE_INSTANCE);
   }
 
   /** Options of another kind come too late: the JVM runs. */

@@ -67,6 +67,12 @@ public final class Main implements Runnable {
       File ownFolder = new File(required(properties, "qystat_app_dir")).getAbsoluteFile();
       File folder = versionToStart(propertiesFile, properties, ownFolder);
       LaunchFile launchFile = readLaunchFile(folder);
+      boolean isFirstJvm = System.getProperty(Application.CHOSEN) == null;
+      if (isFirstJvm
+          && launchFile.isSingleInstance()
+          && isHandedOver(propertiesFile, properties, ownFolder, arguments)) {
+        System.exit(0);
+      }
       if (Application.isOtherThan(folder)) {
         runElsewhere(folder, launchFile, propertiesFile, ownFolder, arguments);
       }
@@ -94,6 +100,20 @@ public final class Main implements Runnable {
     if (status >= 0) {
       System.exit(status);
     }
+  }
+
+  /** Such a start shows nothing of its version. */
+  private static boolean isHandedOver(
+      File propertiesFile, LaunchProperties properties, File ownFolder, String[] arguments) {
+    String[] requests =
+        SingleInstance.requestsOf(
+            properties, arguments, 1 + ownExtraArguments(ownFolder, arguments));
+    File place = LaunchProperties.ownFolderOf(propertiesFile, ownFolder);
+    if (!SingleInstance.isHandedOver(place, propertiesFile, requests)) {
+      return false;
+    }
+    Attempt.noteNeutralEnd();
+    return true;
   }
 
   private static LaunchProperties readProperties(File file) throws IOException {

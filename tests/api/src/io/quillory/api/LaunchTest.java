@@ -102,6 +102,22 @@ public class LaunchTest {
   }
 
   @Test
+  public void whatLaterStartsHandOverComesToo() throws IOException {
+    write(properties, "qystat_a\0" + "1");
+    File handed = folder.newFile();
+    System.setProperty("quillory.instance.requests", handed.getPath());
+    try {
+      assertEquals(Collections.emptyList(), Launch.openRequests());
+      write(handed, "file:/a\0--new\0");
+      request("demo://x");
+      assertEquals(Arrays.asList("demo://x", "file:/a", "--new"), Launch.openRequests());
+      assertEquals(Collections.emptyList(), Launch.openRequests());
+    } finally {
+      System.clearProperty("quillory.instance.requests");
+    }
+  }
+
+  @Test
   public void aListenerIsToldOfEach() throws Exception {
     write(properties, "qystat_a\0" + "1");
     LinkedBlockingQueue<String> heard = new LinkedBlockingQueue<String>();

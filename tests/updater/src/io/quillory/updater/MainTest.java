@@ -448,4 +448,43 @@ public class MainTest {
             + "started.\n",
         err);
   }
+
+  @Test
+  public void aSecondStartOfASingleInstanceHandsOverAndEnds() throws Exception {
+    File demo = installDemo(1, "sample.Sample");
+    writeLaunchFile(
+        demo, "sample.Sample", "s p%41ce.jar", new String[0],
+        new String[] {"-Dquillory.arguments=user", "-Dquillory.instance=single"});
+    write(new File(own, "QuilloryUpdate"), Installation.SETTINGS);
+    File lock = new File(folder.getRoot(), "QYInstance-" + System.getProperty("user.name"));
+    File ready = new File(folder.getRoot(), "ready");
+    // As the system locks for another JVM.
+    Process first =
+        new ProcessBuilder(
+                "python3", "-B", "-c",
+                "import fcntl,sys; f=open(sys.argv[1],'w'); fcntl.lockf(f,fcntl.LOCK_EX);"
+                    + "open(sys.argv[2],'w'); sys.stdin.read()",
+                lock.getPath(), ready.getPath())
+            .start();
+    try {
+      while (!ready.exists()) {
+        assertTrue(first.isAlive());
+        Thread.sleep(5);
+      }
+      start(properties.getPath(), "--new", "s p%41ce");
+      assertEquals(err, 0, status);
+      assertEquals("its main class has not run", "", out);
+      assertEquals(
+          "--new\0s p%41ce\0",
+          Installation.read(
+              new File(folder.getRoot(), "QYInstanceRequests-" + System.getProperty("user.name"))));
+      File attempt =
+          new File(folder.getRoot(), "QYUpdates/try-" + properties.getName().substring(19));
+      assertTrue(Installation.read(attempt).contains("\nneutral\n"));
+    } finally {
+      first.destroy();
+    }
+    start(properties.getPath(), "--property=quillory.instance.requests");
+    assertTrue(out, out.contains("property " + folder.getRoot() + "/QYInstanceRequests-"));
+  }
 }
