@@ -1,5 +1,8 @@
 #include "formats/archive_output.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <array>
 
 #include "formats/record_stream.h"
@@ -16,6 +19,12 @@ bool hasParentComponent(std::string_view path) {
     if (slash == std::string_view::npos) return false;
     path.remove_prefix(slash + 1);
   }
+}
+
+bool isOpenFolderOfOurs(const std::string& path) {
+  struct stat found {};
+  return lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && found.st_uid == geteuid() &&
+         (found.st_mode & S_IRWXU) == S_IRWXU;
 }
 
 }  // namespace
@@ -43,6 +52,8 @@ void createParents(const char* destDir, const std::string& entryPath) {
 }
 
 void createFolder(const std::string& path) {
+  // Asked for every folder above every file: one look where there is nothing to be done.
+  if (isOpenFolderOfOurs(path)) return;
   removeFileOrLink(path);
   makeDir(path.c_str());
 }

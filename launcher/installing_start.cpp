@@ -24,10 +24,6 @@
 namespace quillory {
 namespace {
 
-void endUnlessExtracted(const ExtractionResult& result) {
-  if (result.isFailure()) std::exit(exitStatusOf(result));
-}
-
 /// Under the fixed names in the folder of all users, anybody could block the set-up of a user.
 std::string folderForSplash(const Start& start) {
   const std::string& shared = start.surroundings.sharedTemporaryFolder;
@@ -44,14 +40,19 @@ bool makeFirstTempFolder(Start& start, const ComponentFolders& folders) {
   const StartSurroundings& around = start.surroundings;
   if (!mayElevate(start.line.prepareOnly, around.isRelaunchedCopy())) return false;
   const std::string pictureFolder = folderForSplash(start);
-  if (!pictureFolder.empty())
-    endUnlessExtracted(
-        extractSplashForElevation(start.archivesOf("", ""), start.splashOverride(), pictureFolder));
+  const bool isPrivate = pictureFolder != around.sharedTemporaryFolder;
+  if (!pictureFolder.empty()) {
+    const ExtractionResult extracted =
+        extractSplashForElevation(start.archivesOf("", ""), start.splashOverride(), pictureFolder);
+    if (extracted.isFailure()) {
+      if (isPrivate) removeTree(pictureFolder);
+      std::exit(exitStatusOf(extracted));
+    }
+  }
   logMessage("[Extractor] Performing elevated setup and launch\n");
   doElevatedSetupAndLaunch(start.tail.appName, start.line.fullArgc, start.line.fullArgv,
                            start.isSilent, start.exe);
-  if (!pictureFolder.empty() && pictureFolder != around.sharedTemporaryFolder)
-    removeTree(pictureFolder);
+  if (!pictureFolder.empty() && isPrivate) removeTree(pictureFolder);
   noteStage(StartStage::kOver);
   std::exit(kExitSuccess);
 }

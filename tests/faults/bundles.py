@@ -14,8 +14,15 @@ case "$*" in
 -Xshare:dump) echo 'classes' >"${0%/bin/*}/lib/classes.jsa"; exit ;;
 esac
 while [ $# -gt 0 ] && [ "$1" != -cp ]; do shift; done
-[ -s "$2" ] || { echo "no class path: $2"; exit 1; }
-[ -s "$4" ] || { echo "no launch properties: $4"; exit 1; }
+path=$2
+shift $(($# > 2 ? 2 : $#))
+set -f
+IFS=:
+for entry in $path; do [ -s "$entry" ] || { echo "no class path: $entry"; exit 1; }; done
+[ -n "$path" ] || { echo "no class path"; exit 1; }
+# Behind further options the main class, and behind that the properties.
+while [ "${1#-}" != "$1" ]; do shift; done
+[ -s "$2" ] || { echo "no launch properties: $2"; exit 1; }
 echo "The application runs"
 """
 

@@ -185,6 +185,16 @@ TEST_F(ExtractEverythingElevated, ElevatesAndRelaunchesWithItsOwnArguments) {
   EXPECT_EQ(readFile(shared_ / "nativesplash.png"), "picture");
 }
 
+TEST_F(ExtractEverythingElevated, LeavesNoPrivateFolderWhereThePictureCannotBeExtracted) {
+  writeParams({{"jre_name", "jre"}, {"force_spawn", "true"}, {"hardened", "true"}});
+  writeTail(offlineTail(), fileEntry("lzma64", "tool") + fileEntry("../out", "picture"));
+  const Ended ended = startElevated(false);
+  EXPECT_EQ(ended.status, kExitFailure) << ended.log;
+  EXPECT_TRUE(ended.logs("/lzma64\n")) << "something was extracted";
+  EXPECT_FALSE(ended.logs("[SUDO] Elevation required.\n"));
+  EXPECT_TRUE(fs::is_empty(shared_.path()));
+}
+
 TEST_F(ExtractEverythingElevated, DoesNotElevateTheElevatedCopy) {
   const Ended ended = startElevated(true);
   EXPECT_EQ(ended.status, kExitFailure);
