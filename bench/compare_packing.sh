@@ -15,6 +15,7 @@ runs=3
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
+export QUILLORY_PACK_CACHE=  # each run packs
 
 jlink --add-modules java.base,java.desktop --no-header-files --no-man-pages --output runtime
 cp "$bin/../share/quillory/hello.jar" .

@@ -15,6 +15,7 @@ rounds=${2:-5}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
+export QUILLORY_PACK_CACHE=  # nothing is kept in a user's folder
 "$bin/quillory-pack" keygen -q --bits 2048 key.pem >/dev/null
 
 bytes() { stat -c %s "$1"; }

@@ -1,5 +1,6 @@
 # Sourced by comparisons, in a work folder: short.jar, whose main class prints a line and ends, a key,
 # and pack(), which makes dist/NAME.app of them.
+export QUILLORY_PACK_CACHE=  # nothing is kept in a user's folder
 javac -d classes "$here/ShortMain.java"
 jar --create --file short.jar -C classes .
 "$bin/quillory-pack" keygen -q --bits 2048 key.pem >/dev/null

@@ -2,6 +2,7 @@
 
 #include <lzma.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -20,7 +21,7 @@ LzmaCoder::LzmaCoder(std::unique_ptr<CoderState> state) : state_(std::move(state
 LzmaCoder::LzmaCoder(LzmaCoder&&) noexcept = default;
 LzmaCoder::~LzmaCoder() = default;
 
-LzmaCoder LzmaCoder::encoder(int level, LzmaSink sink) {
+LzmaCoder LzmaCoder::encoder(int level, LzmaSink sink, const LzmaTuning& tuning) {
   auto state = std::make_unique<CoderState>(std::move(sink), false);
   state->stream.allocator = largeBlocks();
   lzma_options_lzma options;
@@ -28,6 +29,13 @@ LzmaCoder LzmaCoder::encoder(int level, LzmaSink sink) {
       lzma_lzma_preset(&options, static_cast<std::uint32_t>(level))) {
     state->fail("the compression level is not 0 to 9");
   } else {
+    options.lc = static_cast<std::uint32_t>(tuning.literalContextBits);
+    options.lp = static_cast<std::uint32_t>(tuning.literalPositionBits);
+    options.pb = static_cast<std::uint32_t>(tuning.positionBits);
+    if (tuning.dictionary != 0) {
+      options.dict_size =
+          static_cast<std::uint32_t>(std::min(tuning.dictionary, kLzmaLargestDictionary));
+    }
     state->noteResult(lzma_alone_encoder(&state->stream, &options));
   }
   return LzmaCoder(std::move(state));

@@ -22,13 +22,24 @@ inline constexpr std::size_t kLzmaLargestDictionary = std::size_t{256} << 20;
 /// The error of a coder that the system has given too little memory.
 inline constexpr char kOutOfMemory[] = "out of memory";
 
+/// What a stream is tuned to; as it stands here, what the xz tools take.
+struct LzmaTuning {
+  int literalContextBits = 3;   ///< 0 to 4, with the next one at most 4
+  int literalPositionBits = 0;  ///< 0 to 4
+  int positionBits = 2;         ///< 0 to 4
+  /// How far back a stream may copy from, in bytes, which is the memory that its decoder takes; 0
+  /// for that of the level, and never beyond kLzmaLargestDictionary.
+  std::size_t dictionary = 0;
+};
+
 class CoderState;
 
 class LzmaCoder {
  public:
   /// `level` is the preset of the xz tools, 0 to 9. The length is not stored: an end marker is.
-  /// With another level there is an error from the start, and every write() fails.
-  static LzmaCoder encoder(int level, LzmaSink sink);
+  /// With another level, or a tuning that there is not, there is an error from the start, and every
+  /// write() fails.
+  static LzmaCoder encoder(int level, LzmaSink sink, const LzmaTuning& tuning = {});
   /// Takes streams with a stored length and with an end marker.
   static LzmaCoder decoder(LzmaSink sink);
 

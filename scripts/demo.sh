@@ -13,6 +13,7 @@ cd "$(dirname "$0")/.."
 
 demo=$PWD/build/demo
 app="$demo/Hello Quillory.app"
+export QUILLORY_PACK_CACHE=$demo/packed-before
 home=$(getent passwd "$(id -u)" 2>/dev/null | cut -d: -f6 || true)
 master="${home:-$HOME}/Library/Application Support/Quillory-Hello Quillory"
 

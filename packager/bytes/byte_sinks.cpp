@@ -43,11 +43,14 @@ void FileSink::commit() {
   }
 }
 
-LzmaSinkAdapter::LzmaSinkAdapter(int level, ByteSink& next)
-    : coder_(LzmaCoder::encoder(level, [&next](const unsigned char* data, std::size_t size) {
-        next.write({reinterpret_cast<const char*>(data), size});
-        return true;
-      })) {}
+LzmaSinkAdapter::LzmaSinkAdapter(int level, ByteSink& next, const LzmaTuning& tuning)
+    : coder_(LzmaCoder::encoder(
+          level,
+          [&next](const unsigned char* data, std::size_t size) {
+            next.write({reinterpret_cast<const char*>(data), size});
+            return true;
+          },
+          tuning)) {}
 
 void LzmaSinkAdapter::write(std::string_view bytes) {
   if (!coder_.write(bytes.data(), bytes.size())) {

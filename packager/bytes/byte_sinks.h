@@ -48,7 +48,7 @@ class FileSink : public ByteSink {
 class LzmaSinkAdapter : public ByteSink {
  public:
   /// `level` is 0 to 9; any other is an error of write() and finish(). `next` is borrowed.
-  LzmaSinkAdapter(int level, ByteSink& next);
+  LzmaSinkAdapter(int level, ByteSink& next, const LzmaTuning& tuning = {});
   void write(std::string_view bytes) override;
   /// Says that the content is complete; the rest of the stream is written then.
   void finish();

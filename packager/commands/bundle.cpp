@@ -14,6 +14,7 @@ struct BundleArguments {
   std::optional<int> compression;
   std::string target;  ///< "": this system
   bool isUnsigned = false;
+  bool withoutCache = false;
 };
 
 int runBundle(const BundleArguments& given, Reporter& reporter) {
@@ -24,7 +25,8 @@ int runBundle(const BundleArguments& given, Reporter& reporter) {
   const BundleResult result =
       makeBundle(config,
                  {given.output.empty() ? config.resolve(config.bundle.output) : given.output,
-                  given.compression.value_or(config.bundle.compression), given.isUnsigned, target},
+                  given.compression.value_or(config.bundle.compression), given.isUnsigned, target,
+                  given.withoutCache ? "" : standardCacheFolder()},
                  reporter);
   reporter.value("target", nameOf(target));
   reporter.value("bundle", result.bundle);
@@ -62,7 +64,10 @@ Command bundleCommand() {
             .choices = targetNames()},
            {.name = "--unsigned",
             .description = "pack without a key: whoever can change a download can run anything",
-            .into = &given->isUnsigned}},
+            .into = &given->isUnsigned},
+           {.name = "--no-cache",
+            .description = "make everything anew, and keep nothing for the next time",
+            .into = &given->withoutCache}},
           [given](Reporter& reporter) { return runBundle(*given, reporter); }};
 }
 

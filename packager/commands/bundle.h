@@ -16,6 +16,7 @@ struct BundleOptions {
   int compression = 6;             ///< 0 (fast) to 9 (small)
   bool isUnsigned = false;         ///< pack without a key
   Target target = nativeTarget();  ///< the system that the bundle is for
+  std::string cache{};             ///< the folder of what was packed before; "" for none
 };
 
 struct BundleResult {

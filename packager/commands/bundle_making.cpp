@@ -37,7 +37,7 @@ std::optional<UpdateKeys> takeUpdateKeys(const Config& config, std::optional<Sig
 // All that goes in, judged as a whole before anything is packed.
 BundleParts gatherParts(const Config& config, const BundleTools& tools,
                         const BundleOptions& options, const std::string& updateSettings,
-                        const std::string& workFolder, Reporter& reporter) {
+                        const std::string& workFolder, PackCache& cache, Reporter& reporter) {
   const std::vector<std::string> jars = findJars(config);
   reporter.findings(accepted(lintFiles(config, jars)));
   if (options.target == Target::kMacOS) {
@@ -45,7 +45,7 @@ BundleParts gatherParts(const Config& config, const BundleTools& tools,
   }
   std::optional<BundlePart> runtime;
   if (config.runtime.source != RuntimeSource::kNone) {
-    runtime = runtimePart(config, tools, jars, options.target, workFolder, reporter);
+    runtime = runtimePart(config, tools, jars, options.target, workFolder, cache, reporter);
   }
   const bool areStored = config.application.jarsStored.value_or(false);
   BundleParts parts{
@@ -72,13 +72,14 @@ BundleMaking::BundleMaking(const Config& config, const BundleOptions& options, R
       reporter_(reporter),
       bundle_(replaceable(options.output + '/' + config.application.name + ".app")),
       work_(options.output),
+      cache_(options.cache),
       key_(bundleKey(config, options.isUnsigned, reporter)),
       isHardened_(isToBeHardened(config, key_.has_value(), reporter)),
       updateKeys_(takeUpdateKeys(config, key_, reporter)),
       tools_(findBundleTools(config, options.target)),
       parts_(gatherParts(config, tools_, options,
                          updateKeys_ ? updateSettingsOf(config, *updateKeys_) : "", work_.path(),
-                         reporter)) {}
+                         cache_, reporter)) {}
 
 const SigningKey* BundleMaking::archiveKey() const {
   return updateKeys_ ? &updateKeys_->forArchives() : key_ ? &*key_ : nullptr;
@@ -87,8 +88,8 @@ const SigningKey* BundleMaking::archiveKey() const {
 PackedParts BundleMaking::pack(const ArchiveSource& earlier) {
   const bool saysWhatItIs = isHardened_ || config_.update.hasClient;
   PackedParts packed =
-      packParts(parts_, {options_.compression, archiveKey(), config_.signing.salt}, work_.path(),
-                reporter_, saysWhatItIs ? nameOf(options_.target) : "", earlier);
+      packParts(parts_, {options_.compression, archiveKey(), config_.signing.salt, &cache_},
+                work_.path(), reporter_, saysWhatItIs ? nameOf(options_.target) : "", earlier);
   packed.isHardened = isHardened_;
   return packed;
 }

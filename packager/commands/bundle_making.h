@@ -13,6 +13,7 @@
 #include "packager/commands/update_keys.h"
 #include "packager/config/config.h"
 #include "packager/content/bundle_tools.h"
+#include "packager/content/pack_cache.h"
 #include "packager/report/reporter.h"
 
 namespace quillory::pack {
@@ -44,6 +45,7 @@ class BundleMaking {
   Reporter& reporter_;
   std::string bundle_;  ///< where it goes
   WorkFolder work_;
+  PackCache cache_;
   std::optional<SigningKey> key_;  ///< moved from where there are update keys
   bool isHardened_ = false;
   std::optional<UpdateKeys> updateKeys_;

@@ -109,7 +109,7 @@ RuntimeOptions optionsOf(const Config& config, const std::vector<std::string>& j
 // Makes a runtime, and returns its folder.
 std::string linkedRuntime(const Config& config, const BundleTools& tools,
                           std::vector<std::string> jars, Target target,
-                          const std::string& workFolder, Reporter& reporter) {
+                          const std::string& workFolder, PackCache& cache, Reporter& reporter) {
   requireModulesFor(target, config);
   reporter.line("linking a runtime");
   const RuntimeOptions options = optionsOf(config, jars);
@@ -119,7 +119,7 @@ std::string linkedRuntime(const Config& config, const BundleTools& tools,
     runtime.addModules.emplace_back("java.instrument");
   }
   jars.push_back(tools.updaterJar);
-  return linkRuntime(runtime, jars, workFolder, options);
+  return linkRuntime(runtime, jars, workFolder, options, &cache);
 }
 
 std::string runtimeVersion(const Config& config, const std::string& home) {
@@ -296,10 +296,11 @@ BundlePart applicationPart(const Config& config, const std::vector<std::string>&
 
 BundlePart runtimePart(const Config& config, const BundleTools& tools,
                        const std::vector<std::string>& jars, Target target,
-                       const std::string& workFolder, Reporter& reporter) {
-  const std::string folder = config.runtime.source == RuntimeSource::kJlink
-                                 ? linkedRuntime(config, tools, jars, target, workFolder, reporter)
-                                 : config.resolve(config.runtime.folder);
+                       const std::string& workFolder, PackCache& cache, Reporter& reporter) {
+  const std::string folder =
+      config.runtime.source == RuntimeSource::kJlink
+          ? linkedRuntime(config, tools, jars, target, workFolder, cache, reporter)
+          : config.resolve(config.runtime.folder);
   const std::string home = findJavaHome(folder, config.placeOf("runtime.folder"));
   reporter.findings(accepted(lintRuntime(home, target, tools.launcher, config.placeOf("runtime"))));
   const std::string version = runtimeVersion(config, home);

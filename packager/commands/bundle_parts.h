@@ -8,6 +8,7 @@
 #include "packager/config/config.h"
 #include "packager/content/bundle_tools.h"
 #include "packager/content/content_tree.h"
+#include "packager/content/pack_cache.h"
 #include "packager/report/reporter.h"
 
 namespace quillory::pack {
@@ -47,6 +48,6 @@ BundlePart applicationPart(const Config& config, const std::vector<std::string>&
 /// launcher, or has no version; PackError when it cannot be made.
 BundlePart runtimePart(const Config& config, const BundleTools& tools,
                        const std::vector<std::string>& jars, Target target,
-                       const std::string& workFolder, Reporter& reporter);
+                       const std::string& workFolder, PackCache& cache, Reporter& reporter);
 
 }  // namespace quillory::pack

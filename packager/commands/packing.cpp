@@ -1,11 +1,17 @@
 #include "packager/commands/packing.h"
 
 #include <chrono>
+#include <filesystem>
 #include <future>
+#include <memory>
+#include <optional>
+#include <system_error>
 
+#include "formats/sha256.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/bytes/pipelined_sink.h"
 #include "packager/bytes/work_folder.h"
+#include "packager/content/compression_tuning.h"
 #include "packager/report/findings.h"
 #include "packager/writing/archive_writer.h"
 
@@ -38,24 +44,125 @@ class CountingSink : public ByteSink {
   const std::atomic<bool>& stop_;
 };
 
-void packOne(const PackingJob& job, const PackingOptions& options, FileSink& file,
-             Progress& progress, const std::atomic<bool>& stop) {
-  LzmaSinkAdapter compressed(options.level, file);
-  CountingSink counted(compressed, progress, stop);
-  PipelinedSink pipe(counted);
-  ArchiveWriter archive(pipe);
+// Hands on what comes, and knows the digest of what came until it was asked for that.
+class DigestingSink : public ByteSink {
+ public:
+  explicit DigestingSink(ByteSink* next) : next_(next) {}
+  void write(std::string_view bytes) override {
+    if (digest_) {
+      digest_->update(bytes);
+    }
+    if (next_ != nullptr) {
+      next_->write(bytes);
+    }
+  }
+  std::string hex() {
+    const std::string hex = digest_->hex();
+    digest_.reset();
+    return hex;
+  }
+
+ private:
+  ByteSink* next_;
+  std::optional<Sha256> digest_ = Sha256();
+};
+
+// All of an archive but its end, which is a signature.
+void writeContent(const PackingJob& job, ArchiveWriter& archive) {
   if (job.identity) {
     archive.identity(*job.identity);
   }
   archive.tree(*job.content);
-  if (options.key != nullptr) {
-    archive.endSigned(*options.key, options.salt);
-  } else {
-    archive.end();
-  }
-  pipe.finish();
-  compressed.finish();
 }
+
+// Everything that its bytes are made of, but for the lot that a signature draws.
+std::string cacheKeyOf(const std::string& content, const PackingOptions& options,
+                       const LzmaTuning& tuning) {
+  CacheKey key("archive 1");
+  key.add(content);
+  for (const int number :
+       {options.level, tuning.literalContextBits, tuning.literalPositionBits, tuning.positionBits,
+        static_cast<int>(tuning.dictionary >> 10), static_cast<int>(options.salt)}) {
+    key.add(std::to_string(number));
+  }
+  key.add(options.key != nullptr ? options.key->publicHex() : "");
+  return key.hex();
+}
+
+// One archive on its way: copied from the cache, or made and then kept there.
+class OneArchive {
+ public:
+  OneArchive(const PackingJob& job, const PackingOptions& options)
+      : job_(job), options_(options), tuning_(tuningFor(*job.content, options.level)) {}
+
+  void make(Progress& progress, const std::atomic<bool>& stop) {
+    if (options_.cache != nullptr) {
+      DigestingSink digest(nullptr);
+      CountingSink watched(digest, unused_, stop);
+      ArchiveWriter archive(watched);
+      writeContent(job_, archive);
+      expected_ = digest.hex();
+      isFromCache_ =
+          options_.cache->fetchFile(cacheKeyOf(expected_, options_, tuning_), job_.output);
+    }
+    if (isFromCache_) {
+      progress.done += job_.content->totalBytes();
+    } else {
+      pack(progress, stop);
+    }
+  }
+
+  // Gives it its name.
+  void finish() {
+    if (file_) {
+      file_->commit();
+    }
+    // A file that changed meanwhile is in an archive of another name than it was looked for.
+    if (options_.cache != nullptr && !isFromCache_ && packed_ == expected_) {
+      options_.cache->keepFile(cacheKeyOf(packed_, options_, tuning_), job_.output);
+    }
+  }
+
+  void giveUp() {
+    if (isFromCache_) {
+      std::error_code ignored;
+      std::filesystem::remove(job_.output, ignored);
+    }
+  }
+
+  bool isFromCache() const { return isFromCache_; }
+  const std::string& name() const { return job_.content->name(); }
+
+ private:
+  void pack(Progress& progress, const std::atomic<bool>& stop) {
+    file_ = std::make_unique<FileSink>(job_.output, 0666, Durability::kLeftToTheSystem);
+    LzmaSinkAdapter compressed(options_.level, *file_, tuning_);
+    CountingSink counted(compressed, progress, stop);
+    PipelinedSink pipe(counted);
+    DigestingSink digest(&pipe);
+    {
+      ArchiveWriter archive(digest);
+      writeContent(job_, archive);
+      packed_ = options_.cache != nullptr ? digest.hex() : "";
+      if (options_.key != nullptr) {
+        archive.endSigned(*options_.key, options_.salt);
+      } else {
+        archive.end();
+      }
+    }
+    pipe.finish();
+    compressed.finish();
+  }
+
+  const PackingJob& job_;
+  const PackingOptions& options_;
+  LzmaTuning tuning_;
+  std::unique_ptr<FileSink> file_;
+  Progress unused_;
+  std::string expected_;  // digests of the content, before and while it is packed
+  std::string packed_;
+  bool isFromCache_ = false;
+};
 
 }  // namespace
 
@@ -63,16 +170,16 @@ void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
              Reporter& reporter) {
   Progress progress;
   std::atomic<bool> stop = false;
-  std::vector<std::unique_ptr<FileSink>> files;
+  std::vector<std::unique_ptr<OneArchive>> archives;
   std::vector<std::future<void>> running;
   for (const PackingJob& job : jobs) {
     progress.total += job.content->totalBytes();
-    files.push_back(std::make_unique<FileSink>(job.output, 0666, Durability::kLeftToTheSystem));
+    archives.push_back(std::make_unique<OneArchive>(job, options));
   }
-  for (std::size_t i = 0; i < jobs.size(); ++i) {
-    running.push_back(std::async(std::launch::async, [&, i] {
+  for (const auto& archive : archives) {
+    running.push_back(std::async(std::launch::async, [&stop, &progress, one = archive.get()] {
       try {
-        packOne(jobs[i], options, *files[i], progress, stop);
+        one->make(progress, stop);
       } catch (...) {
         stop = true;
         throw;
@@ -93,11 +200,14 @@ void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
     }
   }
   reporter.endProgress();
+  for (const auto& archive : archives) {
+    failure ? archive->giveUp() : archive->finish();
+    if (archive->isFromCache()) {
+      reporter.detail("the " + archive->name() + " is in the cache as it was packed before");
+    }
+  }
   if (failure) {
     std::rethrow_exception(failure);
-  }
-  for (const auto& file : files) {
-    file->commit();
   }
 }
 

@@ -32,6 +32,7 @@ struct ReleaseArguments {
   std::string target;
   std::optional<int> compression;
   std::optional<int> number;
+  bool withoutCache = false;
 };
 
 // A part of the release on its way into the list.
@@ -160,7 +161,8 @@ int runRelease(const ReleaseArguments& given, Reporter& reporter) {
   ReleaseOptions options;
   options.bundle = {given.output.empty() ? config.resolve(config.bundle.output) : given.output,
                     given.compression.value_or(config.bundle.compression), false,
-                    targetNamed(given.target).value_or(nativeTarget())};
+                    targetNamed(given.target).value_or(nativeTarget()),
+                    given.withoutCache ? "" : standardCacheFolder()};
   options.channel = given.channel;
   options.number = given.number;
   options.now = std::time(nullptr);
@@ -228,7 +230,10 @@ Command releaseCommand() {
            {.name = "--target",
             .description = "the system that it is for, instead of this one",
             .into = &given->target,
-            .choices = targetNames()}},
+            .choices = targetNames()},
+           {.name = "--no-cache",
+            .description = "make everything anew, and keep nothing for the next time",
+            .into = &given->withoutCache}},
           [given](Reporter& reporter) { return runRelease(*given, reporter); }};
 }
 

@@ -128,6 +128,12 @@ void ContentTree::addFile(const std::string& source, const std::string& path) {
   addAnything(source, path);
 }
 
+void ContentTree::removeFiles(const std::function<bool(const std::string&)>& isSuch) {
+  std::erase_if(entries_, [&](const auto& entry) {
+    return entry.second.kind != ContentEntry::Kind::kFolder && isSuch(entry.first);
+  });
+}
+
 void ContentTree::replaceFile(const std::string& source, const std::string& path) {
   struct stat info;
   if (stat(source.c_str(), &info) != 0) {

@@ -2,6 +2,7 @@
 // the disk, checked, and sorted, so that the same content always gives the same archive.
 #pragma once
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -31,6 +32,8 @@ class ContentTree {
   void addFolderContent(const std::string& source, const std::string& prefix);
   /// A file, or a folder with everything in it, as `path`. Throws PackError when it is not there.
   void addFile(const std::string& source, const std::string& path);
+  /// Takes out the files whose paths are such.
+  void removeFiles(const std::function<bool(const std::string&)>& isSuch);
   /// The file `source` in the place of the one that is `path` so far, which is there.
   void replaceFile(const std::string& source, const std::string& path);
   /// A file that is made here.

@@ -55,6 +55,13 @@ bool hasWholeBeside(const std::string& name, const std::vector<std::string>& nam
          (name.starts_with("original-") && isThere(name.substr(9)));
 }
 
+// Whether a path leads to one of them by another name, as links to versions do.
+bool isOneOf(const std::string& folder, const std::vector<FoundJar>& jars, const fs::path& path) {
+  return std::any_of(jars.begin(), jars.end(), [&](const FoundJar& jar) {
+    return fs::equivalent(fs::path(folder) / jar.path, path);
+  });
+}
+
 bool hasNameOf(const std::vector<FoundJar>& jars, const std::string& name) {
   return std::any_of(jars.begin(), jars.end(),
                      [&](const FoundJar& jar) { return fs::path(jar.path).filename() == name; });
@@ -73,6 +80,9 @@ std::vector<FoundJar> jarsIn(const std::string& folder) {
         continue;
       }
       const std::string path = *inside == '\0' ? name : std::string(inside) + '/' + name;
+      if (!isFile((place / name).string()) || isOneOf(folder, found, place / name)) {
+        continue;
+      }
       try {
         found.push_back({path, Jar((place / name).string()).mainClass()});
       } catch (const PackError&) {

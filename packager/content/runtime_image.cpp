@@ -14,10 +14,12 @@
 #include "packager/bytes/byte_sinks.h"
 #include "packager/content/class_list.h"
 #include "packager/content/info_plist.h"
+#include "packager/content/native_symbols.h"
 #include "packager/content/program_folder.h"
 #include "packager/content/stub_jar.h"
 #include "packager/content/tool_runner.h"
 #include "packager/report/joined.h"
+#include "support/folder_listing.h"
 
 namespace quillory::pack {
 namespace {
@@ -128,6 +130,42 @@ void requireTools(const Config& config) {
   }
 }
 
+// A file by its place, length and time: modules and tools are too large to be read each time.
+void addStamp(const std::string& path, CacheKey& key) {
+  std::error_code error;
+  key.add(path);
+  key.add(std::to_string(fs::file_size(path, error)));
+  key.add(std::to_string(fs::last_write_time(path, error).time_since_epoch().count()));
+}
+
+// Everything that a runtime is made of; "" where that cannot be told.
+std::string runtimeKey(const RuntimeConfig& config, const std::vector<std::string>& command,
+                       const std::string& output) {
+  std::error_code error;
+  const fs::path jlink = fs::canonical(command.at(0), error);
+  const fs::path jdk = jlink.parent_path().parent_path();
+  const fs::path modules = config.jmods.empty() ? jdk / "jmods" : fs::path(config.jmods);
+  // A value of an option may name a file.
+  const bool namesFiles = std::any_of(
+      config.jlinkOptions.begin(), config.jlinkOptions.end(),
+      [](const std::string& option) { return option.find_first_of("@/") != std::string::npos; });
+  if (error || namesFiles || !isFile(modules / "java.base.jmod")) {
+    return "";
+  }
+  CacheKey key("runtime 1");
+  for (const std::string& word : command) {
+    key.add(word == output ? "" : word);
+  }
+  for (const fs::path& file :
+       {jlink, jdk / "lib/modules", jdk / "release", fs::path(findInPath("strip"))}) {
+    addStamp(file.string(), key);
+  }
+  for (const std::string& name : namesIn(modules.string())) {
+    addStamp((modules / name).string(), key);
+  }
+  return key.hex();
+}
+
 }  // namespace
 
 void requireModulesFor(Target target, const Config& config) {
@@ -148,7 +186,8 @@ void requireModulesFor(Target target, const Config& config) {
 }
 
 std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
-                        const std::string& workFolder, const RuntimeOptions& options) {
+                        const std::string& workFolder, const RuntimeOptions& options,
+                        PackCache* cache) {
   std::string modules =
       config.modules.empty() ? modulesFoundByJdeps(config, jars) : joined(config.modules, ",");
   if (!config.addModules.empty()) {
@@ -174,9 +213,16 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
     command.push_back("--add-options= " + optionText(toLink));
   }
   command.insert(command.end(), config.jlinkOptions.begin(), config.jlinkOptions.end());
-  runTool(command);
-  if (!toLink.empty() && config.jmods.empty()) {
-    requireStart(folder);
+  const std::string key = cache == nullptr ? "" : runtimeKey(config, command, folder);
+  if (key.empty() || !cache->fetchFolder(key, folder)) {
+    runTool(command);
+    stripNativeSymbols(folder);
+    if (!toLink.empty() && config.jmods.empty()) {
+      requireStart(folder);
+    }
+    if (!key.empty()) {
+      cache->keepFolder(key, folder);
+    }
   }
   addUpdaterClasses(folder);
   return folder;
@@ -252,6 +298,8 @@ ContentTree runtimeContent(const std::string& javaHome, const std::string& name,
   ContentTree tree("runtime");
   tree.addFolder("Contents");
   tree.addFolderContent(javaHome, "Contents/Home");
+  // The launcher makes them when it installs the runtime, for the machine that it is on.
+  tree.removeFiles([](const std::string& path) { return path.ends_with(".jsa"); });
   if (!tree.contains("Contents/Home/lib/rt.jar")) {
     tree.addBytes(stubRuntimeJar(), "Contents/Home/lib/rt.jar");
   }

@@ -6,6 +6,7 @@
 
 #include "packager/config/config.h"
 #include "packager/content/content_tree.h"
+#include "packager/content/pack_cache.h"
 #include "packager/content/runtime_options.h"
 #include "packager/reading/target.h"
 
@@ -15,12 +16,14 @@ namespace quillory::pack {
 /// named, before it is run.
 void requireModulesFor(Target target, const Config& config);
 
-/// Makes a runtime in `workFolder` with jlink and returns its folder. `jars` are what jdeps looks
-/// at when no modules are named; `options` are what the runtime passes to each JVM. Throws
-/// PackError, with what the tool said, when one fails, jdeps finds no modules, or Java does not
-/// start with the options, which is tried where it is this system's.
+/// Makes a runtime in `workFolder` with jlink, without the names in its native libraries, and
+/// returns its folder; one of the same modules and options is taken from the cache, where there is
+/// one. `jars` are what jdeps looks at when no modules are named; `options` are what the runtime
+/// passes to each JVM. Throws PackError, with what the tool said, when one fails, jdeps finds no
+/// modules, or Java does not start with the options, which is tried where it is this system's.
 std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
-                        const std::string& workFolder, const RuntimeOptions& options = {});
+                        const std::string& workFolder, const RuntimeOptions& options = {},
+                        PackCache* cache = nullptr);
 
 /// The Java home in a folder that is one, or that is a macOS runtime bundle. Throws RejectedInput
 /// when there is no bin/java.
@@ -39,9 +42,9 @@ std::string versionNumberOf(const std::string& javaHome);
 /// fit into their digits as the largest that do. "" when it begins with no number.
 std::string versionNumberFor(const std::string& javaVersion);
 
-/// Contents/Home with the runtime and a lib/rt.jar, Contents/MacOS with the library that the
-/// bundle's executable stands for, Contents/Info.plist. `name` and `version` are what it is
-/// installed under. Throws PackError when the runtime cannot be read.
+/// Contents/Home with the runtime, without archives of classes, and a lib/rt.jar, Contents/MacOS
+/// with the library that the bundle's executable stands for, Contents/Info.plist. `name` and
+/// `version` are what it is installed under. Throws PackError when the runtime cannot be read.
 ContentTree runtimeContent(const std::string& javaHome, const std::string& name,
                            const std::string& version);
 

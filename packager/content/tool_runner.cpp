@@ -38,6 +38,17 @@ std::string runTool(const std::vector<std::string>& command) {
   return tool.output;
 }
 
+std::string findInPath(const std::string& name) {
+  const char* path = std::getenv("PATH");
+  std::istringstream folders(path ? path : "");
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    if (!folder.empty() && isExecutable(folder + '/' + name)) {
+      return folder + '/' + name;
+    }
+  }
+  return "";
+}
+
 std::string findJdkTool(const std::string& name, const std::string& jdk) {
   const char* javaHome = std::getenv("JAVA_HOME");
   const std::string home = !jdk.empty() ? jdk : javaHome ? javaHome : "";
@@ -49,12 +60,8 @@ std::string findJdkTool(const std::string& name, const std::string& jdk) {
     throw PackError("there is no " + name + " in " + home + "/bin",
                     "set runtime.jdk or JAVA_HOME to the folder of a JDK");
   }
-  const char* path = std::getenv("PATH");
-  std::istringstream folders(path ? path : "");
-  for (std::string folder; std::getline(folders, folder, ':');) {
-    if (!folder.empty() && isExecutable(folder + '/' + name)) {
-      return folder + '/' + name;
-    }
+  if (const std::string tool = findInPath(name); !tool.empty()) {
+    return tool;
   }
   throw PackError("there is no " + name + " in PATH",
                   "install a JDK, or name one with runtime.jdk or JAVA_HOME");

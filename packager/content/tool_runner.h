@@ -1,4 +1,4 @@
-// Runs the tools of the JDK and waits for them.
+// Runs the tools of the JDK, and others of the system, and waits for them.
 #pragma once
 #include <string>
 #include <vector>
@@ -9,6 +9,9 @@ namespace quillory::pack {
 /// Throws PackError, with the last lines of it, when it cannot be started or ends with another
 /// status than 0.
 std::string runTool(const std::vector<std::string>& command);
+
+/// The path of a program in PATH, or "".
+std::string findInPath(const std::string& name);
 
 /// The path of a JDK tool: in `jdk` when given, else under JAVA_HOME, else in PATH. Throws
 /// PackError when there is none.

@@ -23,6 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kHead = 512;
+constexpr std::size_t kLzmaLength = 5;  // where it stands in the header
 
 constexpr std::string_view kReleasesEnd = "-releases";
 constexpr std::string_view kDeltaEnd = "-delta";
@@ -82,8 +83,13 @@ FileKind kindByContent(const std::string& path) {
   if (head.starts_with(kStaticPrefix) || head.starts_with(kDynamicPrefix)) {
     return FileKind::kLaunchProperties;
   }
-  // The usual properties byte of LZMA, then a dictionary of whole MiB.
-  if (head.starts_with(std::string_view("\x5d\0", 2))) return FileKind::kCompressedArchive;
+  // The usual properties byte of LZMA, then a dictionary of whole MiB; or that of what is tuned to
+  // classes, then such a dictionary and the length that stands for an end marker.
+  if (head.starts_with(std::string_view("\x5d\0", 2)) ||
+      (head.starts_with(std::string_view("\x04\0\0", 3)) &&
+       head.find(std::string(8, '\xff'), kLzmaLength) == kLzmaLength)) {
+    return FileKind::kCompressedArchive;
+  }
   if (looksLikeArchive(head)) return FileKind::kArchive;
   for (const auto& [marker, kind] : {std::pair{tailMarker(), FileKind::kExecutable},
                                      std::pair{paramsMarker(), FileKind::kParameters}}) {

@@ -2,10 +2,14 @@
 that looks whether its class path is whole, and says that the application runs.
 """
 
+import os
 import pathlib
 import shutil
 import subprocess
 import zipfile
+
+# What was packed before is not looked for: each run does all of its work, and none in a user's folder.
+os.environ["QUILLORY_PACK_CACHE"] = ""
 
 JAVA = """#!/bin/sh
 case "$*" in

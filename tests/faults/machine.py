@@ -144,7 +144,7 @@ class Machine:
                   "TMPDIR": str(self.folder / "tmp"), "LD_PRELOAD": "libnss_wrapper.so",
                   "NSS_WRAPPER_PASSWD": str(self.shared / "passwd"),
                   "NSS_WRAPPER_GROUP": str(self.shared / "group"),
-                  "NSS_WRAPPER_DISABLE_DEEPBIND": "1"}
+                  "NSS_WRAPPER_DISABLE_DEEPBIND": "1", "QUILLORY_PACK_CACHE": ""}
         values.update(changes)
         return {name: value for name, value in values.items() if value is not None}
 

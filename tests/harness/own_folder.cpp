@@ -56,6 +56,7 @@ class FolderOfThisRun {
     startGuardian(path_);
     setenv("TMPDIR", name.c_str(), 1);
     setenv("QUILLORY_TEST_FOLDER", name.c_str(), 1);
+    setenv("QUILLORY_PACK_CACHE", "", 1);  // each bundle is made, and not taken from a user's cache
   }
   ~FolderOfThisRun() {
     if (getpid() == owner_) removeFolder(path_);  // Not in a copy that was forked.

@@ -115,6 +115,40 @@ TEST(LzmaEncoder, RefusesALevelThatDoesNotExist) {
   }
 }
 
+TEST(LzmaEncoder, IsTunedAsItIsTold) {
+  std::string packed;
+  LzmaTuning tuning;
+  tuning.literalContextBits = 4;
+  tuning.positionBits = 0;
+  tuning.dictionary = 1 << 20;
+  LzmaCoder coder = LzmaCoder::encoder(6, appendTo(packed), tuning);
+  ASSERT_TRUE(coder.write("hello\n", 6) && coder.finish());
+  // (pb * 5 + lp) * 9 + lc, then the dictionary.
+  EXPECT_EQ(packed.substr(0, 5), std::string("\x04\0\0\x10\0", 5));
+  std::string plain;
+  LzmaCoder back = LzmaCoder::decoder(appendTo(plain));
+  EXPECT_TRUE(back.write(packed.data(), packed.size()) && back.finish());
+  EXPECT_EQ(plain, "hello\n");
+}
+
+TEST(LzmaEncoder, AsksForNoDictionaryThatADecoderRefuses) {
+  std::string packed;
+  LzmaTuning tuning;
+  tuning.dictionary = std::size_t{1} << 30;
+  LzmaCoder coder = LzmaCoder::encoder(0, appendTo(packed), tuning);
+  ASSERT_TRUE(coder.finish()) << coder.error();
+  EXPECT_EQ(packed.substr(1, 4), std::string("\0\0\0\x10", 4));
+}
+
+TEST(LzmaEncoder, RefusesATuningThatThereIsNot) {
+  LzmaTuning tuning;
+  tuning.literalPositionBits = 2;  // five bits with those of the context
+  LzmaCoder coder = LzmaCoder::encoder(
+      6, [](const unsigned char*, std::size_t) { return true; }, tuning);
+  EXPECT_FALSE(coder.write("x", 1));
+  EXPECT_EQ(coder.error(), "unsupported LZMA options");
+}
+
 TEST(LzmaEncoder, StopsWhenTheSinkFails) {
   LzmaCoder coder = LzmaCoder::encoder(0, [](const unsigned char*, std::size_t) { return false; });
   coder.write("x", 1);

@@ -5,6 +5,7 @@ Usage: bundle_test.py ROOT QUILLORY_PACK HELLO_JAR UPDATER_JAR IMAGES, with the 
 files of this build, and the folder of what scripts/build-macos.sh made.
 """
 
+import os
 import pathlib
 import plistlib
 import re
@@ -18,6 +19,9 @@ import macho
 import pages
 
 ROOT, PACK, HELLO, UPDATER, IMAGES = map(pathlib.Path, sys.argv[1:6])
+
+# Nothing is kept in a user's folder.
+os.environ["QUILLORY_PACK_CACHE"] = ""
 
 ONLINE = '[update]\nurl = "https://example.com/updates/"\n'
 

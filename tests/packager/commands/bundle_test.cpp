@@ -234,6 +234,65 @@ TEST(Bundle, DiffersByTheSaltOnlyUnlessItIsDerived) {
   EXPECT_EQ(first.substr(0, block), second.substr(0, block));
 }
 
+// A folder for what was packed before, in the place of none.
+class CacheFolder {
+ public:
+  explicit CacheFolder(const std::string& path) { setenv("QUILLORY_PACK_CACHE", path.c_str(), 1); }
+  ~CacheFolder() { setenv("QUILLORY_PACK_CACHE", "", 1); }
+  CacheFolder(const CacheFolder&) = delete;
+  CacheFolder& operator=(const CacheFolder&) = delete;
+};
+
+TEST(Bundle, TakesFromTheCacheWhatHasNotChanged) {
+  Project project;
+  const CacheFolder cache(project / "cache");
+  std::string config = project.config(kRuntime);
+  config.replace(config.find("derived"), 7, "random");
+  const std::string path = project.writeConfig(config);
+  const CommandResult first = pack({"bundle", "--verbose", path});
+  EXPECT_EQ(first.err.find("in the cache"), std::string::npos) << first.err;
+  const auto made = contentOf(project / "dist");
+  const CommandResult second = pack({"bundle", "--verbose", path});
+  for (const char* part : {"runtime", "updater", "application"}) {
+    EXPECT_THAT(second.err, HasSubstr("the " + std::string(part) + " is in the cache"));
+  }
+  EXPECT_EQ(contentOf(project / "dist"), made) << "the signatures, too";
+  writeFile(project / "jre/lib/modules", "other classes");
+  const CommandResult changed = pack({"bundle", "--verbose", path});
+  EXPECT_EQ(changed.err.find("the runtime is in the cache"), std::string::npos);
+  EXPECT_THAT(changed.err, HasSubstr("the application is in the cache"));
+  EXPECT_EQ(pack({"verify", project / "dist/Hello.app"}).status, 0);
+}
+
+TEST(Bundle, MakesAnewWhatIsDamagedInTheCacheOrPackedInAnotherWay) {
+  Project project;
+  const CacheFolder cache(project / "cache");
+  const std::string path = project.writeConfig(project.config(kRuntime));
+  ASSERT_EQ(pack({"bundle", path}).status, 0);
+  const auto made = contentOf(project / "dist");
+  for (const auto& entry : fs::directory_iterator(project / "cache")) {
+    std::string bytes = readFile(entry.path());
+    bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 1);
+    writeFile(entry.path(), bytes);
+  }
+  const CommandResult again = pack({"bundle", "--verbose", path});
+  EXPECT_EQ(again.status, 0) << again.err;
+  EXPECT_EQ(again.err.find("in the cache"), std::string::npos);
+  EXPECT_EQ(contentOf(project / "dist"), made);
+  for (const char* other : {"--compression=1", "--unsigned", "--no-cache"}) {
+    const CommandResult result = pack({"bundle", "--verbose", path, other});
+    EXPECT_EQ(result.err.find("in the cache"), std::string::npos) << other;
+  }
+}
+
+TEST(Bundle, LeavesTheCacheAloneWhenItIsTold) {
+  Project project;
+  const CacheFolder cache(project / "cache");
+  ASSERT_EQ(pack({"bundle", "--no-cache", project.writeConfig(project.config(kRuntime))}).status,
+            0);
+  EXPECT_FALSE(fs::exists(project / "cache"));
+}
+
 TEST(Bundle, ReplacesTheBundleOfAnEarlierRunAndKeepsOlderReleaseFiles) {
   Project project;
   bundleOf(project, project.config());

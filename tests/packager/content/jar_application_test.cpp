@@ -60,6 +60,13 @@ TEST_F(JarApplication, LeavesOutTheThinOneOfTwo) {
   EXPECT_EQ(jars(), (Names{"target/app-jar-with-dependencies.jar", "target/original-other.jar"}));
 }
 
+TEST_F(JarApplication, HasAJarOnceThatHasTwoNames) {
+  jar("app-1.2.jar", "Main-Class: a.Main\n");
+  fs::create_symlink("app-1.2.jar", dir_ / "app.jar");
+  fs::create_symlink("nowhere.jar", dir_ / "dangling.jar");
+  EXPECT_EQ(jars(), Names{"app-1.2.jar"});
+}
+
 TEST_F(JarApplication, FollowsTheClassPathsOfManifests) {
   jar("here/app.jar",
       "Main-Class: a.Main\nClass-Path: parts/one.jar ../share/two%20words.jar gone.jar data/ "

@@ -31,6 +31,18 @@ using testing::writeFile;
 using testing::writeProgram;
 using testing::writeRecorder;
 
+TEST(RuntimeContent, HasNoArchivesOfClasses) {
+  const TempDir dir;
+  for (const char* file : {"bin/java", "lib/modules", "lib/server/classes.jsa",
+                           "lib/server/classes_nocoops.jsa", "lib/server/libjvm.so"}) {
+    writeFile(dir / file, "x");
+  }
+  const ContentTree tree = runtimeContent(dir.str(), "JRE", "17");
+  EXPECT_FALSE(tree.contains("Contents/Home/lib/server/classes.jsa"));
+  EXPECT_FALSE(tree.contains("Contents/Home/lib/server/classes_nocoops.jsa"));
+  EXPECT_TRUE(tree.contains("Contents/Home/lib/server/libjvm.so"));
+}
+
 TEST(VersionNumberFor, GrowsWithTheVersion) {
   static constexpr struct {
     const char* version;
@@ -368,6 +380,35 @@ TEST_F(LinkWithStandIns, AsksJdepsWhichModulesTheJarsNeed) {
       recordedIn(dir_ / "jdeps"),
       (std::vector<std::string>{"--print-module-deps", "--ignore-missing-deps", "--multi-release",
                                 "base", "--class-path", "a.jar:lib/b.jar", "a.jar", "lib/b.jar"}));
+}
+
+// A jlink whose runtime is a file with the number of its runs.
+TEST_F(LinkWithStandIns, LinksOnceWhatIsInTheCache) {
+  jdepsSays("exit 1");
+  config_.modules = {"java.base"};
+  writeFile(dir_ / "jdk/jmods/java.base.jmod", "classes");
+  writeFile(dir_ / "jdk/bin/jlink",
+            "#!/bin/sh\necho run >>'" + dir_ / "runs" +
+                "'\nfor word; do folder=$word; [ \"$before\" = --output ] && break; before=$word; "
+                "done\nmkdir -p \"$folder/bin\"; echo java >\"$folder/bin/java\"\n");
+  fs::permissions(dir_ / "jdk/bin/jlink", fs::perms::owner_all);
+  PackCache cache(dir_ / "cache");
+  const auto runsAfter = [&] {
+    fs::remove_all(dir_ / "work");
+    fs::create_directory(dir_ / "work");
+    const std::string folder = linkRuntime(config_, {"a.jar"}, dir_ / "work", {}, &cache);
+    EXPECT_EQ(readFile(folder + "/bin/java"), "java\n");
+    return readFile(dir_ / "runs").size() / 4;
+  };
+  EXPECT_EQ(runsAfter(), 1u);
+  EXPECT_EQ(runsAfter(), 1u);
+  config_.addModules = {"java.sql"};
+  EXPECT_EQ(runsAfter(), 2u);
+  writeFile(dir_ / "jdk/jmods/java.base.jmod", "other classes");
+  EXPECT_EQ(runsAfter(), 3u);
+  config_.jlinkOptions = {"--order-resources=@" + dir_ / "order"};
+  EXPECT_EQ(runsAfter(), 4u);
+  EXPECT_EQ(runsAfter(), 5u) << "an option names a file, which may change";
 }
 
 TEST_F(LinkWithStandIns, DoesNotAskWhereModulesAreNamed) {

@@ -99,6 +99,11 @@ TEST_F(FileKindOf, KnowsACompressedArchiveByTheHeaderOfXz) {
   writeFile(dir_ / "content", "x");
   EXPECT_EQ(byContent(runChild({"xz", "--format=lzma", "-c", dir_ / "content"}).out),
             FileKind::kCompressedArchive);
+  EXPECT_EQ(byContent(runChild({"xz", "--format=lzma", "--lzma1=lc=4,pb=0,dict=64KiB", "-c",
+                                dir_ / "content"})
+                          .out),
+            FileKind::kCompressedArchive);
+  EXPECT_EQ(byContent(std::string("\x04\0\0\x01\0text and no length", 22)), FileKind::kUnknown);
   EXPECT_EQ(byContent("\x5d"), FileKind::kUnknown);
   EXPECT_EQ(byContent("\x5d\x01"), FileKind::kUnknown);
 }
