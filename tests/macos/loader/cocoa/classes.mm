@@ -1,11 +1,12 @@
-// Classes that an image gets instead of GNUstep's own.
+// Foundation, and which classes an image gets instead of GNUstep's own.
 #import <AppKit/AppKit.h>
 #import <Foundation/Foundation.h>
 
 #include <array>
 #include <utility>
 
-#include "platform/gnustep/display.h"
+#include "platform/autorelease_pool.h"
+#import "platform/gnustep/url_download.h"
 #include "platform/gnustep/window_library.h"
 #include "platform/toolkit.h"
 #include "tests/macos/loader/cocoa/stand_ins.h"
@@ -54,22 +55,15 @@
 
 @end
 
-/// GNUstep animates by a timer, and loses against a centring that follows.
-@interface ImageWindow : NSWindow
-@end
-
-@implementation ImageWindow
-
-- (void)setFrame:(NSRect)frame display:(BOOL)display animate:(BOOL)animate {
-  (void)animate;
-  [self setFrame:frame display:display];
-}
-
-@end
-
 namespace quillory::loader {
 
-void startFoundation(char* program) { platform::startToolkit(program); }
+void startFoundation(char* program) {
+  platform::startToolkit(program);
+  const AutoreleasePool pool;
+  // Else the linker leaves both files out: of the second one the image needs a category only.
+  [URLDownload class];
+  platform::handleWaitingEvents();
+}
 
 void startAppKit() {
   if (!platform::loadWindowLibrary()) throw LoadError("this machine has no library of windows");

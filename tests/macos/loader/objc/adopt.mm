@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
+#include "platform/autorelease_pool.h"
 #include "tests/macos/loader/cocoa/stand_ins.h"
 #include "tests/macos/loader/load_error.h"
 #include "tests/macos/loader/objc/bridge.h"
@@ -138,7 +139,10 @@ class ClassAdoption {
       const TheirMethod& method = methods->begin()[i];
       const SEL selector = sel_registerTypedName(std::string(image_.textAt(method.name)).c_str(),
                                                  std::string(image_.textAt(method.types)).c_str());
-      class_replaceMethod(target, selector, reinterpret_cast<IMP>(method.function), method.types);
+      const auto function = reinterpret_cast<IMP>(method.function);
+      // Of a category it may replace one. (class_replaceMethod would also change a superclass.)
+      if (class_addMethod(target, selector, function, method.types) == NO)
+        method_setImplementation(class_getInstanceMethod(target, selector), function);
     }
   }
 
@@ -182,6 +186,7 @@ const void* classSymbol(std::string_view symbol) {
 const void* constantStringClass() { return object_getClass(@""); }
 
 void adoptObjectiveC(const Image& image) {
+  const AutoreleasePool pool;
   adoptSelectors(image);
   adoptStrings(image);
   ClassAdoption(image).run();

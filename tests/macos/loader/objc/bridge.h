@@ -21,7 +21,6 @@ const void* constantStringClass();
 
 /// Puts selectors, constant strings and classes of the image in their place, in this order; to be
 /// called after binding and before any of its code runs. Throws LoadError for what is not understood.
-/// Needs an autorelease pool.
 void adoptObjectiveC(const Image& image);
 
 }  // namespace quillory::loader
