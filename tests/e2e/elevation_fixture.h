@@ -65,7 +65,7 @@ class Elevation : public ::testing::Test {
   }
   /// The real tool; the recorder in front of it counts how often it asks.
   void useRealTool() {
-    fs::copy_file(QUILLORY_ELEV_MAC, bundle_->resource("real_elev_mac"));
+    fs::copy_file(elevMacUnderTest(), bundle_->resource("real_elev_mac"));
     useRecorder("exec \"${0%/*}/real_elev_mac\" \"$@\"");
   }
   void allowInstallation() { root_->allowSudo(kExecutable); }

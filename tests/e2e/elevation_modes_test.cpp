@@ -45,7 +45,7 @@ Tail tailWith(const std::string& java, const std::string& appVersion = "3") {
                               fileEntry("QuilloryLaunch", launchFileBytes()) +
                               fileEntry("report.jar", readFile(QUILLORY_REPORT_JAR));
   tail.entries =
-      fileEntry("lzma64", readFile(QUILLORY_LZMA64)) +
+      fileEntry("lzma64", readFile(lzma64UnderTest())) +
       fileEntry("nativesplash.png", readFile(QUILLORY_TEST_PICTURE)) + emptyEntry("cacerts") +
       emptyEntry("verpatch.exe") + fileEntry("GU.p2.l2", packedArchive(updater, &testKey())) +
       fileEntry("JRE.p2.l2",

@@ -39,7 +39,7 @@ class SharedTemporaryFolder : public Elevation {
 
 TEST_F(SharedTemporaryFolder, GetsTheToolAndThePictureAndRunsNeither) {
   Tail tail = forAllUsers();
-  const std::string tool = fileEntry("lzma64", readFile(QUILLORY_LZMA64));
+  const std::string tool = fileEntry("lzma64", readFile(lzma64UnderTest()));
   ASSERT_EQ(tail.entries.compare(0, tool.size(), tool), 0);
   tail.entries.replace(0, tool.size(), fileEntry("lzma64", "#!/bin/sh\ntouch /records/was-run\n"));
   makeBundle(tail);
@@ -57,7 +57,7 @@ TEST_F(SharedTemporaryFolder, HasOwnOldFilesReplaced) {
   }
   EXPECT_EQ(start().exitStatus, 0);
   EXPECT_EQ(prompts(), 1);
-  EXPECT_EQ(readFile(at("/tmp/lzma64")), readFile(QUILLORY_LZMA64));
+  EXPECT_EQ(readFile(at("/tmp/lzma64")), readFile(lzma64UnderTest()));
   EXPECT_EQ(readFile(at("/tmp/nativesplash.png")), readFile(QUILLORY_TEST_PICTURE));
 }
 

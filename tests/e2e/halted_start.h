@@ -109,7 +109,7 @@ class HaltedStart : public ::testing::Test {
   std::string entries() const {
     const std::string updater = fileEntry("QuilloryLaunch", launchFileBytes()) +
                                 fileEntry("report.jar", readFile(QUILLORY_REPORT_JAR));
-    return fileEntry("lzma64", readFile(QUILLORY_LZMA64)) +
+    return fileEntry("lzma64", readFile(lzma64UnderTest())) +
            fileEntry("nativesplash.png", picture_) + emptyEntry("cacerts") +
            emptyEntry("verpatch.exe") + fileEntry("GU.p2.l2", packedArchive(updater, nullptr)) +
            fileEntry("JRE.p2.l2", packedArchive(runtime(), nullptr)) +

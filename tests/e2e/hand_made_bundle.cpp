@@ -138,7 +138,7 @@ std::string parameterBytes(const Parameters& parameters) {
 std::string updaterEntries(const LaunchFile& launchFile, const SigningKey* key) {
   const std::string content = fileEntry("QuilloryLaunch", launchFileBytes(launchFile)) +
                               fileEntry("report.jar", readFile(QUILLORY_REPORT_JAR));
-  return fileEntry("lzma64", readFile(QUILLORY_LZMA64)) +
+  return fileEntry("lzma64", readFile(lzma64UnderTest())) +
          fileEntry("nativesplash.png", readFile(QUILLORY_TEST_PICTURE)) + emptyEntry("cacerts") +
          emptyEntry("verpatch.exe") + fileEntry("GU.p2.l2", packedArchive(content, key));
 }
@@ -179,7 +179,7 @@ HandMadeBundle::HandMadeBundle(const std::string& folder, const Tail& tail,
                                const Parameters& parameters)
     : contents_(folder + "/App.app/Contents") {
   fs::create_directories(contents_ + "/MacOS");
-  fs::copy_file(QUILLORY_LAUNCHER, executable());
+  fs::copy_file(launcherUnderTest(), executable());
   writeFile(resource("Tail"), tailBytes(tail));
   writeFile(resource("AppParams.excludefromsigning"), parameterBytes(parameters));
 }

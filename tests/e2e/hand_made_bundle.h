@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/e2e/programs.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory::testing {

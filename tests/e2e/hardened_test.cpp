@@ -47,7 +47,7 @@ class Hardened : public ::testing::Test {
     Tail tail = quickTail();
     tail.guVersion = gu;
     tail.appVersion = app;
-    tail.entries = fileEntry("lzma64", readFile(QUILLORY_LZMA64)) +
+    tail.entries = fileEntry("lzma64", readFile(lzma64UnderTest())) +
                    fileEntry("nativesplash.png", readFile(QUILLORY_TEST_PICTURE)) +
                    emptyEntry("cacerts") + emptyEntry("verpatch.exe") +
                    fileEntry("GU.p2.l2", packedArchive(content.updater, keys.updater)) +

@@ -133,7 +133,7 @@ TEST(Tail, InsideTheExecutableWinsOverTheFile) {
 }
 
 TEST(Executable, HoldsNeitherMarker) {
-  const std::string executable = readFile(QUILLORY_LAUNCHER);
+  const std::string executable = readFile(launcherUnderTest());
   EXPECT_EQ(executable.find(tailMarker()), std::string::npos);
   EXPECT_EQ(executable.find(paramsMarker()), std::string::npos);
 }

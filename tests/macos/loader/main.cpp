@@ -87,6 +87,7 @@ void runInitializers(const Image& image, const Program& program, const char** ap
 int run(int argc, char** argv) {
   Program program = programOf(argc, argv);
   // Both live as long as the process.
+  ownArguments() = {program.argc, program.argv};
   const auto& image = *new Image(std::move(program.bytes), wantedSlide());
   makeReady(image, program.argc > 0 ? program.argv[0] : argv[0]);
   static const std::string path = "executable_path=" + ownProgram();

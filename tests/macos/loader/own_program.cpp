@@ -16,6 +16,11 @@ std::string loaderPath() { return std::filesystem::read_symlink("/proc/self/exe"
 
 std::string ownProgram() { return program(); }
 
+Arguments& ownArguments() {
+  static Arguments arguments;
+  return arguments;
+}
+
 void setOwnProgram(const std::string& path) {
   program() = std::filesystem::absolute(path).string();
 }

@@ -15,4 +15,11 @@ std::string loaderPath();
 std::string ownProgram();
 void setOwnProgram(const std::string& path);
 
+/// The arguments that the image gets, which it can also ask for.
+struct Arguments {
+  int count = 0;
+  char** list = nullptr;
+};
+Arguments& ownArguments();
+
 }  // namespace quillory::loader

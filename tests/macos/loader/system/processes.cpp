@@ -132,6 +132,10 @@ TheirUser* theirGetpwuid(std::uint32_t user) {
 
 char*** theirEnvironPlace() { return &environ; }
 
+int* theirArgumentCount() { return &ownArguments().count; }
+
+char*** theirArgumentList() { return &ownArguments().list; }
+
 // The buffer is 4096 bytes there, and the result the length.
 int theirPidpath(int process, void* buffer, std::uint32_t size) {
   const std::string link = "/proc/" + std::to_string(process) + "/exe";
@@ -161,6 +165,8 @@ int theirExecutablePath(char* buffer, std::uint32_t* size) {
 
 Symbols processSymbols() {
   static const Symbol kSymbols[] = {
+      {"__NSGetArgc", code(theirArgumentCount)},
+      {"__NSGetArgv", code(theirArgumentList)},
       {"__NSGetEnviron", code(theirEnvironPlace)},
       {"__NSGetExecutablePath", code(theirExecutablePath)},
       {"_execve", code(theirExecve)},
