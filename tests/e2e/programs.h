@@ -1,5 +1,5 @@
-// The programs under test: those of this build, or the ones that the environment names instead, such
-// as the macOS executables (tests/macos). Each by the name of the variable.
+// The programs under test: those of this build, or the ones that the environment names instead,
+// such as the macOS executables (tests/macos). Each by the name of the variable.
 #pragma once
 #include <cstdlib>
 #include <string>

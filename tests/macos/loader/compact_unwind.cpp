@@ -106,7 +106,8 @@ class Pages {
 void addTables(const Reader& reader, const Header& header, std::vector<UnwindRange>& ranges) {
   if (header.indexCount == 0) return;
   const std::uint32_t first = reader.word(header.index + 8);
-  const std::uint32_t last = reader.word(header.index + std::size_t{12} * (header.indexCount - 1) + 8);
+  const std::uint32_t last =
+      reader.word(header.index + std::size_t{12} * (header.indexCount - 1) + 8);
   for (std::size_t at = first; at + 8 <= last; at += 8) {
     const std::uint32_t function = reader.word(at);
     const auto range = std::lower_bound(
@@ -118,14 +119,17 @@ void addTables(const Reader& reader, const Header& header, std::vector<UnwindRan
   }
 }
 
-void addPersonalities(const Reader& reader, const Header& header, std::vector<UnwindRange>& ranges) {
+void addPersonalities(const Reader& reader, const Header& header,
+                      std::vector<UnwindRange>& ranges) {
   for (UnwindRange& range : ranges) {
     const std::uint32_t number = (range.encoding >> 28) & 3;
     if (number > header.personalityCount) throw LoadError("an unknown personality");
     if (number != 0)
       range.personalityPointer = reader.word(header.personalities + std::size_t{4} * (number - 1));
-    if ((range.encoding & kHasLsda) == 0) range.lsda = 0;
-    else if (range.lsda == 0) throw LoadError("a function lacks its table of exceptions");
+    if ((range.encoding & kHasLsda) == 0)
+      range.lsda = 0;
+    else if (range.lsda == 0)
+      throw LoadError("a function lacks its table of exceptions");
   }
 }
 
@@ -167,11 +171,16 @@ std::vector<UnwindRange> unwindRanges(std::span<const std::uint8_t> section) {
 
 FrameKind frameKindOf(std::uint32_t encoding) {
   switch ((encoding >> 24) & 0xF) {
-    case 0: return FrameKind::kNone;
-    case 1: return FrameKind::kBasePointer;
-    case 2: return FrameKind::kStackSize;
-    case 3: return FrameKind::kStackSizeInCode;
-    case 4: return FrameKind::kDwarf;
+    case 0:
+      return FrameKind::kNone;
+    case 1:
+      return FrameKind::kBasePointer;
+    case 2:
+      return FrameKind::kStackSize;
+    case 3:
+      return FrameKind::kStackSizeInCode;
+    case 4:
+      return FrameKind::kDwarf;
   }
   throw LoadError("an unknown kind of frame");
 }
@@ -190,7 +199,8 @@ Frame basePointerFrame(std::uint32_t encoding) {
 
 Frame stackFrame(std::uint32_t encoding, std::optional<std::uint32_t> sizeInCode) {
   Frame frame{};
-  frame.size = sizeInCode ? *sizeInCode + 8 * ((encoding >> 13) & 7) : 8 * ((encoding >> 16) & 0xFF);
+  frame.size =
+      sizeInCode ? *sizeInCode + 8 * ((encoding >> 13) & 7) : 8 * ((encoding >> 16) & 0xFF);
   const std::uint32_t count = (encoding >> 10) & 7;
   std::int32_t below = 8 + 8 * static_cast<std::int32_t>(count);
   for (const Register saved : permuted(count, encoding & 0x3FF)) {

@@ -48,7 +48,8 @@ class Rebasing {
     while (!reader.isAtEnd()) {
       const auto [opcode, immediate] = reader.next();
       switch (opcode) {
-        case kRebaseDone: return;
+        case kRebaseDone:
+          return;
         case kRebaseType:
           if (immediate != kPointer) throw LoadError("a rebase of an unknown type");
           break;
@@ -56,17 +57,28 @@ class Rebasing {
           segment_ = immediate;
           offset_ = reader.number();
           break;
-        case kRebaseAdvance: offset_ += reader.number(); break;
-        case kRebaseAdvanceScaled: offset_ += immediate * sizeof(void*); break;
-        case kRebaseTimes: times(immediate, 0); break;
-        case kRebaseTimesLong: times(reader.number(), 0); break;
-        case kRebaseAndAdvance: times(1, reader.number()); break;
+        case kRebaseAdvance:
+          offset_ += reader.number();
+          break;
+        case kRebaseAdvanceScaled:
+          offset_ += immediate * sizeof(void*);
+          break;
+        case kRebaseTimes:
+          times(immediate, 0);
+          break;
+        case kRebaseTimesLong:
+          times(reader.number(), 0);
+          break;
+        case kRebaseAndAdvance:
+          times(1, reader.number());
+          break;
         case kRebaseTimesSkipping: {
           const std::uint64_t count = reader.number();
           times(count, reader.number());
           break;
         }
-        default: throw LoadError("unknown rebase opcode " + std::to_string(opcode));
+        default:
+          throw LoadError("unknown rebase opcode " + std::to_string(opcode));
       }
     }
   }
@@ -110,10 +122,17 @@ class Binding {
  private:
   void step(std::uint8_t opcode, std::uint8_t immediate, OpcodeReader& reader) {
     switch (opcode) {
-      case kBindDone: break;
-      case kBindLibrary: setLibrary(immediate); break;
-      case kBindLibraryLong: setLibrary(reader.number()); break;
-      case kBindLibrarySpecial: library_ = "(any)"; break;
+      case kBindDone:
+        break;
+      case kBindLibrary:
+        setLibrary(immediate);
+        break;
+      case kBindLibraryLong:
+        setLibrary(reader.number());
+        break;
+      case kBindLibrarySpecial:
+        library_ = "(any)";
+        break;
       case kBindSymbol:
         symbol_ = reader.text();
         isWeakImport_ = (immediate & kWeakImport) != 0;
@@ -121,21 +140,32 @@ class Binding {
       case kBindType:
         if (immediate != kPointer) throw LoadError(symbol_ + ": a binding of an unknown type");
         break;
-      case kBindAddend: addend_ = reader.signedNumber(); break;
+      case kBindAddend:
+        addend_ = reader.signedNumber();
+        break;
       case kBindSegment:
         segment_ = immediate;
         offset_ = reader.number();
         break;
-      case kBindAdvance: offset_ += reader.number(); break;
-      case kBindOnce: times(1, 0); break;
-      case kBindAndAdvance: times(1, reader.number()); break;
-      case kBindAndAdvanceScaled: times(1, immediate * sizeof(void*)); break;
+      case kBindAdvance:
+        offset_ += reader.number();
+        break;
+      case kBindOnce:
+        times(1, 0);
+        break;
+      case kBindAndAdvance:
+        times(1, reader.number());
+        break;
+      case kBindAndAdvanceScaled:
+        times(1, immediate * sizeof(void*));
+        break;
       case kBindTimesSkipping: {
         const std::uint64_t count = reader.number();
         times(count, reader.number());
         break;
       }
-      default: throw LoadError("unknown bind opcode " + std::to_string(opcode));
+      default:
+        throw LoadError("unknown bind opcode " + std::to_string(opcode));
     }
   }
 

@@ -19,8 +19,8 @@ using SymbolFinder = std::function<const void*(std::string_view symbol, std::str
 void rebasePointers(const Image& image);
 
 /// Binds every symbol that the image imports. Throws LoadError as above, and when symbols are
-/// missing: its text names every one of them. A symbol that is imported weakly may be missing, and is
-/// null then.
+/// missing: its text names every one of them. A symbol that is imported weakly may be missing, and
+/// is null then.
 void bindSymbols(const Image& image, const SymbolFinder& find);
 
 }  // namespace quillory::loader

@@ -10,12 +10,14 @@
 namespace quillory::loader {
 namespace {
 
-constexpr std::uint64_t kPage = 0x1000;
+constexpr std::uint64_t kMemoryPage = 0x1000;
 constexpr std::uint64_t kAddressLimit = std::uint64_t{1} << 46;
 
 std::string nameFrom(const char (&field)[16]) { return {field, strnlen(field, sizeof field)}; }
 
-std::uint64_t wholePages(std::uint64_t size) { return (size + kPage - 1) & ~(kPage - 1); }
+std::uint64_t wholePages(std::uint64_t size) {
+  return (size + kMemoryPage - 1) & ~(kMemoryPage - 1);
+}
 
 int linuxProtection(std::uint32_t protection) {
   return ((protection & 1) != 0 ? PROT_READ : 0) | ((protection & 2) != 0 ? PROT_WRITE : 0) |
@@ -25,7 +27,7 @@ int linuxProtection(std::uint32_t protection) {
 void* pointer(std::uint64_t address) { return reinterpret_cast<void*>(address); }
 
 template <class T>
-T read(std::span<const std::uint8_t> part) {
+T readAs(std::span<const std::uint8_t> part) {
   T value;
   std::memcpy(&value, part.data(), sizeof value);
   return value;
@@ -48,13 +50,13 @@ std::span<const std::uint8_t> Image::filePart(std::uint64_t offset, std::uint64_
 }
 
 void Image::readCommands() {
-  const auto header = read<MachHeader>(filePart(0, sizeof(MachHeader)));
+  const auto header = readAs<MachHeader>(filePart(0, sizeof(MachHeader)));
   if (header.magic != kMachO64) throw LoadError("no Mach-O image");
   if (header.cpu != kX86_64) throw LoadError("the image is not for x86_64");
   if (header.fileType != kExecutable) throw LoadError("the image is no executable");
   std::uint64_t offset = sizeof header;
   for (std::uint32_t i = 0; i < header.commandCount; ++i) {
-    const auto command = read<LoadCommand>(filePart(offset, sizeof(LoadCommand)));
+    const auto command = readAs<LoadCommand>(filePart(offset, sizeof(LoadCommand)));
     if (command.size < sizeof command) throw LoadError("a load command without a size");
     filePart(offset, command.size);
     readCommand(command, offset);
@@ -67,20 +69,19 @@ void Image::readCommand(const LoadCommand& command, std::uint64_t offset) {
     case kSegment:
       return readSegment(offset, command.size);
     case kLoadLibrary: {
-      const auto library = read<LibraryCommand>(filePart(offset, sizeof(LibraryCommand)));
+      const auto library = readAs<LibraryCommand>(filePart(offset, sizeof(LibraryCommand)));
       if (library.nameOffset >= command.size) throw LoadError("a library without a name");
-      const auto name =
-          filePart(offset + library.nameOffset, command.size - library.nameOffset);
+      const auto name = filePart(offset + library.nameOffset, command.size - library.nameOffset);
       const char* text = reinterpret_cast<const char*>(name.data());
       libraries_.emplace_back(text, strnlen(text, name.size()));
       return;
     }
     case kFixups:
     case kFixupsOptional:
-      fixups_ = read<FixupsCommand>(filePart(offset, sizeof(FixupsCommand)));
+      fixups_ = readAs<FixupsCommand>(filePart(offset, sizeof(FixupsCommand)));
       return;
     case kMain:
-      entryOffset_ = read<MainCommand>(filePart(offset, sizeof(MainCommand))).fileOffset;
+      entryOffset_ = readAs<MainCommand>(filePart(offset, sizeof(MainCommand))).fileOffset;
       return;
     case kSymbols:
     case kDynamicSymbols:
@@ -100,21 +101,21 @@ void Image::readCommand(const LoadCommand& command, std::uint64_t offset) {
 }
 
 void Image::readSegment(std::uint64_t offset, std::uint32_t size) {
-  const auto command = read<SegmentCommand>(filePart(offset, sizeof(SegmentCommand)));
+  const auto command = readAs<SegmentCommand>(filePart(offset, sizeof(SegmentCommand)));
   if (command.sectionCount > (size - sizeof command) / sizeof(SectionHeader))
     throw LoadError("segment " + nameFrom(command.name) + ": more sections than room for them");
   if (command.fileSize > command.size || command.address > kAddressLimit ||
-      command.size > kAddressLimit || command.address % kPage != 0)
+      command.size > kAddressLimit || command.address % kMemoryPage != 0)
     throw LoadError("segment " + nameFrom(command.name) + ": impossible addresses");
   filePart(command.fileOffset, command.fileSize);
-  segments_.push_back({nameFrom(command.name), command.address, command.size, command.fileOffset,
-                       command.fileSize, linuxProtection(command.protection),
-                       (command.flags & kReadOnlyAfterFixups) != 0 ||
-                           nameFrom(command.name) == "__DATA_CONST"});
+  segments_.push_back(
+      {nameFrom(command.name), command.address, command.size, command.fileOffset, command.fileSize,
+       linuxProtection(command.protection),
+       (command.flags & kReadOnlyAfterFixups) != 0 || nameFrom(command.name) == "__DATA_CONST"});
   for (std::uint32_t i = 0; i < command.sectionCount; ++i) {
     const auto part =
         filePart(offset + sizeof command + i * sizeof(SectionHeader), sizeof(SectionHeader));
-    const auto section = read<SectionHeader>(part);
+    const auto section = readAs<SectionHeader>(part);
     if (section.address < command.address || section.size > command.size ||
         section.address - command.address > command.size - section.size)
       throw LoadError("section " + nameFrom(section.name) + " is not inside its segment");
@@ -140,8 +141,7 @@ void Image::map(std::optional<std::uint64_t> slide) {
   slide_ = static_cast<std::int64_t>(reinterpret_cast<std::uint64_t>(place) - first);
   for (const Segment& segment : segments_) {
     if (segment.protection == 0 || segment.size == 0) continue;
-    std::uint8_t* const target =
-        static_cast<std::uint8_t*>(place) + (segment.address - first);
+    std::uint8_t* const target = static_cast<std::uint8_t*>(place) + (segment.address - first);
     if (mprotect(target, wholePages(segment.size), PROT_READ | PROT_WRITE) != 0)
       throw LoadError("segment " + segment.name + " cannot be made writable");
     if (segment.fileSize > 0)
@@ -222,8 +222,7 @@ void* Image::entry() const { return at(codeSegment().address + *entryOffset_, 1)
 void Image::protect() const {
   for (const Segment& segment : segments_) {
     if (segment.protection == 0 || segment.size == 0) continue;
-    const int protection =
-        segment.isReadOnlyAfterFixups ? PROT_READ : segment.protection;
+    const int protection = segment.isReadOnlyAfterFixups ? PROT_READ : segment.protection;
     if (mprotect(at(segment.address, 1), wholePages(segment.size), protection) != 0)
       throw LoadError("segment " + segment.name + " cannot be protected");
   }

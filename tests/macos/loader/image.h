@@ -26,7 +26,8 @@ class Image {
   std::uint8_t* at(std::uint64_t linked, std::size_t size) const;
   /// The same for a place in a segment, as fixups name it.
   std::uint8_t* inSegment(std::size_t segment, std::uint64_t offset, std::size_t size) const;
-  /// The text that begins at an address in memory. Throws LoadError unless the image holds all of it.
+  /// The text that begins at an address in memory. Throws LoadError unless the image holds all of
+  /// it.
   std::string_view textAt(const void* address) const;
 
   /// A part of the file that a load command names; throws LoadError when it is not all there.

@@ -74,11 +74,9 @@ struct SectionHeader {
 enum SectionType : std::uint32_t {
   kZeroFill = 0x1,
   kInitializers = 0x9,
-  kTerminators = 0xA,
+  kThreadRegular = 0x11,
   kThreadZeroFill = 0x12,
   kThreadVariables = 0x13,
-  kThreadInitializers = 0x15,
-  kInitializerOffsets = 0x16,
 };
 
 struct FixupsCommand {

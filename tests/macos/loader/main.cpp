@@ -2,9 +2,10 @@
 //
 //     macho_loader IMAGE ARGUMENT...
 //
-// A copy of the program with an image appended to it is that image's program: it takes the arguments
-// as they are. MACHO_LOADER_SLIDE, a number, says how far above its own addresses the image is mapped.
-// What keeps an image from running is said on standard error; the status is then kLoaderFailed.
+// A copy of the program with an image appended to it is that image's program: it takes the
+// arguments as they are. MACHO_LOADER_SLIDE, a number, says how far above its own addresses the
+// image is mapped. What keeps an image from running is said on standard error; the status is then
+// kLoaderFailed.
 #include <unistd.h>
 
 #include <algorithm>

@@ -91,14 +91,15 @@ machoThreadLocalEntry:
 void setUpThreadLocals(const Image& image) {
   const auto descriptors = image.sectionsOf(kThreadVariables);
   if (descriptors.empty()) return;
-  const auto initialised = image.sectionsOf(kThreadInitializers);
+  const auto initialised = image.sectionsOf(kThreadRegular);
   const auto zeros = image.sectionsOf(kThreadZeroFill);
   // The linker puts them one behind the other; offsets count from the first.
   const std::uint8_t* begin = nullptr;
   const std::uint8_t* end = nullptr;
   for (const auto& sections : {initialised, zeros}) {
     for (const auto& section : sections) {
-      begin = begin == nullptr ? section.data() : std::min<const std::uint8_t*>(begin, section.data());
+      begin =
+          begin == nullptr ? section.data() : std::min<const std::uint8_t*>(begin, section.data());
       end = std::max<const std::uint8_t*>(end, section.data() + section.size());
     }
   }

@@ -6,8 +6,8 @@
 namespace quillory::loader {
 
 /// Fills the descriptors in; every thread gets its own block with the first variable that it uses,
-/// and gives it back at its end. For one image a process. Throws LoadError when the descriptors lead
-/// out of the block.
+/// and gives it back at its end. For one image a process. Throws LoadError when the descriptors
+/// lead out of the block.
 void setUpThreadLocals(const Image& image);
 
 /// What descriptors point to before.

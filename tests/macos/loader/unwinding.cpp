@@ -5,10 +5,10 @@
 #include <string_view>
 
 #include "tests/macos/loader/compact_unwind.h"
-#include "tests/macos/loader/load_error.h"
+#include "tests/macos/loader/dwarf_frames.h"
 
-// Of libgcc: from now on the unwinder looks into these descriptions, too. The table ends with null.
-extern "C" void __register_frame_table(void* table);
+// Of libgcc: from now on the unwinder looks into these descriptions, too; a length of 0 ends them.
+extern "C" void __register_frame(void* table);
 
 namespace quillory::loader {
 namespace {
@@ -41,7 +41,7 @@ class FrameWriter {
 
   void beginFunction(std::size_t common, std::uint64_t begin, std::uint64_t size,
                      std::optional<std::uint64_t> lsda) {
-    functions_.push_back(beginEntry(static_cast<std::uint32_t>(bytes_.size() + 4 - common)));
+    function_ = beginEntry(static_cast<std::uint32_t>(bytes_.size() + 4 - common));
     word(begin);
     word(size);
     byte(lsda ? 8 : 0);
@@ -56,10 +56,14 @@ class FrameWriter {
     byte(static_cast<std::uint8_t>(0x80 | which));
     number(static_cast<std::uint32_t>(below) / 8);
   }
-  void endFunction() { endEntry(functions_.back()); }
+  void instructions(std::span<const std::uint8_t> ready) { raw(ready.data(), ready.size()); }
+  void endFunction() { endEntry(function_); }
 
-  const std::vector<std::uint8_t>& bytes() const { return bytes_; }
-  const std::vector<std::size_t>& functions() const { return functions_; }
+  std::vector<std::uint8_t> ended() const {
+    std::vector<std::uint8_t> all = bytes_;
+    all.insert(all.end(), 4, 0);
+    return all;
+  }
 
  private:
   std::size_t beginEntry(std::uint32_t backToCommon) {
@@ -86,19 +90,19 @@ class FrameWriter {
   }
 
   std::vector<std::uint8_t> bytes_;
-  std::vector<std::size_t> functions_;
+  std::size_t function_ = 0;
 };
 
-class CompactRegistration {
+class Registration {
  public:
-  explicit CompactRegistration(const Image& image)
+  explicit Registration(const Image& image)
       : image_(image), base_(reinterpret_cast<std::uint64_t>(image.header())) {}
 
   void add(const UnwindRange& range) {
     const FrameKind kind = frameKindOf(range.encoding);
     if (kind == FrameKind::kNone || kind == FrameKind::kDwarf || range.begin == range.end) return;
     const std::uint64_t begin = address(range.begin, range.end - range.begin);
-    writer_.beginFunction(commonOf(range.personalityPointer), begin, range.end - range.begin,
+    writer_.beginFunction(commonFor(personalityOf(range)), begin, range.end - range.begin,
                           lsdaOf(range));
     if (kind == FrameKind::kBasePointer) {
       write(kRbp, basePointerFrame(range.encoding));
@@ -111,7 +115,17 @@ class CompactRegistration {
     writer_.endFunction();
   }
 
-  const FrameWriter& writer() const { return writer_; }
+  // What is common comes with each: the rules that the compiler writes there never differ.
+  void add(const DwarfFunction& function) {
+    std::optional<std::uint64_t> lsda;
+    if (function.personality != 0) lsda = function.lsda;
+    writer_.beginFunction(commonFor(function.personality), function.begin, function.size, lsda);
+    writer_.instructions(function.commonInstructions);
+    writer_.instructions(function.instructions);
+    writer_.endFunction();
+  }
+
+  std::vector<std::uint8_t> table() const { return writer_.ended(); }
 
  private:
   std::uint64_t address(std::uint32_t offset, std::size_t size) const {
@@ -132,13 +146,18 @@ class CompactRegistration {
     return std::nullopt;
   }
 
-  std::size_t commonOf(std::uint32_t personalityPointer) {
-    const auto found = commons_.find(personalityPointer);
-    if (found != commons_.end()) return found->second;
+  std::uint64_t personalityOf(const UnwindRange& range) const {
     std::uint64_t personality = 0;
-    if (personalityPointer != 0)
-      std::memcpy(&personality, reinterpret_cast<const void*>(address(personalityPointer, 8)), 8);
-    return commons_[personalityPointer] = writer_.common(personality);
+    if (range.personalityPointer != 0)
+      std::memcpy(&personality, reinterpret_cast<const void*>(address(range.personalityPointer, 8)),
+                  8);
+    return personality;
+  }
+
+  std::size_t commonFor(std::uint64_t personality) {
+    const auto [found, isNew] = commons_.try_emplace(personality, 0);
+    if (isNew) found->second = writer_.common(personality);
+    return found->second;
   }
 
   void write(Register base, const Frame& frame) {
@@ -149,41 +168,20 @@ class CompactRegistration {
   const Image& image_;
   std::uint64_t base_;
   FrameWriter writer_;
-  std::map<std::uint32_t, std::size_t> commons_;
+  std::map<std::uint64_t, std::size_t> commons_;
 };
-
-// Entries that describe functions, not what those have in common.
-void addDwarf(std::span<std::uint8_t> section, std::vector<void*>& table) {
-  for (std::size_t at = 0; at + 8 <= section.size();) {
-    std::uint32_t size;
-    std::uint32_t toCommon;
-    std::memcpy(&size, section.data() + at, sizeof size);
-    std::memcpy(&toCommon, section.data() + at + 4, sizeof toCommon);
-    if (size == 0) return;
-    if (size > section.size() - at - 4) throw LoadError("__eh_frame is cut");
-    if (toCommon != 0) {
-      if (toCommon > at + 4) throw LoadError("__eh_frame leads out of itself");
-      table.push_back(section.data() + at);
-    }
-    at += 4 + size;
-  }
-}
 
 }  // namespace
 
 void registerUnwinding(const Image& image) {
-  CompactRegistration compact(image);
-  const auto section = image.section("__TEXT", "__unwind_info");
-  if (!section.empty())
-    for (const UnwindRange& range : unwindRanges(section)) compact.add(range);
-  // Both stay for good.
-  auto* const bytes = new std::vector<std::uint8_t>(compact.writer().bytes());
-  auto* const table = new std::vector<void*>;
-  for (const std::size_t offset : compact.writer().functions())
-    table->push_back(bytes->data() + offset);
-  addDwarf(image.section("__TEXT", "__eh_frame"), *table);
-  table->push_back(nullptr);
-  __register_frame_table(table->data());
+  Registration all(image);
+  const auto compact = image.section("__TEXT", "__unwind_info");
+  if (!compact.empty())
+    for (const UnwindRange& range : unwindRanges(compact)) all.add(range);
+  for (const DwarfFunction& function : dwarfFunctions(image.section("__TEXT", "__eh_frame")))
+    all.add(function);
+  // Stays for good.
+  __register_frame((new std::vector<std::uint8_t>(all.table()))->data());
 }
 
 }  // namespace quillory::loader

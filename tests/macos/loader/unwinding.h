@@ -1,6 +1,6 @@
 // How to leave the image's functions by an exception. The image says it in a compact form
-// (__unwind_info), and only for what does not fit there in DWARF (__eh_frame), which is all that this
-// machine's unwinder knows: so the compact form is written out in DWARF.
+// (__unwind_info), and only for what does not fit there in DWARF (__eh_frame), which is all that
+// this machine's unwinder knows: so the compact form is written out in DWARF.
 #pragma once
 #include "tests/macos/loader/image.h"
 

@@ -26,6 +26,11 @@ NSDictionary* theirSession() {
 
 void theirCfRelease(id object) { [object release]; }
 
+Class theirClassFromString(NSString* name) {
+  return NSClassFromString(
+      [NSString stringWithUTF8String:std::string(classInstead([name UTF8String])).c_str()]);
+}
+
 void theirDispatchSync(const void* queue, void* context, dispatch_function_t work) {
   (void)queue;  // There is the main one only.
   dispatch_sync_f(dispatch_get_main_queue(), context, work);
@@ -42,6 +47,7 @@ Symbols frameworkSymbols() {
       {"_CFRelease", code(theirCfRelease)},
       {"_CGSessionCopyCurrentDictionary", code(theirSession)},
       {"_CGWindowLevelForKey", code(theirWindowLevel)},
+      {"_NSClassFromString", code(theirClassFromString)},
       {"_NSArgumentDomain", &NSArgumentDomain},
       {"_NSDefaultRunLoopMode", &NSDefaultRunLoopMode},
       {"_NSLog", code(NSLog)},

@@ -30,8 +30,8 @@ void machoSendSuper();
 void machoSendSuperStruct();
 }
 
-// The 8 registers of integers' arguments and rax, which counts those in vector registers for a method
-// with "..."; then the 8 vector registers. 0xD0 bytes keep the stack aligned.
+// The 8 registers of integers' arguments and rax, which counts those in vector registers for a
+// method with "..."; then the 8 vector registers. 0xD0 bytes keep the stack aligned.
 asm(R"(
   .macro keep_arguments
   push %rbp

@@ -37,9 +37,7 @@ struct TheirProtocol {
 
 struct TheirProtocols {
   std::uint64_t count;
-  TheirProtocol* const* begin() const {
-    return reinterpret_cast<TheirProtocol* const*>(this + 1);
-  }
+  TheirProtocol* const* begin() const { return reinterpret_cast<TheirProtocol* const*>(this + 1); }
 };
 
 struct TheirClassData {

@@ -50,14 +50,10 @@ void theirThrow(id object) { @throw object; }
 Symbols runtimeSymbols() {
   static const void* emptyCache = nullptr;
   static const Symbol kSymbols[] = {
-      {"__objc_empty_cache", &emptyCache},
-      {"_objc_alloc", code(theirAlloc)},
-      {"_objc_alloc_init", code(theirAllocInit)},
-      {"_objc_autorelease", code(theirAutorelease)},
-      {"_objc_begin_catch", code(theirBeginCatch)},
-      {"_objc_end_catch", code(theirEndCatch)},
-      {"_objc_exception_throw", code(theirThrow)},
-      {"_objc_release", code(theirRelease)},
+      {"__objc_empty_cache", &emptyCache},          {"_objc_alloc", code(theirAlloc)},
+      {"_objc_alloc_init", code(theirAllocInit)},   {"_objc_autorelease", code(theirAutorelease)},
+      {"_objc_begin_catch", code(theirBeginCatch)}, {"_objc_end_catch", code(theirEndCatch)},
+      {"_objc_exception_throw", code(theirThrow)},  {"_objc_release", code(theirRelease)},
       {"_objc_retain", code(theirRetain)},
   };
   return kSymbols;

@@ -13,13 +13,14 @@ struct Flag {
 };
 
 constexpr Flag kOpenFlags[] = {
-    {0x4, O_NONBLOCK},      {0x8, O_APPEND},       {0x80, O_SYNC},
-    {0x100, O_NOFOLLOW},    {kTheirCreate, O_CREAT}, {0x400, O_TRUNC},
-    {0x800, O_EXCL},        {0x20000, O_NOCTTY},   {0x100000, O_DIRECTORY},
-    {0x1000000, O_CLOEXEC},
+    {0x4, O_NONBLOCK},       {0x8, O_APPEND},        {0x80, O_SYNC},  {0x100, O_NOFOLLOW},
+    {kTheirCreate, O_CREAT}, {0x400, O_TRUNC},       {0x800, O_EXCL}, {0x20000, O_NOCTTY},
+    {0x100000, O_DIRECTORY}, {0x1000000, O_CLOEXEC},
 };
-constexpr Flag kAtFlags[] = {
-    {0x10, AT_EACCESS}, {0x20, AT_SYMLINK_NOFOLLOW}, {0x40, AT_SYMLINK_FOLLOW}, {0x80, AT_REMOVEDIR}};
+constexpr Flag kAtFlags[] = {{0x10, AT_EACCESS},
+                             {0x20, AT_SYMLINK_NOFOLLOW},
+                             {0x40, AT_SYMLINK_FOLLOW},
+                             {0x80, AT_REMOVEDIR}};
 
 template <unsigned long Count>
 int ourFlags(const Flag (&table)[Count], int theirs, const char* call) {

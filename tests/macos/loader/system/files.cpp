@@ -144,21 +144,32 @@ int theirFcntl(int file, int command, ...) {
   const long argument = va_arg(arguments, long);
   va_end(arguments);
   switch (command) {
-    case 0: return fcntl(file, F_DUPFD, static_cast<int>(argument));
-    case 1: return fcntl(file, F_GETFD);
-    case 2: return fcntl(file, F_SETFD, static_cast<int>(argument));
+    case 0:
+      return fcntl(file, F_DUPFD, static_cast<int>(argument));
+    case 1:
+      return fcntl(file, F_GETFD);
+    case 2:
+      return fcntl(file, F_SETFD, static_cast<int>(argument));
     case 3: {
       const int ours = fcntl(file, F_GETFL);
       return ours < 0 ? ours : theirOpenFlags(ours);
     }
-    case 4: return fcntl(file, F_SETFL, ourOpenFlags(static_cast<int>(argument)));
-    case 7: return lockWith(file, F_GETLK, reinterpret_cast<TheirLock*>(argument));
-    case 8: return lockWith(file, F_SETLK, reinterpret_cast<TheirLock*>(argument));
-    case 9: return lockWith(file, F_SETLKW, reinterpret_cast<TheirLock*>(argument));
-    case 48: return 0;  // no caching
-    case 50: return pathOf(file, reinterpret_cast<char*>(argument));
-    case 51: return fsync(file);  // down to the disk
-    case 67: return fcntl(file, F_DUPFD_CLOEXEC, static_cast<int>(argument));
+    case 4:
+      return fcntl(file, F_SETFL, ourOpenFlags(static_cast<int>(argument)));
+    case 7:
+      return lockWith(file, F_GETLK, reinterpret_cast<TheirLock*>(argument));
+    case 8:
+      return lockWith(file, F_SETLK, reinterpret_cast<TheirLock*>(argument));
+    case 9:
+      return lockWith(file, F_SETLKW, reinterpret_cast<TheirLock*>(argument));
+    case 48:
+      return 0;  // no caching
+    case 50:
+      return pathOf(file, reinterpret_cast<char*>(argument));
+    case 51:
+      return fsync(file);  // down to the disk
+    case 67:
+      return fcntl(file, F_DUPFD_CLOEXEC, static_cast<int>(argument));
   }
   fail("fcntl: command", command);
 }

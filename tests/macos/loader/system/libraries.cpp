@@ -27,10 +27,12 @@ std::string ourLibrary(const std::string& theirs) {
 void* theirDlopen(const char* path, int flags) {
   constexpr int kNow = 2;
   constexpr int kGlobal = 8;
-  constexpr int kKnown = 1 | kNow | 4 | kGlobal;
+  constexpr int kOnlyIfLoaded = 16;
+  constexpr int kKnown = 1 | kNow | 4 | kGlobal | kOnlyIfLoaded;
   if ((flags & ~kKnown) != 0) fail("dlopen: flags", flags);
   const int ours = ((flags & kNow) != 0 ? RTLD_NOW : RTLD_LAZY) |
-                   ((flags & kGlobal) != 0 ? RTLD_GLOBAL : RTLD_LOCAL);
+                   ((flags & kGlobal) != 0 ? RTLD_GLOBAL : RTLD_LOCAL) |
+                   ((flags & kOnlyIfLoaded) != 0 ? RTLD_NOLOAD : 0);
   return path == nullptr ? dlopen(nullptr, ours) : dlopen(ourLibrary(path).c_str(), ours);
 }
 

@@ -45,7 +45,7 @@ char* theirSetlocale(int category, const char* name) {
 }
 
 locale_t theirNewlocale(int mask, const char* name, locale_t base) {
-  constexpr int kMasks[] = {LC_COLLATE_MASK, LC_CTYPE_MASK,   LC_MESSAGES_MASK,
+  constexpr int kMasks[] = {LC_COLLATE_MASK,  LC_CTYPE_MASK,   LC_MESSAGES_MASK,
                             LC_MONETARY_MASK, LC_NUMERIC_MASK, LC_TIME_MASK};
   int ours = 0;
   for (int i = 0; i < 6; ++i)
@@ -114,8 +114,8 @@ struct In<kFunction, Result (*)(Parameters...)> {
   }
 };
 template <auto kFunction, class Result, class... Parameters>
-struct In<kFunction, Result (*)(Parameters...) noexcept> : In<kFunction, Result (*)(Parameters...)> {
-};
+struct In<kFunction, Result (*)(Parameters...) noexcept>
+    : In<kFunction, Result (*)(Parameters...)> {};
 
 struct TheirConventions {
   char* texts[10];
@@ -127,11 +127,12 @@ TheirConventions* theirLocaleconv(locale_t locale) {
   const ScopedLocale scoped(locale);
   const lconv* const ours = localeconv();
   std::memcpy(theirs.texts, ours, sizeof theirs.texts);
-  const char numbers[] = {ours->int_frac_digits,    ours->frac_digits,        ours->p_cs_precedes,
-                          ours->p_sep_by_space,     ours->n_cs_precedes,      ours->n_sep_by_space,
-                          ours->p_sign_posn,        ours->n_sign_posn,        ours->int_p_cs_precedes,
-                          ours->int_n_cs_precedes,  ours->int_p_sep_by_space, ours->int_n_sep_by_space,
-                          ours->int_p_sign_posn,    ours->int_n_sign_posn};
+  const char numbers[] = {
+      ours->int_frac_digits,   ours->frac_digits,        ours->p_cs_precedes,
+      ours->p_sep_by_space,    ours->n_cs_precedes,      ours->n_sep_by_space,
+      ours->p_sign_posn,       ours->n_sign_posn,        ours->int_p_cs_precedes,
+      ours->int_n_cs_precedes, ours->int_p_sep_by_space, ours->int_n_sep_by_space,
+      ours->int_p_sign_posn,   ours->int_n_sign_posn};
   std::memcpy(theirs.numbers, numbers, sizeof numbers);
   return &theirs;
 }

@@ -21,14 +21,19 @@ constexpr std::string_view kTheirVersionText = "14.0";
 
 int theirClockGettime(int clock, timespec* time) {
   switch (clock) {
-    case 0: return clock_gettime(CLOCK_REALTIME, time);
+    case 0:
+      return clock_gettime(CLOCK_REALTIME, time);
     case 4:
-    case 5: return clock_gettime(CLOCK_MONOTONIC_RAW, time);
+    case 5:
+      return clock_gettime(CLOCK_MONOTONIC_RAW, time);
     case 6:
     case 8:
-    case 9: return clock_gettime(CLOCK_MONOTONIC, time);
-    case 12: return clock_gettime(CLOCK_PROCESS_CPUTIME_ID, time);
-    case 16: return clock_gettime(CLOCK_THREAD_CPUTIME_ID, time);
+    case 9:
+      return clock_gettime(CLOCK_MONOTONIC, time);
+    case 12:
+      return clock_gettime(CLOCK_PROCESS_CPUTIME_ID, time);
+    case 16:
+      return clock_gettime(CLOCK_THREAD_CPUTIME_ID, time);
   }
   fail("clock_gettime: clock", clock);
 }
@@ -47,14 +52,22 @@ int theirGettimeofday(TheirTime* time, void*) {
 
 long theirSysconf(int name) {
   switch (name) {
-    case 1: return sysconf(_SC_ARG_MAX);
-    case 3: return sysconf(_SC_CLK_TCK);
-    case 5: return sysconf(_SC_OPEN_MAX);
-    case 29: return sysconf(_SC_PAGESIZE);
-    case 57: return sysconf(_SC_NPROCESSORS_CONF);
-    case 58: return sysconf(_SC_NPROCESSORS_ONLN);
-    case 71: return sysconf(_SC_GETPW_R_SIZE_MAX);
-    case 200: return sysconf(_SC_PHYS_PAGES);
+    case 1:
+      return sysconf(_SC_ARG_MAX);
+    case 3:
+      return sysconf(_SC_CLK_TCK);
+    case 5:
+      return sysconf(_SC_OPEN_MAX);
+    case 29:
+      return sysconf(_SC_PAGESIZE);
+    case 57:
+      return sysconf(_SC_NPROCESSORS_CONF);
+    case 58:
+      return sysconf(_SC_NPROCESSORS_ONLN);
+    case 71:
+      return sysconf(_SC_GETPW_R_SIZE_MAX);
+    case 200:
+      return sysconf(_SC_PHYS_PAGES);
   }
   fail("sysconf: name", name);
 }

@@ -14,24 +14,24 @@ struct Pair {
 
 // Those that differ; what is missing has the same number (1 to 34 but for 11) or none there.
 constexpr Pair kErrors[] = {
-    {EAGAIN, 35},       {EDEADLK, 11},      {EINPROGRESS, 36},  {EALREADY, 37},
-    {ENOTSOCK, 38},     {EDESTADDRREQ, 39}, {EMSGSIZE, 40},     {EPROTOTYPE, 41},
-    {ENOPROTOOPT, 42},  {EPROTONOSUPPORT, 43}, {ENOTSUP, 45},   {EAFNOSUPPORT, 47},
-    {EADDRINUSE, 48},   {EADDRNOTAVAIL, 49}, {ENETDOWN, 50},    {ENETUNREACH, 51},
-    {ENETRESET, 52},    {ECONNABORTED, 53}, {ECONNRESET, 54},   {ENOBUFS, 55},
-    {EISCONN, 56},      {ENOTCONN, 57},     {ETIMEDOUT, 60},    {ECONNREFUSED, 61},
-    {ELOOP, 62},        {ENAMETOOLONG, 63}, {EHOSTDOWN, 64},    {EHOSTUNREACH, 65},
-    {ENOTEMPTY, 66},    {EUSERS, 68},       {EDQUOT, 69},       {ESTALE, 70},
-    {ENOLCK, 77},       {ENOSYS, 78},       {EOVERFLOW, 84},    {ECANCELED, 89},
-    {EIDRM, 90},        {ENOMSG, 91},       {EILSEQ, 92},       {EBADMSG, 94},
-    {EMULTIHOP, 95},    {ENODATA, 96},      {ENOLINK, 97},      {EPROTO, 100},
-    {ETIME, 101},       {ENOTRECOVERABLE, 104}, {EOWNERDEAD, 105},
+    {EAGAIN, 35},      {EDEADLK, 11},          {EINPROGRESS, 36}, {EALREADY, 37},
+    {ENOTSOCK, 38},    {EDESTADDRREQ, 39},     {EMSGSIZE, 40},    {EPROTOTYPE, 41},
+    {ENOPROTOOPT, 42}, {EPROTONOSUPPORT, 43},  {ENOTSUP, 45},     {EAFNOSUPPORT, 47},
+    {EADDRINUSE, 48},  {EADDRNOTAVAIL, 49},    {ENETDOWN, 50},    {ENETUNREACH, 51},
+    {ENETRESET, 52},   {ECONNABORTED, 53},     {ECONNRESET, 54},  {ENOBUFS, 55},
+    {EISCONN, 56},     {ENOTCONN, 57},         {ETIMEDOUT, 60},   {ECONNREFUSED, 61},
+    {ELOOP, 62},       {ENAMETOOLONG, 63},     {EHOSTDOWN, 64},   {EHOSTUNREACH, 65},
+    {ENOTEMPTY, 66},   {EUSERS, 68},           {EDQUOT, 69},      {ESTALE, 70},
+    {ENOLCK, 77},      {ENOSYS, 78},           {EOVERFLOW, 84},   {ECANCELED, 89},
+    {EIDRM, 90},       {ENOMSG, 91},           {EILSEQ, 92},      {EBADMSG, 94},
+    {EMULTIHOP, 95},   {ENODATA, 96},          {ENOLINK, 97},     {EPROTO, 100},
+    {ETIME, 101},      {ENOTRECOVERABLE, 104}, {EOWNERDEAD, 105},
 };
 constexpr int kLastCommonError = 34;
 
 constexpr Pair kSignals[] = {
-    {SIGBUS, 10},  {SIGUSR1, 30}, {SIGUSR2, 31}, {SIGCHLD, 20}, {SIGCONT, 19}, {SIGSTOP, 17},
-    {SIGTSTP, 18}, {SIGURG, 16},  {SIGIO, 23},   {SIGSYS, 12},
+    {SIGBUS, 10},  {SIGUSR1, 30}, {SIGUSR2, 31}, {SIGCHLD, 20}, {SIGCONT, 19},
+    {SIGSTOP, 17}, {SIGTSTP, 18}, {SIGURG, 16},  {SIGIO, 23},   {SIGSYS, 12},
 };
 constexpr int kSignalsThere = 31;
 // 7 is EMT there, 29 is INFO; here 16 is a stack fault, 29 is IO and 30 a power failure.
@@ -42,7 +42,7 @@ constexpr bool isSameSignal(int signal) {
 }
 
 template <std::size_t Count>
-int find(const Pair (&pairs)[Count], int Pair::* from, int Pair::* to, int number) {
+int find(const Pair (&pairs)[Count], int Pair::*from, int Pair::*to, int number) {
   for (const Pair& pair : pairs)
     if (pair.*from == number) return pair.*to;
   return 0;
@@ -78,8 +78,8 @@ int theirWaitStatus(int ours) {
   return signal == 0 ? ours : (ours & ~0x7F) | theirSignal(signal);
 }
 
-// A failed call has set ours; it is translated when the image asks, and taken away, so that what the
-// image writes there itself is not covered by something older.
+// A failed call has set ours; it is translated when the image asks, and taken away, so that what
+// the image writes there itself is not covered by something older.
 int* theirErrorPlace() {
   thread_local int theirs = 0;
   if (errno != 0) theirs = theirError(std::exchange(errno, 0));

@@ -1,5 +1,5 @@
-// Numbers that mean the same under another value: error numbers, signals and wait statuses. "Theirs"
-// are the image's, "ours" those of this machine.
+// Numbers that mean the same under another value: error numbers, signals and wait statuses.
+// "Theirs" are the image's, "ours" those of this machine.
 #pragma once
 
 namespace quillory::loader {
@@ -14,8 +14,8 @@ int ourSignal(int theirs);
 /// What waitpid() stores.
 int theirWaitStatus(int ours);
 
-/// The address of the calling thread's error number, in their numbers. The C library's own one counts
-/// as "not fetched yet" while it is not 0.
+/// The address of the calling thread's error number, in their numbers. The C library's own one
+/// counts as "not fetched yet" while it is not 0.
 int* theirErrorPlace();
 
 /// For calls that answer with an error number: 0 stays 0.

@@ -125,7 +125,7 @@ TheirUser* theirGetpwuid(std::uint32_t user) {
   static char noClass[] = "";
   const passwd* const ours = getpwuid(user);
   if (ours == nullptr) return nullptr;
-  theirs = {ours->pw_name, ours->pw_passwd, ours->pw_uid,  ours->pw_gid,  0,
+  theirs = {ours->pw_name, ours->pw_passwd, ours->pw_uid, ours->pw_gid,   0,
             noClass,       ours->pw_gecos,  ours->pw_dir, ours->pw_shell, 0};
   return &theirs;
 }

@@ -1,5 +1,5 @@
-// Functions whose names, parameters and results are the same on both systems, and which the image may
-// therefore call directly. Error numbers and paths are all they tell of the system; errno is
+// Functions whose names, parameters and results are the same on both systems, and which the image
+// may therefore call directly. Error numbers and paths are all they tell of the system; errno is
 // translated where the image asks for it.
 #pragma once
 #include <string_view>

@@ -18,12 +18,13 @@ struct TheirAction {
 };
 static_assert(sizeof(TheirAction) == 16);
 
-struct Flag {
+struct ActionFlag {
   int theirs;
   int ours;
 };
-constexpr Flag kFlags[] = {{0x1, SA_ONSTACK},   {0x2, SA_RESTART}, {0x4, static_cast<int>(SA_RESETHAND)},
-                           {0x8, SA_NOCLDSTOP}, {0x10, SA_NODEFER}, {0x20, SA_NOCLDWAIT}};
+constexpr ActionFlag kActionFlags[] = {
+    {0x1, SA_ONSTACK},   {0x2, SA_RESTART},  {0x4, static_cast<int>(SA_RESETHAND)},
+    {0x8, SA_NOCLDSTOP}, {0x10, SA_NODEFER}, {0x20, SA_NOCLDWAIT}};
 
 Handler handlers[NSIG];
 
@@ -41,7 +42,7 @@ int theirSigaction(int signal, const TheirAction* action, TheirAction* before) {
   struct sigaction was = {};
   if (action != nullptr) {
     int rest = action->flags;
-    for (const Flag& flag : kFlags) {
+    for (const ActionFlag& flag : kActionFlags) {
       if ((rest & flag.theirs) != 0) set.sa_flags |= flag.ours;
       rest &= ~flag.theirs;
     }
@@ -57,7 +58,7 @@ int theirSigaction(int signal, const TheirAction* action, TheirAction* before) {
   const int result = sigaction(ours, action == nullptr ? nullptr : &set, &was);
   if (result == 0 && before != nullptr) {
     *before = {was.sa_handler == callTheirs ? handlerBefore : was.sa_handler, 0, 0};
-    for (const Flag& flag : kFlags)
+    for (const ActionFlag& flag : kActionFlags)
       if ((was.sa_flags & flag.ours) != 0) before->flags |= flag.theirs;
     for (int other = 1; other < NSIG; ++other)
       if (theirSignal(other) != 0 && sigismember(&was.sa_mask, other) == 1)

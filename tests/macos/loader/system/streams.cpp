@@ -1,6 +1,6 @@
-// FILE. The image looks into the first two members itself (getc_unlocked is a macro), so each of its
-// streams is a block of Darwin's layout, with one of the C library's behind it. The count of bytes
-// that are ready is always 0: every macro ends in a call here.
+// FILE. The image looks into the first two members itself (getc_unlocked is a macro), so each of
+// its streams is a block of Darwin's layout, with one of the C library's behind it. The count of
+// bytes that are ready is always 0: every macro ends in a call here.
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -15,7 +15,7 @@ struct TheirStream {
   unsigned char* next;
   int ready;
   int room;
-  std::FILE* ours;         // in their place for flags, file, and buffer
+  std::FILE* ours;  // in their place for flags, file, and buffer
   unsigned char rest[128];
 };
 static_assert(sizeof(TheirStream) == 152);
@@ -125,40 +125,23 @@ Symbols streamSymbols() {
   theirOutput.ours = stdout;
   theirErrors.ours = stderr;
   static const Symbol kSymbols[] = {
-      {"___srget", code(theirRefill)},
-      {"___stderrp", &theirErrorsPlace},
-      {"___stdinp", &theirInputPlace},
-      {"___stdoutp", &theirOutputPlace},
-      {"_clearerr", code(theirClearerr)},
-      {"_fclose", code(theirFclose)},
-      {"_fdopen", code(theirFdopen)},
-      {"_feof", code(theirFeof)},
-      {"_ferror", code(theirFerror)},
-      {"_fflush", code(theirFflush)},
-      {"_fgetc", code(theirFgetc)},
-      {"_fgets", code(theirFgets)},
-      {"_fileno", code(theirFileno)},
-      {"_fopen", code(theirFopen)},
-      {"_fprintf", code(theirFprintf)},
-      {"_fputc", code(theirFputc)},
-      {"_fputs", code(theirFputs)},
-      {"_fread", code(theirFread)},
-      {"_fseek", code(theirFseek)},
-      {"_fseeko", code(theirFseek)},
-      {"_ftell", code(theirFtell)},
-      {"_ftello", code(theirFtell)},
-      {"_fwrite", code(theirFwrite)},
-      {"_getc", code(theirFgetc)},
-      {"_printf", code(theirPrintf)},
-      {"_putc", code(theirFputc)},
-      {"_putchar", code(theirPutchar)},
-      {"_puts", code(theirPuts)},
-      {"_rewind", code(theirRewind)},
-      {"_setvbuf", code(theirSetvbuf)},
-      {"_tmpfile", code(theirTmpfile)},
-      {"_ungetc", code(theirUngetc)},
-      {"_vfprintf", code(theirVfprintf)},
-      {"_vprintf", code(theirVprintf)},
+      {"___srget", code(theirRefill)},    {"___stderrp", &theirErrorsPlace},
+      {"___stdinp", &theirInputPlace},    {"___stdoutp", &theirOutputPlace},
+      {"_clearerr", code(theirClearerr)}, {"_fclose", code(theirFclose)},
+      {"_fdopen", code(theirFdopen)},     {"_feof", code(theirFeof)},
+      {"_ferror", code(theirFerror)},     {"_fflush", code(theirFflush)},
+      {"_fgetc", code(theirFgetc)},       {"_fgets", code(theirFgets)},
+      {"_fileno", code(theirFileno)},     {"_fopen", code(theirFopen)},
+      {"_fprintf", code(theirFprintf)},   {"_fputc", code(theirFputc)},
+      {"_fputs", code(theirFputs)},       {"_fread", code(theirFread)},
+      {"_fseek", code(theirFseek)},       {"_fseeko", code(theirFseek)},
+      {"_ftell", code(theirFtell)},       {"_ftello", code(theirFtell)},
+      {"_fwrite", code(theirFwrite)},     {"_getc", code(theirFgetc)},
+      {"_printf", code(theirPrintf)},     {"_putc", code(theirFputc)},
+      {"_putchar", code(theirPutchar)},   {"_puts", code(theirPuts)},
+      {"_rewind", code(theirRewind)},     {"_setvbuf", code(theirSetvbuf)},
+      {"_tmpfile", code(theirTmpfile)},   {"_ungetc", code(theirUngetc)},
+      {"_vfprintf", code(theirVfprintf)}, {"_vprintf", code(theirVprintf)},
   };
   return kSymbols;
 }

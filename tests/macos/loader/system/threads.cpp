@@ -14,6 +14,10 @@
 #include "tests/macos/loader/system/numbers.h"
 #include "tests/macos/loader/system/tables.h"
 
+// Of the C library: calls a destructor at the end of the calling thread.
+extern "C" int __cxa_thread_atexit_impl(void (*destructor)(void*), void* object, void* library);
+extern "C" void* __dso_handle;
+
 namespace quillory::loader {
 namespace {
 
@@ -57,11 +61,19 @@ pthread_mutex_t* mutexOf(TheirMutex* their) {
   if (their->signature.load(std::memory_order_acquire) == kMutexReady) return their->ours();
   pthread_mutex_lock(&making);
   switch (their->signature.load()) {
-    case kMutexReady: break;
-    case kPlainMutex: makeMutex(their->ours(), PTHREAD_MUTEX_NORMAL); break;
-    case kRecursiveMutex: makeMutex(their->ours(), PTHREAD_MUTEX_RECURSIVE); break;
-    case kErrorCheckingMutex: makeMutex(their->ours(), PTHREAD_MUTEX_ERRORCHECK); break;
-    default: fail("a mutex with the signature", their->signature.load());
+    case kMutexReady:
+      break;
+    case kPlainMutex:
+      makeMutex(their->ours(), PTHREAD_MUTEX_NORMAL);
+      break;
+    case kRecursiveMutex:
+      makeMutex(their->ours(), PTHREAD_MUTEX_RECURSIVE);
+      break;
+    case kErrorCheckingMutex:
+      makeMutex(their->ours(), PTHREAD_MUTEX_ERRORCHECK);
+      break;
+    default:
+      fail("a mutex with the signature", their->signature.load());
   }
   their->signature.store(kMutexReady, std::memory_order_release);
   pthread_mutex_unlock(&making);
@@ -237,6 +249,20 @@ unsigned theirMachThread(pthread_t thread) {
   return static_cast<unsigned>(syscall(SYS_gettid));
 }
 
+std::size_t theirStacksize(pthread_t thread) {
+  pthread_attr_t attributes;
+  std::size_t size = 0;
+  if (pthread_getattr_np(thread, &attributes) != 0) fail("pthread_get_stacksize_np");
+  pthread_attr_getstacksize(&attributes, &size);
+  pthread_attr_destroy(&attributes);
+  return size;
+}
+
+// The C library does this before it gives back the block that the object may stand in.
+void theirThreadAtexit(void (*destructor)(void*), void* object) {
+  __cxa_thread_atexit_impl(destructor, object, &__dso_handle);
+}
+
 int theirSetname(const char* name) {
   pthread_setname_np(pthread_self(), name);
   return 0;
@@ -246,6 +272,7 @@ int theirSetname(const char* name) {
 
 Symbols threadSymbols() {
   static const Symbol kSymbols[] = {
+      {"__tlv_atexit", code(theirThreadAtexit)},
       {"_pthread_attr_destroy", code(theirAttrDestroy)},
       {"_pthread_attr_init", code(theirAttrInit)},
       {"_pthread_attr_setdetachstate", code(theirAttrSetdetachstate)},
@@ -259,6 +286,7 @@ Symbols threadSymbols() {
       {"_pthread_cond_wait", code(theirCondWait)},
       {"_pthread_create", code(theirCreate)},
       {"_pthread_detach", code(theirDetach)},
+      {"_pthread_get_stacksize_np", code(theirStacksize)},
       {"_pthread_getspecific", code(theirGetspecific)},
       {"_pthread_join", code(theirJoin)},
       {"_pthread_key_create", code(theirKeyCreate)},
