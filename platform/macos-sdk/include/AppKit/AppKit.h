@@ -168,3 +168,8 @@ enum : NSImageInterpolation { NSImageInterpolationNone = 1 };
 - (void)orderOut:(id)sender;
 - (void)close;
 @end
+
+@interface NSWorkspace : NSObject
++ (NSWorkspace*)sharedWorkspace;
+- (BOOL)selectFile:(NSString*)file inFileViewerRootedAtPath:(NSString*)path;
+@end
