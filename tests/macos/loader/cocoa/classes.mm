@@ -1,9 +1,7 @@
 // Foundation, and which classes an image gets instead of GNUstep's own.
-#import <AppKit/AppKit.h>
 #import <Foundation/Foundation.h>
 
 #include <objc/runtime.h>
-#include <array>
 
 #include <utility>
 

@@ -13,3 +13,17 @@
 }
 
 @end
+
+/// The window server here makes no difference between programs.
+@interface NSApplication (Activation)
+- (BOOL)setActivationPolicy:(NSInteger)policy;
+@end
+
+@implementation NSApplication (Activation)
+
+- (BOOL)setActivationPolicy:(NSInteger)policy {
+  (void)policy;
+  return YES;
+}
+
+@end
