@@ -20,6 +20,7 @@ void NSRectFill(NSRect rect);
 }  // extern "C"
 
 @interface NSEvent : NSObject
++ (NSPoint)mouseLocation;
 - (NSPoint)locationInWindow;
 @end
 
@@ -69,6 +70,7 @@ extern "C" NSApplication* NSApp;
 @interface NSFont : NSObject
 + (NSFont*)systemFontOfSize:(CGFloat)size;
 + (NSFont*)boldSystemFontOfSize:(CGFloat)size;
++ (NSFont*)userFixedPitchFontOfSize:(CGFloat)size;
 @end
 
 @interface NSBezierPath : NSObject
@@ -130,11 +132,14 @@ enum : NSImageInterpolation { NSImageInterpolationNone = 1 };
 - (void)setNeedsDisplay:(BOOL)isNeeded;
 - (void)setNeedsDisplayInRect:(NSRect)rect;
 - (void)addSubview:(NSView*)view;
+- (NSArray*)subviews;
 - (BOOL)acceptsFirstMouse:(NSEvent*)event;
 @end
 
 @interface NSControl : NSView
 - (void)setStringValue:(NSString*)text;
+- (void)setFont:(NSFont*)font;
+- (void)performClick:(id)sender;
 - (void)setTarget:(id)target;
 - (void)setAction:(SEL)action;
 @end
@@ -167,6 +172,12 @@ enum : NSImageInterpolation { NSImageInterpolationNone = 1 };
 - (void)makeKeyAndOrderFront:(id)sender;
 - (void)orderOut:(id)sender;
 - (void)close;
+@end
+
+@interface NSPasteboard : NSObject
++ (NSPasteboard*)generalPasteboard;
+- (NSInteger)declareTypes:(NSArray*)types owner:(id)owner;
+- (BOOL)setString:(NSString*)text forType:(NSString*)type;
 @end
 
 @interface NSWorkspace : NSObject

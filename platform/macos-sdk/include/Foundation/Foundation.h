@@ -18,6 +18,7 @@ typedef CGRect NSRect;
 extern "C" {
 
 extern const NSRect NSZeroRect;
+BOOL NSPointInRect(NSPoint point, NSRect rect);
 
 Class NSClassFromString(NSString* name);
 void NSLog(NSString* format, ...) __attribute__((format(__NSString__, 1, 2)));
@@ -71,6 +72,7 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4, NSISOLatin1StringEncoding = 
 @end
 
 @interface NSArray : NSObject
++ (instancetype)arrayWithObject:(id)object;
 - (NSUInteger)count;
 - (id)objectAtIndex:(NSUInteger)index;
 @end

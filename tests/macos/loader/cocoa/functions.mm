@@ -24,6 +24,9 @@ NSDictionary* theirSession() {
                                                                       : nil;
 }
 
+// An inline function here.
+BOOL theirPointInRect(NSPoint point, NSRect rect) { return NSPointInRect(point, rect); }
+
 void theirCfRelease(id object) { [object release]; }
 
 Class theirClassFromString(NSString* name) {
@@ -51,6 +54,7 @@ Symbols frameworkSymbols() {
       {"_NSArgumentDomain", &NSArgumentDomain},
       {"_NSDefaultRunLoopMode", &NSDefaultRunLoopMode},
       {"_NSLog", code(NSLog)},
+      {"_NSPointInRect", code(theirPointInRect)},
       {"_NSURLErrorFailingURLStringErrorKey", &NSURLErrorFailingURLStringErrorKey},
       {"_NSZeroRect", &NSZeroRect},
       {"__dispatch_main_q", mainQueue},
