@@ -119,7 +119,7 @@ TEST(WriteSteadily, GoesOnBehindAShortWrite) {
 
 TEST(ReadWholeFile, GivesAllBytes) {
   const TempDir folder;
-  for (const std::size_t size : {0, 1, 65'535, 65'536, 65'537, 200'000}) {
+  for (const std::size_t size : {0U, 1U, 65'535U, 65'536U, 65'537U, 200'000U}) {
     const std::string content(size, 'y');
     writeFile(folder / "file", content);
     EXPECT_EQ(readWholeFile(folder / "file"), content);
@@ -156,7 +156,7 @@ TEST(SteadyWriter, WritesSmallAndLargePartsInTheirOrder) {
   SteadyWriter writer(openSteadily(folder / "file", O_WRONLY | O_CREAT, 0600));
   ASSERT_TRUE(writer.isOpen());
   std::string expected;
-  for (const std::size_t size : {3, 70'000, 5, 65'535, 65'536, 1}) {
+  for (const std::size_t size : {3U, 70'000U, 5U, 65'535U, 65'536U, 1U}) {
     const std::string part(size, static_cast<char>('a' + expected.size() % 26));
     expected += part;
     EXPECT_TRUE(writer.write(part.data(), part.size()));
