@@ -19,7 +19,7 @@ programs=(
   # libraries of the launcher
   libtomcrypt-dev libtommath-dev libcurl4-openssl-dev libsystemd-dev libx11-dev
   # libraries of the tools
-  liblzma-dev zlib1g-dev libtoml11-dev libcli11-dev nlohmann-json3-dev
+  liblzma-dev zlib1g-dev libarchive-dev libtoml11-dev libcli11-dev nlohmann-json3-dev
   # the runtime that is packed, and jlink
   openjdk-17-jdk
 )
@@ -28,7 +28,7 @@ tests=(
   git junit4 libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libnss-wrapper openssl xz-utils curl
   python3 python3-pycryptodome locales
   xvfb x11-utils imagemagick xdotool dbus libglib2.0-bin hyperfine sudo
-  xauth xxd man-db mandoc zsh fish nginx-light
+  xauth xxd man-db mandoc zsh fish nginx-light shellcheck
 )
 macos=(llvm-14 dpkg-dev)
 command -v npm >/dev/null || macos+=(npm)

@@ -1,7 +1,9 @@
 #include "packager/commands/bundle.h"
 
+#include <filesystem>
 #include <memory>
 
+#include "packager/commands/bundle_archive.h"
 #include "packager/commands/bundle_making.h"
 #include "packager/report/exit_statuses.h"
 
@@ -15,6 +17,7 @@ struct BundleArguments {
   std::string target;  ///< "": this system
   bool isUnsigned = false;
   bool withoutCache = false;
+  bool asArchive = false;
 };
 
 int runBundle(const BundleArguments& given, Reporter& reporter) {
@@ -33,6 +36,12 @@ int runBundle(const BundleArguments& given, Reporter& reporter) {
   reporter.value("release", result.releaseFolder);
   reporter.value("bytes", result.bundleBytes);
   reporter.result(result.bundle);
+  if (given.asArchive) {
+    const std::string archive = writeBundleArchive(
+        config, result.bundle, target, std::filesystem::path(result.bundle).parent_path().string());
+    reporter.value("archive", archive);
+    reporter.result(archive);
+  }
   reporter.line(readableSize(result.bundleBytes) + ", for " + systemOf(target) +
                 "; the files for the update URL are in " + result.releaseFolder);
   return kDone;
@@ -65,6 +74,9 @@ Command bundleCommand() {
            {.name = "--unsigned",
             .description = "pack without a key: whoever can change a download can run anything",
             .into = &given->isUnsigned},
+           {.name = "--archive",
+            .description = "also make one file of the bundle, for people to download",
+            .into = &given->asArchive},
            {.name = "--no-cache",
             .description = "make everything anew, and keep nothing for the next time",
             .into = &given->withoutCache}},
