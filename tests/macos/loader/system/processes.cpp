@@ -2,6 +2,7 @@
 // is this one.
 #include <fcntl.h>
 #include <pwd.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -101,10 +102,53 @@ pid_t theirWaitpid(pid_t child, int* status, int options) {
   return result;
 }
 
+struct TheirSignalInformation {
+  int signal;
+  int error;
+  int code;
+  int process;
+  std::uint32_t user;
+  int status;
+  void* address;
+  void* value;
+  long band;
+  unsigned long spares[7];
+};
+static_assert(sizeof(TheirSignalInformation) == 104);
+
+int theirWaitid(int kind, std::uint32_t id, TheirSignalInformation* theirs, int options) {
+  constexpr struct {
+    int theirs;
+    int ours;
+  } kOptions[] = {
+      {0x1, WNOHANG}, {0x4, WEXITED}, {0x8, WSTOPPED}, {0x10, WCONTINUED}, {0x20, WNOWAIT}};
+  int wanted = 0;
+  int rest = options;
+  for (const auto& option : kOptions) {
+    if ((rest & option.theirs) != 0) wanted |= option.ours;
+    rest &= ~option.theirs;
+  }
+  if (rest != 0) fail("waitid: options", options);
+  siginfo_t ours{};
+  const int result = waitid(static_cast<idtype_t>(kind), id, &ours, wanted);  // 0 to 2 on both
+  if (result != 0 || theirs == nullptr) return result;
+  *theirs = {};
+  if (ours.si_pid == 0) return result;
+  theirs->signal = theirSignal(ours.si_signo);
+  theirs->code = ours.si_code;  // the same for a child's end
+  theirs->process = ours.si_pid;
+  theirs->user = ours.si_uid;
+  theirs->status = ours.si_code == CLD_EXITED ? ours.si_status : theirSignal(ours.si_status);
+  return result;
+}
+
 int theirSystem(const char* command) {
   const int status = system(command);
   return status == -1 || command == nullptr ? status : theirWaitStatus(status);
 }
+
+// Not a function of its own in this C library's shared part.
+int theirAtexit(void (*function)()) { return std::atexit(function); }
 
 struct TheirUser {
   char* name;
@@ -169,6 +213,7 @@ Symbols processSymbols() {
       {"__NSGetArgv", code(theirArgumentList)},
       {"__NSGetEnviron", code(theirEnvironPlace)},
       {"__NSGetExecutablePath", code(theirExecutablePath)},
+      {"_atexit", code(theirAtexit)},
       {"_execve", code(theirExecve)},
       {"_execvp", code(theirExecvp)},
       {"_getpwuid", code(theirGetpwuid)},
@@ -180,6 +225,7 @@ Symbols processSymbols() {
       {"_posix_spawn_file_actions_init", code(theirActionsInit)},
       {"_proc_pidpath", code(theirPidpath)},
       {"_system", code(theirSystem)},
+      {"_waitid", code(theirWaitid)},
       {"_waitpid", code(theirWaitpid)},
   };
   return kSymbols;

@@ -35,6 +35,10 @@ TheirStream* theirFopen(const char* path, const char* mode) { return wrapped(fop
 
 TheirStream* theirFdopen(int file, const char* mode) { return wrapped(fdopen(file, mode)); }
 
+TheirStream* theirFmemopen(void* bytes, std::size_t size, const char* mode) {
+  return wrapped(fmemopen(bytes, size, mode));
+}
+
 TheirStream* theirTmpfile() { return wrapped(tmpfile()); }
 
 int theirFclose(TheirStream* stream) {
@@ -131,17 +135,18 @@ Symbols streamSymbols() {
       {"_fdopen", code(theirFdopen)},     {"_feof", code(theirFeof)},
       {"_ferror", code(theirFerror)},     {"_fflush", code(theirFflush)},
       {"_fgetc", code(theirFgetc)},       {"_fgets", code(theirFgets)},
-      {"_fileno", code(theirFileno)},     {"_fopen", code(theirFopen)},
-      {"_fprintf", code(theirFprintf)},   {"_fputc", code(theirFputc)},
-      {"_fputs", code(theirFputs)},       {"_fread", code(theirFread)},
-      {"_fseek", code(theirFseek)},       {"_fseeko", code(theirFseek)},
-      {"_ftell", code(theirFtell)},       {"_ftello", code(theirFtell)},
-      {"_fwrite", code(theirFwrite)},     {"_getc", code(theirFgetc)},
-      {"_printf", code(theirPrintf)},     {"_putc", code(theirFputc)},
-      {"_putchar", code(theirPutchar)},   {"_puts", code(theirPuts)},
-      {"_rewind", code(theirRewind)},     {"_setvbuf", code(theirSetvbuf)},
-      {"_tmpfile", code(theirTmpfile)},   {"_ungetc", code(theirUngetc)},
-      {"_vfprintf", code(theirVfprintf)}, {"_vprintf", code(theirVprintf)},
+      {"_fileno", code(theirFileno)},     {"_fmemopen", code(theirFmemopen)},
+      {"_fopen", code(theirFopen)},       {"_fprintf", code(theirFprintf)},
+      {"_fputc", code(theirFputc)},       {"_fputs", code(theirFputs)},
+      {"_fread", code(theirFread)},       {"_fseek", code(theirFseek)},
+      {"_fseeko", code(theirFseek)},      {"_ftell", code(theirFtell)},
+      {"_ftello", code(theirFtell)},      {"_fwrite", code(theirFwrite)},
+      {"_getc", code(theirFgetc)},        {"_printf", code(theirPrintf)},
+      {"_putc", code(theirFputc)},        {"_putchar", code(theirPutchar)},
+      {"_puts", code(theirPuts)},         {"_rewind", code(theirRewind)},
+      {"_setvbuf", code(theirSetvbuf)},   {"_tmpfile", code(theirTmpfile)},
+      {"_ungetc", code(theirUngetc)},     {"_vfprintf", code(theirVfprintf)},
+      {"_vprintf", code(theirVprintf)},
   };
   return kSymbols;
 }
