@@ -1,4 +1,4 @@
-"""What the macOS images are made of, read from the files: nothing here can run one.
+"""What the macOS images are made of, read from the files.
 
 Usage: images_test.py ROOT IMAGE..., with the top of the sources and what scripts/build-macos.sh
 made of them; an image is thin or universal.
@@ -41,6 +41,8 @@ CLASSES = {
                                 "download:didReceiveDataOfLength:",
                                 "downloadDidFinish:",
                                 "download:didFailWithError:"}),
+    "FailureButtons": ("NSObject", {"closeWindow:", "copyText:", "showLog:"}),
+    "FailureView": ("NSView", {"acceptsFirstMouse:", "hitTest:", "mouseDown:"}),
     "NoticeQuitter": ("NSObject", {"quit:"}),
     "LateRequests": ("NSObject", {"look"}),
     "QuilloryDelegate": ("NSObject", {"applicationShouldTerminate:",
