@@ -95,7 +95,9 @@ std::string contentLines(const FoundApplication& found) {
   if (!found.root.empty()) {
     lines = "root = " + quoted(found.root) + "  # packed as it lies; jars are looked for in it\n";
   }
-  lines += "jars = " + quotedList(found.jars) + '\n';
+  lines +=
+      "jars = " + quotedList(found.jars) +
+      "\njars-stored = true             # smaller to load: compressed together, not each alone\n";
   if (!found.root.empty()) {
     return lines;
   }

@@ -50,7 +50,7 @@ TEST(InitialConfig, HasWhatWasFoundInsteadOfExamples) {
                                          dir.str());
   for (const char* line :
        {"\nname = \"My App\" ", "\ndisplay-version = \"2.0\"\n", "\nmain-class = \"a.B\"\n",
-        "\nroot = \"build/install/app\" ", "\njars = [\"lib/a.jar\"]\n",
+        "\nroot = \"build/install/app\" ", "\njars = [\"lib/a.jar\"]\njars-stored = true ",
         "\narguments = [\"--a b\"]\n", "\nmemory-mb = 64\n", "\noptions = [\"-Xint\"]\n",
         "\nsystem-properties = { \"x\" = \"\\\"y\\\"\" }\n",
         "\nmodules = [\"java.base\", \"java.desktop\"]\n", "\n# icon = "}) {
