@@ -188,6 +188,16 @@ TEST_F(CurlTransport, TakesTheProxyOfTheEnvironment) {
   EXPECT_EQ(fetch.bytes, "by proxy");
 }
 
+TEST_F(CurlTransport, GoesAroundTheProxyForWhomTheEnvironmentNames) {
+  setenv("http_proxy", "http://127.0.0.1:1/", 1);
+  setenv("no_proxy", "example.com,127.0.0.1", 1);
+  server_.answer("/x", answerFile("at once"));
+  const TextFetch fetch = fetchText(*transport_, server_.url("/x"), kMost, "");
+  unsetenv("http_proxy");
+  unsetenv("no_proxy");
+  EXPECT_EQ(fetch.bytes, "at once");
+}
+
 TEST_F(CurlTransport, EndsWhenItIsCancelled) {
   server_.answer("/silent", answerSilence());
   transport_ = makeCurlTransport(60);

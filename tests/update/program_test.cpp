@@ -21,6 +21,7 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::ContainsRegex;
+using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
@@ -81,6 +82,41 @@ TEST_F(Program, InstallsAReleaseFromARealServer) {
   EXPECT_EQ(result.exitStatus, 0) << result.out << result.err;
   EXPECT_THAT(result.out, HasSubstr("\ndone version=2 release=2\n"));
   EXPECT_EQ(result.err, "");
+  EXPECT_EQ(machine_.fileOf("2", "app.jar"), "version 2");
+}
+
+// As code hosts do with the assets of a release.
+TEST_F(Program, InstallsFromAHostThatSendsToAnotherOneWhichGivesNoParts) {
+  release(2, "2");
+  const Nginx storage(releases_.path(), "max_ranges 0; etag off; add_header Last-Modified \"\";");
+  std::string other = storage.url();
+  other.replace(other.find("127.0.0.1"), 9, "localhost");
+  const TempDir nothing;
+  const Nginx front(nothing.str(), "location ~ ^/releases/download/updates/(.*)$ { return 302 " +
+                                       other + "$1?signature=a%2Bb&expires=300; }");
+  machine_.extraProperties =
+      property("qystat_update_url", front.url() + "releases/download/updates/");
+  const ChildResult cut = run("check");
+  EXPECT_THAT(cut.out, HasSubstr("offer release=2 version=2"));
+  const ChildResult result = run("install");
+  EXPECT_EQ(result.exitStatus, 0) << result.out << result.err;
+  EXPECT_EQ(machine_.fileOf("2", "app.jar"), "version 2");
+  EXPECT_EQ(front.log().size(), storage.log().size()) << "each by way of the first one";
+  EXPECT_THAT(storage.log(), Each(HasSubstr("?signature=a%2Bb&expires=300")));
+}
+
+// As storage does that tells nobody which files there are.
+TEST_F(Program, TriesAgainWhereAMissingFileIsForbidden) {
+  release(2, "2");
+  const std::string archive = releases_.path() + "/Quillory-Demo-2-archive.p2.l2";
+  std::filesystem::rename(archive, archive + "-later");
+  const Nginx storage(releases_.path(), "error_page 404 =403 /none;");
+  machine_.extraProperties = property("qystat_update_url", storage.url());
+  const ChildResult early = run("install");
+  EXPECT_EQ(early.exitStatus, 1);
+  EXPECT_THAT(early.out, ContainsRegex("failed reason=.*403.* retry=1"));
+  std::filesystem::rename(archive + "-later", archive);
+  EXPECT_EQ(run("install").exitStatus, 0);
   EXPECT_EQ(machine_.fileOf("2", "app.jar"), "version 2");
 }
 
