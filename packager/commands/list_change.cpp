@@ -3,6 +3,7 @@
 #include <ctime>
 #include <utility>
 
+#include "packager/bytes/folder_lock.h"
 #include "packager/bytes/work_folder.h"
 #include "packager/commands/bundle_key.h"
 #include "packager/commands/release_list_plan.h"
@@ -61,6 +62,9 @@ ChangedList changeList(const Config& config, const ListChangeOptions& options,
                        const ListChange& change, Reporter& reporter) {
   std::optional<SigningKey> key = bundleKey(config, false, reporter);
   const UpdateKeys keys = loadUpdateKeys(config, std::move(*key), reporter);
+  const FolderLock lock(options.output, [&] {
+    reporter.line("waiting for another release that is made in " + options.output);
+  });
   Findings findings;
   const ReleaseFolder folder(options.output + "/release", config.application.name,
                              options.channel.empty() ? config.update.channel : options.channel,

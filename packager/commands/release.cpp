@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "packager/bytes/byte_sinks.h"
+#include "packager/bytes/folder_lock.h"
 #include "packager/commands/archive_facts.h"
 #include "packager/commands/bundle_making.h"
 #include "packager/commands/release_deltas.h"
@@ -185,6 +186,10 @@ ReleaseResult makeRelease(const Config& config, const ReleaseOptions& options, R
   requireClient(config);
   BundleMaking making(config, options.bundle, reporter);
   const UpdateKeys& keys = *making.updateKeys();
+  fs::create_directories(options.bundle.output);
+  const FolderLock lock(options.bundle.output, [&] {
+    reporter.line("waiting for another release that is made in " + options.bundle.output);
+  });
   Findings findings;
   const ReleaseFolder folder(options.bundle.output + "/release", config.application.name,
                              options.channel.empty() ? config.update.channel : options.channel,

@@ -290,6 +290,40 @@ class Setting(Packing):
         return [self.executable, "set", "dist/Demo.app", "channel=stable"]
 
 
+class Releasing(Packing):
+    """A release in a folder that has one already. Whatever a killed run has left, the next one makes a
+    release that a client takes, step by step, as `verify-release` does."""
+
+    name = "pack-release"
+    table_name = "quillory-pack release, behind an earlier release"
+
+    def prepare(self):
+        shutil.copytree(self.packer.folder, self.project(), symlinks=True,
+                        ignore=shutil.ignore_patterns("*.toml", "first*", "online", "*-2", "released"))
+        url = "https://example.com/updates/"
+        first = self.packer.config("release-1", url=url, updates=True)
+        second = self.packer.config("release-2", app=2, url=url, updates=True)
+        shutil.copy(second, self.project() / "quillory.toml")
+        shutil.copy(first, self.project() / "first.toml")
+        outcome = self.machine.run([self.packer.pack, "release", "first.toml"], cwd=self.project())
+        if outcome.status != 0:
+            raise RuntimeError(outcome.output)
+
+    def command(self):
+        return [self.executable, "release"]
+
+    def start(self):
+        made = super().start()
+        if made.status != 0:
+            return made
+        return self.machine.run([self.executable, "verify-release", "dist/release", "--as", "1"],
+                                cwd=self.project())
+
+    def tree(self):
+        # Lists hold times, and one more of them is there where a run was killed behind its last one.
+        return {place: text for place, text in super().tree().items() if "-releases" not in place}
+
+
 class KeyMaking(Packing):
     """The next run says that there is a key, or makes one; a key that is there has to be one."""
 
@@ -315,4 +349,4 @@ class KeyMaking(Packing):
 ALL = (FirstInstall, Reinstall, UpdaterUpdate, WholeUpdate, RuntimeDownload, SystemRuntime,
        NetworkUpdate,
        *((ElevatedSetUp,) if not why_impossible() else ()), Packing, Setting,
-       KeyMaking)
+       Releasing, KeyMaking)

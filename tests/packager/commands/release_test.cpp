@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <future>
 
 #include "support/folder_listing.h"
 #include "tests/harness/child_process.h"
@@ -178,6 +179,36 @@ TEST_F(Release, HasTheSameBytesForTheSameInput) {
 }
 
 // A failure at any step leaves a list, and what it names.
+TEST_F(Release, IsMadeInItsTurnWhereTwoAreMadeAtOnce) {
+  release(config(1));
+  const auto makeOne = [this](int version) {
+    return [this, made = loaded(config(version))] {
+      std::ostringstream out;
+      std::ostringstream err;
+      pack::Reporter reporter(out, err, {});
+      try {
+        pack::makeRelease(made, options(), reporter);
+        return true;
+      } catch (const pack::RejectedInput& e) {
+        // Its turn came behind that of a higher version.
+        EXPECT_EQ(e.findings().at(0).rule, "version-order");
+        return false;
+      }
+    };
+  };
+  const auto second = makeOne(2);
+  const auto third = makeOne(3);
+  std::future<bool> other = std::async(std::launch::async, second);
+  EXPECT_TRUE(third());
+  const bool areBothMade = other.get();
+  const std::string newest = areBothMade ? "3" : "2";
+  EXPECT_EQ(listIn("Quillory-Hello-stable-releases-" + newest).components.back().version, "3");
+  EXPECT_EQ(list().number, std::stoi(newest)) << "no number was given twice";
+  if (areBothMade) {
+    EXPECT_EQ(listIn("Quillory-Hello-stable-releases-2").components.back().version, "2");
+  }
+}
+
 TEST_F(Release, LeavesTheEarlierReleaseWhenThisOneFails) {
   release(config(1));
   // A folder cannot be replaced by a file: here the last step but one fails.
