@@ -21,6 +21,12 @@ inline constexpr char kWithApplicationOption[] = "-Dquillory.class.path=applicat
 /// is named behind it: what would be its class path is then its module path.
 inline constexpr char kModuleOption[] = "-Dquillory.module=";
 
+/// Options of an application that tell the launcher how its process is to be, before there is a
+/// JVM:
+/// "<name>=<value>" behind the first, "home" or "application" behind the second.
+inline constexpr char kEnvironmentOption[] = "-Dquillory.environment.";
+inline constexpr char kDirectoryOption[] = "-Dquillory.directory=";
+
 /// What a launch file says. Texts that are missing are "".
 struct LaunchFile {
   std::string mainClass{};

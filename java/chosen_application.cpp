@@ -9,6 +9,7 @@
 #include "formats/launch_file.h"
 #include "formats/launch_file_format.h"
 #include "formats/record_stream.h"
+#include "install/install_locations.h"
 #include "install/version_folders.h"
 #include "java/library_path.h"
 #include "support/files.h"
@@ -74,6 +75,21 @@ void addClasses(const std::string& folder, const Texts& paths, const Texts& give
   options.push_back("--add-modules=" + module->substr(std::string_view(kModuleOption).size()));
 }
 
+/// What a JVM cannot be told, because it is to be there before it.
+void noteSurroundings(const std::string& folder, const Texts& given, LaunchCommand& command) {
+  for (const std::string& option : given) {
+    constexpr std::string_view kVariable = kEnvironmentOption;
+    const std::size_t equals = option.find('=');
+    if (option.starts_with(kVariable) && equals != std::string::npos && equals > kVariable.size())
+      command.environment.push_back(option.substr(kVariable.size()));
+    constexpr std::string_view kDirectory = kDirectoryOption;
+    if (!option.starts_with(kDirectory)) continue;
+    const std::string policy = option.substr(kDirectory.size());
+    if (policy == "application") command.directory = folder;
+    if (policy == "home") command.directory = homeFolderOfUser();
+  }
+}
+
 void insertOptions(const Texts& options, LaunchCommand& command) {
   const auto place =
       command.jvmOptions.begin() + static_cast<std::ptrdiff_t>(command.memoryOptionCount);
@@ -99,6 +115,7 @@ void addChosenApplication(const std::string& masterFolder, const std::string& ap
   const long arguments = readLong(file.get(), kArgumentsRecord.name);
   readLaunchEntries(file.get(), arguments, kArgumentsRecord.entryName);
   const Texts given = readLaunchOptions(file.get(), header.version);
+  noteSurroundings(folder, given, command);
   Texts options = optionsOf(folder, given);
   options.insert(options.begin(), kApplicationOption + folder);
   addClasses(folder, paths, given, options, command);

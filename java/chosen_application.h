@@ -13,7 +13,8 @@ namespace quillory {
 /// path and remembered options are there: its class path behind the updater's, and in front of the
 /// remembered options, which win, its own ones, the folder of its native libraries, and
 /// "-Dquillory.application=<its folder>". That one is there also without an application, and then
-/// says "". A version that the remembered options pass over ("-Dquillory.passed.over=<folder>/...")
+/// says "". What the application's process is to be like, its directory and its environment, is
+/// noted in the command. A version that the remembered options pass over ("-Dquillory.passed.over=<folder>/...")
 /// does not count.
 void addChosenApplication(const std::string& masterFolder, const std::string& appName,
                           LaunchCommand& command);

@@ -15,6 +15,9 @@ struct LaunchCommand {
   std::string classPathText;              ///< the same, joined with ':'
   std::optional<std::string> classToRun;  ///< of the process; none: its list ends there
   std::vector<std::string> applicationArguments;
+  /// "NAME=value", set before the application runs, in whichever process that is.
+  std::vector<std::string> environment;
+  std::string directory;  ///< where the application runs; "" for where the launcher was started
   std::string tryFile;  ///< where the end of the application is noted (java/trial_end.h), or ""
 };
 

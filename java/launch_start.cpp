@@ -1,9 +1,13 @@
 #include "java/launch_start.h"
 
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <optional>
 
 #include "java/bundle_loader.h"
@@ -34,6 +38,23 @@ ProgramResult run(const LaunchCommand& command, bool waits) {
   ProgramResult program = runProgram(processArguments(command), options);
   if (!program.started) logMessage("Launch Error %d.\n", program.error);
   return program;
+}
+
+/// Makes this process what the application is to find; a process that is started inherits it.
+void enterSurroundings(const LaunchCommand& command) {
+  for (const std::string& variable : command.environment) {
+    const std::size_t equals = variable.find('=');
+    setenv(variable.substr(0, equals).c_str(), variable.c_str() + equals + 1, 1);
+    logMessage("[Extractor] Environment: %s\n", variable.c_str());
+  }
+  if (command.directory.empty()) return;
+  if (chdir(command.directory.c_str()) == 0) {
+    logMessage("[Extractor] Working directory: %s\n", command.directory.c_str());
+  } else {
+    const int error = errno;
+    logMessage("[Extractor] The working directory stays, because %s cannot be entered: %s\n",
+               command.directory.c_str(), std::strerror(error));
+  }
 }
 
 int launchInProcess(const std::string& mainClass, const std::string& jreHome,
@@ -96,6 +117,7 @@ std::int64_t spawn(const LaunchCommand& command) {
 std::int64_t startApplication(const std::string& mainClass, const std::string& jreFolder,
                               bool isSpawnForced, const LaunchCommand& command) {
   logMessage("[Extractor] JRE folder is %s\n", jreFolder.c_str());
+  enterSurroundings(command);
   const std::string bundle = jreFolder + kBundleSuffix;
   loadOSXBundle(bundle.c_str());
   const std::string jreHome = bundle + "/Contents/Home";

@@ -157,6 +157,13 @@ std::vector<std::string> applicationOptions(const Config& config, const std::str
   if (config.application.isSingleInstance) {
     options.push_back("-Dquillory.instance=single");
   }
+  if (config.application.workingDirectory != WorkingDirectory::kStart) {
+    const bool isHome = config.application.workingDirectory == WorkingDirectory::kHome;
+    options.push_back(std::string(kDirectoryOption) + (isHome ? "home" : "application"));
+  }
+  for (const auto& [name, value] : config.jvm.environment) {
+    options.push_back(std::string(kEnvironmentOption) + name + '=' + value);
+  }
   for (const auto& [name, value] : config.jvm.systemProperties) {
     options.push_back("-D" + name + '=' + value);
   }

@@ -61,6 +61,9 @@ void readApplication(ConfigSection section, ApplicationConfig& out) {
   section.choice("launch-properties", {"property", "argument"}, properties);
   out.hasPropertiesArgument = properties == 1;
   section.flag("single-instance", out.isSingleInstance);
+  int directory = 0;
+  section.choice("working-directory", {"start", "home", "application"}, directory);
+  out.workingDirectory = static_cast<WorkingDirectory>(directory);
   section.texts("native", out.nativeLibraries);
   section.text("identifier", out.identifier);
   section.text("executable", out.executable);
@@ -89,6 +92,7 @@ void readJvm(ConfigSection section, JvmConfig& out) {
   section.flag("force-spawn", out.forceSpawn);
   section.texts("options", out.options);
   section.pairs("system-properties", out.systemProperties);
+  section.pairs("environment", out.environment);
   section.rejectUnknown();
 }
 

@@ -29,6 +29,13 @@ enum class JarLayout {
   kBeside,  ///< at its top, with what they expect beside them
 };
 
+/// Where the application runs.
+enum class WorkingDirectory {
+  kStart,        ///< where its launcher was started
+  kHome,         ///< in the user's home folder
+  kApplication,  ///< in the folder of its version
+};
+
 struct ApplicationConfig {
   std::string name;
   std::int64_t version = 0;
@@ -45,6 +52,7 @@ struct ApplicationConfig {
   /// Whether the path of the launch properties is the main class's first argument.
   bool hasPropertiesArgument = false;
   bool isSingleInstance = false;
+  WorkingDirectory workingDirectory = WorkingDirectory::kStart;
   std::vector<std::string> nativeLibraries;  ///< file names with * and ?
   std::string identifier;
   std::string executable;
@@ -65,6 +73,7 @@ struct JvmConfig {
   bool forceSpawn = false;
   std::vector<std::string> options;  ///< of every start, in the runtime that jlink makes
   Parameters systemProperties;       ///< set before the main class is loaded
+  Parameters environment;            ///< of the application's process, set before it begins
 };
 
 struct UpdaterConfig {

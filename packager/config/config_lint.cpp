@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "formats/launch_file_format.h"
 #include "formats/params_format.h"
 #include "formats/record_stream.h"
 #include "formats/tail_format.h"
@@ -28,6 +29,7 @@ class Linter {
     root();
     memory();
     systemProperties();
+    environment();
     runtimeSource();
     runtimeKeys();
     output();
@@ -135,6 +137,20 @@ class Linter {
         error("parameter", key, "is no name of a system property", "give it a name without \"=\"");
       } else if (name.starts_with("quillory.") || name == "java.class.path") {
         error("parameter", key, "is set by the updater", "leave it out");
+      }
+    }
+  }
+
+  void environment() {
+    for (const auto& [name, value] : config_.jvm.environment) {
+      const std::string key = "jvm.environment." + name;
+      limit(key, std::string(kEnvironmentOption) + name + '=' + value);
+      const auto isPlain = [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; };
+      const bool isName = !name.empty() && std::isdigit(static_cast<unsigned char>(name[0])) == 0 &&
+                          std::all_of(name.begin(), name.end(), isPlain);
+      if (!isName) {
+        error("parameter", key, "is no name of an environment variable",
+              "write letters, digits and \"_\", with no digit in front");
       }
     }
   }

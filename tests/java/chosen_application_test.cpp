@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "install/install_locations.h"
 #include "java/library_path.h"
 #include "tests/java/launch_fixture.h"
 
@@ -92,6 +93,20 @@ TEST_F(ChosenApplication, ItsNativeLibrariesAreFoundBeforeThoseOfTheSystem) {
 
 TEST(StandardLibraryPath, BeginsWithTheUsersAndHasTheSystems) {
   EXPECT_NE(standardLibraryPath().find("/usr/lib"), std::string::npos);
+}
+
+TEST_F(ChosenApplication, SaysWhatItsProcessIsToBeLike) {
+  const std::string folder =
+      install(1, {"-Dquillory.environment.A=1=2",
+                  "-Dquillory.environment.EMPTY=", "-Dquillory.environment.=x",
+                  "-Dquillory.environment.B", "-Dquillory.directory=application"});
+  const LaunchCommand command = commandWith({});
+  EXPECT_THAT(command.environment, ElementsAre("A=1=2", "EMPTY="));
+  EXPECT_EQ(command.directory, folder);
+  install(1, {"-Dquillory.directory=elsewhere"});
+  EXPECT_EQ(commandWith({}).directory, "");
+  install(1, {"-Dquillory.directory=home"});
+  EXPECT_EQ(commandWith({}).directory, homeFolderOfUser());
 }
 
 }  // namespace

@@ -167,6 +167,26 @@ TEST_F(StartApplication, LoadsNoJvmLibraryButTheBundleWhenTheSpawnIsForced) {
   EXPECT_EQ(spawned().at(0), executable_);
 }
 
+TEST_F(StartApplication, RunsInTheDirectoryAndTheEnvironmentThatItIsToHave) {
+  const std::string before = fs::current_path();
+  const std::string there = dir_ / "there";
+  fs::create_directories(there);
+  LaunchCommand command;
+  command.executable = dir_ / "java";
+  command.environment = {"QUILLORY_TEST_VARIABLE=a=b"};
+  command.directory = there;
+  command.tryFile = dir_ / "waited for";
+  writeJava(command.executable, "pwd >out; echo \"$QUILLORY_TEST_VARIABLE\" >>out");
+  EXPECT_EQ(startApplication("Main", jre_, true, command), 0);
+  EXPECT_EQ(readFile(there + "/out"), there + "\na=b\n");
+  command.directory = dir_ / "gone";
+  EXPECT_EQ(startApplication("Main", jre_, true, command), 0);
+  EXPECT_TRUE(log_.contains("[Extractor] The working directory stays, because " +
+                            command.directory + " cannot be entered: No such file or directory\n"));
+  fs::current_path(before);
+  unsetenv("QUILLORY_TEST_VARIABLE");
+}
+
 TEST_F(StartApplication, ReturnsTheErrorNumberOfAFailedSpawn) {
   const ScopedReplace forced(forceSpawn, true);
   fs::remove(jre_ + "/bin/java");

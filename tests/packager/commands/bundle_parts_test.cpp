@@ -106,12 +106,32 @@ TEST_F(BundleParts, TheApplicationHasItsJarsInLibAndALaunchFile) {
 TEST_F(BundleParts, TheApplicationSaysWhatIsSetAndPassedBeforeItsMainClass) {
   config_.application.hasPropertiesArgument = true;
   config_.application.isSingleInstance = true;
+  config_.application.workingDirectory = WorkingDirectory::kHome;
+  config_.jvm.environment = {{"GDK_BACKEND", "x11"}};
   config_.jvm.systemProperties = {{"my.property", "a=b c"}, {"empty", ""}};
   const BundlePart part = applicationPart(config_, {dir_ / "hello.jar"});
   EXPECT_EQ(part.content.entries().at("QuilloryLaunch").bytes,
-            records({"6", "com.example.hello.Hello", "", "Hello", "", "0", "256", "64", "1",
-                     "lib/hello.jar", "0", "", "", "", "3", "-Dquillory.instance=single",
-                     "-Dmy.property=a=b c", "-Dempty=", "0"}));
+            records({"6",
+                     "com.example.hello.Hello",
+                     "",
+                     "Hello",
+                     "",
+                     "0",
+                     "256",
+                     "64",
+                     "1",
+                     "lib/hello.jar",
+                     "0",
+                     "",
+                     "",
+                     "",
+                     "5",
+                     "-Dquillory.instance=single",
+                     "-Dquillory.directory=home",
+                     "-Dquillory.environment.GDK_BACKEND=x11",
+                     "-Dmy.property=a=b c",
+                     "-Dempty=",
+                     "0"}));
 }
 
 TEST_F(BundleParts, JarsLieBesideTheFilesThatTheyExpectThere) {

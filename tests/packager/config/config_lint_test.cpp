@@ -246,6 +246,18 @@ TEST(LintConfig, RefusesSystemPropertiesThatTheUpdaterSetsOrCannotSet) {
   EXPECT_TRUE(hasRule(with("a = \"" + std::string(1019, 'x') + "\""), "record-limit"));
 }
 
+TEST(LintConfig, RefusesWhatIsNoNameOfAnEnvironmentVariable) {
+  const auto with = [](const std::string& pair) {
+    return loadWith("[jvm]\nenvironment = { " + pair + " }\n").findings;
+  };
+  EXPECT_FALSE(hasRule(with("GDK_BACKEND = \"x11\", _a1 = 1"), "parameter"));
+  for (const char* pair :
+       {"\"\" = \"x\"", "\"1A\" = \"x\"", "\"A-B\" = \"x\"", "\"A=B\" = \"x\""}) {
+    EXPECT_TRUE(hasRule(with(pair), "parameter")) << pair;
+  }
+  EXPECT_TRUE(hasRule(with("A = \"" + std::string(1000, 'x') + "\""), "record-limit"));
+}
+
 TEST(LintConfig, RefusesAnEmptyOutputFolder) {
   EXPECT_EQ(findingOf(loadWith("[bundle]\noutput = \"\"\n").findings, "name").what,
             "bundle.output is empty");
