@@ -3,7 +3,7 @@
 #
 # Builds the macOS programs on Linux: launcher, lzma64, elev_mac, quillory-update with its window, and
 # quillory-pack, or the ones given. They are made for each architecture in build/macos/ARCH/bin, and
-# joined in build/macos/bin; with --arch for that one only, and not joined. --jobs says how many compilers run at once, else it is
+# joined in build/macos/bin, and quillory-pack's updater.jar in build/macos/share; with --arch for that one only, and not joined. --jobs says how many compilers run at once, else it is
 # one for each processor. What the build needs is fetched once, into
 # ${XDG_CACHE_HOME:-~/.cache}/quillory-macos; where the network has none of it the script ends with
 # status 77. docs/porting.md tells what such programs are good for.
@@ -46,7 +46,9 @@ build() {
     -DQUILLORY_ZIG="$cache/zig-0.11.0/zig" -DQUILLORY_ARCH="$arch" \
     -DQUILLORY_PREFIXES="$libraries;$out/headers" >"$out/$arch-configure.log" 2>&1 ||
     { cat "$out/$arch-configure.log"; return 1; }
-  cmake --build "$out/$arch" --parallel "$jobs" --target "${programs[@]}"
+  local jars=()
+  [[ " ${programs[*]} " != *" quillory-pack "* ]] || jars=(updater_jar)  # which it packs
+  cmake --build "$out/$arch" --parallel "$jobs" --target "${programs[@]}" "${jars[@]}"
   python3 -B cmake/macos/finish_image.py "${programs[@]/#/$out/$arch/bin/}"
 }
 
@@ -70,4 +72,5 @@ fi
 build x86_64
 build arm64
 for program in "${programs[@]}"; do join "$program"; done
+[ ! -e "$out/x86_64/share/quillory/updater.jar" ] || cp -Rp "$out/x86_64/share" "$out"
 echo "Joined in build/macos/bin: ${programs[*]}"

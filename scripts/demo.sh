@@ -14,7 +14,8 @@ cd "$(dirname "$0")/.."
 demo=$PWD/build/demo
 app="$demo/Hello Quillory.app"
 export QUILLORY_PACK_CACHE=$demo/packed-before
-home=$(getent passwd "$(id -u)" 2>/dev/null | cut -d: -f6 || true)
+# Not every system has getent; without it $HOME has to do.
+home=$({ getent passwd "$(id -u)" 2>/dev/null || true; } | cut -d: -f6)
 master="${home:-$HOME}/Library/Application Support/Quillory-Hello Quillory"
 
 . scripts/demo_update.sh
@@ -50,11 +51,11 @@ pack() {
 # milliseconds since the one before, are in its log.
 start() {
   local begin end
-  begin=$(date +%s%N)
+  begin=$(clock_ms)
   "$app/Contents/MacOS/HelloQuillory" --close-after=3000 "$@" >"$demo/start.out" 2>"$demo/start.err"
-  end=$(date +%s%N)
+  end=$(clock_ms)
   sed -n '/^Hello from Java/,/^url request/p' "$demo/start.out" | sed '/^+[0-9]/d; s/^/  /'
-  echo "  (the whole start took $(((end - begin) / 1000000)) ms)"
+  echo "  (the whole start took $((end - begin)) ms)"
 }
 
 stop_serving() { if kill "$server_process" 2>/dev/null; then wait "$server_process" || true; fi; }

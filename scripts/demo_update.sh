@@ -58,14 +58,14 @@ EOT
 run() {
   local stay=$(($1 * 1000)) status=0 begin end
   shift
-  begin=$(date +%s%N)
+  begin=$(clock_ms)
   "$app/Contents/MacOS/HelloQuillory" "--stay=$stay" "--close-after=$stay" "$@" \
     >"$demo/start.out" 2>"$demo/start.err" || status=$?
-  end=$(date +%s%N)
+  end=$(clock_ms)
   sed -n 's/^class path: .*Quillory-Hello Quillory-\([0-9]*\)-complete.*/version \1 runs/p
     /^Updated from/p; /did not work/p; /^Version .* is /p' "$demo/start.out" | uniq | sed 's/^/  /'
   sed -n 's/^\(\[Updater\] Version .*\)/  \1/p' "$demo/start.err"
-  echo "  (ended with status $status after $(((end - begin) / 1000000)) ms)"
+  echo "  (ended with status $status after $((end - begin)) ms)"
 }
 
 shown_requests=0

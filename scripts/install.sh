@@ -10,11 +10,14 @@ set -euo pipefail
 prefix=/usr/local uninstall=
 while [ $# -gt 0 ]; do
   case $1 in
-    --prefix) prefix=$(realpath -m "${2:?a folder}"); shift 2 ;;
+    --prefix) prefix=${2:?a folder}; shift 2 ;;
     --uninstall) uninstall=1; shift ;;
     *) sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
   esac
 done
+# Without "realpath -m", which not every system has for folders that are not there.
+case $prefix in /*) ;; *) prefix=$PWD/$prefix ;; esac
+prefix=$(python3 -c 'import os, sys; print(os.path.realpath(sys.argv[1]))' "$prefix")
 cd "$(dirname "$0")/.."
 list=$prefix/share/quillory/installed.txt
 

@@ -1,6 +1,16 @@
 # shellcheck shell=bash
 # For scripts that take minutes; they source it. plan_steps COUNT, and before each of them step HEADING:
 # it says which one of how many begins, and how long the script has been running.
+# Milliseconds on a clock, for the time that something takes. Not every system's date knows "%N".
+clock_ms() {
+  local nanoseconds
+  nanoseconds=$(date +%s%N)
+  case $nanoseconds in
+    *N) python3 -c 'import time; print(int(time.time() * 1000))' ;;
+    *) echo $((nanoseconds / 1000000)) ;;
+  esac
+}
+
 planned_steps=0
 begun_steps=0
 

@@ -213,6 +213,12 @@ class Images(unittest.TestCase):
         self.assertFalse(bytes(ROOT) in image.content)
         self.assertFalse(b"quillory-macos" in image.content)
 
+    def test_the_packager_comes_with_what_it_packs(self):
+        for file in FILES:
+            if file.name == "quillory-pack":
+                jar = file.parent.parent / "share" / "quillory" / "updater.jar"
+                self.assertTrue(jar.exists(), f"no {jar}")
+
     @for_each("images")
     def test_names_itself(self, image):
         """Newer systems load no image without a UUID of its own."""
