@@ -110,8 +110,31 @@ std::string parametersPlace(const std::string& resources, Target target) {
   return resources + kLocalizedParamsFolder + '/' + kLocalizedParamsFileName;
 }
 
-std::string infoPlistOf(const Config& config, Target target, const std::string& icon) {
-  const MacPlist mac = target == Target::kMacOS ? macPlistOf(config) : MacPlist{};
+// The newer Macs' own first: what is for both runs best there.
+std::vector<std::string> nativeFirst(std::vector<std::string> architectures) {
+  std::stable_partition(architectures.begin(), architectures.end(),
+                        [](const std::string& name) { return name == "arm64"; });
+  return architectures;
+}
+
+// Puts the icons of documents into `resources`, of a bundle for macOS.
+std::string infoPlistOf(const Config& config, Target target, const PackedParts& parts,
+                        const std::string& icon, const std::string& resources) {
+  if (target != Target::kMacOS) {
+    return applicationInfoPlist(config.application, icon);
+  }
+  MacPlist mac = macPlistOf(config);
+  mac.architectures = nativeFirst(parts.runtimeArchitectures);
+  for (DocumentConfig& document : mac.documents) {
+    if (document.icon.empty()) {
+      continue;
+    }
+    const std::string name =
+        config.application.executable + '-' + document.extensions.front() + ".icns";
+    writeWholeFile(resources + name, icnsFrom(config.resolve(document.icon)), kPlain,
+                   kFlushedLater);
+    document.icon = name;
+  }
   return applicationInfoPlist(config.application, icon, mac);
 }
 
@@ -155,8 +178,8 @@ MadeFiles assembleBundle(const Config& config, const BundleTools& tools, const P
   }
   writeParametersFile(parametersPlace(resources, tools.target), config, parts.isHardened);
   const std::string icon = writeIcon(config, resources);
-  writeWholeFile(contents + "Info.plist", infoPlistOf(config, tools.target, icon), kPlain,
-                 kFlushedLater);
+  writeWholeFile(contents + "Info.plist", infoPlistOf(config, tools.target, parts, icon, resources),
+                 kPlain, kFlushedLater);
   if (!tools.elevMac.empty()) {
     writeWholeFile(resources + "elev_mac", readWholeFile(tools.elevMac), kExecutable,
                    kFlushedLater);

@@ -113,6 +113,9 @@ Findings lintFiles(const Config& config, const std::vector<std::string>& jars) {
   lintExtraFiles(config, findings);
   lintPicture(config, "application.splash", config.application.splash, flawOfPicture, findings);
   lintPicture(config, "application.icon", config.application.icon, flawOfIcon, findings);
+  for (const DocumentConfig& document : config.documents) {
+    lintPicture(config, "documents.icon", document.icon, flawOfIcon, findings);
+  }
   if (!config.updater.cacerts.empty() && !isFile(config.resolve(config.updater.cacerts))) {
     findings.push_back({Severity::kError, "missing-file",
                         "there is no file " + config.resolve(config.updater.cacerts),

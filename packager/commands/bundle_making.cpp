@@ -1,5 +1,6 @@
 #include "packager/commands/bundle_making.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -34,6 +35,19 @@ std::optional<UpdateKeys> takeUpdateKeys(const Config& config, std::optional<Sig
   return loadUpdateKeys(config, std::move(*key), reporter);
 }
 
+// A `java` of its own would be called "java" in the Dock and in the menu: Java's toolkit asks for
+// this before it makes the application there.
+Config withNameInDock(Config config, Target target) {
+  constexpr char kName[] = "apple.awt.application.name";
+  Parameters& properties = config.jvm.systemProperties;
+  const bool isNamed = std::any_of(properties.begin(), properties.end(),
+                                   [&](const auto& property) { return property.first == kName; });
+  if (target == Target::kMacOS && config.jvm.forceSpawn && !isNamed) {
+    properties.emplace_back(kName, config.application.name);
+  }
+  return config;
+}
+
 // All that goes in, judged as a whole before anything is packed.
 BundleParts gatherParts(const Config& config, const BundleTools& tools,
                         const BundleOptions& options, const std::string& updateSettings,
@@ -48,10 +62,10 @@ BundleParts gatherParts(const Config& config, const BundleTools& tools,
     runtime = runtimePart(config, tools, jars, options.target, workFolder, cache, reporter);
   }
   const bool areStored = config.application.jarsStored.value_or(false);
-  BundleParts parts{
-      updaterPart(config, tools, updateSettings),
-      applicationPart(config, jars, areStored ? storedJars(jars, workFolder, reporter) : jars),
-      std::move(runtime)};
+  BundleParts parts{updaterPart(config, tools, updateSettings),
+                    applicationPart(withNameInDock(config, options.target), jars,
+                                    areStored ? storedJars(jars, workFolder, reporter) : jars),
+                    std::move(runtime)};
   reporter.findings(accepted(lintParts(config, parts, options.output)));
   return parts;
 }
@@ -91,6 +105,9 @@ PackedParts BundleMaking::pack(const ArchiveSource& earlier) {
       packParts(parts_, {options_.compression, archiveKey(), config_.signing.salt, &cache_},
                 work_.path(), reporter_, saysWhatItIs ? nameOf(options_.target) : "", earlier);
   packed.isHardened = isHardened_;
+  if (parts_.runtime) {
+    packed.runtimeArchitectures = parts_.runtime->architectures;
+  }
   return packed;
 }
 

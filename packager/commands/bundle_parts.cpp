@@ -8,13 +8,16 @@
 #include <utility>
 
 #include "formats/launch_file_format.h"
+#include "formats/tail_format.h"
 #include "formats/update_settings_format.h"
 #include "install/version_folders.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/commands/named_jar.h"
 #include "packager/content/runtime_image.h"
+#include "packager/reading/program_image.h"
 #include "packager/writing/launch_file_writer.h"
 #include "support/folder_listing.h"
+#include "support/picture_limits.h"
 
 namespace quillory::pack {
 namespace {
@@ -272,6 +275,13 @@ BundlePart updaterPart(const Config& config, const BundleTools& tools,
     tree.addFile(tools.updateProgram, kUpdateProgramName);
     tree.addFile(tools.updateWindow, kUpdateWindowName);
   }
+  // Where the parameters may replace the picture, the other one would stay.
+  const std::string picture =
+      config.application.splash.empty() ? "" : config.resolve(config.application.splash);
+  const std::string twin = config.application.splashOverride ? "" : doublePictureOf(picture);
+  if (!twin.empty()) {
+    tree.addFile(twin, kDoubleSplashPictureName);
+  }
   return {kUpdaterName, std::to_string(config.updater.version), std::move(tree)};
 }
 
@@ -312,7 +322,8 @@ BundlePart runtimePart(const Config& config, const BundleTools& tools,
   reporter.findings(accepted(lintRuntime(home, target, tools.launcher, config.placeOf("runtime"))));
   const std::string version = runtimeVersion(config, home);
   reporter.detail("runtime " + home + ", version " + version);
-  return {config.runtime.name, version, runtimeContent(home, config.runtime.name, version)};
+  return {config.runtime.name, version, runtimeContent(home, config.runtime.name, version),
+          programImageIn(home + "/bin/java").architectures};
 }
 
 }  // namespace quillory::pack

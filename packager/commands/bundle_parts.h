@@ -17,6 +17,7 @@ struct BundlePart {
   std::string name;
   std::string version;  ///< a whole number
   ContentTree content;
+  std::vector<std::string> architectures{};  ///< of a runtime for macOS
 };
 
 struct BundleParts {

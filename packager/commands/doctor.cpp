@@ -19,6 +19,7 @@
 #include "packager/config/name_rules.h"
 #include "packager/reading/archive_checks.h"
 #include "packager/reading/bundle_view.h"
+#include "packager/reading/quarantine.h"
 #include "packager/reading/target.h"
 #include "packager/report/exit_statuses.h"
 
@@ -36,6 +37,7 @@ class Doctor {
     bundle_ = readBundle(path, findings_);
     checkExecutable();
     checkSignature();
+    checkPlace();
     if (bundle_.tail) {
       checkTail(*bundle_.tail);
     }
@@ -61,6 +63,22 @@ class Doctor {
       add(Severity::kWarning, "platform",
           "the executable is for " + asText(launcher_) + ": a Mac does not start it",
           bundle_.executable, "for Macs pack it with --target macos");
+    }
+  }
+
+  // What a user of a Mac sees of a bundle that came over the network, and why.
+  void checkPlace() {
+    if (isTranslocated(bundle_.folder)) {
+      add(Severity::kWarning, "translocated",
+          "macOS starts this bundle from a place of its own, at another path each time, because it "
+          "was downloaded and has not been moved since",
+          bundle_.folder, "move it with the Finder, into Applications say, and start it there");
+    } else if (isQuarantined(bundle_.folder)) {
+      add(Severity::kWarning, "quarantined",
+          "macOS has noted that this bundle was downloaded: it asks before the first start",
+          bundle_.folder,
+          "docs/packaging.md tells what users see; for a test of your own: xattr -dr "
+          "com.apple.quarantine on the bundle");
     }
   }
 

@@ -22,6 +22,8 @@ struct PackedParts {
   PackedPart application;
   std::optional<PackedPart> runtime;
   bool isHardened = false;  ///< the archives say what they are, which hardened launchers ask
+  /// What the runtime is for, in a bundle for macOS.
+  std::vector<std::string> runtimeArchitectures{};
 };
 
 /// Where the archive of a job lies already, as it should be packed; "" where it has to be packed.

@@ -109,7 +109,7 @@ class StrictCheck {
 
   void checkFiles() {
     const std::string resources = "Resources/";
-    const std::set<std::string> known = {
+    std::set<std::string> known = {
         "Info.plist",
         "MacOS/" + fs::path(bundle_.executable).filename().string(),
         resources + kParamsFileName,
@@ -117,6 +117,9 @@ class StrictCheck {
         resources + "elev_mac",
         resources + plistText(bundle_.infoPlist, "CFBundleIconFile"),
         bundle_.tail && bundle_.tail->inExecutable ? "" : resources + kTailFileName};
+    for (const std::string& icon : documentIconsIn(bundle_.infoPlist)) {
+      known.insert(resources + icon);
+    }
     const fs::path contents = bundle_.inside("");
     for (auto entry = fs::recursive_directory_iterator(contents); entry != fs::end(entry);
          ++entry) {

@@ -19,9 +19,9 @@ constexpr std::int64_t kLargestReleaseNumber = 1'000'000'000;
 constexpr int kLongestExpiry = 3650;  // days
 constexpr int kMostDeltas = 20;
 
-const std::vector<std::string> kSections = {"application", "jvm",       "updater", "runtime",
-                                            "install",     "update",    "signing", "bundle",
-                                            "macos",       "parameters"};
+const std::vector<std::string> kSections = {"application", "jvm",        "updater",  "runtime",
+                                            "install",     "update",     "signing",  "bundle",
+                                            "macos",       "parameters", "documents"};
 
 // "module/class", as "java -m" has it, instead of a class alone.
 void readModule(ConfigSection& section, ApplicationConfig& out) {
@@ -208,6 +208,41 @@ void readMacOS(ConfigSection section, MacConfig& out) {
   section.rejectUnknown();
 }
 
+void readDocument(ConfigSection section, DocumentConfig& out) {
+  section.text("name", out.name);
+  section.texts("extensions", out.extensions);
+  int role = 0;
+  section.choice("role", {"editor", "viewer", "none"}, role);
+  out.role = static_cast<DocumentRole>(role);
+  section.text("icon", out.icon);
+  section.require("name", "name = \"Letter\" in [[documents]], for people");
+  section.require("extensions", "extensions = [\"letter\"] in [[documents]]");
+  section.rejectUnknown();
+}
+
+// Each [[documents]] is a table of its own.
+void readDocuments(const TomlValue::Table& root, Config& config, Findings& found) {
+  const TomlValue* value = find(root, "documents");
+  if (value == nullptr) {
+    return;
+  }
+  const auto* list = value->as<TomlValue::List>();
+  if (list == nullptr) {
+    found.push_back({Severity::kError,
+                     "wrong-kind",
+                     "documents is " + kindOf(*value),
+                     {config.file, value->line},
+                     "write [[documents]], in two brackets"});
+    return;
+  }
+  for (const TomlValue& item : *list) {
+    DocumentConfig document;
+    document.line = item.line;
+    readDocument({{{"documents", item}}, "documents", config, found}, document);
+    config.documents.push_back(std::move(document));
+  }
+}
+
 // The file as it is written: what is missing has its default, or nothing.
 Config readConfig(const std::string& path, Findings& found) {
   Config config;
@@ -224,6 +259,7 @@ Config readConfig(const std::string& path, Findings& found) {
   readSigning({root, "signing", config, found}, config.signing);
   readBundle({root, "bundle", config, found}, config.bundle);
   readMacOS({root, "macos", config, found}, config.macos);
+  readDocuments(root, config, found);
   ConfigSection(root, "parameters", config, found).pairs(config.parameters);
   return config;
 }

@@ -11,6 +11,7 @@
 #include "formats/archive_format.h"
 #include "formats/params_format.h"
 #include "formats/update_settings_format.h"
+#include "packager/config/documents.h"
 #include "packager/config/rollout.h"
 #include "packager/keys/signing_key.h"
 #include "packager/report/findings.h"
@@ -176,6 +177,7 @@ struct Config {
   SigningConfig signing;
   BundleConfig bundle;
   MacConfig macos;
+  std::vector<DocumentConfig> documents;
   Parameters parameters;
   std::map<std::string, Place> places;  ///< "application.name" to where it stands
   /// Keys that have a value although nobody gave them one; see completed().

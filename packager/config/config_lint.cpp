@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <set>
 #include <utility>
 
 #include "formats/launch_file_format.h"
@@ -36,6 +37,7 @@ class Linter {
     updateUrl();
     append(findings_, lintUpdates(config_));
     urlSchemes();
+    documents();
     runtimeVersion();
     parameters();
     signing();
@@ -226,6 +228,36 @@ class Linter {
         error("url-scheme", "application.url-schemes",
               "has \"" + scheme + "\", which is not the part of a URL before the colon",
               "use a letter, then letters and digits: url-schemes = [\"myapp\"]");
+      }
+    }
+  }
+
+  // An identifier of macOS and a media type of Linux are made of the first one.
+  void documents() {
+    constexpr std::size_t kLongest = 32;
+    std::set<std::string> seen;
+    for (const DocumentConfig& document : config_.documents) {
+      const Place place{config_.file, document.line};
+      for (const std::string& extension : document.extensions) {
+        const bool isValid = !extension.empty() && extension.size() <= kLongest &&
+                             std::all_of(extension.begin(), extension.end(), [](unsigned char c) {
+                               return (c < 0x80 && std::isalnum(c)) || c == '-';
+                             });
+        if (!isValid) {
+          findings_.push_back(
+              {Severity::kError, "extension",
+               "documents.extensions has \"" + extension + "\", which is no extension of files",
+               place, "write letters and digits, without the dot"});
+        } else if (!seen.insert(extension).second) {
+          findings_.push_back({Severity::kError, "extension",
+                               "." + extension + " stands in [[documents]] twice", place,
+                               "keep one of the two"});
+        }
+      }
+      if (document.extensions.empty() || document.name.empty()) {
+        findings_.push_back({Severity::kError, "missing-key",
+                             "[[documents]] without a name or an extension", place,
+                             "name = \"Letter\" and extensions = [\"letter\"]"});
       }
     }
   }

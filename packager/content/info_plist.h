@@ -1,6 +1,7 @@
 // Property lists of bundles, as XML.
 #pragma once
 #include <string>
+#include <vector>
 
 #include "packager/config/config.h"
 
@@ -14,8 +15,10 @@ struct MacPlist {
   /// The one server that may be asked without encryption, which the system else forbids; "" for
   /// none.
   std::string insecureHost{};
-  bool mayAskAnyHost = false;  ///< likewise, where the server is not known yet
-  Parameters more{};           ///< texts, and "true" and "false" for flags, by their keys
+  bool mayAskAnyHost = false;                ///< likewise, where the server is not known yet
+  std::vector<DocumentConfig> documents{};   ///< their icons are names of files in Resources
+  std::vector<std::string> architectures{};  ///< of the runtime, the best first; none: unknown
+  Parameters more{};  ///< texts, and "true" and "false" for flags, by their keys
 };
 
 /// The keys that `config` asks for, in a bundle for macOS.
@@ -27,6 +30,9 @@ bool isKeyOfOurs(const std::string& key);
 /// Contents/Info.plist of the application's bundle.
 std::string applicationInfoPlist(const ApplicationConfig& application, const std::string& iconFile,
                                  const MacPlist& mac = {});
+
+/// The files in Resources that it names as icons of documents.
+std::vector<std::string> documentIconsIn(const std::string& plist);
 
 /// Whether a text is what applicationInfoPlist() makes of some configuration without keys of its
 /// own, to the byte.

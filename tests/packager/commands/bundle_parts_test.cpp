@@ -256,6 +256,19 @@ TEST_F(BundleParts, TheUpdaterHasItsProgramsAndSettingsWhereThereAreSettings) {
   EXPECT_EQ(part.content.entries().at("quillory-update-window").source, dir_ / "window");
 }
 
+TEST_F(BundleParts, TheUpdaterHasTheSplashForScreensWithTwoPixels) {
+  BundleTools tools;
+  tools.updaterJar = QUILLORY_UPDATER_JAR;
+  writeFile(dir_ / "splash.png", "1");
+  config_.application.splash = "splash.png";
+  EXPECT_EQ(pathsOf(updaterPart(config_, tools).content), (Names{"QuilloryLaunch", "updater.jar"}));
+  writeFile(dir_ / "splash@2x.png", "2");
+  EXPECT_EQ(pathsOf(updaterPart(config_, tools).content),
+            (Names{"QuilloryLaunch", "nativesplash@2x.png", "updater.jar"}));
+  config_.application.splashOverride = true;
+  EXPECT_EQ(pathsOf(updaterPart(config_, tools).content), (Names{"QuilloryLaunch", "updater.jar"}));
+}
+
 TEST_F(BundleParts, AnotherUpdaterSaysItsClassItselfOrIsTold) {
   BundleTools tools;
   tools.updaterJar = dir_ / "hello.jar";

@@ -19,6 +19,7 @@ namespace quillory::testing {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -92,6 +93,15 @@ TEST_F(BundleTarget, HasItsParametersOnAMacWhereNoCodeSignatureSealsThem) {
   EXPECT_THAT(pack({"doctor", bundle_}).err, HasSubstr("[sealed-parameters]"));
 }
 
+TEST_F(BundleTarget, IsExplainedWhereASystemHasPutItSomewhereElse) {
+  ASSERT_EQ(packFor("macos", config(kRuntime)).status, 0);
+  EXPECT_THAT(pack({"doctor", bundle_}).err, Not(HasSubstr("[translocated]")));
+  const std::string place = project_ / "AppTranslocation/0F2A/d";
+  fs::create_directories(place);
+  fs::rename(bundle_, place + "/Hello.app");
+  EXPECT_THAT(pack({"doctor", place + "/Hello.app"}).err, HasSubstr("[translocated]"));
+}
+
 TEST_F(BundleTarget, AsksOnAMacForWhatItsUpdateUrlNeeds) {
   errorOf("macos", config(std::string(kRuntime) + "[macos]\nplist = { CFBundleName = \"x\" }\n"),
           "parameter");
@@ -103,6 +113,19 @@ TEST_F(BundleTarget, AsksOnAMacForWhatItsUpdateUrlNeeds) {
   EXPECT_THAT(readFile(bundle_ + "/Contents/Info.plist"),
               AllOf(HasSubstr("NSAllowsArbitraryLoads"), HasSubstr("<string>To see you.</string>"),
                     HasSubstr("NSRequiresAquaSystemAppearance")));
+}
+
+TEST_F(BundleTarget, OpensItsOwnDocumentsOnAMac) {
+  const std::string documents =
+      "[[documents]]\nname = \"Letter\"\nextensions = [\"letter\"]\nicon = \"letter.icns\"\n";
+  const std::string icns = "icns\0\0\0\x10icp4\0\0\0\x08"s;
+  errorOf("macos", config(kRuntime + documents), "missing-file");
+  writeFile(project_ / "letter.icns", icns);
+  ASSERT_EQ(packFor("macos", config(kRuntime + documents)).status, 0);
+  EXPECT_EQ(readFile(bundle_ + "/Contents/Resources/Hello-letter.icns"), icns);
+  EXPECT_THAT(readFile(bundle_ + "/Contents/Info.plist"),
+              AllOf(HasSubstr("<string>Hello-letter.icns</string>"),
+                    HasSubstr("LSArchitecturePriority"), HasSubstr("<string>x86_64</string>")));
 }
 
 TEST_F(BundleTarget, PutsProgramsForMacOSIntoTheBundle) {

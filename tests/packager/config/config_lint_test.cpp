@@ -194,6 +194,21 @@ TEST(LintConfig, ChecksUpdateUrls) {
   EXPECT_TRUE(loadWith("[update]\nurl = \"https://[::1]:8080/a%20b/\"\n").findings.empty());
 }
 
+TEST(LintConfig, RefusesDocumentsThatNobodyCouldTellApart) {
+  const auto with = [](const std::string& extensions) {
+    return loadWith("[[documents]]\nname = \"A\"\nextensions = " + extensions + '\n').findings;
+  };
+  EXPECT_FALSE(hasRule(with("[\"a\", \"b-2\"]"), "extension"));
+  for (const char* bad : {"\"\"", "\".a\"", "\"a.b\"", "\"\u00e4\"", "\"a b\"", "\"a\", \"a\"",
+                          "\"abcdefghijklmnopqrstuvwxyz0123456\""})
+    EXPECT_TRUE(hasRule(with("[" + std::string(bad) + "]"), "extension")) << bad;
+  EXPECT_TRUE(hasRule(with("[]"), "missing-key"));
+  EXPECT_TRUE(hasRule(loadWith("[[documents]]\nnames = \"A\"\n").findings, "unknown-key"));
+  EXPECT_TRUE(hasRule(loadWith("[documents]\nname = \"A\"\n").findings, "wrong-kind"));
+  const std::string twice = "[[documents]]\nname = \"A\"\nextensions = [\"a\"]\n";
+  EXPECT_TRUE(hasRule(loadWith(twice + twice).findings, "extension"));
+}
+
 TEST(LintConfig, WarnsOfADynamicUrlThatIsNotThereYet) {
   const Loaded loaded = loadWith("[update]\ndynamic = true\n");
   EXPECT_TRUE(loaded.accepted);

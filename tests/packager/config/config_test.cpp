@@ -74,6 +74,11 @@ TEST(LoadConfig, ReadsEveryKeyOfTheExampleInTheDocumentation) {
   EXPECT_EQ(config.application.icon, "icon.png");
   EXPECT_EQ(config.application.splash, "splash.png");
   EXPECT_THAT(config.application.urlSchemes, ElementsAre("hello"));
+  ASSERT_EQ(config.documents.size(), 1u);
+  EXPECT_EQ(config.documents[0].name, "Hello letter");
+  EXPECT_THAT(config.documents[0].extensions, ElementsAre("letter"));
+  EXPECT_EQ(config.documents[0].role, DocumentRole::kEditor);
+  EXPECT_EQ(config.documents[0].icon, "");
   EXPECT_EQ(config.application.category, "public.app-category.utilities");
   EXPECT_EQ(config.application.copyright, "Example & Co");
   EXPECT_EQ(config.jvm.maximumHeap, 512);

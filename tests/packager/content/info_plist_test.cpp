@@ -209,5 +209,49 @@ TEST(IsApplicationInfoPlist, TakesWhatIsWrittenForAnyConfiguration) {
   EXPECT_FALSE(isApplicationInfoPlist(plist + ' '));
 }
 
+const std::vector<DocumentConfig> kDocuments = {
+    {.name = "A <letter>", .extensions = {"letter", "ltr"}, .icon = "Hello-letter.icns"},
+    {.name = "Card", .extensions = {"card"}, .role = DocumentRole::kViewer}};
+
+TEST(ApplicationInfoPlist, ClaimsTheApplicationsOwnKindsOfFiles) {
+  const std::string lines = readBack(applicationInfoPlist(sample(), "", {.documents = kDocuments}));
+  EXPECT_NE(lines.find("CFBundleDocumentTypes=["
+                       "{'CFBundleTypeIconFile': 'Hello-letter.icns', "
+                       "'CFBundleTypeName': 'A <letter>', 'CFBundleTypeRole': 'Editor', "
+                       "'LSHandlerRank': 'Owner', "
+                       "'LSItemContentTypes': ['com.example.hello.letter']}, "
+                       "{'CFBundleTypeName': 'Card', 'CFBundleTypeRole': 'Viewer', "
+                       "'LSHandlerRank': 'Owner', "
+                       "'LSItemContentTypes': ['com.example.hello.card']}]\n"),
+            std::string::npos)
+      << lines;
+  EXPECT_NE(lines.find("UTExportedTypeDeclarations=["
+                       "{'UTTypeConformsTo': ['public.data', 'public.content'], "
+                       "'UTTypeDescription': 'A <letter>', 'UTTypeIconFile': 'Hello-letter.icns', "
+                       "'UTTypeIdentifier': 'com.example.hello.letter', 'UTTypeTagSpecification': "
+                       "{'public.filename-extension': ['letter', 'ltr']}}, "),
+            std::string::npos)
+      << lines;
+}
+
+TEST(ApplicationInfoPlist, PrefersWhatTheRuntimeIsFor) {
+  EXPECT_NE(readBack(applicationInfoPlist(sample(), "", {.architectures = {"arm64", "x86_64"}}))
+                .find("LSArchitecturePriority=['arm64', 'x86_64']\n"),
+            std::string::npos);
+  EXPECT_EQ(readBack(applicationInfoPlist(sample(), "")).find("LSArchitecturePriority"),
+            std::string::npos);
+}
+
+TEST(ApplicationInfoPlist, IsKnownAgainWithDocumentsAndArchitectures) {
+  ApplicationConfig application = sample();
+  application.urlSchemes = {"a"};
+  const MacPlist mac = {.documents = kDocuments, .architectures = {"arm64"}};
+  const std::string plist = applicationInfoPlist(application, "AB.icns", mac);
+  EXPECT_TRUE(isApplicationInfoPlist(plist));
+  for (std::size_t at = 0; at < plist.size(); ++at)
+    EXPECT_FALSE(isApplicationInfoPlist(plist.substr(0, at) + '<' + plist.substr(at))) << at;
+  EXPECT_EQ(documentIconsIn(plist), (std::vector<std::string>{"Hello-letter.icns", ""}));
+}
+
 }  // namespace
 }  // namespace quillory::pack
