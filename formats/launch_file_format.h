@@ -27,6 +27,10 @@ inline constexpr char kModuleOption[] = "-Dquillory.module=";
 inline constexpr char kEnvironmentOption[] = "-Dquillory.environment.";
 inline constexpr char kDirectoryOption[] = "-Dquillory.directory=";
 
+/// The option by which an application's launch file wants an archive of classes made on the user's
+/// machine, and used.
+inline constexpr char kStartupArchiveOption[] = "-Dquillory.startup.archive=true";
+
 /// What a launch file says. Texts that are missing are "".
 struct LaunchFile {
   std::string mainClass{};

@@ -98,8 +98,8 @@ void insertOptions(const Texts& options, LaunchCommand& command) {
 
 }  // namespace
 
-void addChosenApplication(const std::string& masterFolder, const std::string& appName,
-                          LaunchCommand& command) {
+ChosenApplication addChosenApplication(const std::string& masterFolder, const std::string& appName,
+                                       LaunchCommand& command) {
   const std::optional<std::string> name =
       newestVersionFolder(masterFolder, appName, passedOver(command.jvmOptions));
   const std::string folder = name ? joinPath(masterFolder, *name) : "";
@@ -107,7 +107,7 @@ void addChosenApplication(const std::string& masterFolder, const std::string& ap
                             : nullptr);
   if (!file) {
     insertOptions({kApplicationOption}, command);
-    return;
+    return {};
   }
   const LaunchHeader header = readLaunchHeader(file.get());
   const long entries = readLong(file.get(), kClassPathRecord.name);
@@ -120,6 +120,9 @@ void addChosenApplication(const std::string& masterFolder, const std::string& ap
   options.insert(options.begin(), kApplicationOption + folder);
   addClasses(folder, paths, given, options, command);
   insertOptions(options, command);
+  const bool wantsArchive =
+      std::find(given.begin(), given.end(), kStartupArchiveOption) != given.end();
+  return {.folder = folder, .wantsStartupArchive = wantsArchive};
 }
 
 }  // namespace quillory

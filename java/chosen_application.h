@@ -9,6 +9,12 @@
 
 namespace quillory {
 
+/// What was found of it.
+struct ChosenApplication {
+  std::string folder;  ///< "" without one
+  bool wantsStartupArchive = false;
+};
+
 /// Adds the newest version of `appName` in `masterFolder` to a command whose memory options, class
 /// path and remembered options are there: its class path behind the updater's, and in front of the
 /// remembered options, which win, its own ones, the folder of its native libraries, and
@@ -16,7 +22,7 @@ namespace quillory {
 /// says "". What the application's process is to be like, its directory and its environment, is
 /// noted in the command. A version that the remembered options pass over ("-Dquillory.passed.over=<folder>/...")
 /// does not count.
-void addChosenApplication(const std::string& masterFolder, const std::string& appName,
-                          LaunchCommand& command);
+ChosenApplication addChosenApplication(const std::string& masterFolder, const std::string& appName,
+                                       LaunchCommand& command);
 
 }  // namespace quillory

@@ -19,6 +19,7 @@
 #include "java/launch_command.h"
 #include "java/launch_properties.h"
 #include "java/launch_start.h"
+#include "java/startup_archive.h"
 #include "java/trial_end.h"
 #include "support/exit_status.h"
 #include "support/file_modes.h"
@@ -167,13 +168,21 @@ void passUserArguments(const LaunchRequest& request, LaunchCommand& command) {
 
 /// Of an updater that wants it: from the class path that the JVM begins with, an application has
 /// what it would have if it had been started alone.
-void passApplication(const LaunchRequest& request, const LaunchHeader& header,
-                     const LaunchTrailer& trailer, LaunchCommand& command) {
+void passApplication(const LaunchRequest& request, const LaunchRuntime& runtime,
+                     const LaunchHeader& header, const LaunchTrailer& trailer,
+                     LaunchCommand& command) {
   const auto& options = trailer.jvmOptions;
   if (request.launchClass != kLaunchApplication ||
       std::find(options.begin(), options.end(), kWithApplicationOption) == options.end())
     return;
-  addChosenApplication(request.masterFolder, header.appName, command);
+  const ChosenApplication application =
+      addChosenApplication(request.masterFolder, header.appName, command);
+  if (!application.wantsStartupArchive) return;
+  const std::string& remembered = runtime.rememberedOptionsPath;
+  addStartupArchive({.folder = remembered.substr(0, remembered.rfind('/')),
+                     .javaHome = runtime.folder + kBundleSuffix + "/Contents/Home",
+                     .applicationFolder = application.folder},
+                    command);
 }
 
 void logArguments(const std::vector<std::string>& arguments, int launchClass) {
@@ -218,7 +227,7 @@ LaunchResult launch(const LaunchRequest& request) {
   passExtraArguments(launchFile.get(), command);
   const LaunchTrailer trailer = readLaunchTrailer(launchFile.get(), header.version);
   command.classToRun = classToRun(request.launchClass, header, trailer);
-  passApplication(request, header, trailer, command);
+  passApplication(request, *runtime, header, trailer, command);
   passUserArguments(request, command);
   logArguments(processArguments(command), request.launchClass);
   launchFile.reset();

@@ -153,6 +153,10 @@ std::vector<std::string> applicationOptions(const Config& config, const std::str
     options.push_back("--add-opens=" + module + '/' + mainClass.substr(0, mainClass.rfind('.')) +
                       "=ALL-UNNAMED");
   }
+  if (config.jvm.hasStartupArchive && module.empty() &&
+      config.runtime.source != RuntimeSource::kNone) {
+    options.emplace_back(kStartupArchiveOption);
+  }
   if (!mainJar.empty() && hasLauncherAgent(mainJar)) {
     options.push_back("-Dquillory.agent=" + packedAs);
     options.emplace_back("--add-exports=java.instrument/sun.instrument=ALL-UNNAMED");

@@ -93,6 +93,7 @@ void readJvm(ConfigSection section, JvmConfig& out) {
   section.texts("options", out.options);
   section.pairs("system-properties", out.systemProperties);
   section.pairs("environment", out.environment);
+  section.flag("startup-archive", out.hasStartupArchive);
   section.rejectUnknown();
 }
 

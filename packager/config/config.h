@@ -75,6 +75,7 @@ struct JvmConfig {
   std::vector<std::string> options;  ///< of every start, in the runtime that jlink makes
   Parameters systemProperties;       ///< set before the main class is loaded
   Parameters environment;            ///< of the application's process, set before it begins
+  bool hasStartupArchive = true;     ///< made on the user's machine, of a packed runtime
 };
 
 struct UpdaterConfig {

@@ -175,6 +175,13 @@ class Linter {
         warnOf(name, "add jlink = true to [runtime], or leave it out");
       }
     }
+    const bool hasArchive = source != RuntimeSource::kNone && config_.application.module.empty();
+    if (!hasArchive && config_.jvm.hasStartupArchive &&
+        config_.places.count("jvm.startup-archive") != 0) {
+      warning("no-effect", "jvm.startup-archive",
+              "has no effect here: archives are made for packed runtimes and class paths",
+              "leave it out");
+    }
     if (source == RuntimeSource::kNone) {
       warnOf("version", "add jlink = true or folder to [runtime]: no runtime is packed");
     }

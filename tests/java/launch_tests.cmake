@@ -15,7 +15,8 @@ target_link_libraries(launch_probe PRIVATE quillory_options quillory_java)
 quillory_test(launch_tests
   SOURCES app_executable_test.cpp bundle_loader_test.cpp chosen_application_test.cpp jni_launch_test.cpp launch_command_test.cpp
           launch_fixture.cpp launch_flow_test.cpp launch_properties_test.cpp
-          launch_start_test.cpp modified_utf8_test.cpp trial_end_test.cpp
+          launch_start_test.cpp modified_utf8_test.cpp startup_archive_test.cpp
+          trial_end_test.cpp
   LIBRARIES quillory_java)
 get_target_property(runtime test_runtime RUNTIME_FOLDER)
 get_target_property(probe_jar probe_jar JAR_FILE)

@@ -199,6 +199,21 @@ TEST_F(BundleParts, AModuleIsNamedAndItsMainClassReached) {
                      "--add-opens=com.example/com.example.hello=ALL-UNNAMED", "0"}));
 }
 
+TEST_F(BundleParts, AStartupArchiveIsWantedWithAPackedRuntime) {
+  const auto isWanted = [this] {
+    const BundlePart part = applicationPart(config_, {dir_ / "hello.jar"});
+    return part.content.entries()
+               .at("QuilloryLaunch")
+               .bytes.find(records({"-Dquillory.startup.archive=true"})) != std::string::npos;
+  };
+  config_.runtime.source = RuntimeSource::kNone;
+  EXPECT_FALSE(isWanted());
+  config_.runtime.source = RuntimeSource::kFolder;
+  EXPECT_TRUE(isWanted());
+  config_.jvm.hasStartupArchive = false;
+  EXPECT_FALSE(isWanted());
+}
+
 TEST_F(BundleParts, TheAgentOfTheMainJarsManifestIsNamed) {
   testing::withZip(dir_ / "agent.jar", "w",
                    "  z.writestr('META-INF/MANIFEST.MF',\n"

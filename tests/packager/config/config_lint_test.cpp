@@ -248,6 +248,16 @@ TEST(LintConfig, WarnsOfOptionsThatNoRuntimeWouldHave) {
   EXPECT_FALSE(hasRule(loadWith(options + "[runtime]\njlink = true\n").findings, "no-effect"));
 }
 
+TEST(LintConfig, AStartupArchiveNeedsARuntimeThatIsPacked) {
+  const std::string key = "[jvm]\nstartup-archive = ";
+  EXPECT_EQ(asText(findingOf(loadWith(key + "true\n").findings, "no-effect")),
+            ":8: warning: jvm.startup-archive has no effect here: archives are made for packed "
+            "runtimes and class paths [no-effect]\n"
+            "  -> leave it out");
+  EXPECT_FALSE(hasRule(loadWith(key + "false\n").findings, "no-effect"));
+  EXPECT_FALSE(hasRule(loadWith(key + "true\n[runtime]\njlink = true\n").findings, "no-effect"));
+}
+
 TEST(LintConfig, RefusesSystemPropertiesThatTheUpdaterSetsOrCannotSet) {
   const auto with = [](const std::string& pair) {
     return loadWith("[jvm]\nsystem-properties = { " + pair + " }\n").findings;

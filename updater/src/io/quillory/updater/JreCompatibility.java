@@ -6,7 +6,7 @@ package io.quillory.updater;
  */
 public final class JreCompatibility {
   /** What the launcher takes for "compatible". */
-  private static final int COMPATIBLE = 72;
+  static final int COMPATIBLE = 72;
 
   private JreCompatibility() {}
 

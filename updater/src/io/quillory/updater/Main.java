@@ -87,7 +87,19 @@ public final class Main implements Runnable {
       System.exit(EXIT_FAILURE);
       return;
     }
-    application.run(passedOn);
+    // Constants, so that the class is loaded where it is needed.
+    if (System.getProperty(StartupArchive.TRIES) == null
+        && System.getProperty(StartupArchive.BASE) == null) {
+      application.run(passedOn);
+      return;
+    }
+    StartupArchive.begin();
+    try {
+      application.run(passedOn);
+    } catch (Throwable e) {
+      StartupArchive.noteFailure();
+      throw e;
+    }
   }
 
   /** Ends this process when the application has; returns where there is no other process. */
