@@ -71,6 +71,7 @@ public final class Main implements Runnable {
       if (isFirstJvm
           && launchFile.isSingleInstance()
           && isHandedOver(propertiesFile, properties, ownFolder, arguments)) {
+        StartupArchive.noteNothing();
         System.exit(0);
       }
       if (Application.isOtherThan(folder)) {
@@ -110,6 +111,7 @@ public final class Main implements Runnable {
         LaunchProperties.ownFolderOf(propertiesFile, ownFolder), ownFolder.getParentFile());
     int status = OwnProcess.run(folder, launchFile, ownFolder, arguments);
     if (status >= 0) {
+      StartupArchive.noteNothing();
       System.exit(status);
     }
   }

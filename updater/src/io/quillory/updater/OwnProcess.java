@@ -72,7 +72,10 @@ final class OwnProcess {
     }
     Set<String> names = System.getProperties().stringPropertyNames();
     for (String name : names) {
-      if (name.startsWith(OWN_PROPERTIES) && !name.equals(Application.ON_CLASS_PATH)) {
+      // An archive would be of the version that this JVM has begun with.
+      if (name.startsWith(OWN_PROPERTIES)
+          && !name.startsWith("quillory.archive.")
+          && !name.equals(Application.ON_CLASS_PATH)) {
         command.add("-D" + name + '=' + System.getProperty(name));
       }
     }

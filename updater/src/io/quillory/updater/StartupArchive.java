@@ -34,6 +34,14 @@ final class StartupArchive extends Thread {
     Runtime.getRuntime().addShutdownHook(new StartupArchive(true));
   }
 
+  /** A start in which the application does not run here: it says nothing against the archive. */
+  static void noteNothing() {
+    String tries = System.getProperty(TRIES);
+    if (tries != null) {
+      new File(tries).delete();
+    }
+  }
+
   /** The main class has thrown something: the start was not good, and shows nothing of classes. */
   static synchronized void noteFailure() {
     isSettled = true;
@@ -52,10 +60,7 @@ final class StartupArchive extends Thread {
       return;
     }
     isSettled = true;
-    String tries = System.getProperty(TRIES);
-    if (tries != null) {
-      new File(tries).delete();
-    }
+    noteNothing();
     String base = System.getProperty(BASE);
     if (base != null) {
       try {

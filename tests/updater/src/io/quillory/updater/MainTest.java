@@ -192,6 +192,26 @@ public class MainTest {
   }
 
   @Test
+  public void aStartInOrderOrInAnotherProcessSaysNothingAgainstTheArchive() throws Exception {
+    installUpdater();
+    File demo = installDemo(1, "sample.Sample");
+    File tries = new File(folder.getRoot(), "tries");
+    for (String known : new String[] {demo.getPath(), ""}) {
+      write(tries, ".");
+      classPath = UPDATER + ":" + demo + "/s p%41ce.jar";
+      startWith(new String[] {"-Dquillory.application=" + known,
+          "-Dquillory.archive.tries=" + tries}, properties.getPath());
+      assertEquals(err, 0, status);
+      assertFalse(tries.exists());
+    }
+    write(tries, ".");
+    startWith(new String[] {"-Dquillory.application=" + demo, "-Dquillory.archive.tries=" + tries},
+        properties.getPath(), "--throw");
+    assertEquals(1, status);
+    assertTrue(tries.exists());
+  }
+
+  @Test
   public void theAgentOfTheManifestRunsBeforeTheMainClass() throws Exception {
     File demo = installDemo(1, "sample.Sample");
     writeLaunchFile(demo, "sample.Sample", "s p%41ce.jar", new String[0],
