@@ -1,7 +1,6 @@
 #include "java/startup_archive.h"
 
 #include <sys/stat.h>
-#include <sys/utsname.h>
 
 #include <array>
 #include <cinttypes>
@@ -70,12 +69,8 @@ class Fingerprint {
   std::uint64_t hash_ = 0xcbf29ce484222325;
 };
 
-void addMachine(Fingerprint& fingerprint) {
-  utsname names;
-  if (uname(&names) == 0) {
-    fingerprint.add(names.sysname);
-    fingerprint.add(names.machine);
-  }
+/// The system and the kind of processor are this program's own.
+void addMachine([[maybe_unused]] Fingerprint& fingerprint) {
 #if defined(__x86_64__)
   // What the processor is and can: leaves of CPUID, without the number of the core that is asked.
   for (const unsigned leaf : {0U, 1U, 7U}) {
