@@ -3,6 +3,9 @@ add_library(quillory_options INTERFACE)
 target_include_directories(quillory_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(quillory_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
                        -Werror)
+# An overrun of the stack ends the process before it is of use to anybody, and crash reports name our
+# frames.
+target_compile_options(quillory_options INTERFACE -fstack-protector-strong -fno-omit-frame-pointer)
 # A system's next version may call deprecated what this one's has.
 if(APPLE)
   target_compile_options(quillory_options INTERFACE -Wno-error=deprecated-declarations)
