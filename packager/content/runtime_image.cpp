@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -135,7 +136,9 @@ void addStamp(const std::string& path, CacheKey& key) {
   std::error_code error;
   key.add(path);
   key.add(std::to_string(fs::file_size(path, error)));
-  key.add(std::to_string(fs::last_write_time(path, error).time_since_epoch().count()));
+  // As nanoseconds: what a library counts by itself may be wider than any number it can print.
+  const auto time = fs::last_write_time(path, error).time_since_epoch();
+  key.add(std::to_string(std::chrono::duration_cast<std::chrono::nanoseconds>(time).count()));
 }
 
 // Everything that a runtime is made of; "" where that cannot be told.
