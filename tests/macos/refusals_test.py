@@ -101,7 +101,7 @@ class Build(unittest.TestCase):
         self.assert_refuses('[NSThread sleepForTimeInterval:@"1"];', "cannot initialize")
 
     def test_refuses_a_class_that_is_not_declared(self):
-        self.assert_refuses("[NSWorkspace sharedWorkspace];", "undeclared identifier 'NSWorkspace'")
+        self.assert_refuses("[NSScreenSaver sharedSaver];", "undeclared identifier 'NSScreenSaver'")
 
     def test_refuses_a_format_that_does_not_fit_its_argument(self):
         self.assert_compiles('NSLog(@"%d", 1);')
@@ -126,10 +126,10 @@ class Build(unittest.TestCase):
         self.assertRegex(errors, "undefined.*_pipe2")
 
     def test_links_no_class_that_the_stubs_lack(self):
-        is_good, errors = self.link("@interface NSWorkspace : NSObject\n@end\n"
-                                    "int main() { [NSWorkspace class]; }\n")
+        is_good, errors = self.link("@interface NSScreenSaver : NSObject\n@end\n"
+                                    "int main() { [NSScreenSaver class]; }\n")
         self.assertFalse(is_good)
-        self.assertRegex(errors, r"undefined.*_OBJC_CLASS_\$_NSWorkspace")
+        self.assertRegex(errors, r"undefined.*_OBJC_CLASS_\$_NSScreenSaver")
 
     def test_links_no_symbol_that_the_stubs_lack(self):
         is_good, errors = self.link('extern "C" void NSBeep();\nint main() { NSBeep(); }\n')

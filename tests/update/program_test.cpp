@@ -110,7 +110,8 @@ TEST_F(Program, TriesAgainWhereAMissingFileIsForbidden) {
   release(2, "2");
   const std::string archive = releases_.path() + "/Quillory-Demo-2-archive.p2.l2";
   std::filesystem::rename(archive, archive + "-later");
-  const Nginx storage(releases_.path(), "error_page 404 =403 /none;");
+  const Nginx storage(releases_.path(),
+                      "error_page 404 @forbidden; location @forbidden { return 403; }");
   machine_.extraProperties = property("qystat_update_url", storage.url());
   const ChildResult early = run("install");
   EXPECT_EQ(early.exitStatus, 1);

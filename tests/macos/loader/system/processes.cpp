@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -176,6 +177,15 @@ TheirUser* theirGetpwuid(std::uint32_t user) {
 
 char*** theirEnvironPlace() { return &environ; }
 
+// What lies between the variables of a frame and its return address, and what a function calls that
+// finds something else there.
+const std::uintptr_t kTheirCanary = 0x9e3779b97f4a7c00;
+
+[[noreturn]] void theirStackCheckFail() {
+  std::fputs("macho_loader: a function of the image has overrun its stack\n", stderr);
+  std::abort();
+}
+
 int* theirArgumentCount() { return &ownArguments().count; }
 
 char*** theirArgumentList() { return &ownArguments().list; }
@@ -213,6 +223,8 @@ Symbols processSymbols() {
       {"__NSGetArgv", code(theirArgumentList)},
       {"__NSGetEnviron", code(theirEnvironPlace)},
       {"__NSGetExecutablePath", code(theirExecutablePath)},
+      {"___stack_chk_fail", code(theirStackCheckFail)},
+      {"___stack_chk_guard", &kTheirCanary},
       {"_atexit", code(theirAtexit)},
       {"_execve", code(theirExecve)},
       {"_execvp", code(theirExecvp)},
