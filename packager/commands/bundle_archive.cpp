@@ -37,9 +37,13 @@ std::string writeBundleArchive(const Config& config, const std::string& bundle, 
   }
   std::vector<PackedEntry> entries = {
       {name + '/' + inside, bundle},
-      {name + '/' + app.identifier + ".desktop", "", desktopEntry(app, icon.has_value())}};
+      {name + '/' + app.identifier + ".desktop", "", desktopEntry(config, icon.has_value())}};
   if (icon) {
     entries.push_back({name + '/' + app.identifier + ".png", "", icon->png});
+  }
+  if (!config.documents.empty()) {
+    entries.push_back({name + '/' + app.identifier + ".xml", "",
+                       mediaTypePackage(app.identifier, config.documents)});
   }
   entries.push_back(
       {name + "/install.sh", "", installScript(app, icon ? icon->pixels : 0), kScriptMode});

@@ -68,10 +68,14 @@ home=$data/$id
 bundle=$home/$name.app
 entry=$data/applications/$id.desktop
 icon=$data/icons/hicolor/${pixels}x$pixels/apps/$id.png
+types=$data/mime/packages/$id.xml
 
 tell_desktop() {
-  # Desktops that have neither look for themselves.
+  # Desktops that have none of these look for themselves.
   update-desktop-database -q "$data/applications" 2>/dev/null || :
+  if [ -d "$data/mime" ]; then
+    update-mime-database "$data/mime" 2>/dev/null || :
+  fi
   gtk-update-icon-cache -q -t "$data/icons/hicolor" 2>/dev/null || :
 }
 
@@ -79,7 +83,7 @@ case ${1-} in
 "") ;;
 --uninstall)
   rm -rf "$home"
-  rm -f "$entry" "$icon"
+  rm -f "$entry" "$icon" "$types"
   tell_desktop
   echo "Removed $name. What it has installed at its first start lies in"
   echo "$HOME/Library/Application Support/Quillory-$name"
@@ -100,6 +104,10 @@ mv "$bundle.new" "$bundle"
 if [ "$pixels" != 0 ]; then
   mkdir -p "$(dirname "$icon")"
   cp "$here/$id.png" "$icon"
+fi
+if [ -e "$here/$id.xml" ]; then
+  mkdir -p "$(dirname "$types")"
+  cp "$here/$id.xml" "$types"
 fi
 # In an entry's command a path is quoted twice: as a word, and as a value.
 program=$(printf '%s' "$bundle/Contents/MacOS/$executable" |
@@ -134,7 +142,8 @@ std::optional<DesktopIcon> desktopIconFrom(const std::string& path) {
   return largest;
 }
 
-std::string desktopEntry(const ApplicationConfig& application, bool hasIcon) {
+std::string desktopEntry(const Config& config, bool hasIcon) {
+  const ApplicationConfig& application = config.application;
   std::string entry =
       "[Desktop Entry]\n"
       "Type=Application\n"
@@ -151,12 +160,10 @@ std::string desktopEntry(const ApplicationConfig& application, bool hasIcon) {
       entry += std::string("Categories=") + ofDesktops + '\n';
     }
   }
-  if (!application.urlSchemes.empty()) {
-    entry += "MimeType=";
-    for (const std::string& scheme : application.urlSchemes) {
-      entry += "x-scheme-handler/" + scheme + ';';
-    }
-    entry += '\n';
+  const std::string types =
+      desktopMediaTypes(application.identifier, config.documents, application.urlSchemes);
+  if (!types.empty()) {
+    entry += "MimeType=" + types + '\n';
   }
   return entry + "Terminal=false\n";
 }

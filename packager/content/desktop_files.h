@@ -1,6 +1,6 @@
-// What a desktop of Linux wants of an application, for one user: an entry in its menus, an icon,
-// and a script that puts both, and the application, where the desktop looks for them (the XDG
-// folders).
+// What a desktop of Linux wants of an application, for one user: an entry in its menus, an icon, the
+// kinds of files that it opens, and a script that puts these, and the application, where the desktop
+// looks for them (the XDG folders).
 #pragma once
 #include <optional>
 #include <string>
@@ -18,12 +18,14 @@ struct DesktopIcon {
 /// file cannot be read.
 std::optional<DesktopIcon> desktopIconFrom(const std::string& path);
 
-/// The menu entry (Desktop Entry 1.5). The command is written as @EXECUTABLE@, for the script.
-std::string desktopEntry(const ApplicationConfig& application, bool hasIcon);
+/// The menu entry (Desktop Entry 1.5), which claims the configuration's documents and URL schemes.
+/// The command is written as @EXECUTABLE@, for the script.
+std::string desktopEntry(const Config& config, bool hasIcon);
 
-/// "install.sh" for a POSIX shell, which lies beside the bundle, the entry (<identifier>.desktop)
-/// and the icon (<identifier>.png; 0 pixels: there is none): installs the application for the user
-/// who runs it, an earlier version replaced, and with --uninstall takes it away.
+/// "install.sh" for a POSIX shell, which lies beside the bundle, the entry (<identifier>.desktop),
+/// the icon (<identifier>.png; 0 pixels: there is none) and, where there are any, the documents'
+/// media types (<identifier>.xml): installs the application for the user who runs it, an earlier
+/// version replaced, and with --uninstall takes it away.
 std::string installScript(const ApplicationConfig& application, unsigned iconPixels);
 
 }  // namespace quillory::pack

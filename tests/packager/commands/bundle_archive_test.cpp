@@ -26,7 +26,8 @@ std::string oddConfig(const Project& project) {
   std::string config = project.config(
       "display-version = \"1.0/β\"\nurl-schemes = [\"hello\"]\n"
       "executable = \"Say $HOME `hi` %u\"\n" +
-      std::string(kRuntime));
+      std::string(kRuntime) +
+      "\n[[documents]]\nname = \"Letter <1>\"\nextensions = [\"letter\"]\n");
   return config.replace(config.find("\"Hello\""), 7, "\"L'été & |one\"");
 }
 
@@ -57,11 +58,18 @@ TEST(BundleArchive, OfLinuxInstallsForOneUserAndGoesAgain) {
                            HasSubstr("\nExec=\"" + data +
                                      "com.example.hello/L'été & |one.app/Contents/MacOS/"
                                      "Say \\\\$HOME \\\\`hi\\\\` %%u\" %U\n"),
-                           HasSubstr("\nMimeType=x-scheme-handler/hello;\n")));
+                           HasSubstr("\nMimeType=application/x-com.example.hello.letter;"
+                                     "x-scheme-handler/hello;\n")));
+  const std::string types = data + "mime/packages/com.example.hello.xml";
+  EXPECT_THAT(readFile(types), AllOf(HasSubstr("<comment>Letter &lt;1&gt;</comment>"),
+                                     HasSubstr("<glob pattern=\"*.letter\"/>")));
   // Once more, over itself.
   run({there + "install.sh"}, options);
   EXPECT_TRUE(fs::exists(program));
   run({there + "install.sh", "--uninstall"}, options);
+  EXPECT_FALSE(fs::exists(types));
+  // The desktop's own, where its tools are installed.
+  fs::remove_all(data + "mime");
   for (const auto& left : fs::recursive_directory_iterator(project / "home of me")) {
     EXPECT_TRUE(left.is_directory()) << left.path();
   }

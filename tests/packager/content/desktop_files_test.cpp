@@ -44,18 +44,23 @@ TEST(DesktopFiles, DesktopIconFromFindsNoneInOldOrDamagedOnes) {
 }
 
 TEST(DesktopFiles, DesktopEntryTellsWhatADesktopAsks) {
-  ApplicationConfig app;
+  Config config;
+  ApplicationConfig& app = config.application;
   app.name = "A \\ B";
   app.identifier = "com.example.a";
-  EXPECT_EQ(desktopEntry(app, false),
+  EXPECT_EQ(desktopEntry(config, false),
             "[Desktop Entry]\nType=Application\nVersion=1.5\nName=A \\\\ B\n"
             "Exec=@EXECUTABLE@ %U\nTerminal=false\n");
   app.category = "public.app-category.developer-tools";
   app.urlSchemes = {"one", "two"};
-  EXPECT_EQ(desktopEntry(app, true),
+  EXPECT_EQ(desktopEntry(config, true),
             "[Desktop Entry]\nType=Application\nVersion=1.5\nName=A \\\\ B\n"
             "Exec=@EXECUTABLE@ %U\nIcon=com.example.a\nCategories=Development;\n"
             "MimeType=x-scheme-handler/one;x-scheme-handler/two;\nTerminal=false\n");
+  config.documents = {{"Letter", {"letter"}}};
+  EXPECT_NE(desktopEntry(config, true)
+                .find("\nMimeType=application/x-com.example.a.letter;x-scheme-handler/one;"),
+            std::string::npos);
 }
 
 // What it does is tested with a whole bundle.
