@@ -40,14 +40,14 @@ printf '1\0001\0Quillory-Known-1-complete\0\0000\0GOOD\0' >"$master/QYUpdates/tr
 
 # The seconds of one start: on the clock, and of the processor.
 timed() {  # NAME
-  hyperfine -N --runs 1 --export-json round.json dist/$1.app/Contents/MacOS/$1 >/dev/null 2>&1
+  hyperfine -N --runs 1 --export-json round.json "dist/$1.app/Contents/MacOS/$1" >/dev/null 2>&1
   sed -n 's/.*"\(median\|user\|system\)": \([0-9.e-]*\).*/\2/p' round.json | paste -s -d ' ' |
     awk '{ print $1, $2 + $3 }'
 }
 # The milliseconds from the updater's first class to the application's.
 in_jvm() {  # NAME
   JAVA_TOOL_OPTIONS=-Xlog:class+load:file=classes.log:uptimenanos \
-    dist/$1.app/Contents/MacOS/$1 >/dev/null 2>&1
+    "dist/$1.app/Contents/MacOS/$1" >/dev/null 2>&1
   awk -F '[][n]' '/ io.quillory.updater.Main / { first = $2 } / ShortMain / { last = $2 }
     END { print (last - first) / 1e6 }' classes.log
 }

@@ -20,8 +20,8 @@ struct ChosenApplication {
 /// remembered options, which win, its own ones, the folder of its native libraries, and
 /// "-Dquillory.application=<its folder>". That one is there also without an application, and then
 /// says "". What the application's process is to be like, its directory and its environment, is
-/// noted in the command. A version that the remembered options pass over ("-Dquillory.passed.over=<folder>/...")
-/// does not count.
+/// noted in the command. A version that the remembered options pass over
+/// ("-Dquillory.passed.over=<folder>/...") does not count.
 ChosenApplication addChosenApplication(const std::string& masterFolder, const std::string& appName,
                                        LaunchCommand& command);
 

@@ -18,7 +18,7 @@ struct LaunchCommand {
   /// "NAME=value", set before the application runs, in whichever process that is.
   std::vector<std::string> environment;
   std::string directory;  ///< where the application runs; "" for where the launcher was started
-  std::string tryFile;  ///< where the end of the application is noted (java/trial_end.h), or ""
+  std::string tryFile;    ///< where the end of the application is noted (java/trial_end.h), or ""
 };
 
 /// "-Xmx<memory>m" and "-Xms<stack>m", each for a number of at least 1. The stack record feeds the

@@ -34,7 +34,7 @@ std::optional<struct stat> statusOf(const std::string& path) {
 }
 
 /// The number that JAVA_VERSION of a runtime's release file begins with; 0 without one.
-long javaVersionOf(const std::string& home) {
+long majorVersionIn(const std::string& home) {
   const OwnedFile file(std::fopen((home + "/release").c_str(), "rb"));
   if (!file) return 0;
   std::array<char, 256> line;
@@ -117,7 +117,7 @@ bool noteStart(const std::string& tries) {
 }  // namespace
 
 void addStartupArchive(const ArchivePlace& place, LaunchCommand& command) {
-  if (place.folder.empty() || javaVersionOf(place.javaHome) < kFirstJava) return;
+  if (place.folder.empty() || majorVersionIn(place.javaHome) < kFirstJava) return;
   const std::size_t name = place.applicationFolder.rfind('/') + 1;
   const std::string base = joinPath(place.folder, kPrefix + place.applicationFolder.substr(name));
   const std::string tries = base + ".tries";

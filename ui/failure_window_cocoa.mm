@@ -15,7 +15,7 @@
 namespace quillory {
 namespace {
 
-constexpr NSRect kWindow = {{0, 0}, {640, 300}};
+constexpr NSRect kFailureWindow = {{0, 0}, {640, 300}};
 constexpr NSRect kSentence = {{20, 244}, {600, 40}};
 constexpr NSRect kCause = {{20, 96}, {600, 140}};
 constexpr NSRect kLog = {{20, 56}, {600, 34}};
@@ -119,16 +119,16 @@ double addButton(NSView* view, double right, double width, NSString* title, SEL 
 }
 
 void makeWindow(const FailureNotice& notice) {
-  failure = [[NSWindow alloc] initWithContentRect:kWindow
+  failure = [[NSWindow alloc] initWithContentRect:kFailureWindow
                                         styleMask:0
                                           backing:NSBackingStoreBuffered
                                             defer:YES];
   [failure setReleasedWhenClosed:NO];
   [failure setBackgroundColor:[NSColor whiteColor]];
-  FailureView* content = [[FailureView alloc] initWithFrame:kWindow];
+  FailureView* content = [[FailureView alloc] initWithFrame:kFailureWindow];
   addText(content, kSentence, notice.sentence, [NSFont boldSystemFontOfSize:kSentenceSize]);
   addText(content, kCause, notice.cause, [NSFont userFixedPitchFontOfSize:kCauseSize]);
-  double right = kWindow.size.width - 20;
+  double right = kFailureWindow.size.width - 20;
   right = addButton(content, right, 100, @"Close", @selector(closeWindow:));
   if (!notice.logFile.empty()) {
     addText(content, kLog, "Log: " + notice.logFile, [NSFont systemFontOfSize:kCauseSize]);

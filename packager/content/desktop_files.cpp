@@ -61,7 +61,7 @@ std::string shellWord(const std::string& text) {
   return out + '\'';
 }
 
-constexpr char kScript[] = R"sh(
+constexpr char kInstallScript[] = R"sh(
 here=$(cd "$(dirname "$0")" && pwd)
 data=${XDG_DATA_HOME:-$HOME/.local/share}
 home=$data/$id
@@ -177,7 +177,7 @@ std::string installScript(const ApplicationConfig& application, unsigned iconPix
          "name=" +
          shellWord(application.name) + "\nid=" + shellWord(application.identifier) +
          "\nexecutable=" + shellWord(application.executable) +
-         "\npixels=" + std::to_string(iconPixels) + '\n' + kScript;
+         "\npixels=" + std::to_string(iconPixels) + '\n' + kInstallScript;
 }
 
 }  // namespace quillory::pack

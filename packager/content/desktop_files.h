@@ -1,6 +1,6 @@
-// What a desktop of Linux wants of an application, for one user: an entry in its menus, an icon, the
-// kinds of files that it opens, and a script that puts these, and the application, where the desktop
-// looks for them (the XDG folders).
+// What a desktop of Linux wants of an application, for one user: an entry in its menus, an icon,
+// the kinds of files that it opens, and a script that puts these, and the application, where the
+// desktop looks for them (the XDG folders).
 #pragma once
 #include <optional>
 #include <string>

@@ -37,9 +37,7 @@ inline CGFloat NSMaxY(NSRect rect) { return rect.origin.y + rect.size.height; }
 @end
 
 @interface NSObject (NSDelayedPerforming)
-- (void)performSelector:(SEL)selector
-             withObject:(id)argument
-             afterDelay:(NSTimeInterval)seconds;
+- (void)performSelector:(SEL)selector withObject:(id)argument afterDelay:(NSTimeInterval)seconds;
 @end
 
 @interface NSAutoreleasePool : NSObject
