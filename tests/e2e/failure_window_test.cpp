@@ -60,9 +60,12 @@ class FailureWindow : public ::testing::Test {
   ChildResult close() {
     ChildOptions options;
     options.environment["DISPLAY"] = server_.display();
-    runChild({"xdotool", "mousemove", std::to_string(kWindow.x + kCloseX),
-              std::to_string(kWindow.y + kCloseY), "click", "1"},
-             options);
+    const auto press = [&] {
+      runChild({"xdotool", "mousemove", std::to_string(kWindow.x + kCloseX),
+                std::to_string(kWindow.y + kCloseY), "click", "1"},
+               options);
+    };
+    EXPECT_TRUE(actUntil(press, [&] { return screen_.shownWindows().empty(); }));
     return child_->finish();
   }
 

@@ -17,4 +17,19 @@ bool eventually(Condition condition) {
   return true;
 }
 
+/// As a person does who presses a button in the moment in which its window appears, where the
+/// toolkit may lose that: `act` again and again, a second apart, until `condition` is true.
+template <typename Act, typename Condition>
+bool actUntil(Act act, Condition condition) {
+  auto next = std::chrono::steady_clock::now();
+  return eventually([&] {
+    if (condition()) return true;
+    if (std::chrono::steady_clock::now() >= next) {
+      act();
+      next += std::chrono::seconds(1);
+    }
+    return false;
+  });
+}
+
 }  // namespace quillory::testing

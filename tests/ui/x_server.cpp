@@ -72,8 +72,10 @@ std::vector<WindowAt> Screen::shownWindows() const {
   Window parent = 0;
   Window* list = nullptr;
   unsigned count = 0;
-  // Windows come and go while they are asked about.
+  // Windows come and go while they are asked about: those of programs that end even now, and Xlib
+  // ends a process that asks for one.
   XGrabServer(display);
+  const auto handler = XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
   XQueryTree(display, DefaultRootWindow(display), &root, &parent, &list, &count);
   const std::unique_ptr<Window[], ListFreer> windows(list);
   std::vector<WindowAt> shown;
@@ -86,6 +88,7 @@ std::vector<WindowAt> Screen::shownWindows() const {
   }
   XUngrabServer(display);
   XSync(display, False);
+  XSetErrorHandler(handler);
   return shown;
 }
 

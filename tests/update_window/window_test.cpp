@@ -157,8 +157,7 @@ TEST_F(UpdateWindow, AsksWhatTheUserWantsAndSaysWhenItIsReady) {
   EXPECT_TRUE(hasInk(asked, kHeading));
   EXPECT_TRUE(hasInk(asked, kText));
   EXPECT_TRUE(hasInk(asked, {kMargin, kButtonY, 200, kButtonHeight})) << "skip";
-  click(load);
-  ASSERT_TRUE(eventually([&] { return !isLoadShown(picture()); }));
+  ASSERT_TRUE(actUntil([&] { click(load); }, [&] { return !isLoadShown(picture()); }));
   ASSERT_TRUE(eventually([&] { return hasInk(picture(), kOnlyButton); }));
   click(kOnlyButton);
   EXPECT_EQ(process_->finish().exitStatus, 0);
