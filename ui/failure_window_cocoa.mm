@@ -159,7 +159,7 @@ bool putOnScreen(const FailureNotice& notice) {
   return isShown;
 }
 
-void takeDown() {
+void takeFailureDown() {
   platform::onMainThread([] {
     const AutoreleasePool pool;
     [failure close];
@@ -195,7 +195,7 @@ void waitForUser(int unattendedSeconds) {
 void show(const FailureNotice& notice) {
   if (!putOnScreen(notice)) return;
   waitForUser(notice.unattendedSeconds);
-  takeDown();
+  takeFailureDown();
 }
 
 }  // namespace

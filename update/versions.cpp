@@ -1,11 +1,9 @@
 #include "update/versions.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstdlib>
 
-#include "formats/launch_file_format.h"
+#include "formats/launch_file.h"
 #include "formats/sha256.h"
 #include "formats/strict_records.h"
 #include "install/unfinished.h"
@@ -58,11 +56,6 @@ std::vector<InstalledVersion> versionsOf(const Installation& installation, const
   std::stable_sort(versions.begin(), versions.end(),
                    [](const auto& a, const auto& b) { return a.number > b.number; });
   return versions;
-}
-
-bool holdsLaunchFile(const std::string& folder) {
-  struct stat found {};
-  return stat(joinPath(folder, kLaunchFileName).c_str(), &found) == 0 && found.st_size > 0;
 }
 
 }  // namespace

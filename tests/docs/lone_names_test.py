@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""lone_names.py finds names that two sources of a folder have, and nothing else."""
+"""lone_names.py finds names that two sources of a folder, or a header, have, and nothing else."""
 import subprocess
 import sys
 import tempfile
@@ -14,15 +14,28 @@ class LoneNames(unittest.TestCase):
         with tempfile.TemporaryDirectory() as root:
             for name, body in sources.items():
                 (Path(root) / name).parent.mkdir(exist_ok=True)
-                (Path(root) / name).write_text(f"namespace {{\n{body}\n}}  // namespace\n")
+                inner = body if name.endswith(".h") else f"namespace {{\n{body}\n}}  // namespace"
+                (Path(root) / name).write_text(f"namespace q {{\n{inner}\n}}  // namespace q\n")
             run = subprocess.run([sys.executable, "-B", SCRIPT, root], capture_output=True, text=True)
             return run.returncode, run.stdout
 
     def test_names_both_sources(self):
         for body in ("constexpr int kMost = 1;", "struct Most {", "int most(int of) {",
-                     "std::string most;", "TEST_F(Most, Is) {", "const std::string kMost(6, 'a');"):
+                     "std::string most;", "enum { kOther, kMost };",
+                     "enum Most {\n  kOther = 1,  // says the other\n  kMost\n};", "TEST_F(Most, Is) {", "const std::string kMost(6, 'a');"):
             status, said = self.found({"a/b.cpp": body, "a/c.cpp": body})
             self.assertEqual((status, "b.cpp, c.cpp" in said), (1, True), body)
+
+    def test_names_both_sources_of_objects(self):
+        self.assertEqual(self.found({"a/b.mm": "constexpr int kMost = 1;",
+                                     "a/c.mm": "constexpr int kMost = 1;"})[0], 1)
+
+    def test_tells_what_a_header_declares(self):
+        for header in ("int most(int of);", "int most(int of,\n         long by);"):
+            status, said = self.found({"a/b.h": header, "c/d.cpp": header.replace(";", " {")})
+            self.assertEqual((status, "d.cpp: most is declared by" in said), (1, True), said)
+        self.assertEqual(self.found({"a/b.h": "int most(long of);",
+                                     "c/d.cpp": "int most(int of) {"})[0], 0)
 
     def test_leaves_other_folders_overloads_aliases_and_twins(self):
         for sources in ({"a/b.cpp": "int most(int of) {", "c/b.cpp": "int most(int of) {"},

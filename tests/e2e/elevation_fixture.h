@@ -14,6 +14,7 @@
 #include "tests/harness/eventually.h"
 #include "tests/harness/private_root.h"
 #include "tests/harness/stand_in_program.h"
+#include "tests/harness/text_count.h"
 
 namespace quillory::testing {
 
@@ -27,12 +28,6 @@ inline constexpr char kPrompts[] = "/records/prompts";
 inline constexpr char kRefusal[] =
     "[SUDO] The install location still cannot be written after an elevated setup. Will not elevate "
     "again.";
-
-inline int countOf(const std::string& text, const std::string& part) {
-  int count = 0;
-  for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
-  return count;
-}
 
 inline uid_t ownerOf(const std::string& path) {
   struct stat found {};

@@ -19,12 +19,12 @@ using testing::pageExample;
 using testing::readFile;
 using testing::StreamOf;
 
-std::string tailMarker() {
+std::string markerOfTails() {
   const OwnedText marker(allocAndInitMarker());
   return {marker.get(), kTailMarkerLength};
 }
 
-std::string paramsMarker() {
+std::string markerOfParams() {
   const OwnedText marker(allocAndInitParamsMarker());
   return {marker.get(), kParamsMarkerLength};
 }
@@ -34,12 +34,12 @@ std::uint32_t scan(std::FILE* stream, const std::string& marker) {
 }
 
 TEST(AllocAndInitMarker, GivesTheBytesOfThePage) {
-  EXPECT_EQ(tailMarker(), pageExample("formats/record-stream.md", 1));
-  for (const char byte : tailMarker()) EXPECT_LT(static_cast<unsigned char>(byte), 0x80);
+  EXPECT_EQ(markerOfTails(), pageExample("formats/record-stream.md", 1));
+  for (const char byte : markerOfTails()) EXPECT_LT(static_cast<unsigned char>(byte), 0x80);
 }
 
 TEST(AllocAndInitParamsMarker, GivesTheBytesOfThePage) {
-  EXPECT_EQ(paramsMarker(), pageExample("formats/record-stream.md", 2));
+  EXPECT_EQ(markerOfParams(), pageExample("formats/record-stream.md", 2));
 }
 
 // The launcher searches itself, so that no eight bytes of a marker may stand in a program that can
@@ -47,7 +47,7 @@ TEST(AllocAndInitParamsMarker, GivesTheBytesOfThePage) {
 TEST(AllocAndInitMarker, LeavesNoMarkerInTheExecutable) {
   const std::string program = readFile(QUILLORY_THIS_PROGRAM);
   ASSERT_NE(program.find("1d432a505b7a1f64"), std::string::npos) << "the digits are there";
-  for (const std::string& marker : {tailMarker(), paramsMarker()}) {
+  for (const std::string& marker : {markerOfTails(), markerOfParams()}) {
     for (std::size_t at = 0; at < marker.size(); at += 8)
       EXPECT_EQ(program.find(marker.substr(at, 8)), std::string::npos) << "bytes from " << at;
   }
@@ -57,18 +57,18 @@ TEST(ScanToMarker, LeavesAPipeBehindTheMarkerToo) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   const OwnedFile reader(fdopen(ends[0], "rb"));
-  const std::string bytes = std::string(1000, '.') + tailMarker() + "next";
+  const std::string bytes = std::string(1000, '.') + markerOfTails() + "next";
   ASSERT_EQ(write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
   close(ends[1]);
-  EXPECT_EQ(scan(reader.get(), tailMarker()), 1128U);
+  EXPECT_EQ(scan(reader.get(), markerOfTails()), 1128U);
   char next[5] = "";
   EXPECT_EQ(std::fread(next, 1, 4, reader.get()), 4U);
   EXPECT_STREQ(next, "next");
 }
 
 TEST(ScanToMarker, CountsToTheByteBehindTheMarker) {
-  StreamOf stream(std::string(1000, '.') + tailMarker() + "next");
-  EXPECT_EQ(scan(stream.get(), tailMarker()), 1128U);
+  StreamOf stream(std::string(1000, '.') + markerOfTails() + "next");
+  EXPECT_EQ(scan(stream.get(), markerOfTails()), 1128U);
   EXPECT_EQ(std::ftell(stream.get()), 1128);
 }
 
@@ -79,8 +79,8 @@ TEST(ScanToMarker, CountsFromWhereItBegins) {
 }
 
 TEST(ScanToMarker, FindsBytesAbove7F) {
-  StreamOf stream("..." + paramsMarker() + "...");
-  EXPECT_EQ(scan(stream.get(), paramsMarker()), 67U);
+  StreamOf stream("..." + markerOfParams() + "...");
+  EXPECT_EQ(scan(stream.get(), markerOfParams()), 67U);
 }
 
 TEST(ScanToMarker, FindsOneMarkerAfterTheOther) {
@@ -91,7 +91,7 @@ TEST(ScanToMarker, FindsOneMarkerAfterTheOther) {
 
 // Long files are read in blocks, between which a marker may lie.
 TEST(ScanToMarker, FindsAMarkerWhereverItLies) {
-  const std::string marker = tailMarker();
+  const std::string marker = markerOfTails();
   for (const std::size_t block : {1U << 12, 1U << 16, 1U << 17}) {
     for (std::size_t before = block - marker.size() - 1; before <= block + 1; ++before) {
       StreamOf stream(std::string(before, '.') + marker + "next");
@@ -104,7 +104,7 @@ TEST(ScanToMarker, FindsAMarkerWhereverItLies) {
 // No back-tracking, by intent: the mismatching byte is not tried as a first byte.
 TEST(ScanToMarker, MissesAMarkerBehindItsOwnFirstByte) {
   CapturedLog log;
-  const std::string marker = tailMarker();
+  const std::string marker = markerOfTails();
   StreamOf stream(marker.substr(0, 1) + marker);
   EXPECT_EQ(scan(stream.get(), marker), kMarkerNotFound);
 }
@@ -135,7 +135,7 @@ TEST(ScanToMarker, LogsThatThereIsNone) {
 
 TEST(ScanToMarker, MissesAMarkerCutAnywhereOrChangedAnywhere) {
   CapturedLog log;
-  const std::string marker = tailMarker();
+  const std::string marker = markerOfTails();
   for (std::size_t at = 0; at < marker.size(); ++at) {
     SCOPED_TRACE(at);
     StreamOf cut(marker.substr(0, at));

@@ -9,6 +9,7 @@
 
 #include "support/durable.h"
 #include "support/file_modes.h"
+#include "support/folder_listing.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/file_size_limit.h"
 #include "tests/harness/scoped_replace.h"
@@ -29,13 +30,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
-
-std::vector<std::string> namesIn(const std::string& folder) {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder))
-    names.push_back(entry.path().filename().string());
-  return names;
-}
 
 class ProvideAppExecutable : public ::testing::Test {
  protected:

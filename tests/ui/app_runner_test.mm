@@ -30,7 +30,7 @@ std::string step(int progress, double seconds) {
   return std::to_string(progress) + " for " + std::to_string(seconds);
 }
 
-void noteSleep(id, SEL, NSTimeInterval seconds) {
+void noteState(id, SEL, NSTimeInterval seconds) {
   seen.push_back(step(splash::progress(), seconds));
 }
 
@@ -40,7 +40,7 @@ TEST_F(AppRunnerThread, ShowsEveryStateAndTakesTheWindowOffTheScreen) {
   const ScopedReplace<void (*)()> off(
       platformCalls.window.takeOffScreen, +[] { seen.push_back("off"); });
   const ScopedMethod sleep(class_getClassMethod([NSThread class], @selector(sleepForTimeInterval:)),
-                           noteSleep);
+                           noteState);
   splash::setProgress(50);
   AppRunner* runner = [[[AppRunner alloc] init] autorelease];
   [runner runThread:nil];

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "tests/harness/temp_dir.h"
+#include "tests/harness/text_count.h"
 #include "tests/ui/demo_process.h"
 #include "tests/ui/x_server.h"
 
@@ -36,13 +37,6 @@ const std::vector<std::string> kWholeSplash = {
     "wait 100",      "progress 40",
     "progress -100", "hide",
     "cleanup"};
-
-int countOf(const std::string& text, const std::string& part) {
-  int count = 0;
-  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-    ++count;
-  return count;
-}
 
 std::vector<std::string> filesIn(const std::string& folder) {
   std::vector<std::string> files;

@@ -22,7 +22,11 @@ class CocoaObjects : public ::testing::Test {
     platform::startToolkit(programName);
     static const XServer server;
     setenv("DISPLAY", server.display().c_str(), 1);
-    ASSERT_TRUE(platform::isReadyForWindows());
+  }
+
+  // Before each test: one that went on without would fail by something else.
+  void SetUp() override {
+    ASSERT_TRUE(platform::isReadyForWindows()) << "no window server at " << getenv("DISPLAY");
   }
 
   const AutoreleasePool pool_;
