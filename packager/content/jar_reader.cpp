@@ -136,6 +136,16 @@ Jar::Jar(const std::string& path) : path_(path) {
   }
 }
 
+bool Jar::isModule() const {
+  constexpr std::string_view kDescriptor = "module-info.class";
+  return std::any_of(entries_.begin(), entries_.end(), [&](const auto& entry) {
+    const std::string& name = entry.first;
+    return name == kDescriptor ||
+           (name.starts_with("META-INF/versions/") && name.ends_with(kDescriptor) &&
+            name[name.size() - kDescriptor.size() - 1] == '/');
+  });
+}
+
 bool Jar::hasClass(const std::string& name) const {
   std::string path = name;
   std::replace(path.begin(), path.end(), '.', '/');

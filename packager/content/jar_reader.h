@@ -12,6 +12,8 @@ class Jar {
   explicit Jar(const std::string& path);
 
   bool contains(const std::string& entry) const { return entries_.count(entry) != 0; }
+  /// Whether it is a module, for some version of Java at least.
+  bool isModule() const;
   /// Whether a class is in it, by its name with dots.
   bool hasClass(const std::string& name) const;
   /// A value of the manifest's main section, or "", as `java -jar` reads it: names in any case,

@@ -15,8 +15,10 @@
 #include "packager/bytes/byte_sinks.h"
 #include "packager/content/class_list.h"
 #include "packager/content/info_plist.h"
+#include "packager/content/jar_reader.h"
 #include "packager/content/native_symbols.h"
 #include "packager/content/program_folder.h"
+#include "packager/content/stored_jar.h"
 #include "packager/content/stub_jar.h"
 #include "packager/content/tool_runner.h"
 #include "packager/report/joined.h"
@@ -39,6 +41,33 @@ std::string trimmed(const std::string& text) {
   return first == std::string::npos
              ? ""
              : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+// What is no jar, jdeps is to say.
+bool isModule(const std::string& jar) {
+  try {
+    return Jar(jar).isModule();
+  } catch (const PackError&) {
+    return false;
+  }
+}
+
+// The jars as a class path sees them. Of a module jdeps wants all that it requires to be there, and
+// no other of its name; on a class path neither counts.
+std::vector<std::string> withoutDescriptors(std::vector<std::string> jars,
+                                            const std::string& workFolder) {
+  for (std::size_t i = 0; i < jars.size(); ++i) {
+    if (!isModule(jars[i])) {
+      continue;
+    }
+    const std::string folder = workFolder + "/classes/" + std::to_string(i);
+    fs::create_directories(folder);
+    const std::string copy = folder + '/' + fs::path(jars[i]).filename().string();
+    if (storeJarForClassPath(jars[i], copy).empty()) {
+      jars[i] = copy;
+    }
+  }
+  return jars;
 }
 
 // "java.base,java.desktop" from the last line: warnings come before it.
@@ -191,8 +220,11 @@ void requireModulesFor(Target target, const Config& config) {
 std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::string>& jars,
                         const std::string& workFolder, const RuntimeOptions& options,
                         PackCache* cache) {
-  std::string modules =
-      config.modules.empty() ? modulesFoundByJdeps(config, jars) : joined(config.modules, ",");
+  std::string modules = joined(config.modules, ",");
+  if (modules.empty()) {
+    modules = modulesFoundByJdeps(
+        config, options.module.empty() ? withoutDescriptors(jars, workFolder) : jars);
+  }
   if (!config.addModules.empty()) {
     modules += ',' + joined(config.addModules, ",");
   }

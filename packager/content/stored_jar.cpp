@@ -19,6 +19,10 @@ namespace {
 constexpr std::uint32_t kNameIsUtf8 = 0x0800;
 constexpr std::uint32_t kVersionForFiles = 10;
 constexpr std::uint32_t kVersionForFolders = 20;
+constexpr char kModuleDescriptor[] = "module-info.class";
+
+// Which entries are written.
+using EntryTest = bool (*)(const JarEntry&);
 
 // Takes the content of an entry, piece by piece, and judges it by its length and checksum.
 class ContentCheck {
@@ -133,8 +137,8 @@ std::string newDirectoryEntry(const JarEntry& entry, std::uint32_t offset) {
   return out + entry.name + entry.comment;
 }
 
-std::string newEnd(const JarDirectory& directory, std::uint32_t offset, std::uint32_t length) {
-  const auto count = static_cast<std::uint32_t>(directory.entries.size());
+std::string newEnd(const JarDirectory& directory, std::uint32_t count, std::uint32_t offset,
+                   std::uint32_t length) {
   std::string out(kDirectoryEndMark);
   put32(out, 0);  // disks
   put16(out, count);
@@ -153,38 +157,57 @@ std::uint64_t storedSize(const JarDirectory& directory) {
   return size;
 }
 
-void writeStored(const JarFile& jar, JarDirectory& directory, ByteSink& out) {
+void writeStored(const JarFile& jar, JarDirectory& directory, EntryTest isWanted, ByteSink& out) {
   std::vector<std::uint32_t> offsets(directory.entries.size());
   std::uint32_t at = 0;
   for (JarEntry* entry : inFileOrder(jar, directory)) {
+    if (!isWanted(*entry)) continue;
     offsets[static_cast<std::size_t>(entry - directory.entries.data())] = at;
     out.write(std::string(kLocalHeaderMark) + commonFields(*entry) + entry->name);
     copyContent(jar, *entry, out);
     at += static_cast<std::uint32_t>(kLocalHeaderSize + entry->name.size()) + entry->size();
   }
-  std::uint32_t length = 0;
+  std::uint32_t length = 0, count = 0;
   for (std::size_t i = 0; i < offsets.size(); ++i) {
+    if (!isWanted(directory.entries[i])) continue;
+    ++count;
     const std::string entry = newDirectoryEntry(directory.entries[i], offsets[i]);
     out.write(entry);
     length += static_cast<std::uint32_t>(entry.size());
   }
-  out.write(newEnd(directory, at, length));
+  out.write(newEnd(directory, count, at, length));
 }
 
-}  // namespace
+bool isKept(const JarEntry&) { return true; }
 
-std::string storeJar(const std::string& source, const std::string& path) {
+bool isNoModuleDescriptor(const JarEntry& entry) {
+  return entry.name != kModuleDescriptor &&
+         !(entry.name.starts_with("META-INF/versions/") &&
+           entry.name.ends_with("/" + std::string(kModuleDescriptor)));
+}
+
+std::string storeEntries(const std::string& source, const std::string& path, EntryTest isWanted) {
   try {
     const JarFile jar(source);
     JarDirectory directory = readJarDirectory(jar);
     if (storedSize(directory) >= kElsewhere32) return kTooLargeJar.why;
     FileSink out(path, 0666, Durability::kLeftToTheSystem);
-    writeStored(jar, directory, out);
+    writeStored(jar, directory, isWanted, out);
     out.commit();
     return "";
   } catch (const OddJar& odd) {
     return odd.why;
   }
+}
+
+}  // namespace
+
+std::string storeJar(const std::string& source, const std::string& path) {
+  return storeEntries(source, path, isKept);
+}
+
+std::string storeJarForClassPath(const std::string& source, const std::string& path) {
+  return storeEntries(source, path, isNoModuleDescriptor);
 }
 
 }  // namespace quillory::pack

@@ -15,4 +15,8 @@ namespace quillory::pack {
 /// when an entry is damaged, when the jar cannot be read, and where the file cannot be written.
 std::string storeJar(const std::string& source, const std::string& path);
 
+/// The same without what makes a module of a jar (module-info.class, also of single versions of
+/// Java), which counts for nothing on a class path.
+std::string storeJarForClassPath(const std::string& source, const std::string& path);
+
 }  // namespace quillory::pack

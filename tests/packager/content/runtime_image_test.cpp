@@ -133,6 +133,23 @@ TEST(LinkRuntime, MakesARuntimeWithTheModulesThatTheJarsNeed) {
   EXPECT_NE(versionNumberOf(folder), "");
 }
 
+// As a class path has it: nobody asks there for what a module requires.
+TEST(LinkRuntime, TakesAModuleWithoutWhatItRequiresForPlainClasses) {
+  TempDir dir;
+  const std::string jdk = fs::canonical(findJdkTool("jlink", "")).parent_path().parent_path();
+  writeFile(dir / "absent/module-info.java", "module absent {}");
+  writeFile(dir / "src/module-info.java", "module present { requires absent; }");
+  writeFile(dir / "src/p/A.java",
+            "package p; class A { java.util.logging.Logger log; java.sql.Driver driver; }");
+  runTool({jdk + "/bin/javac", "-d", dir / "out/absent", dir / "absent/module-info.java"});
+  runTool({jdk + "/bin/javac", "-d", dir / "plain", dir / "src/p/A.java"});
+  runTool(
+      {jdk + "/bin/javac", "-d", dir / "plain", "-p", dir / "out", dir / "src/module-info.java"});
+  runTool({jdk + "/bin/jar", "--create", "--file", dir / "a.jar", "-C", dir / "plain", "."});
+  const std::string folder = linkRuntime({}, {dir / "a.jar", dir / "a.jar"}, dir.str());
+  EXPECT_THAT(runTool({folder + "/bin/java", "--list-modules"}), HasSubstr("java.sql@"));
+}
+
 TEST(LinkRuntime, AddsTheClassesOfTheUpdaterToTheListForTheArchive) {
   TempDir dir;
   RuntimeConfig config;

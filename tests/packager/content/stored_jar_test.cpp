@@ -69,6 +69,20 @@ TEST_F(StoreJar, KeepsCommentsAndAttributesAndDropsExtraFields) {
             "0o100755 b'of it' b'' b'of all'\n");
 }
 
+TEST_F(StoreJar, LeavesOutForAClassPathWhatMakesAModule) {
+  withZip(jar_, "w",
+          "  z.writestr('module-info.class', 'x' * 3000)\n"
+          "  z.writestr('a/module-info.class', 'y')\n"
+          "  z.writestr('META-INF/versions/9/module-info.class', 'z')\n"
+          "  z.writestr('META-INF/versions/9/a/xmodule-info.class', 'w')\n");
+  EXPECT_TRUE(Jar(jar_).isModule());
+  EXPECT_EQ(storeJarForClassPath(jar_, stored_), "");
+  EXPECT_EQ(entriesOf(stored_),
+            "a/module-info.class 0 1 fbdb2615 1980-1-1\n"
+            "META-INF/versions/9/a/xmodule-info.class 0 1 1c630b12 1980-1-1\n");
+  EXPECT_FALSE(Jar(stored_).isModule());
+}
+
 TEST_F(StoreJar, GivesTheSameBytesForTheSameContent) {
   const std::string script =
       "  i = ZipInfo('a', (%d, 1, 1, 0, 0, 0))\n"
