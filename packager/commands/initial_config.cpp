@@ -104,8 +104,11 @@ std::string contentLines(const FoundApplication& found) {
   if (found.files.empty()) {
     return lines + "# files = [\"data\"]             # more files and folders, put beside lib/\n";
   }
-  return lines + "layout = \"beside\"              # jars lie beside the files, as they do here\n" +
-         "files = " + quotedList(found.files) + '\n';
+  if (!found.layout.empty()) {
+    lines += "layout = " + quoted(found.layout) +
+             "              # jars lie beside the files, as they do here\n";
+  }
+  return lines + "files = " + quotedList(found.files) + '\n';
 }
 
 std::string iconLine(const std::string& folder, const std::string& named) {

@@ -4,12 +4,13 @@
 #include <array>
 #include <filesystem>
 #include <iterator>
-#include <set>
 #include <sstream>
 #include <utility>
 
 #include "packager/bytes/byte_sinks.h"
+#include "packager/content/gradle_application.h"
 #include "packager/content/jar_reader.h"
+#include "packager/content/start_command.h"
 #include "packager/report/findings.h"
 #include "support/folder_listing.h"
 
@@ -37,6 +38,9 @@ constexpr std::pair<const char*, const char*> kBuildFiles[] = {
     {"build.gradle", "mainClass"},     {"build.gradle.kts", "mainClass.set("},
     {"build.gradle.kts", "mainClass"}, {"build.xml", "\"Main-Class\" value="}};
 constexpr std::size_t kLongestBuildFile = 1 << 20;
+// Where a bundle has its jars, unless they lie beside the files.
+constexpr char kPackedJarFolder[] = "lib";
+constexpr char kScriptFolder[] = "bin";
 
 bool isExtra(const std::string& name) {
   return std::any_of(kExtraEndings.begin(), kExtraEndings.end(),
@@ -170,6 +174,56 @@ std::pair<std::string, std::string> mainClassOfBuild(const std::string& folder,
   return {};
 }
 
+struct FoundCommand {
+  std::string script;  // from the folder that is looked into
+  StartCommand command;
+  std::size_t jar = 0;  // which one has the main class
+};
+
+// The jar that has a class, or that is called so; their number for none.
+std::size_t jarOf(const std::string& started, const std::string& folder,
+                  const std::vector<FoundJar>& jars) {
+  const auto found = std::find_if(jars.begin(), jars.end(), [&](const FoundJar& jar) {
+    if (started.ends_with(".jar")) {
+      return !jar.mainClass.empty() &&
+             fs::path(jar.path).filename() == fs::path(started).filename();
+    }
+    return Jar((fs::path(folder) / jar.path).string()).hasClass(started);
+  });
+  return static_cast<std::size_t>(found - jars.begin());
+}
+
+// What a script beside the jars, or in bin/, starts of them.
+std::optional<FoundCommand> commandOfScript(const std::string& folder,
+                                            const std::vector<FoundJar>& jars) {
+  for (const std::string inside : {"bin/", ""}) {
+    for (const std::string& name : namesIn((fs::path(folder) / inside).string())) {
+      const std::string path = (fs::path(folder) / inside / name).string();
+      const std::string ending = fs::path(name).extension().string();
+      // At the top lies everything: what is a script says its name.
+      if (ending == ".jar" || ending == ".bat" || (inside.empty() && ending != ".sh") ||
+          !isFile(path)) {
+        continue;
+      }
+      const std::string text = readBeginningOf(path, kLongestBuildFile);
+      if (!text.starts_with("#!")) {
+        continue;
+      }
+      std::optional<StartCommand> command = readStartCommand(text, [&](const std::string& started) {
+        return jarOf(started, folder, jars) < jars.size();
+      });
+      if (command) {
+        const std::size_t jar = jarOf(command->started, folder, jars);
+        // Gradle's scripts keep options in a variable.
+        const std::vector<std::string> more = readStartScript(text).jvmOptions;
+        command->options.insert(command->options.end(), more.begin(), more.end());
+        return FoundCommand{inside + name, std::move(*command), jar};
+      }
+    }
+  }
+  return std::nullopt;
+}
+
 // Whether somebody builds something here: what lies beside a jar is not only what it needs then.
 bool isSourceFolder(const std::string& folder) {
   constexpr const char* kSigns[] = {"src", "pom.xml", "build.gradle", "build.gradle.kts",
@@ -178,21 +232,63 @@ bool isSourceFolder(const std::string& folder) {
                      [&](const char* sign) { return fs::exists(fs::path(folder) / sign); });
 }
 
-// The folders beside a jar that is ready to run, where that expects them.
+// The folders beside a jar that is ready to run, or beside the lib/ that it lies in, where the
+// application expects them. Its scripts stay behind: the launcher starts it.
 std::vector<std::string> foldersBeside(const std::string& folder, const FoundJar& jar) {
   std::vector<std::string> beside;
-  if (fs::path(jar.path).has_parent_path() || jar.mainClass.empty() || isSourceFolder(folder)) {
+  const fs::path place = fs::path(jar.path).parent_path();
+  if ((!place.empty() && place != kPackedJarFolder) || jar.mainClass.empty()) {
     return beside;
   }
   for (const std::string& name : namesIn(folder)) {
     const bool isForJars =
         std::find(std::begin(kJarFolders), std::end(kJarFolders), name) != std::end(kJarFolders);
     if (!name.starts_with('.') && !isForJars && fs::is_directory(fs::path(folder) / name) &&
-        fs::path(name).extension() != ".app") {
+        fs::path(name).extension() != ".app" && (place.empty() || name != kScriptFolder)) {
       beside.push_back(name);
     }
   }
   return beside;
+}
+
+// What the folder is called counts where several jars can be started: those of others lie here,
+// too.
+void preferNameOfFolder(const std::string& folder, std::vector<FoundJar>& jars) {
+  const fs::path place = fs::absolute(folder).lexically_normal();
+  const std::string name = (place.has_filename() ? place : place.parent_path()).filename().string();
+  const auto isNamesake = [&](const FoundJar& jar) {
+    return !jar.mainClass.empty() && !name.empty() &&
+           fs::path(jar.path).filename().string().starts_with(name);
+  };
+  std::stable_partition(jars.begin(), jars.end(), isNamesake);
+}
+
+void setMainClass(const std::string& folder, const std::vector<FoundJar>& jars,
+                  FoundApplication& found) {
+  found.mainClass = jars[0].mainClass;
+  if (!found.mainClass.empty()) {
+    found.reasons.push_back("main class: from the manifest of " + jars[0].path);
+    return;
+  }
+  const auto [mainClass, file] = mainClassOfBuild(folder, jars);
+  found.mainClass = mainClass;
+  if (!mainClass.empty()) {
+    found.reasons.push_back("main class: from " + file);
+  }
+}
+
+// The jar of the command becomes the first one.
+void followScript(const FoundCommand& script, std::vector<FoundJar>& jars,
+                  FoundApplication& found) {
+  const auto main = jars.begin() + static_cast<std::ptrdiff_t>(script.jar);
+  if (!script.command.started.ends_with(".jar")) {
+    main->mainClass = script.command.started;
+  }
+  std::rotate(jars.begin(), main, main + 1);
+  found.mainClass = jars[0].mainClass;
+  found.jvmOptions = script.command.options;
+  found.arguments = script.command.arguments;
+  found.reasons.push_back("main class, options and arguments: from the script " + script.script);
 }
 
 }  // namespace
@@ -202,25 +298,29 @@ std::optional<FoundApplication> findJarApplication(const std::string& folder) {
   if (jars.empty()) {
     return std::nullopt;
   }
-  FoundApplication found{.name = fs::path(jars[0].path).stem().string()};
-  found.files = foldersBeside(folder, jars[0]);
-  const std::size_t followed = followClassPaths(folder, jars);
-  found.mainClass = jars[0].mainClass;
-  if (!found.mainClass.empty()) {
-    found.reasons.push_back("main class: from the manifest of " + jars[0].path);
+  FoundApplication found;
+  const bool isFinished = !isSourceFolder(folder);
+  const std::optional<FoundCommand> script =
+      isFinished ? commandOfScript(folder, jars) : std::nullopt;
+  if (script) {
+    followScript(*script, jars, found);
   } else {
-    const auto [mainClass, file] = mainClassOfBuild(folder, jars);
-    found.mainClass = mainClass;
-    if (!mainClass.empty()) {
-      found.reasons.push_back("main class: from " + file);
-    }
+    preferNameOfFolder(folder, jars);
+    setMainClass(folder, jars, found);
   }
+  found.name = fs::path(jars[0].path).stem().string();
+  const bool isBeside = !fs::path(jars[0].path).has_parent_path();
+  if (isFinished) {
+    found.files = foldersBeside(folder, jars[0]);
+    found.layout = isBeside && !found.files.empty() ? "beside" : "";
+  }
+  const std::size_t followed = followClassPaths(folder, jars);
   if (followed != 0) {
     found.reasons.push_back(std::to_string(followed) +
                             " of the jars: from the class path in a manifest");
   }
   if (!found.files.empty()) {
-    found.reasons.push_back("the folders beside " + jars[0].path +
+    found.reasons.push_back("the folders beside " + (isBeside ? jars[0].path : "lib/") +
                             ": packed beside it, as it is ready to run");
   }
   for (const FoundJar& jar : jars) {

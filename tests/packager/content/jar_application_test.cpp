@@ -109,6 +109,61 @@ TEST_F(JarApplication, TakesTheMainClassOfABuildFileThatAJarHas) {
   EXPECT_EQ(findJarApplication(dir_.str())->mainClass, "");
 }
 
+// As packages of distributions have it, and Gradle's and Maven's plugins for distributions.
+TEST_F(JarApplication, TakesTheCommandOfAScriptBesideItsJars) {
+  jar("app/lib/aaa-demo.jar", "Main-Class: a.Demo\n");
+  jar("app/lib/main.jar");
+  writeFile(dir_ / "classes/org/example/App.class", "x");
+  ASSERT_EQ(runChild({"jar", "--update", "--file", dir_ / "app/lib/main.jar", "-C",
+                      dir_ / "classes", "."})
+                .exitStatus,
+            0);
+  writeFile(dir_ / "app/bin/other", "#!/bin/sh\nexec true\n");
+  writeFile(dir_ / "app/bin/run",
+            "#!/bin/sh\nexec java -Xmx99m -cp \"$HOME/lib/*\" org.example.App --gui \"$@\"\n");
+  writeFile(dir_ / "app/bin/run.bat", "java -Xmx1m org.example.App\n");
+  writeFile(dir_ / "app/resources/a", "x");
+  auto found = findJarApplication(dir_ / "app");
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->jars, (Names{"lib/main.jar", "lib/aaa-demo.jar"}));
+  EXPECT_EQ(found->name, "main");
+  EXPECT_EQ(found->mainClass, "org.example.App");
+  EXPECT_EQ(found->jvmOptions, Names{"-Xmx99m"});
+  EXPECT_EQ(found->arguments, Names{"--gui"});
+  EXPECT_EQ(found->files, Names{"resources"});
+  EXPECT_EQ(found->layout, "");
+  EXPECT_EQ(found->reasons, (Names{"main class, options and arguments: from the script bin/run",
+                                   "the folders beside lib/: packed beside it, as it is ready to "
+                                   "run"}));
+  writeFile(dir_ / "app/pom.xml", "");
+  found = findJarApplication(dir_ / "app");
+  EXPECT_EQ(found->mainClass, "a.Demo") << "who builds has scripts for other things";
+  EXPECT_EQ(found->files, Names{});
+}
+
+TEST_F(JarApplication, IsTheOneThatAScriptStartsAsAJar) {
+  jar("aaa.jar", "Main-Class: a.Other\n");
+  jar("main.jar", "Main-Class: a.Main\n");
+  writeFile(dir_ / "data/a", "x");
+  writeFile(dir_ / "README", "#!/bin/sh\njava -jar aaa.jar\n");
+  writeFile(dir_ / "start.sh", "#!/bin/sh\njava -Dx=y -jar \"$HERE/main.jar\" \"$@\"\n");
+  const auto found = findJarApplication(dir_.str());
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->jars, (Names{"main.jar", "aaa.jar"}));
+  EXPECT_EQ(found->mainClass, "a.Main");
+  EXPECT_EQ(found->jvmOptions, Names{"-Dx=y"});
+  EXPECT_EQ(found->files, Names{"data"});
+  EXPECT_EQ(found->layout, "beside");
+}
+
+TEST_F(JarApplication, PrefersTheOneThatTheFolderIsNamedAfter) {
+  jar("pages/lib/aaa-demo.jar", "Main-Class: a.Demo\n");
+  jar("pages/lib/pages-library.jar");
+  jar("pages/lib/pages-basic.jar", "Main-Class: a.Pages\n");
+  EXPECT_EQ(findJarApplication(dir_ / "pages")->mainClass, "a.Pages");
+  EXPECT_EQ(findJarApplication(dir_ / "pages/")->mainClass, "a.Pages");
+}
+
 TEST_F(JarApplication, PathsStartFromTheFolderThatWasLookedInto) {
   jar("app.jar", "Main-Class: a.Main\nClass-Path: jars/one.jar\n");
   jar("jars/one.jar");
