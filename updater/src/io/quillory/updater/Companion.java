@@ -28,6 +28,11 @@ final class Companion {
       return ShownWindows.areThere();
     }
 
+    /** Whether a window would be known. */
+    boolean isToolkitThere() {
+      return ShownWindows.canBeThere();
+    }
+
     /** Evenly between 0 and 1. */
     double draw() {
       return Math.random();
@@ -53,6 +58,8 @@ final class Companion {
   /** A start that goes on for so long has not failed early. */
   private static final long EARLY = 20 * SECOND;
   private static final long FROM_WINDOW_TO_HEALTHY = 20 * SECOND;
+  /** So long, that an application without windows of a known kind does what it is for. */
+  private static final long FROM_START_TO_HEALTHY = 600 * SECOND;
   private static final long FROM_WINDOW_TO_CHECK = 5 * SECOND;
   private static final long FROM_START_TO_CHECK = 10 * SECOND;
   private static final double SPREAD = 0.2;
@@ -146,10 +153,18 @@ final class Companion {
       hasLasted = true;
       note(Attempt.LASTED);
     }
-    if (window != NEVER && now - window >= FROM_WINDOW_TO_HEALTHY) {
+    if (isHealthy(now)) {
       isSettled = true;
       note(Attempt.HEALTHY);
     }
+  }
+
+  private boolean isHealthy(long now) {
+    if (window != NEVER) {
+      return now - window >= FROM_WINDOW_TO_HEALTHY;
+    }
+    // With a toolkit that shows nothing for so long it may as well hang.
+    return now - begin >= FROM_START_TO_HEALTHY && !around.isToolkitThere();
   }
 
   private void note(String line) {

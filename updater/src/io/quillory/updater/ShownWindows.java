@@ -2,12 +2,13 @@ package io.quillory.updater;
 
 import java.lang.reflect.Method;
 import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.Iterator;
 import java.util.List;
 
 /**
- * Whether the application shows a window, by AWT or JavaFX. Toolkits are known by their threads, so
- * that none is loaded by the question.
+ * Whether the application shows a window, by AWT, JavaFX or SWT. Toolkits are known by their threads,
+ * so that none is loaded by the question. What another one shows is not known.
  */
 final class ShownWindows {
   private static final String AWT_THREAD = "AWT-EventQueue-";
@@ -16,22 +17,40 @@ final class ShownWindows {
   private ShownWindows() {}
 
   static boolean areThere() {
+    for (Thread thread : threads()) {
+      String name = thread.getName();
+      if (name.startsWith(AWT_THREAD) && isOfAwt()) {
+        return true;
+      }
+      if (name.equals(FX_THREAD) && isOfFx(thread.getContextClassLoader())) {
+        return true;
+      }
+      if (SwtWindows.areOf(thread)) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  /** Whether there is a toolkit whose windows are known, or would be. */
+  static boolean canBeThere() {
+    for (Thread thread : threads()) {
+      String name = thread.getName();
+      if (name.startsWith(AWT_THREAD) || name.equals(FX_THREAD) || SwtWindows.canBeOf(thread)) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  /** All that run. */
+  private static List<Thread> threads() {
     ThreadGroup all = Thread.currentThread().getThreadGroup();
     while (all.getParent() != null) {
       all = all.getParent();
     }
     Thread[] threads = new Thread[all.activeCount() * 2 + 16];
-    int count = all.enumerate(threads);
-    for (int i = 0; i < count; i++) {
-      String name = threads[i].getName();
-      if (name.startsWith(AWT_THREAD) && isOfAwt()) {
-        return true;
-      }
-      if (name.equals(FX_THREAD) && isOfFx(threads[i].getContextClassLoader())) {
-        return true;
-      }
-    }
-    return false;
+    return Arrays.asList(threads).subList(0, all.enumerate(threads));
   }
 
   private static boolean isOfAwt() {

@@ -30,6 +30,7 @@ public class CompanionTest {
     long millis;
     int looks;
     double draw = 0.5;
+    boolean isToolkitThere = true;
     final List<Long> startedAt = new ArrayList<Long>();
     List<String> command;
     /** What each program comes to; null: it could not be started. */
@@ -59,6 +60,11 @@ public class CompanionTest {
     boolean isWindowShown() {
       looks++;
       return windowAt >= 0 && millis >= windowAt;
+    }
+
+    @Override
+    boolean isToolkitThere() {
+      return isToolkitThere;
     }
 
     @Override
@@ -122,6 +128,17 @@ public class CompanionTest {
   @Test
   public void withoutAWindowAStartOnlyLasts() throws IOException {
     assertEquals(Arrays.asList("lasted"), notes(watch(new Scripted(100 * HOUR, -1))));
+  }
+
+  @Test
+  public void anApplicationThatShowsNoWindowIsGoodAfterTenMinutes() throws IOException {
+    for (int seconds : new int[] {599, 615}) {
+      Scripted machine = new Scripted(seconds, -1);
+      machine.isToolkitThere = false;
+      List<String> expected =
+          seconds < 600 ? Arrays.asList("lasted") : Arrays.asList("lasted", "healthy");
+      assertEquals(expected, notes(watch(machine)));
+    }
   }
 
   @Test
