@@ -91,7 +91,7 @@ void add(CLI::App& app, const Argument& argument) {
 class Parser {
  public:
   Parser(const std::vector<Command>& commands, const std::vector<Argument>& common)
-      : app_(kProgramDescription, kProgramName) {
+      : commands_(commands), app_(kProgramDescription, kProgramName) {
     const Argument help = helpArgument();
     app_.set_help_flag(help.name, help.description);
     app_.require_subcommand(1);
@@ -99,7 +99,11 @@ class Parser {
     app_.footer(std::string(kProgramSteps) + "\n\nexit status: " + kProgramStatuses);
     for (const Command& command : commands) {
       CLI::App* sub = app_.add_subcommand(command.name, command.description);
-      sub->footer("example:\n  " + command.example);
+      const std::string behind = command.behind.name.empty()
+                                     ? ""
+                                     : "behind --:\n  " + command.behind.name + " ...  " +
+                                           command.behind.description + "\n\n";
+      sub->footer(behind + "example:\n  " + command.example);
       for (const Argument& argument : common) {
         add(*sub, argument);
       }
@@ -110,7 +114,8 @@ class Parser {
     }
   }
 
-  ParsedLine parse(const std::vector<std::string>& arguments) {
+  ParsedLine parse(std::vector<std::string> arguments) {
+    takeBehind(arguments);
     try {
       app_.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& e) {
@@ -127,6 +132,21 @@ class Parser {
   std::string help() const { return app_.help(); }
 
  private:
+  // Takes what is behind "--", for a command that wants it: the library would have it stand for
+  // whatever was not given before.
+  void takeBehind(std::vector<std::string>& arguments) const {
+    const auto command = std::find_if(commands_.begin(), commands_.end(), [&](const Command& each) {
+      return !arguments.empty() && each.name == arguments[0] && !each.behind.name.empty();
+    });
+    const auto dashes = std::find(arguments.begin(), arguments.end(), "--");
+    if (command != commands_.end() && dashes != arguments.end()) {
+      std::get<std::vector<std::string>*>(command->behind.into)
+          ->assign(dashes + 1, arguments.end());
+      arguments.erase(dashes, arguments.end());
+    }
+  }
+
+  const std::vector<Command>& commands_;
   CLI::App app_;
   const Command* chosen_ = nullptr;
 };

@@ -28,7 +28,7 @@ std::string synopsisOf(const Command& command) {
       line += argument.isRequired ? ' ' + name : " [" + name + ']';
     }
   }
-  return line;
+  return line + (command.behind.name.empty() ? "" : " [-- " + command.behind.name + "...]");
 }
 
 void explain(ManualPage& page, const Argument& argument) {
@@ -50,6 +50,9 @@ void explain(ManualPage& page, const Command& command) {
   page.paragraph(command.description);
   for (const Argument& argument : command.arguments) {
     explain(page, argument);
+  }
+  if (!command.behind.name.empty()) {
+    explain(page, command.behind);
   }
   page.paragraph("Example:");
   page.literal(command.example);

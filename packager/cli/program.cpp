@@ -12,6 +12,7 @@
 #include "packager/commands/release.h"
 #include "packager/commands/rollout.h"
 #include "packager/commands/set_params.h"
+#include "packager/commands/train.h"
 #include "packager/commands/verify.h"
 #include "packager/commands/verify_release.h"
 #include "packager/commands/withdraw.h"
@@ -19,10 +20,10 @@
 namespace quillory::pack {
 
 std::vector<Command> allCommands() {
-  return {initCommand(),    keygenCommand(),        bundleCommand(),   releaseCommand(),
-          refreshCommand(), rolloutCommand(),       withdrawCommand(), inspectCommand(),
-          verifyCommand(),  verifyReleaseCommand(), extractCommand(),  setCommand(),
-          doctorCommand(),  completionCommand(),    manualCommand()};
+  return {initCommand(),    keygenCommand(),  trainCommand(),         bundleCommand(),
+          releaseCommand(), refreshCommand(), rolloutCommand(),       withdrawCommand(),
+          inspectCommand(), verifyCommand(),  verifyReleaseCommand(), extractCommand(),
+          setCommand(),     doctorCommand(),  completionCommand(),    manualCommand()};
 }
 
 Argument helpArgument() {

@@ -13,6 +13,7 @@
 #include "install/version_folders.h"
 #include "packager/bytes/byte_sinks.h"
 #include "packager/commands/named_jar.h"
+#include "packager/commands/runtime_class_list.h"
 #include "packager/content/runtime_image.h"
 #include "packager/reading/program_image.h"
 #include "packager/writing/launch_file_writer.h"
@@ -315,18 +316,26 @@ BundlePart applicationPart(const Config& config, const std::vector<std::string>&
   return {config.application.name, std::to_string(config.application.version), std::move(tree)};
 }
 
-BundlePart runtimePart(const Config& config, const BundleTools& tools,
-                       const std::vector<std::string>& jars, Target target,
-                       const std::string& workFolder, PackCache& cache, Reporter& reporter) {
+std::string runtimeHome(const Config& config, const BundleTools& tools,
+                        const std::vector<std::string>& jars, Target target,
+                        const std::string& workFolder, PackCache& cache, Reporter& reporter) {
   const std::string folder =
       config.runtime.source == RuntimeSource::kJlink
           ? linkedRuntime(config, tools, jars, target, workFolder, cache, reporter)
           : config.resolve(config.runtime.folder);
-  const std::string home = findJavaHome(folder, config.placeOf("runtime.folder"));
+  return findJavaHome(folder, config.placeOf("runtime.folder"));
+}
+
+BundlePart runtimePart(const Config& config, const BundleTools& tools,
+                       const std::vector<std::string>& jars, Target target,
+                       const std::string& workFolder, PackCache& cache, Reporter& reporter) {
+  const std::string home = runtimeHome(config, tools, jars, target, workFolder, cache, reporter);
   reporter.findings(accepted(lintRuntime(home, target, tools.launcher, config.placeOf("runtime"))));
   const std::string version = runtimeVersion(config, home);
   reporter.detail("runtime " + home + ", version " + version);
-  return {config.runtime.name, version, runtimeContent(home, config.runtime.name, version),
+  ContentTree content = runtimeContent(home, config.runtime.name, version);
+  addClassList(config, jars, home, content, reporter);
+  return {config.runtime.name, version, std::move(content),
           programImageIn(home + "/bin/java").architectures};
 }
 

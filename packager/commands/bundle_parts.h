@@ -43,10 +43,16 @@ BundlePart updaterPart(const Config& config, const BundleTools& tools,
 BundlePart applicationPart(const Config& config, const std::vector<std::string>& jars,
                            const std::vector<std::string>& packedJars = {});
 
-/// The runtime that the configuration asks for, which is one from a folder or made with jlink below
-/// `workFolder`, for the jars of the application and the updater. Its version is the one of its
-/// release file when the configuration has none. Throws RejectedInput when it does not go with the
-/// launcher, or has no version; PackError when it cannot be made.
+/// The folder of the runtime that the configuration asks for: the one that it names, or one made
+/// with jlink below `workFolder`, for the jars of the application and the updater. Throws
+/// RejectedInput when it has no java, PackError when it cannot be made.
+std::string runtimeHome(const Config& config, const BundleTools& tools,
+                        const std::vector<std::string>& jars, Target target,
+                        const std::string& workFolder, PackCache& cache, Reporter& reporter);
+
+/// That runtime as it is packed, with a list of classes (runtime_class_list.h). Its version is the
+/// one of its release file when the configuration has none. Throws RejectedInput when it does not
+/// go with the launcher, or has no version, and what runtimeHome() and addClassList() throw.
 BundlePart runtimePart(const Config& config, const BundleTools& tools,
                        const std::vector<std::string>& jars, Target target,
                        const std::string& workFolder, PackCache& cache, Reporter& reporter);

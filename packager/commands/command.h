@@ -49,6 +49,9 @@ struct Command {
   /// Does it with what the arguments have set by now; the result is the exit status. Throws
   /// RejectedInput and PackError.
   std::function<int(Reporter&)> run;
+  /// What is behind "--" on the command line, options of another program say: a list of texts, by
+  /// its name; without a name the command takes none.
+  Argument behind{};
 };
 
 }  // namespace quillory::pack

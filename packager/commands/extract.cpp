@@ -45,6 +45,14 @@ void refuseUnextractable(const ArchiveListing& listing, const Findings& findings
   }
 }
 
+void requireKey(const PlainArchive& plain, const std::string& archive, const PublicKey& key,
+                Findings& findings) {
+  const Verdict verdict = verifyArchiveFile(plain, archive, &key, findings);
+  if (verdict.trust != Trust::kVerified) {
+    throw PackError("the archive is not signed with this key: " + verdict.client, "", {archive, 0});
+  }
+}
+
 struct ExtractOptions {
   std::string archive;
   std::string folder;
@@ -67,15 +75,19 @@ void extractTo(const std::string& archive, const std::string& folder, const std:
     throw PackError("is no archive", "inspect shows what it is", {archive, 0});
   }
   const PlainArchive plain(wholeFile(archive), kind == FileKind::kCompressedArchive);
+  extractPlain(plain, archive, folder, showLog, [&](Findings& findings) {
+    if (!keyFile.empty()) {
+      requireKey(plain, archive, PublicKey::load(keyFile), findings);
+    }
+  });
+}
+
+void extractPlain(const PlainArchive& plain, const std::string& archive, const std::string& folder,
+                  bool showLog, const std::function<void(Findings&)>& check) {
   Findings findings;
   refuseUnextractable(plain.list(findings, archive), findings, archive);
-  if (!keyFile.empty()) {
-    const PublicKey key = PublicKey::load(keyFile);
-    const Verdict verdict = verifyArchiveFile(plain, archive, &key, findings);
-    if (verdict.trust != Trust::kVerified) {
-      throw PackError("the archive is not signed with this key: " + verdict.client, "",
-                      {archive, 0});
-    }
+  if (check) {
+    check(findings);
   }
   makeEmptyFolder(folder);
   const LauncherLog log(showLog);

@@ -1,8 +1,10 @@
 // Extracts an archive with the launcher's own code.
 #pragma once
+#include <functional>
 #include <string>
 
 #include "packager/commands/command.h"
+#include "packager/reading/plain_archive.h"
 #include "packager/report/reporter.h"
 
 namespace quillory::pack {
@@ -14,6 +16,11 @@ namespace quillory::pack {
 /// say; what was extracted before stays.
 void extractTo(const std::string& archive, const std::string& folder, const std::string& keyFile,
                bool showLog);
+
+/// The same with an archive that is at hand, whatever its signature; people know it as `archive`.
+/// `check` is asked before anything is made, may add to the findings and throw.
+void extractPlain(const PlainArchive& plain, const std::string& archive, const std::string& folder,
+                  bool showLog, const std::function<void(Findings&)>& check = {});
 
 /// "extract": the same, with the log when details were asked for.
 Command extractCommand();

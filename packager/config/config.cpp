@@ -123,6 +123,7 @@ void readRuntime(ConfigSection section, RuntimeConfig& out) {
   section.texts("jlink-options", out.jlinkOptions);
   section.text("jdk", out.jdk);
   section.text("jmods", out.jmods);
+  section.text("class-list", out.classList);
   section.rejectUnknown();
   if (jlink && !out.folder.empty()) {
     section.error("folder", "runtime-source", "[runtime] names a folder and asks for jlink as well",

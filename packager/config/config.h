@@ -86,6 +86,13 @@ struct UpdaterConfig {
   std::string cacerts;
 };
 
+/// What the list of classes that a runtime is packed with can be, beside a file: the one that was
+/// kept beside the configuration, else one that comes with us; and none.
+inline constexpr char kAutomaticClassList[] = "auto";
+inline constexpr char kNoClassList[] = "none";
+/// The name of the one beside the configuration.
+inline constexpr char kKeptClassList[] = "quillory.classlist";
+
 enum class RuntimeSource { kNone, kFolder, kJlink };
 
 struct RuntimeConfig {
@@ -98,6 +105,8 @@ struct RuntimeConfig {
   std::vector<std::string> jlinkOptions;
   std::string jdk;    ///< resolved; "" for JAVA_HOME, then PATH
   std::string jmods;  ///< resolved; kJlink: the modules to link; "" for those of the JDK
+  /// kAutomaticClassList, kNoClassList, or a file, resolved.
+  std::string classList = kAutomaticClassList;
 };
 
 struct InstallConfig {

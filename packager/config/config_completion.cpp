@@ -31,6 +31,10 @@ Config completed(Config config) {
   for (std::string* named : {&config.runtime.jdk, &config.runtime.jmods}) {
     *named = named->empty() ? "" : config.resolve(*named);
   }
+  std::string& list = config.runtime.classList;
+  if (!list.empty() && list != kAutomaticClassList && list != kNoClassList) {
+    list = config.resolve(list);
+  }
   return config;
 }
 

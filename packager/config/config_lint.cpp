@@ -182,8 +182,21 @@ class Linter {
               "has no effect here: archives are made for packed runtimes and class paths",
               "leave it out");
     }
+    classList();
     if (source == RuntimeSource::kNone) {
       warnOf("version", "add jlink = true or folder to [runtime]: no runtime is packed");
+    }
+  }
+
+  void classList() {
+    const RuntimeConfig& runtime = config_.runtime;
+    if (runtime.classList.empty()) {
+      error("choice", "runtime.class-list", "is empty", "write \"auto\", \"none\" or a file");
+    } else if (runtime.source == RuntimeSource::kNone &&
+               config_.places.count("runtime.class-list") != 0) {
+      warning("no-effect", "runtime.class-list",
+              "has no effect here: it is for a runtime that is packed",
+              "add jlink = true or folder to [runtime], or leave it out");
     }
   }
 

@@ -63,11 +63,14 @@ std::string configuredFile(const Config& config, const std::string& key,
   return path;
 }
 
+// For files that are the same for all systems.
+std::vector<std::string> foldersOfFiles() { return {beside("../share/quillory"), beside(".")}; }
+
 std::string findUpdaterJar(const Config& config) {
   if (!config.updater.jar.empty()) {
     return configuredFile(config, "updater.jar", config.updater.jar);
   }
-  const std::vector<std::string> folders = {beside("../share/quillory"), beside(".")};
+  const std::vector<std::string> folders = foldersOfFiles();
   const std::string found = firstFile(folders, kUpdaterJarName);
   if (found.empty()) {
     throw PackError(
@@ -141,6 +144,8 @@ void checkMarker(const Config& config, const std::string& launcher, Findings& fi
 std::string ownProgramFor(Target target, const std::string& name) {
   return firstFile(foldersFor(target), name);
 }
+
+std::string ownFile(const std::string& name) { return firstFile(foldersOfFiles(), name); }
 
 BundleTools findBundleTools(const Config& config, Target target) {
   BundleTools tools;

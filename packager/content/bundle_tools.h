@@ -29,6 +29,9 @@ inline constexpr char kUpdateWindowName[] = "quillory-update-window";
 /// The program of that name which comes with us for `target`; "" when it is nowhere.
 std::string ownProgramFor(Target target, const std::string& name);
 
+/// A file that is no program and comes with us; "" when it is nowhere.
+std::string ownFile(const std::string& name);
+
 /// Throws RejectedInput when a file that the configuration names is not there or not for `target`,
 /// or when the launcher holds a tail already; PackError when the files of `target` are nowhere.
 BundleTools findBundleTools(const Config& config, Target target);

@@ -183,6 +183,20 @@ std::string Jar::manifestValue(const std::string& name) const {
   return "";
 }
 
+void Jar::eachClass(const std::function<bool(std::string_view)>& take) const {
+  for (const auto& [name, entry] : entries_) {
+    if (!name.ends_with(".class")) {
+      continue;
+    }
+    try {
+      if (!take(content(name))) {
+        return;
+      }
+    } catch (const PackError&) {  // Others may be whole: what is asked is asked of those.
+    }
+  }
+}
+
 std::string Jar::mainClass() const {
   std::string name = manifestValue("Main-Class");
   std::replace(name.begin(), name.end(), '/', '.');

@@ -1,8 +1,10 @@
 // Looks into jars: which classes there are, and what the manifest says.
 #pragma once
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace quillory::pack {
 
@@ -22,6 +24,9 @@ class Jar {
   std::string manifestValue(const std::string& name) const;
   /// The class that it starts, with dots however it is written; "" for none.
   std::string mainClass() const;
+  /// Hands over the bytes of one class after the other, until `take` answers false. Classes that
+  /// are damaged or larger than a mebibyte are passed over.
+  void eachClass(const std::function<bool(std::string_view)>& take) const;
 
  private:
   struct Entry {

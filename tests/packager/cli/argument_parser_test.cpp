@@ -116,5 +116,30 @@ TEST_F(ArgumentParser, ExplainsWithTheWordsOfTheCommand) {
   EXPECT_THAT(programHelp(commands_, {}), AllOf(HasSubstr("\n  make "), HasSubstr("shows it\n")));
 }
 
+TEST_F(ArgumentParser, KeepsWhatIsBehindTheDashesForACommandThatTakesIt) {
+  std::vector<std::string> behind = {"from before"};
+  commands_.push_back({"run",
+                       "runs it",
+                       "run -- it",
+                       {{.name = "FILE", .into = &file_}},
+                       nullptr,
+                       {.name = "ARGUMENT", .description = "what it gets", .into = &behind}});
+  EXPECT_EQ(parse({"run", "--", "--raw", "-q", "--", "x"}).mistake, "");
+  EXPECT_THAT(behind, ElementsAre("--raw", "-q", "--", "x"));
+  EXPECT_EQ(file_, "made.txt");
+  EXPECT_FALSE(quiet_);
+  parse({"run", "a.txt", "-q", "--"});
+  EXPECT_TRUE(behind.empty());
+  EXPECT_EQ(file_, "a.txt");
+  EXPECT_THAT(parse({"run", "--help"}).text,
+              HasSubstr("behind --:\n  ARGUMENT ...  what it gets\n"));
+}
+
+TEST_F(ArgumentParser, HasTheDashesMeanNoOptionsElsewhere) {
+  EXPECT_EQ(parse({"make", "--", "--raw", "x"}).mistake, "");
+  EXPECT_FALSE(raw_);
+  EXPECT_EQ(file_, "--raw");
+}
+
 }  // namespace
 }  // namespace quillory::pack

@@ -54,5 +54,15 @@ TEST(Completed, HasPathsOfTheRuntimesToolsFromTheFolderOfTheFile) {
   EXPECT_EQ(completed(config).runtime.jmods, "/elsewhere/jmods");
 }
 
+TEST(Completed, HasTheFileOfAClassListFromThere) {
+  Config config = written();
+  for (const auto& [given, expected] :
+       {std::pair{"auto", "auto"}, std::pair{"none", "none"}, std::pair{"", ""},
+        std::pair{"ours.list", "/project/ours.list"}, std::pair{"./auto", "/project/./auto"}}) {
+    config.runtime.classList = given;
+    EXPECT_EQ(completed(config).runtime.classList, expected);
+  }
+}
+
 }  // namespace
 }  // namespace quillory::pack

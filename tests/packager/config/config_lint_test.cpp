@@ -240,6 +240,24 @@ TEST(LintConfig, WarnsOfRuntimeKeysWithoutEffect) {
       hasRule(loadWith("[runtime]\nfolder = \"jre\"\nversion = 17\n").findings, "no-effect"));
 }
 
+TEST(LintConfig, WarnsOfAClassListForNoRuntime) {
+  const std::string line = "class-list = \"none\"\n";
+  EXPECT_EQ(findingOf(loadWith("[runtime]\n" + line).findings, "no-effect").what,
+            "runtime.class-list has no effect here: it is for a runtime that is packed");
+  for (const char* source : {"jlink = true\n", "folder = \"jre\"\n"}) {
+    EXPECT_FALSE(hasRule(loadWith("[runtime]\n" + (source + line)).findings, "no-effect"))
+        << source;
+  }
+}
+
+TEST(LintConfig, RefusesAClassListThatIsNothing) {
+  const Finding finding =
+      findingOf(loadWith("[runtime]\njlink = true\nclass-list = \"\"\n").findings, "choice");
+  EXPECT_EQ(asText(finding),
+            ":9: error: runtime.class-list is empty [choice]\n"
+            "  -> write \"auto\", \"none\" or a file");
+}
+
 TEST(LintConfig, WarnsOfOptionsThatNoRuntimeWouldHave) {
   const std::string options = "[jvm]\noptions = [\"-Xss2m\"]\n";
   EXPECT_EQ(

@@ -150,5 +150,11 @@ TEST_F(FindBundleTools, DoesWithoutAnElevationToolOfThisSystem) {
   }
 }
 
+TEST(OwnFile, LiesBesideTheProgram) {
+  EXPECT_EQ(ownFile("nobody/has.this"), "");
+  const std::string name = fs::path(QUILLORY_THIS_PROGRAM).filename();
+  EXPECT_TRUE(fs::equivalent(ownFile(name), QUILLORY_THIS_PROGRAM));
+}
+
 }  // namespace
 }  // namespace quillory::pack

@@ -204,5 +204,18 @@ TEST(Jar, IsDamagedWhenAnEntryIsNotAsLongAsItSays) {
 
 TEST(Jar, NamesTheFileThatIsMissing) { EXPECT_THROW(Jar("/nonexistent.jar"), PackError); }
 
+TEST(Jar, HandsOverItsClassesUntilItIsEnough) {
+  std::size_t classes = 0;
+  Jar(QUILLORY_HELLO_JAR).eachClass([&](std::string_view bytes) {
+    EXPECT_TRUE(bytes.starts_with("\xCA\xFE\xBA\xBE"));
+    ++classes;
+    return true;
+  });
+  EXPECT_GT(classes, 1u);
+  std::size_t asked = 0;
+  Jar(QUILLORY_HELLO_JAR).eachClass([&](std::string_view) { return ++asked < 1; });
+  EXPECT_EQ(asked, 1u);
+}
+
 }  // namespace
 }  // namespace quillory::pack
