@@ -32,7 +32,7 @@ quillory_printed(quillory-pack.fish quillory-pack completion fish)
 add_custom_target(texts ALL DEPENDS ${printed})
 
 # Before anything is put there: which folders are not yet.
-set(folders bin ${share}/macos ${man} ${doc}/docs/formats ${doc}/docs/images ${bash} ${zsh} ${fish})
+set(folders bin ${share}/macos ${share}/class-lists ${man} ${doc}/docs/formats ${doc}/docs/images ${bash} ${zsh} ${fish})
 install(CODE "set(quillory_folders \"${folders}\")")
 install(SCRIPT ${CMAKE_CURRENT_LIST_DIR}/note_new_folders.cmake)
 
@@ -42,6 +42,7 @@ install(TARGETS launcher elev_mac quillory-update quillory-update-window RUNTIME
         DESTINATION ${share})
 get_target_property(updater_jar updater_jar JAR_FILE)
 install(FILES ${updater_jar} DESTINATION ${share})
+install(FILES ${quillory_class_lists} DESTINATION ${share}/class-lists)
 # For who writes an application: on its class path, beside it in an IDE.
 install(FILES ${quillory_api_jars} DESTINATION ${share})
 # Programs for Macs, where scripts/build-macos.sh has made them beside this build.

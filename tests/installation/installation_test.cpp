@@ -63,18 +63,26 @@ class Installation : public ::testing::Test {
 };
 
 TEST_F(Installation, HasEverythingWhereASystemLooksForIt) {
-  EXPECT_THAT(
-      treeOf(prefix_),
-      IsSupersetOf(
-          {"bin/quillory-pack", "bin/lzma64", "share/quillory/launcher", "share/quillory/elev_mac",
-           "share/quillory/updater.jar", "share/quillory/quillory-update-window",
-           "share/quillory/quillory-api.jar", "share/quillory/quillory-api-sources.jar",
-           "share/quillory/quillory-api-javadoc.jar", "share/quillory/quillory-update",
-           "share/man/man1/quillory-pack.1", "share/man/man1/lzma64.1",
-           "share/man/man1/quillory-update.1", "share/bash-completion/completions/quillory-pack",
-           "share/zsh/site-functions/_quillory-pack",
-           "share/fish/vendor_completions.d/quillory-pack.fish", "share/doc/quillory/README.md",
-           "share/doc/quillory/docs/formats/archive.md"}));
+  EXPECT_THAT(treeOf(prefix_), IsSupersetOf({"bin/quillory-pack",
+                                             "bin/lzma64",
+                                             "share/quillory/launcher",
+                                             "share/quillory/elev_mac",
+                                             "share/quillory/class-lists/javafx.classlist",
+                                             "share/quillory/class-lists/swing.classlist",
+                                             "share/quillory/updater.jar",
+                                             "share/quillory/quillory-update-window",
+                                             "share/quillory/quillory-api.jar",
+                                             "share/quillory/quillory-api-sources.jar",
+                                             "share/quillory/quillory-api-javadoc.jar",
+                                             "share/quillory/quillory-update",
+                                             "share/man/man1/quillory-pack.1",
+                                             "share/man/man1/lzma64.1",
+                                             "share/man/man1/quillory-update.1",
+                                             "share/bash-completion/completions/quillory-pack",
+                                             "share/zsh/site-functions/_quillory-pack",
+                                             "share/fish/vendor_completions.d/quillory-pack.fish",
+                                             "share/doc/quillory/README.md",
+                                             "share/doc/quillory/docs/formats/archive.md"}));
 }
 
 TEST_F(Installation, HasTheProgramsForMacsThatWereBuilt) {

@@ -11,6 +11,7 @@
 namespace quillory::pack {
 namespace {
 
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using testing::readFile;
 using testing::rulesOf;
@@ -60,6 +61,14 @@ TEST_F(RuntimeClassList, HasWhatTrainingHasLeftBesideTheConfiguration) {
   EXPECT_THAT(said_.str(), HasSubstr("archive of classes gets 1 more, from " + dir_.str() +
                                      "/quillory.classlist\n"));
   EXPECT_EQ(readFile(dir_ / "jre/lib/classlist"), "java/lang/Object\n") << "it is not ours";
+}
+
+TEST_F(RuntimeClassList, HasAReadyOneForTheToolkitWhereNobodyTrained) {
+  config_.application.jars = {"hello.jar"};
+  const std::string ready = chosenClassList(config_, {dir_ / "hello.jar"});
+  EXPECT_THAT(ready, EndsWith("/class-lists/swing.classlist"));
+  writeFile(dir_ / "quillory.classlist", "java/util/Map\n");
+  EXPECT_EQ(chosenClassList(config_, {dir_ / "hello.jar"}), dir_ / "quillory.classlist");
 }
 
 TEST_F(RuntimeClassList, IsLeftAloneWhenThatIsAskedFor) {

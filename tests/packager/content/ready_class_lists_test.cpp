@@ -1,13 +1,21 @@
 #include "packager/content/ready_class_lists.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "packager/content/class_list.h"
 #include "tests/packager/content/zip_bytes.h"
 #include "tests/packager/project.h"
 
 namespace quillory::pack {
 namespace {
 
+using ::testing::AnyOf;
+using ::testing::Contains;
+using ::testing::IsSupersetOf;
+using ::testing::Not;
+using testing::readFile;
+using ::testing::StartsWith;
 using testing::TempDir;
 using testing::withZip;
 using testing::writeFile;
@@ -49,6 +57,16 @@ TEST_F(ToolkitOf, IsNotWhatOtherFilesName) {
 TEST_F(ToolkitOf, IsNotLookedForInWhatIsNoJar) {
   writeFile(dir_ / "no.jar", "javax/swing/JFrame");
   EXPECT_EQ(toolkitOf({dir_ / "no.jar", dir_ / "missing.jar"}), Toolkit::kNone);
+}
+
+TEST(ReadyClassList, HasTheWindowsOfItsToolkit) {
+  for (const auto& [toolkit, window] : {std::pair{Toolkit::kSwing, "javax/swing/JFrame"},
+                                        std::pair{Toolkit::kJavaFX, "javafx/stage/Stage"}}) {
+    const std::vector<std::string> names = classNamesIn(readFile(readyClassList(toolkit)));
+    EXPECT_THAT(names, IsSupersetOf({"java/lang/Object", window}));
+    EXPECT_THAT(names, Not(Contains(AnyOf(StartsWith("SwingSample"), StartsWith("FxSample")))));
+    EXPECT_GT(names.size(), 1000u);
+  }
 }
 
 TEST(ReadyClassList, IsNoneWithoutAToolkit) { EXPECT_EQ(readyClassList(Toolkit::kNone), ""); }
