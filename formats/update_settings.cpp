@@ -29,7 +29,16 @@ void readLists(StrictRecords& records, UpdateSettings& settings) {
     records.require(isKeyHex(settings.keys.back()), kUpdateKeyRecord,
                     "it is no key in hexadecimal");
   }
-  records.require(records.isAtEnd(), kUpdateKeyCountRecord, "more follows than it counts");
+}
+
+void readForAllUsers(StrictRecords& records, UpdateSettings& settings) {
+  if (records.isAtEnd()) return;
+  settings.updateUrl = records.text(kUpdateUrlRecord, kMaxMirrorUrlBytes);
+  records.require(isMirrorUrl(settings.updateUrl), kUpdateKeyCountRecord,
+                  "more follows than it counts");
+  settings.runtimeName = records.text(kRuntimeNameRecord, kMaxListTextBytes);
+  records.require(!settings.runtimeName.empty(), kRuntimeNameRecord, "it is empty");
+  records.require(records.isAtEnd(), kRuntimeNameRecord, "more follows");
 }
 
 UpdateSettings readRecords(StrictRecords& records) {
@@ -44,6 +53,7 @@ UpdateSettings readRecords(StrictRecords& records) {
   settings.mode = mode.value_or(UpdateMode::kOff);
   readTimes(records, settings);
   readLists(records, settings);
+  readForAllUsers(records, settings);
   return settings;
 }
 

@@ -30,6 +30,9 @@ inline constexpr char kMirrorCountRecord[] = "Mirror Count";
 inline constexpr char kMirrorUrlRecord[] = "Mirror URL";
 inline constexpr char kUpdateKeyCountRecord[] = "Key Count";
 inline constexpr char kUpdateKeyRecord[] = "Update Key";
+/// These two end the file, or neither does.
+inline constexpr char kUpdateUrlRecord[] = "Update URL";
+inline constexpr char kRuntimeNameRecord[] = "Runtime Name";
 
 /// Limits. Settings beyond them are refused, and their writer makes none.
 inline constexpr std::size_t kMaxUpdateSettingsBytes = 128 * 1024;
@@ -73,6 +76,10 @@ struct UpdateSettings {
   std::int64_t keepVersions = 2;
   std::vector<std::string> mirrors{};  ///< tried in this order, behind the update URL in force
   std::vector<std::string> keys{};     ///< hexadecimal DER: the working one and the reserve
+  /// Of an installation for all users, whose administrator can believe nothing that a start says:
+  /// the update URL and the name of its runtime. "" otherwise.
+  std::string updateUrl{};
+  std::string runtimeName{};
 
   bool operator==(const UpdateSettings&) const = default;
 };

@@ -174,7 +174,7 @@ class Check {
         !inventory.applications.empty() && isWithdrawn(list, inventory.applications.front());
     return {.installed = started == nullptr ? -1 : started->number,
             .isWithdrawn = isNewestWithdrawn,
-            .draw = state_.draw,
+            .draw = request_.draw.empty() ? state_.draw : request_.draw,
             .systemVersion = systemVersion(),
             .pin = request_.force.pin,
             .now = now()};

@@ -36,6 +36,7 @@ struct CheckRequest {
   const Installation& installation;
   const SettingsInForce& force;
   Transport& transport;
+  std::string draw{};  ///< that decides about a rollout in the place of the state's; "" for that
 };
 
 /// Where files are fetched from, in this order: the update URL and the mirrors, each with a '/' at

@@ -16,6 +16,14 @@ constexpr char kRestartText[] = "waits for the end of the process PID, and start
 constexpr char kPropertiesText[] = "the launch properties of a start of the application";
 constexpr char kOwnFolderText[] =
     "where state, downloads and log are kept, if not in the folder of the installation";
+constexpr char kElevateText[] =
+    "install only: where only an administrator may write, his rights are asked for";
+constexpr char kInstallForAllText[] =
+    "installs what is new in the installation that this program lies in, for all its users; run by "
+    "its administrator";
+constexpr char kDrawText[] = "install-for-all only: the draw of the user who has been offered it";
+constexpr std::size_t kDrawDigits = 32;
+constexpr char kInstallForAllName[] = "install-for-all";
 constexpr char kSignals[] =
     "SIGTERM and SIGINT cancel a run. What has been loaded stays, and the next run goes on with "
     "it.";
@@ -42,6 +50,7 @@ class Parser {
     if (line_.kind != CommandLine::Kind::kMistake)
       return rest_.empty() ? line_ : mistake("nothing may follow " + name);
     if (name == "restart") return parseRestart();
+    if (name == kInstallForAllName) return parseInstallForAll();
     const auto known = std::find_if(kCommands.begin(), kCommands.end(),
                                     [&](const auto& command) { return command.name == name; });
     if (known == kCommands.end()) return mistake("there is no command " + name);
@@ -67,6 +76,10 @@ class Parser {
     while (!rest_.empty()) {
       const std::string next = take();
       const bool isOption = next.starts_with("--");
+      if (next == "--elevate" && command.command == Command::kInstall) {
+        line_.elevates = true;
+        continue;
+      }
       if (isOption && rest_.empty()) return mistake(next + " needs a value");
       if (next == "--properties") {
         line_.properties = take();
@@ -82,6 +95,17 @@ class Parser {
     if (*command.argument != '\0' && !isOptional && line_.argument.empty())
       return mistake(std::string(command.name) + " needs " + command.argument);
     return line_.properties.empty() ? mistake("--properties is missing") : line_;
+  }
+
+  CommandLine parseInstallForAll() {
+    line_.kind = CommandLine::Kind::kInstallForAll;
+    if (rest_.empty()) return line_;
+    if (rest_.size() != 2 || take() != "--draw")
+      return mistake("install-for-all takes --draw DRAW and nothing else");
+    line_.draw = take();
+    const bool isDraw = line_.draw.size() == kDrawDigits &&
+                        line_.draw.find_first_not_of("0123456789abcdef") == std::string::npos;
+    return isDraw ? line_ : mistake("that is no draw: " + line_.draw);
   }
 
   CommandLine parseRestart() {
@@ -126,14 +150,18 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
 std::string help() {
   constexpr std::size_t kWidth = 24;
   std::string text =
-      "usage: quillory-update COMMAND --properties FILE [--own-folder DIR]\n"
+      "usage: quillory-update COMMAND --properties FILE [--own-folder DIR] [--elevate]\n"
+      "       quillory-update install-for-all [--draw DRAW]\n"
       "       quillory-update restart --wait PID -- PROGRAM [ARGUMENT]...\n\n";
   text += std::string(kPurpose) + "\n\n";
   for (const DescribedCommand& command : kCommands)
     text += "  " + padded(withArgument(command), kWidth) + command.text + '\n';
+  text += "  " + padded(kInstallForAllName, kWidth) + kInstallForAllText + '\n';
   text += "  " + padded("restart", kWidth) + kRestartText + "\n\n";
   text += "  " + padded("--properties FILE", kWidth) + kPropertiesText + '\n';
-  text += "  " + padded("--own-folder DIR", kWidth) + kOwnFolderText + "\n\n";
+  text += "  " + padded("--own-folder DIR", kWidth) + kOwnFolderText + '\n';
+  text += "  " + padded("--elevate", kWidth) + kElevateText + '\n';
+  text += "  " + padded("--draw DRAW", kWidth) + kDrawText + "\n\n";
   return text + kSignals + "\n\nexit status: " + kStatuses + '\n';
 }
 
@@ -146,10 +174,13 @@ std::string manual() {
   page.paragraph(kPurpose);
   page.heading("COMMANDS");
   for (const DescribedCommand& command : kCommands) page.item(withArgument(command), command.text);
+  page.item(kInstallForAllName, kInstallForAllText);
   page.item("restart", kRestartText);
   page.heading("OPTIONS");
   page.item("--properties FILE", kPropertiesText);
   page.item("--own-folder DIR", kOwnFolderText);
+  page.item("--elevate", kElevateText);
+  page.item("--draw DRAW", kDrawText);
   page.heading("SIGNALS");
   page.paragraph(kSignals);
   page.heading("EXIT STATUS");

@@ -13,7 +13,8 @@ inline constexpr char kProgramVersion[] = "1.0";
 
 // Texts of --help and of the manual page.
 inline constexpr char kUsage[] =
-    "quillory-update COMMAND --properties FILE [--own-folder DIR]\n"
+    "quillory-update COMMAND --properties FILE [--own-folder DIR] [--elevate]\n"
+    "quillory-update install-for-all [--draw DRAW]\n"
     "quillory-update restart --wait PID -- PROGRAM [ARGUMENT]...\n";
 inline constexpr char kStatuses[] =
     "0 done, or nothing to do; 1 failed; 2 the command line makes no sense; 3 switched off, or "
@@ -28,13 +29,15 @@ struct DescribedCommand {
 extern const std::vector<DescribedCommand> kCommands;
 
 struct CommandLine {
-  enum class Kind { kHelp, kVersion, kCommand, kRestart, kMistake };
+  enum class Kind { kHelp, kVersion, kCommand, kInstallForAll, kRestart, kMistake };
   Kind kind = Kind::kMistake;
   std::string mistake{};  ///< in words
   Command command = Command::kStatus;
   std::string argument{};
   std::string properties{};
   std::string ownFolder{};
+  bool elevates = false;
+  std::string draw{};
   pid_t waitFor = 0;
   std::vector<std::string> program{};
 };

@@ -2,9 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -171,7 +173,7 @@ class Run {
     return true;
   }
 
-  CheckRequest checkRequest() const { return {its_, force_, request_.transport}; }
+  CheckRequest checkRequest() const { return {its_, force_, request_.transport, request_.draw}; }
 
   int nothingNew() {
     state_.offer = {};
@@ -206,7 +208,7 @@ class Run {
 
   // Nothing when everything is staged.
   std::optional<int> stage() {
-    if (!mayInstall(its_)) return needsAdministrator();
+    if (!mayInstall(its_)) return request_.elevate ? elevate() : needsAdministrator();
     setPhase(Phase::kDownloading, "");
     request_.lines(Line("phase").with("name", nameOf(Phase::kDownloading)));
     writeState(state_, its_.updatesFolder());
@@ -245,6 +247,29 @@ class Run {
   int needsAdministrator() {
     return fail("this installation is for all users: it needs an administrator", false,
                 kExitNeedsAdministrator);
+  }
+
+  // What the run with the administrator's rights has told its lines of is not told again.
+  int elevate() {
+    const std::vector<InstalledVersion> before = applicationVersions(its_);
+    writeState(state_, its_.updatesFolder());
+    const int status = request_.elevate(state_.draw);
+    logMessage("[Update] The run with the administrator's rights has ended with status %d\n",
+               status);
+    if (status < 0 || std::ranges::find(kElevationStatuses, status) != std::end(kElevationStatuses))
+      return fail("the administrator's rights were not given", true, kExitNeedsAdministrator);
+    if (status != kExitDone) {
+      if (status != kExitBusy) setPhase(Phase::kFailed, "the administrator's run has failed");
+      return save(status);
+    }
+    const std::vector<InstalledVersion> now = applicationVersions(its_);
+    if (now.empty() || now.front().version != result_.offer.version) return save(kExitDone);
+    if (!before.empty() && before.front().version != now.front().version)
+      state_.previousVersion = before.front().version;
+    state_.stagedVersion.clear();
+    state_.offer = {};
+    setPhase(Phase::kNone, "");
+    return save(kExitDone);
   }
 
   int failed(const FetchResult& result) {

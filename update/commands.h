@@ -1,5 +1,6 @@
 // The commands of quillory-update. docs/formats/update-lines.md has what each says and how it ends.
 #pragma once
+#include <functional>
 #include <string>
 
 #include "update/installation.h"
@@ -16,6 +17,9 @@ inline constexpr int kExitUsage = 2;
 inline constexpr int kExitOff = 3;  ///< switched off, or pinned to another version
 inline constexpr int kExitNeedsAdministrator = 4;
 inline constexpr int kExitBusy = 75;  ///< another run is at work
+
+// Those of elev_mac when the rights were not given, or there was nothing to be run.
+inline constexpr int kElevationStatuses[] = {64, 66, 69, 77};
 
 enum class Command {
   kCheck,
@@ -36,6 +40,11 @@ struct CommandRequest {
   Transport& transport;
   Lines lines;
   std::string administratorsFolder = kAdministratorsFolder;
+  std::string draw{};  ///< of a user for whom an administrator installs; "" for the state's
+  /// Has the administrator install what this user may not, when the installation has been offered
+  /// something, and says how that has ended: an exit status of this program or of elev_mac, or a
+  /// negative number. It tells its own lines. Without it nobody is asked.
+  std::function<int(const std::string& draw)> elevate{};
 };
 
 /// Runs it under the lock of the installation's updates, and returns the exit status. Every failure

@@ -77,6 +77,7 @@ bool hasUsableNames(const Installation& its) {
 Installation installationOf(const Values& values, const std::string& ownFolder) {
   Installation its;
   its.appName = values.ofStart("app_name");
+  its.launcher = values.ofStart("launched_from_dynprops");
   its.updaterFolder = withoutFinalSlash(values.ofStart("app_dir"));
   its.masterFolder = parentOf(its.updaterFolder);
   its.ownFolder = ownFolder.empty() ? its.masterFolder : ownFolder;

@@ -15,6 +15,7 @@ LaunchProperties launchPropertiesOf(std::string_view bytes);
 
 struct Installation {
   std::string appName;
+  std::string launcher;       ///< of the start: its absolute path
   std::string updaterFolder;  ///< of the start
   std::string masterFolder;
   std::string ownFolder;  ///< where what is its user's is written

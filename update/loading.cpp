@@ -10,10 +10,12 @@
 #include "formats/tail_format.h"
 #include "formats/text_encodings.h"
 #include "formats/whole_archive.h"
+#include "install/closed_installation.h"
 #include "install/version_folders.h"
 #include "java/jre_bundle.h"
 #include "java/jre_inspection.h"
 #include "support/durable.h"
+#include "support/file_modes.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/output_file.h"
@@ -124,8 +126,11 @@ class Staging {
   std::string unpack200Path() const {
     const std::vector<InstalledVersion> runtimes = runtimeVersions(request_.installation);
     if (runtimes.empty()) return "";
-    return joinPath(request_.installation.masterFolder, runtimes.front().folder + kBundleSuffix,
-                    "Contents/Home/bin/unpack200");
+    const std::string& master = request_.installation.masterFolder;
+    const std::string path =
+        joinPath(master, runtimes.front().folder + kBundleSuffix, "Contents/Home/bin/unpack200");
+    const bool isAdministrators = geteuid() == 0 && usesOnlyTrusted();
+    return isAdministrators && !isOutOfReach(master, path) ? "" : path;
   }
 
   FetchResult complete() {

@@ -11,7 +11,9 @@
 #include "support/file_modes.h"
 #include "support/log.h"
 #include "support/platform.h"
+#include "support/running_program.h"
 #include "support/standard_streams.h"
+#include "update/administration.h"
 #include "update/cancel.h"
 #include "update/command_line.h"
 #include "update/commands.h"
@@ -44,11 +46,47 @@ void chooseModes(const Installation& installation) {
                                                      : InstallationModes::kOwnerWrites);
 }
 
-int runOn(const CommandLine& line, std::FILE* out) {
-  const Lines lines = [out](const Line& said) {
+Lines linesTo(std::FILE* out) {
+  return [out](const Line& said) {
     std::fprintf(out, "%s\n", said.text().c_str());
     std::fflush(out);
   };
+}
+
+// By the installation's own program, or, where that could be anybody's, by nobody.
+int elevateFor(const Installation& installation, const std::string& draw, std::FILE* out,
+               const Lines& lines) {
+  const AdministratorsProgram program = administratorsProgram(installation);
+  if (program.whyNot.empty()) return runElevated(installation, program, draw, fileno(out));
+  logMessage("[Update] Not updated: %s\n", program.whyNot.c_str());
+  lines(Line("failed").with("reason", program.whyNot).with("retry", 0));
+  return kExitFailed;
+}
+
+int installForAll(const CommandLine& line, std::FILE* out) {
+  const Lines lines = linesTo(out);
+  const auto refuse = [&lines](const std::string& why, int status) {
+    lines(Line("failed").with("reason", why).with("retry", 0));
+    return status;
+  };
+  if (getuid() != 0 || geteuid() != 0)
+    return refuse("only an administrator can do that", kExitNeedsAdministrator);
+  standAlone();
+  chooseInstallationModes(InstallationModes::kOnlyTrustedAreUsed);
+  std::string why;
+  const std::optional<Installation> installation = administeredInstallation(runningProgram(), why);
+  if (!installation) return refuse(why, kExitFailed);
+  setupFileLogging(installation->ownFolder.c_str(), "Update");
+  const std::unique_ptr<Transport> transport = makeCurlTransport();
+  return runCommand({.command = Command::kInstall,
+                     .installation = *installation,
+                     .transport = *transport,
+                     .lines = lines,
+                     .draw = line.draw});
+}
+
+int runOn(const CommandLine& line, std::FILE* out) {
+  const Lines lines = linesTo(out);
   std::string why;
   const std::optional<Installation> installation =
       readInstallation(line.properties, line.ownFolder, why);
@@ -61,11 +99,16 @@ int runOn(const CommandLine& line, std::FILE* out) {
   if (line.command == Command::kBackground) (void)!nice(kBackgroundNiceness);
   if (line.command != Command::kStatus) setupFileLogging(installation->ownFolder.c_str(), "Update");
   const std::unique_ptr<Transport> transport = makeCurlTransport();
-  return runCommand({.command = line.command,
-                     .installation = *installation,
-                     .argument = line.argument,
-                     .transport = *transport,
-                     .lines = lines});
+  CommandRequest request{.command = line.command,
+                         .installation = *installation,
+                         .argument = line.argument,
+                         .transport = *transport,
+                         .lines = lines};
+  if (line.elevates)
+    request.elevate = [&](const std::string& draw) {
+      return elevateFor(*installation, draw, out, lines);
+    };
+  return runCommand(request);
 }
 
 int runLine(const CommandLine& line) {
@@ -82,6 +125,8 @@ int runLine(const CommandLine& line) {
     case CommandLine::Kind::kRestart:
       return restartAfter(line.waitFor, line.program, kRestartLimitSeconds) ? kExitDone
                                                                             : kExitFailed;
+    case CommandLine::Kind::kInstallForAll:
+      return installForAll(line, linesOnly());
     case CommandLine::Kind::kCommand:
       break;
   }

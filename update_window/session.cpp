@@ -55,8 +55,10 @@ std::optional<int> Session::runOnce() {
     button_.reset();
   }
   showStory();
+  std::vector<std::string> command = command_;
+  if (elevates_) command.emplace_back("--elevate");
   const std::optional<int> ended =
-      run->run(command_, options_.atMostSeconds, [this](const UpdateLine& line) {
+      run->run(command, options_.atMostSeconds, [this](const UpdateLine& line) {
         story_.take(line);
         showStory();
       });
@@ -89,7 +91,10 @@ std::optional<int> Session::statusAfter(std::optional<int> ended) {
     return status;
   showStory();
   if (!answers_) return status;
-  return waitForButton() == Button::kTryAgain ? std::nullopt : std::optional(status);
+  const Button button = waitForButton();
+  if (button == Button::kAsAdministrator) elevates_ = true;
+  const bool isToGoOn = button == Button::kTryAgain || button == Button::kAsAdministrator;
+  return isToGoOn ? std::nullopt : std::optional(status);
 }
 
 void Session::showStory() {

@@ -45,6 +45,7 @@ class Session {
   const Show show_;
   const bool answers_;
   UpdateStory story_;
+  bool elevates_ = false;  ///< the user wants an administrator to be asked
 
   std::mutex mutex_;
   std::condition_variable pressed_;

@@ -23,6 +23,8 @@ const char* titleOf(Button button) {
       return "Cancel";
     case Button::kTryAgain:
       return "Try again";
+    case Button::kAsAdministrator:
+      return "As administrator";
     case Button::kQuit:
       return "Quit";
     case Button::kStartAnyway:
@@ -134,8 +136,9 @@ void UpdateStory::end(int status) {
            "Ask who looks after it, or install the application from its full installer.", false);
       return;
     case kExitNeedsAdministrator:
-      fail("The application is installed for all users.", "An administrator has to start it once.",
-           false);
+      fail("The application is installed for all users.",
+           "It takes an administrator, whose password is asked for.", false);
+      content_.buttons.insert(content_.buttons.begin(), Button::kAsAdministrator);
       return;
     default:
       fail(reason_.empty() ? "The update program could not do its work." : reason_,

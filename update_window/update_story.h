@@ -20,7 +20,17 @@ inline constexpr int kExitCancelled = 5;    ///< the window's own
 inline constexpr int kExitGoesOnAlone = 6;  ///< the window's own: the time that it had is over
 inline constexpr int kExitBusy = 75;
 
-enum class Button { kCancel, kTryAgain, kQuit, kStartAnyway, kLoad, kLater, kSkip, kClose };
+enum class Button {
+  kCancel,
+  kTryAgain,
+  kAsAdministrator,
+  kQuit,
+  kStartAnyway,
+  kLoad,
+  kLater,
+  kSkip,
+  kClose,
+};
 const char* titleOf(Button button);
 
 struct WindowContent {

@@ -1,5 +1,6 @@
 #include "packager/commands/update_settings.h"
 
+#include "install/install_locations.h"
 #include "packager/writing/update_settings_writer.h"
 
 namespace quillory::pack {
@@ -14,6 +15,10 @@ std::string updateSettingsOf(const Config& config, const UpdateKeys& keys) {
   settings.keepVersions = update.keepVersions;
   settings.mirrors = update.mirrors;
   settings.keys = keys.trusted;
+  if (isForAllUsers(config.install.type) && isMirrorUrl(update.url)) {
+    settings.updateUrl = update.url;
+    settings.runtimeName = config.runtime.name;
+  }
   return updateSettingsBytes(settings);
 }
 

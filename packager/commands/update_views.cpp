@@ -150,13 +150,18 @@ Json describeUpdateSettings(const std::string& path) {
     throw PackError("holds no update settings: " + result.refusal, "", {path, 0});
   }
   const UpdateSettings& settings = *result.settings;
-  return {{"channel", settings.channel},
-          {"mode", std::string(asText(settings.mode))},
-          {"at start seconds", settings.atStartSeconds},
-          {"check hours", settings.checkHours},
-          {"keep versions", settings.keepVersions},
-          {"mirrors", settings.mirrors},
-          {"keys", fingerprintsOf(settings.keys, path)}};
+  Json shown = {{"channel", settings.channel},
+                {"mode", std::string(asText(settings.mode))},
+                {"at start seconds", settings.atStartSeconds},
+                {"check hours", settings.checkHours},
+                {"keep versions", settings.keepVersions},
+                {"mirrors", settings.mirrors},
+                {"keys", fingerprintsOf(settings.keys, path)}};
+  if (!settings.updateUrl.empty()) {
+    shown["update url"] = settings.updateUrl;
+    shown["runtime"] = settings.runtimeName;
+  }
+  return shown;
 }
 
 }  // namespace quillory::pack

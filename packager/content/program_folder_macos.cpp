@@ -1,22 +1,6 @@
-#include <mach-o/dyld.h>
-
-#include <cstdint>
-#include <filesystem>
-
 #include "packager/content/program_folder.h"
 
 namespace quillory::pack {
-
-std::string programFolder() {
-  std::uint32_t size = 0;
-  _NSGetExecutablePath(nullptr, &size);
-  std::string path(size, '\0');
-  if (_NSGetExecutablePath(path.data(), &size) != 0) {
-    return "";
-  }
-  std::error_code error;
-  return std::filesystem::canonical(path.c_str(), error).parent_path().string();
-}
 
 Target nativeTarget() { return Target::kMacOS; }
 

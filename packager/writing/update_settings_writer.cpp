@@ -28,6 +28,10 @@ std::string updateSettingsBytes(const UpdateSettings& settings) {
   records.number(kUpdateKeyCountRecord, static_cast<std::int64_t>(settings.keys.size()));
   for (const std::string& key : settings.keys)
     records.text(kUpdateKeyRecord, key, kUpdateKeyCapacity);
+  if (!settings.updateUrl.empty()) {
+    records.text(kUpdateUrlRecord, settings.updateUrl, kMirrorUrlCapacity);
+    records.text(kRuntimeNameRecord, settings.runtimeName);
+  }
   const UpdateSettingsResult read = readUpdateSettingsBytes(sink.bytes());
   if (!read.settings)
     throw PackError("the update settings would be refused by every installation: " + read.refusal);

@@ -48,6 +48,26 @@ TEST(ReadUpdateSettings, TakesTheExampleOfThePage) {
   EXPECT_EQ(*result.settings, example());
 }
 
+TEST(ReadUpdateSettings, TakesWhatAnAdministratorHasToKnow) {
+  std::vector<std::string> values = exampleSettings();
+  values.insert(values.end(), {"https://app.example/", "JRE"});
+  const UpdateSettingsResult result = readUpdateSettingsBytes(settingsOf(values));
+  ASSERT_TRUE(result.settings) << result.refusal;
+  EXPECT_EQ(result.settings->updateUrl, "https://app.example/");
+  EXPECT_EQ(result.settings->runtimeName, "JRE");
+  values.pop_back();
+  EXPECT_FALSE(readUpdateSettingsBytes(settingsOf(values)).settings);
+  values.push_back("");
+  EXPECT_EQ(readUpdateSettingsBytes(settingsOf(values)).refusal, "Runtime Name: it is empty");
+  values.back() = "JRE";
+  values.push_back("more");
+  EXPECT_EQ(readUpdateSettingsBytes(settingsOf(values)).refusal, "Runtime Name: more follows");
+  values.pop_back();
+  values[values.size() - 2] = "ftp://app.example/";
+  EXPECT_EQ(readUpdateSettingsBytes(settingsOf(values)).refusal,
+            "Key Count: more follows than it counts");
+}
+
 TEST(ReadUpdateSettings, TakesNoFileForNoFault) {
   TempDir dir;
   const UpdateSettingsResult result = readUpdateSettings(dir / "QuilloryUpdate");

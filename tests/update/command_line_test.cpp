@@ -39,6 +39,15 @@ TEST(ParseCommandLine, SaysWhatMakesNoSense) {
       {{"skip", "--properties", "/p"}, "skip needs VERSION"},
       {{"skip", "1", "2", "--properties", "/p"}, "skip takes no 2"},
       {{"--help", "check"}, "nothing may follow --help"},
+      {{"check", "--properties", "/p", "--elevate"}, "--elevate needs a value"},
+      {{"download", "--elevate", "--properties", "/p"}, "download takes no --elevate"},
+      {{"install-for-all", "--properties", "/p"},
+       "install-for-all takes --draw DRAW and nothing else"},
+      {{"install-for-all", "--draw"}, "install-for-all takes --draw DRAW and nothing else"},
+      {{"install-for-all", "--draw", "00112233445566778899aabbccddeef"},
+       "that is no draw: 00112233445566778899aabbccddeef"},
+      {{"install-for-all", "--draw", "00112233445566778899aabbccddeefg"},
+       "that is no draw: 00112233445566778899aabbccddeefg"},
       {{"restart", "--wait", "12"}, "restart needs --wait PID -- PROGRAM"},
       {{"restart", "--wait", "12x", "--", "/bin/true"}, "that is no process: 12x"},
       {{"restart", "--wait", "1", "--", "/bin/true"}, "that is no process: 1"},
@@ -49,6 +58,18 @@ TEST(ParseCommandLine, SaysWhatMakesNoSense) {
     EXPECT_EQ(line.kind, Kind::kMistake);
     EXPECT_EQ(line.mistake, mistake);
   }
+}
+
+TEST(ParseCommandLine, TakesWhatIsForAdministrators) {
+  const CommandLine asking = parseCommandLine({"install", "--elevate", "--properties", "/p"});
+  EXPECT_EQ(asking.kind, Kind::kCommand) << asking.mistake;
+  EXPECT_TRUE(asking.elevates);
+  EXPECT_FALSE(parseCommandLine({"install", "--properties", "/p"}).elevates);
+  EXPECT_EQ(parseCommandLine({"install-for-all"}).kind, Kind::kInstallForAll);
+  const std::string draw = "00112233445566778899aabbccddeeff";
+  const CommandLine drawn = parseCommandLine({"install-for-all", "--draw", draw});
+  EXPECT_EQ(drawn.kind, Kind::kInstallForAll) << drawn.mistake;
+  EXPECT_EQ(drawn.draw, draw);
 }
 
 TEST(ParseCommandLine, TakesAProgramToStartAgain) {

@@ -83,7 +83,9 @@ RunResult Machine::runOn(const update::Installation& its, update::Command comman
        .argument = argument,
        .transport = transport,
        .lines = [&](const update::Line& line) { result.lines.push_back(line.text()); },
-       .administratorsFolder = administrators});
+       .administratorsFolder = administrators,
+       .draw = draw,
+       .elevate = elevate});
   return result;
 }
 

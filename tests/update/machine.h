@@ -1,6 +1,7 @@
 // A machine on which the application Demo is installed, in a folder of the test's own, with a clock
 // that the test sets.
 #pragma once
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -62,6 +63,9 @@ class Machine {
   std::string extraProperties;  ///< put behind the others
   std::string ownFolder;        ///< "": the master folder
   std::string administrators;   ///< the folder of the administrator's files
+  std::string draw;             ///< of who has asked for the run
+  /// As update::CommandRequest has it.
+  std::function<int(const std::string& draw)> elevate;
 
  private:
   TempDir folder_;

@@ -96,6 +96,15 @@ TEST_F(SessionTest, TriesAgainWhenItIsAsked) {
   EXPECT_EQ(shown_.back().isError, false);
 }
 
+TEST_F(SessionTest, HasAnAdministratorAskedWhenTheUserWantsIt) {
+  onShow_ = [this](const WindowContent& content) {
+    if (content.isError) session_->press(Button::kAsAdministrator);
+  };
+  EXPECT_EQ(run("case \"$*\" in *' --elevate') exit 0;; esac\nexit 4", true), kExitDone);
+  const std::string plain = "install --properties " + (dir_ / "none");
+  EXPECT_EQ(readFile(dir_ / "said"), plain + "\n" + plain + " --elevate\n");
+}
+
 TEST_F(SessionTest, EndsWithTheFailureWhenTheUserHadEnough) {
   onShow_ = [this](const WindowContent& content) {
     if (content.isError) session_->press(Button::kQuit);

@@ -114,6 +114,7 @@ TEST(UpdateStory, SaysWhoCanHelpWhereTheUserCannot) {
   UpdateStory all("Demo", Occasion::kFirst);
   all.end(kExitNeedsAdministrator);
   EXPECT_THAT(all.content().detail, HasSubstr("administrator"));
+  EXPECT_THAT(all.content().buttons, ElementsAre(Button::kAsAdministrator, Button::kQuit));
 }
 
 TEST(UpdateStory, BeginsAgainWithNothingOfTheRunBefore) {

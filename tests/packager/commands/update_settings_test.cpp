@@ -26,5 +26,18 @@ TEST_F(UpdateSettingsOf, AreThoseOfTheConfigurationInTheOrderOfTheFormat) {
                               "https://two.example/", "2", key, "3003"}));
 }
 
+TEST_F(UpdateSettingsOf, TellTheAdministratorOfAllUsersWhatAStartWouldSay) {
+  config_.update.url = "https://app.example/";
+  config_.runtime.name = "My JRE";
+  const UpdateKeys keys{SigningKey::load(testing::madeKey()), std::nullopt, {}, {"3003"}};
+  const std::string forOne = updateSettingsOf(config_, keys);
+  config_.install.type = "perm_all";
+  EXPECT_EQ(updateSettingsOf(config_, keys),
+            forOne + testing::records({"https://app.example/", "My JRE"}));
+  // A dynamic one that is not yet known.
+  config_.update.url = "";
+  EXPECT_EQ(updateSettingsOf(config_, keys), forOne);
+}
+
 }  // namespace
 }  // namespace quillory::pack
