@@ -21,6 +21,8 @@ constexpr char kElevateText[] =
 constexpr char kInstallForAllText[] =
     "installs what is new in the installation that this program lies in, for all its users; run by "
     "its administrator";
+constexpr char kProxiesText[] =
+    "says which proxies the system's settings name for an address, one a line";
 constexpr char kDrawText[] = "install-for-all only: the draw of the user who has been offered it";
 constexpr std::size_t kDrawDigits = 32;
 constexpr char kInstallForAllName[] = "install-for-all";
@@ -50,6 +52,7 @@ class Parser {
     if (line_.kind != CommandLine::Kind::kMistake)
       return rest_.empty() ? line_ : mistake("nothing may follow " + name);
     if (name == "restart") return parseRestart();
+    if (name == "proxies") return parseProxies();
     if (name == kInstallForAllName) return parseInstallForAll();
     const auto known = std::find_if(kCommands.begin(), kCommands.end(),
                                     [&](const auto& command) { return command.name == name; });
@@ -108,6 +111,13 @@ class Parser {
     return isDraw ? line_ : mistake("that is no draw: " + line_.draw);
   }
 
+  CommandLine parseProxies() {
+    if (rest_.size() != 1) return mistake("proxies needs URL");
+    line_.kind = CommandLine::Kind::kProxies;
+    line_.argument = take();
+    return line_;
+  }
+
   CommandLine parseRestart() {
     line_.kind = CommandLine::Kind::kRestart;
     if (rest_.size() < 4 || take() != "--wait")
@@ -152,11 +162,13 @@ std::string help() {
   std::string text =
       "usage: quillory-update COMMAND --properties FILE [--own-folder DIR] [--elevate]\n"
       "       quillory-update install-for-all [--draw DRAW]\n"
+      "       quillory-update proxies URL\n"
       "       quillory-update restart --wait PID -- PROGRAM [ARGUMENT]...\n\n";
   text += std::string(kPurpose) + "\n\n";
   for (const DescribedCommand& command : kCommands)
     text += "  " + padded(withArgument(command), kWidth) + command.text + '\n';
   text += "  " + padded(kInstallForAllName, kWidth) + kInstallForAllText + '\n';
+  text += "  " + padded("proxies URL", kWidth) + kProxiesText + '\n';
   text += "  " + padded("restart", kWidth) + kRestartText + "\n\n";
   text += "  " + padded("--properties FILE", kWidth) + kPropertiesText + '\n';
   text += "  " + padded("--own-folder DIR", kWidth) + kOwnFolderText + '\n';
@@ -175,6 +187,7 @@ std::string manual() {
   page.heading("COMMANDS");
   for (const DescribedCommand& command : kCommands) page.item(withArgument(command), command.text);
   page.item(kInstallForAllName, kInstallForAllText);
+  page.item("proxies URL", kProxiesText);
   page.item("restart", kRestartText);
   page.heading("OPTIONS");
   page.item("--properties FILE", kPropertiesText);

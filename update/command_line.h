@@ -15,6 +15,7 @@ inline constexpr char kProgramVersion[] = "1.0";
 inline constexpr char kUsage[] =
     "quillory-update COMMAND --properties FILE [--own-folder DIR] [--elevate]\n"
     "quillory-update install-for-all [--draw DRAW]\n"
+    "quillory-update proxies URL\n"
     "quillory-update restart --wait PID -- PROGRAM [ARGUMENT]...\n";
 inline constexpr char kStatuses[] =
     "0 done, or nothing to do; 1 failed; 2 the command line makes no sense; 3 switched off, or "
@@ -29,7 +30,7 @@ struct DescribedCommand {
 extern const std::vector<DescribedCommand> kCommands;
 
 struct CommandLine {
-  enum class Kind { kHelp, kVersion, kCommand, kInstallForAll, kRestart, kMistake };
+  enum class Kind { kHelp, kVersion, kCommand, kInstallForAll, kProxies, kRestart, kMistake };
   Kind kind = Kind::kMistake;
   std::string mistake{};  ///< in words
   Command command = Command::kStatus;

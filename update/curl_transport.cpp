@@ -5,11 +5,14 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <string_view>
 
 #include "formats/downloads.h"
 #include "platform/curl_library.h"
+#include "support/log.h"
 #include "update/cancel.h"
+#include "update/system_proxies.h"
 
 namespace quillory::update {
 namespace {
@@ -73,8 +76,10 @@ class Exchange {
         stallSeconds_(stallSeconds),
         headers_(nullptr, ListFreer{&curl}) {}
 
-  TransferResult run(const std::string& url) {
+  /// `proxy` is null for what the environment names.
+  TransferResult run(const std::string& url, const char* proxy) {
     setOptions(url);
+    set(CURLOPT_PROXY, proxy);
     const CURLcode code = curl_.perform(handle_);
     long status = 0;
     const char* redirect = nullptr;
@@ -273,26 +278,64 @@ class CurlTransport : public Transport {
       return {.end = TransferEnd::kRefused, .reason = "that is no address of the web: " + url};
     TransferResult sum;
     for (int turn = 0; turn <= kMostRedirects; ++turn) {
-      Exchange exchange(*curl_, handle_.get(), request, sink, stallSeconds_);
-      TransferResult result = exchange.run(url);
+      std::string redirect;
+      TransferResult result = getBy(proxiesFor(url), url, request, sink, redirect);
       sum.bytesUp += result.bytesUp;
       sum.bytesDown += result.bytesDown;
       result.bytesUp = sum.bytesUp;
       result.bytesDown = sum.bytesDown;
-      if (result.end != TransferEnd::kComplete || exchange.redirect().empty()) return result;
-      if (!isWebAddress(exchange.redirect()) || !mayRedirect(url, exchange.redirect())) {
+      if (result.end != TransferEnd::kComplete || redirect.empty()) return result;
+      if (!isWebAddress(redirect) || !mayRedirect(url, redirect)) {
         result.end = TransferEnd::kRefused;
-        result.reason = "a redirect to " + exchange.redirect() + " is not followed";
+        result.reason = "a redirect to " + redirect + " is not followed";
         return result;
       }
-      url = exchange.redirect();
+      url = redirect;
     }
     sum.end = TransferEnd::kRefused;
     sum.reason = "too many redirects";
     return sum;
   }
 
+  // By the first of them that answers.
+  TransferResult getBy(const Proxies& proxies, const std::string& url,
+                       const TransferRequest& request, TransferSink& sink, std::string& redirect) {
+    TransferResult result;
+    std::size_t next = 0;
+    do {
+      Exchange exchange(*curl_, handle_.get(), request, sink, stallSeconds_);
+      const char* proxy = nullptr;
+      if (next < proxies.size()) proxy = proxies[next] == kNoProxy ? "" : proxies[next].c_str();
+      result = exchange.run(url, proxy);
+      redirect = exchange.redirect();
+    } while (result.end == TransferEnd::kUnreachable && ++next < proxies.size());
+    return result;
+  }
+
+  // They are asked for once a server.
+  const Proxies& proxiesFor(const std::string& url) {
+    const std::size_t host = url.find("://");
+    const std::string server =
+        host == url.npos ? "" : url.substr(0, url.find_first_of("/?#", host + 3));
+    const auto [known, isNew] = proxies_.try_emplace(server);
+    if (isNew && isForSystemProxies(url)) {
+      known->second = proxyCalls.proxiesFor(server + '/');
+      for (const std::string& proxy : known->second)
+        logMessage("[Update] The system's proxy for %s: %s\n", server.c_str(),
+                   withoutPassword(proxy).c_str());
+    }
+    return known->second;
+  }
+
+  static std::string withoutPassword(const std::string& proxy) {
+    const std::size_t host = proxy.find("://");
+    const std::size_t user = proxy.rfind('@');
+    if (host == proxy.npos || user == proxy.npos) return proxy;
+    return proxy.substr(0, host + 3) + proxy.substr(user + 1);
+  }
+
   double stallSeconds_;
+  std::map<std::string, Proxies> proxies_;  ///< of each server
   const CurlLibrary* curl_ = nullptr;
   Handle handle_{nullptr, HandleCloser{nullptr}};
 };

@@ -1,5 +1,5 @@
-// The web as libcurl reaches it, with the proxies of the environment and the authorities that the
-// system trusts.
+// The web as libcurl reaches it, with the proxies of the environment, or else of the system, and
+// the authorities that the system trusts.
 //
 // Redirects lead to http and https, never from https to http, and at most twenty times. A transfer
 // ends when no byte has come for a minute, never because it takes long. Addresses of files are for

@@ -19,6 +19,7 @@
 #include "update/commands.h"
 #include "update/curl_transport.h"
 #include "update/restart.h"
+#include "update/system_proxies.h"
 
 namespace {
 
@@ -125,6 +126,8 @@ int runLine(const CommandLine& line) {
     case CommandLine::Kind::kRestart:
       return restartAfter(line.waitFor, line.program, kRestartLimitSeconds) ? kExitDone
                                                                             : kExitFailed;
+    case CommandLine::Kind::kProxies:
+      return tellProxies(line.argument);
     case CommandLine::Kind::kInstallForAll:
       return installForAll(line, linesOnly());
     case CommandLine::Kind::kCommand:
@@ -143,5 +146,6 @@ int main(int argc, char** argv) {
   // The log is the file: standard output is for lines, and the system has its own to tell.
   logCalls.show = [](const char*, std::size_t) {};
   platformCalls.systemLog = [](const char*) {};
+  askSystemForProxies();
   return runLine(parseCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc}));
 }

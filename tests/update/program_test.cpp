@@ -280,6 +280,47 @@ TEST_F(Program, SaysThatThereIsNoSuchHost) {
   EXPECT_THAT(result.out, HasSubstr("failed reason=Could%20not%20resolve%20host"));
 }
 
+// The settings of the system, as its library tells them.
+class ProxiedProgram : public Program {
+ protected:
+  static ChildOptions withSystemProxies(const std::string& answers) {
+    ChildOptions options = withoutProxies();
+    options.environment = {{"LD_LIBRARY_PATH", STAND_IN_LIBPROXY_FOLDER},
+                           {"STAND_IN_PROXIES", answers}};
+    return options;
+  }
+};
+
+TEST_F(ProxiedProgram, TakesTheProxyThatTheSystemNames) {
+  release(2, "2");
+  machine_.extraProperties = property("qystat_update_url", "http://updates.test/");
+  std::string proxy = server_->url();
+  proxy.pop_back();
+  const ChildResult result =
+      runChild(command("install"), withSystemProxies("http://127.0.0.1:1 " + proxy));
+  EXPECT_EQ(result.exitStatus, 0) << result.out << result.err;
+  EXPECT_EQ(machine_.fileOf("2", "app.jar"), "version 2");
+  EXPECT_THAT(newestLog(),
+              HasSubstr("[Update] The system's proxy for http://updates.test: " + proxy + "\n"));
+}
+
+TEST_F(ProxiedProgram, SaysWhichTheyAreAndHasSecondsToDoSo) {
+  const ChildResult result =
+      runChild({QUILLORY_UPDATE, "proxies", "http://updates.test/"},
+               withSystemProxies("url socks://socks.test:1080 wpad:// left direct://"));
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_THAT(result.out, MatchesRegex("http://asked-for-updates.test/\nsocks5h://socks.test:1080\n"
+                                       "http://left-(9|10)\ndirect\n"));
+}
+
+TEST_F(ProxiedProgram, GoesOnWithoutThemWhereNoAnswerComes) {
+  machine_.extraProperties = property("qystat_update_url", "http://one.invalid/");
+  const ChildResult result = runChild(command("check"), withSystemProxies("late"));
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_THAT(result.out, HasSubstr("failed reason=Could%20not%20resolve%20host"));
+  EXPECT_THAT(newestLog(), HasSubstr("The system's settings of proxies could not be asked\n"));
+}
+
 TEST_F(Program, AsksNobodyAtNoInvalid) {
   machine_.extraProperties = property("qystat_update_url", "http://no.invalid/");
   EXPECT_EQ(run("install").exitStatus, 3);
