@@ -52,8 +52,9 @@ bool isModule(const std::string& jar) {
   }
 }
 
-// The jars as a class path sees them. Of a module jdeps wants all that it requires to be there, and
-// no other of its name; on a class path neither counts.
+// The jars as a class path sees them. Of a module jdeps wants all that it requires to be modules,
+// too, and no other of its name. On a class path neither counts; what the modules of a module path
+// require is asked for besides.
 std::vector<std::string> withoutDescriptors(std::vector<std::string> jars,
                                             const std::string& workFolder) {
   for (std::size_t i = 0; i < jars.size(); ++i) {
@@ -222,8 +223,7 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
                         PackCache* cache) {
   std::string modules = joined(config.modules, ",");
   if (modules.empty()) {
-    modules = modulesFoundByJdeps(
-        config, options.module.empty() ? withoutDescriptors(jars, workFolder) : jars);
+    modules = modulesFoundByJdeps(config, withoutDescriptors(jars, workFolder));
   }
   if (!config.addModules.empty()) {
     modules += ',' + joined(config.addModules, ",");

@@ -150,6 +150,26 @@ TEST(LinkRuntime, TakesAModuleWithoutWhatItRequiresForPlainClasses) {
   EXPECT_THAT(runTool({folder + "/bin/java", "--list-modules"}), HasSubstr("java.sql@"));
 }
 
+// A jar without a descriptor is a module by its name, which no runtime can be linked with.
+TEST(LinkRuntime, LinksForAModuleThatRequiresAPlainJar) {
+  TempDir dir;
+  const std::string jdk = fs::canonical(findJdkTool("jlink", "")).parent_path().parent_path();
+  writeFile(dir / "lib/q/B.java", "package q; public class B {}");
+  runTool({jdk + "/bin/javac", "-d", dir / "lib-out", dir / "lib/q/B.java"});
+  runTool({jdk + "/bin/jar", "--create", "--file", dir / "plain.jar", "-C", dir / "lib-out", "."});
+  writeFile(dir / "src/module-info.java", "module app { requires plain; requires java.sql; }");
+  writeFile(dir / "src/p/A.java", "package p; class A extends q.B { java.util.logging.Logger l; }");
+  runTool({jdk + "/bin/javac", "-d", dir / "out", "-p", dir / "plain.jar",
+           dir / "src/module-info.java", dir / "src/p/A.java"});
+  runTool({jdk + "/bin/jar", "--create", "--file", dir / "app.jar", "-C", dir / "out", "."});
+  const std::string folder =
+      linkRuntime({}, {dir / "app.jar", dir / "plain.jar"}, dir.str(), {{}, {}, "app"});
+  const std::string modules = runTool({folder + "/bin/java", "--list-modules"});
+  EXPECT_THAT(modules, HasSubstr("java.sql@"));
+  EXPECT_THAT(modules, HasSubstr("java.logging@"));
+  EXPECT_THAT(modules, ::testing::Not(HasSubstr("java.desktop@")));
+}
+
 TEST(LinkRuntime, AddsTheClassesOfTheUpdaterToTheListForTheArchive) {
   TempDir dir;
   RuntimeConfig config;
