@@ -60,10 +60,6 @@ void JNICALL endOfJvm() {
   if (stageOfStart() == StartStage::kCreatingJvm) std::exit(kExitFailure);
 }
 
-/// Where the library lies: in a plain Java home, in a bundle, in a bundle with a development kit.
-constexpr const char* kLibraryFolders[] = {"/lib/server/", "/Contents/Home/lib/server/",
-                                           "/Contents/Home/jre/lib/server/"};
-
 void logTexts(const char* what, const Texts& texts) {
   int index = 0;
   for (const std::string& text : texts)
@@ -234,7 +230,7 @@ int runMain(const Jvm& jvm, const JavaInProcess& java) {
 
 void* openJvmLibrary(const std::string& jreHome) {
   for (const char* name : jvmLibraryNames()) {
-    for (const char* folder : kLibraryFolders) {
+    for (const char* folder : jvmLibraryFolders()) {
       const std::string path = jreHome + folder + name;
       void* library = dlopen(path.c_str(), RTLD_LAZY);
       if (library == nullptr) continue;

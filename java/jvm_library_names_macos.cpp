@@ -9,4 +9,10 @@ std::span<const char* const> jvmLibraryNames() {
   return kNames;
 }
 
+std::span<const char* const> jvmLibraryFolders() {
+  static constexpr std::array<const char*, 3> kFolders = {
+      "/lib/server/", "/Contents/Home/lib/server/", "/Contents/Home/jre/lib/server/"};
+  return kFolders;
+}
+
 }  // namespace quillory

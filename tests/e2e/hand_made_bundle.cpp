@@ -144,9 +144,10 @@ std::string updaterEntries(const LaunchFile& launchFile, const SigningKey* key) 
 }
 
 std::string runtimeContent() {
+  const std::string classes = QUILLORY_TEST_RUNTIME "/lib/rt.jar";  // of Java 8
   return folderEntry("Contents") + folderEntry("Contents/MacOS") + folderEntry("Contents/Home") +
          entriesOf(QUILLORY_TEST_RUNTIME, "Contents/Home/") +
-         fileEntry("Contents/Home/lib/rt.jar", "not looked into");
+         (fs::exists(classes) ? "" : fileEntry("Contents/Home/lib/rt.jar", "not looked into"));
 }
 
 std::string runtimeEntry(const SigningKey* key) {

@@ -55,7 +55,8 @@ void installRuntime(const std::string& master) {
   fs::create_symlink(runtime / "conf", alias / "conf");
   for (const auto& entry : fs::directory_iterator(runtime / "lib"))
     fs::create_symlink(entry.path(), alias / "lib" / entry.path().filename());
-  writeFile(alias / "lib/rt.jar", "not looked into");
+  // A link to that of Java 8 is not written to.
+  if (!fs::exists(alias / "lib/rt.jar")) writeFile(alias / "lib/rt.jar", "not looked into");
   fs::create_directories(alias.string() + ".plugin/Contents/MacOS");
   fs::create_symlink(alias, alias.string() + ".plugin/Contents/Home");
 }

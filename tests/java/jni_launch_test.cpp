@@ -100,6 +100,17 @@ TEST_F(LoadJVMLibrary, TriesTheSystemsOwnFileNameWhenAllThreePlacesFailed) {
                   "[JNILaunch] Identified JRE path as " + (dir_ / kInnerPlace) + "\n"));
 }
 
+TEST_F(LoadJVMLibrary, FindsThatOfAJavaEightForLinux) {
+  if (jvmLibraryNames().size() == 1) GTEST_SKIP() << "is never that on this system";
+  for (const char* place : {"jre/lib/amd64/server/libjvm.so", "lib/amd64/server/libjvm.so"}) {
+    install(place);
+    const CapturedLog log;
+    EXPECT_NE(loadJVMLibrary(dir_.str().c_str()), nullptr);
+    EXPECT_THAT(log.messages(),
+                ElementsAre("[JNILaunch] Identified JRE path as " + (dir_ / place) + "\n"));
+  }
+}
+
 TEST(GetClassPathFor, JoinsTheEntriesWithColons) {
   const Texts entries = {"/a.jar", "/b c.jar", ""};
   EXPECT_STREQ(OwnedText(getClassPathFor(2, entries.data())).get(),

@@ -1,14 +1,18 @@
+import java.io.File;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Paths;
 
-/** Says what it was started with, a line each, so that a test can compare it. */
+/**
+ * Says what it was started with, a line each, so that a test can compare it. Runs with every Java
+ * from version 8 on, which has no name for its own process.
+ */
 public final class Report {
   private Report() {}
 
   public static void main(String[] args) throws Exception {
     StringBuilder out = new StringBuilder("REPORT BEGIN\n");
-    out.append("pid=").append(ProcessHandle.current().pid()).append('\n');
+    out.append("pid=").append(new File("/proc/self").getCanonicalFile().getName()).append('\n');
     for (int i = 0; i < args.length; i++) {
       out.append("arg ").append(i).append('=').append(args[i]).append('\n');
     }
