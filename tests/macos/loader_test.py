@@ -1,8 +1,8 @@
 """The loader that runs macOS executables on this machine, on what it may meet: a small program built
 for this test, and images with something wrong, which must be said and not run.
 
-Usage: loader_test.py LOADER BUILD IMAGES, with the loader, the build folder of scripts/build-macos.sh
-for x86_64, and the folder with its programs.
+Usage: loader_test.py LOADER BUILD IMAGES FRAMEWORKS, with the loader, the build folder of
+scripts/build-macos.sh for x86_64, the folder with its programs, and one with a stand-in for a framework.
 """
 
 import json
@@ -16,7 +16,8 @@ import sys
 import tempfile
 import unittest
 
-LOADER, BUILD, IMAGES = (pathlib.Path(argument).absolute() for argument in sys.argv[1:4])
+LOADER, BUILD, IMAGES, FRAMEWORKS = (
+    pathlib.Path(argument).absolute() for argument in sys.argv[1:5])
 HERE = pathlib.Path(__file__).absolute().parent / "loader"
 FAILED = 86  # the loader's own status
 
@@ -136,6 +137,12 @@ class Programs(unittest.TestCase):
                 result = run(LOADER, IMAGES / name)
                 self.assertEqual(status, result.returncode, result.stderr)
                 self.assertIn("usage: " + name, result.stderr)
+
+    def test_quillory_update_asks_the_frameworks_for_proxies(self):
+        result = run(LOADER, IMAGES / "quillory-update", "proxies", "https://app.example/",
+                     LD_LIBRARY_PATH=str(FRAMEWORKS))
+        self.assertEqual("http://web.example:3128\nsocks5h://socks.example:1080\ndirect\n",
+                         result.stdout, result.stderr)
 
     def test_lzma64_packs_and_unpacks(self):
         with tempfile.TemporaryDirectory() as folder:

@@ -12,8 +12,9 @@ shift 2
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 strip -o "$folder/loader" "$loader"
-for program in launcher lzma64; do
+for program in launcher lzma64 quillory-update; do
   cat "$folder/loader" "$images/$program" >"$folder/$program"
   chmod +x "$folder/$program"
 done
-QUILLORY_LAUNCHER=$folder/launcher QUILLORY_LZMA64=$folder/lzma64 "$@"
+QUILLORY_LAUNCHER=$folder/launcher QUILLORY_LZMA64=$folder/lzma64 \
+  QUILLORY_UPDATE=$folder/quillory-update "$@"

@@ -13,6 +13,7 @@
 #include "tests/harness/private_root.h"
 #include "tests/update/machine.h"
 #include "tests/update/nginx.h"
+#include "tests/update/program_under_test.h"
 
 namespace quillory::testing {
 namespace {
@@ -41,7 +42,7 @@ class InstallForAll : public ::testing::Test {
     fs::create_directories(at("/App.app/Contents/Resources"));
     fs::copy_file(QUILLORY_ELEV_MAC, at("/App.app/Contents/Resources/elev_mac"));
     fs::create_directories(at(kUpdaterFolder));
-    fs::copy_file(QUILLORY_UPDATE, at(kUpdaterFolder) + "/quillory-update");
+    fs::copy_file(updateUnderTest(), at(kUpdaterFolder) + "/quillory-update");
     writeFile(at(kUpdaterFolder) + "/QuilloryLaunch", "launch");
     writeFile(at(kMaster) + "/Quillory-Demo-1-complete/app.jar", "version 1");
     settings_.keys = {testKey("working").publicHex(), testKey("reserve").publicHex()};

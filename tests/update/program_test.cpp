@@ -15,6 +15,7 @@
 #include "tests/harness/http_server.h"
 #include "tests/update/machine.h"
 #include "tests/update/nginx.h"
+#include "tests/update/program_under_test.h"
 
 namespace quillory::testing {
 namespace {
@@ -56,7 +57,7 @@ class Program : public ::testing::Test {
   }
   std::vector<std::string> command(const std::string& name) const {
     machine_.installation();  // which writes the launch properties
-    return {QUILLORY_UPDATE, name, "--properties",
+    return {updateUnderTest(), name, "--properties",
             machine_.updaterFolder() + "/QYLaunchProperties-1-1"};
   }
   ChildResult run(const std::string& name) const {
@@ -306,7 +307,7 @@ TEST_F(ProxiedProgram, TakesTheProxyThatTheSystemNames) {
 
 TEST_F(ProxiedProgram, SaysWhichTheyAreAndHasSecondsToDoSo) {
   const ChildResult result =
-      runChild({QUILLORY_UPDATE, "proxies", "http://updates.test/"},
+      runChild({updateUnderTest(), "proxies", "http://updates.test/"},
                withSystemProxies("url socks://socks.test:1080 wpad:// left direct://"));
   EXPECT_EQ(result.exitStatus, 0);
   EXPECT_THAT(result.out, MatchesRegex("http://asked-for-updates.test/\nsocks5h://socks.test:1080\n"
@@ -343,12 +344,12 @@ TEST_F(Program, GoesOnWhereNobodyListens) {
 }
 
 TEST_F(Program, SaysWhatItTakes) {
-  EXPECT_THAT(runChild({QUILLORY_UPDATE, "--help"}).out, StartsWith("usage: quillory-update "));
-  EXPECT_EQ(runChild({QUILLORY_UPDATE, "--version"}).out, "quillory-update 1.0\n");
-  const ChildResult result = runChild({QUILLORY_UPDATE, "frobnicate"});
+  EXPECT_THAT(runChild({updateUnderTest(), "--help"}).out, StartsWith("usage: quillory-update "));
+  EXPECT_EQ(runChild({updateUnderTest(), "--version"}).out, "quillory-update 1.0\n");
+  const ChildResult result = runChild({updateUnderTest(), "frobnicate"});
   EXPECT_EQ(result.exitStatus, 2);
   EXPECT_THAT(result.err, StartsWith("quillory-update: there is no command frobnicate\n"));
-  EXPECT_EQ(runChild({QUILLORY_UPDATE, "check", "--properties", "/none"}).exitStatus, 1);
+  EXPECT_EQ(runChild({updateUnderTest(), "check", "--properties", "/none"}).exitStatus, 1);
 }
 
 TEST(Restart, LeavesTheProgramNoPipeOfSomebodyWhoHasEnded) {
@@ -356,7 +357,7 @@ TEST(Restart, LeavesTheProgramNoPipeOfSomebodyWhoHasEnded) {
   const std::string find =
       "for n in 0 1 2; do readlink /proc/$$/fd/$n; done > " + folder / "streams";
   const ChildResult result =
-      runChild({QUILLORY_UPDATE, "restart", "--wait", "4194000", "--", "/bin/sh", "-c", find});
+      runChild({updateUnderTest(), "restart", "--wait", "4194000", "--", "/bin/sh", "-c", find});
   EXPECT_EQ(result.exitStatus, 0);
   const std::string path = folder / "streams";
   const std::string expected = "/dev/null\n" + path + "\n/dev/null\n";
@@ -367,7 +368,7 @@ TEST(Restart, LeavesTheProgramNoPipeOfSomebodyWhoHasEnded) {
 TEST(Restart, StartsTheProgramWhenTheOtherOneHasEnded) {
   const TempDir folder;
   BackgroundChild other({"cat"});
-  BackgroundChild update({QUILLORY_UPDATE, "restart", "--wait", std::to_string(other.pid()), "--",
+  BackgroundChild update({updateUnderTest(), "restart", "--wait", std::to_string(other.pid()), "--",
                           "/bin/sh", "-c", "echo \"$0\" > " + folder / "started", "an argument"});
   EXPECT_FALSE(std::filesystem::exists(folder / "started"));
   other.sendSignal(SIGKILL);

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -194,6 +195,16 @@ int theirFutimens(int file, const timespec* times) {
   return futimens(file, ours);
 }
 
+// Names that any user may give an attribute have a prefix here.
+ssize_t theirGetxattr(const char* path, const char* name, void* value, std::size_t size,
+                      std::uint32_t position, int options) {
+  constexpr int kNoFollow = 1;
+  if (position != 0 || (options & ~kNoFollow) != 0) fail("getxattr: options", options);
+  const std::string ours = std::string("user.") + name;
+  return options == 0 ? getxattr(path, ours.c_str(), value, size)
+                      : lgetxattr(path, ours.c_str(), value, size);
+}
+
 }  // namespace
 
 Symbols fileSymbols() {
@@ -202,6 +213,7 @@ Symbols fileSymbols() {
       {"_fstat$INODE64", code(theirFstat)},
       {"_fstatat$INODE64", code(theirFstatat)},
       {"_futimens", code(theirFutimens)},
+      {"_getxattr", code(theirGetxattr)},
       {"_lstat$INODE64", code(theirLstat)},
       {"_mkostemp", code(theirMkostemp)},
       {"_open", code(theirOpen)},

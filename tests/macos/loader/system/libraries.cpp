@@ -12,8 +12,11 @@ namespace {
 
 constexpr std::string_view kSuffix = ".dylib";
 
-// libX.so beside the place where libX.dylib would be; for those of the system, by the name alone.
+// libX.so beside the place where libX.dylib would be; for those of the system, by the name alone,
+// and X.so for its framework X.
 std::string ourLibrary(const std::string& theirs) {
+  if (theirs.starts_with("/System/Library/Frameworks/"))
+    return std::filesystem::path(theirs).filename().string() + ".so";
   if (!theirs.ends_with(kSuffix) || std::filesystem::exists(theirs)) return theirs;
   constexpr std::string_view kSystemFolder = "/usr/lib/";
   std::string name = theirs.substr(0, theirs.size() - kSuffix.size());

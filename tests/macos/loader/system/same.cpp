@@ -11,6 +11,7 @@ namespace {
 
 // In byte order.
 constexpr std::string_view kSame[] = {
+    "_Exit",
     "_Unwind_Backtrace",
     "_Unwind_DeleteException",
     "_Unwind_GetCFA",
@@ -26,6 +27,7 @@ constexpr std::string_view kSame[] = {
     "__cxa_atexit",
     "abort",
     "access",
+    "alarm",
     "aligned_alloc",
     "atoi",
     "atol",
