@@ -8,7 +8,9 @@
 #   macos     building the macOS programs on Linux (scripts/build-macos.sh), beside programs
 #   fuzz      building the fuzz targets
 #   checks    what looks at the sources (scripts/check.sh)
-# Without one it is all of them. Debian 12 as root or with sudo; macOS with Homebrew, all at once.
+#   applications  other people's applications that are packed and started (scripts/test.sh --applications),
+#             beside tests
+# Without one it is all of them but the last. Debian 12 as root or with sudo; macOS with Homebrew, all at once.
 set -euo pipefail
 
 programs=(
@@ -34,6 +36,13 @@ macos=(llvm-14 dpkg-dev)
 command -v npm >/dev/null || macos+=(npm)
 fuzz=(clang-14 libclang-rt-14-dev)
 checks=(git clang-format-14 clang-tidy-14 shellcheck python3)
+applications=(
+  # Swing, JavaFX, SWT
+  jedit josm pdfsam stegosuite
+  # examples/maven
+  maven libexec-maven-plugin-java libmaven-compiler-plugin-java libmaven-dependency-plugin-java
+  libmaven-jar-plugin-java libmaven-resources-plugin-java libsurefire-java libcommons-lang3-java
+)
 homebrew=(cmake ninja pkg-config libtomcrypt libtommath xz toml11 cli11 nlohmann-json googletest
           google-benchmark openjdk@17 hyperfine)
 
@@ -75,9 +84,10 @@ usage() { sed -n '2,/^set/{/^set/d; s/^# \{0,1\}//; p}' "$0"; }
 packages=()
 for purpose in "$@"; do
   case $purpose in
-    programs | tests | macos) packages+=("${programs[@]}") ;;&
+    programs | tests | macos | applications) packages+=("${programs[@]}") ;;&
     online) packages+=("${online[@]}") ;;
     tests) packages+=("${tests[@]}") ;;
+    applications) packages+=("${tests[@]}" "${applications[@]}") ;;
     macos) packages+=("${macos[@]}") ;;
     fuzz) packages+=("${fuzz[@]}") ;;
     checks) packages+=("${checks[@]}") ;;
