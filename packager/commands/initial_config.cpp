@@ -231,6 +231,7 @@ std::string initialConfig(const FoundApplication& found, const std::string& fold
          "main-class = " + quoted(mainClass) + "\n" + contentLines(found) +
          keyOr("arguments", listOrNothing(found.arguments),
                "# arguments = [\"--welcome\"]    # before those of the user\n") +
+         keyOr("native", listOrNothing(found.nativeLibraries), "") +
          "identifier = " + quoted("com.example." + executableNameFor(name)) +
          "  # from a domain that you own\n" + iconLine(folder, found.icon) +
          "# splash = \"splash.png\"        # shown while the application installs itself\n"

@@ -16,6 +16,8 @@ struct FoundApplication {
   std::vector<std::string>
       files{};           ///< which jars, or the folder lib/ of theirs, expect beside them
   std::string layout{};  ///< "beside" where the jars lie beside the files; "" for lib/
+  /// Native libraries that lie beside the jars, by patterns.
+  std::vector<std::string> nativeLibraries{};
   std::vector<std::string> arguments{};
   std::vector<std::string> jvmOptions{};  ///< as a command line of Java has them
   std::vector<std::string> modules{};     ///< of its runtime; empty where jdeps has to find them

@@ -12,6 +12,7 @@
 #include "packager/content/jar_reader.h"
 #include "packager/content/start_command.h"
 #include "packager/report/findings.h"
+#include "packager/report/joined.h"
 #include "support/folder_listing.h"
 
 namespace quillory::pack {
@@ -251,6 +252,23 @@ std::vector<std::string> foldersBeside(const std::string& folder, const FoundJar
   return beside;
 }
 
+// Patterns of the native libraries beside jars, where else nothing but jars is packed; those of each
+// system, whichever it was made for.
+std::vector<std::string> nativeLibrariesIn(const std::string& folder) {
+  std::vector<std::string> patterns;
+  for (const std::string inside : {"", "lib/"}) {
+    const std::vector<std::string> names = namesIn((fs::path(folder) / inside).string());
+    for (const char* ending : {".so", ".jnilib", ".dylib"}) {
+      if (std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+            return fs::path(name).extension() == ending;
+          })) {
+        patterns.push_back(inside + "*" + ending);
+      }
+    }
+  }
+  return patterns;
+}
+
 // What the folder is called counts where several jars can be started: those of others lie here,
 // too.
 void preferNameOfFolder(const std::string& folder, std::vector<FoundJar>& jars) {
@@ -313,6 +331,7 @@ std::optional<FoundApplication> findJarApplication(const std::string& folder) {
   if (isFinished) {
     found.files = foldersBeside(folder, jars[0]);
     found.layout = isBeside && !found.files.empty() ? "beside" : "";
+    found.nativeLibraries = nativeLibrariesIn(folder);
   }
   const std::size_t followed = followClassPaths(folder, jars);
   if (followed != 0) {
@@ -322,6 +341,9 @@ std::optional<FoundApplication> findJarApplication(const std::string& folder) {
   if (!found.files.empty()) {
     found.reasons.push_back("the folders beside " + (isBeside ? jars[0].path : "lib/") +
                             ": packed beside it, as it is ready to run");
+  }
+  if (!found.nativeLibraries.empty()) {
+    found.reasons.push_back("native libraries: " + joined(found.nativeLibraries, ", "));
   }
   for (const FoundJar& jar : jars) {
     found.jars.push_back(jar.path);

@@ -44,6 +44,7 @@ TEST(InitialConfig, HasWhatWasFoundInsteadOfExamples) {
                                           .mainClass = "a.B",
                                           .root = "build/install/app",
                                           .jars = {"lib/a.jar"},
+                                          .nativeLibraries = {"lib/*.so"},
                                           .arguments = {"--a b"},
                                           .jvmOptions = {"-Xmx64m", "-Xint", "-Dx=\"y\""},
                                           .modules = {"java.base", "java.desktop"}},
@@ -51,8 +52,8 @@ TEST(InitialConfig, HasWhatWasFoundInsteadOfExamples) {
   for (const char* line :
        {"\nname = \"My App\" ", "\ndisplay-version = \"2.0\"\n", "\nmain-class = \"a.B\"\n",
         "\nroot = \"build/install/app\" ", "\njars = [\"lib/a.jar\"]\njars-stored = true ",
-        "\narguments = [\"--a b\"]\n", "\nmemory-mb = 64\n", "\noptions = [\"-Xint\"]\n",
-        "\nsystem-properties = { \"x\" = \"\\\"y\\\"\" }\n",
+        "\narguments = [\"--a b\"]\n", "\nnative = [\"lib/*.so\"]\n", "\nmemory-mb = 64\n",
+        "\noptions = [\"-Xint\"]\n", "\nsystem-properties = { \"x\" = \"\\\"y\\\"\" }\n",
         "\nmodules = [\"java.base\", \"java.desktop\"]\n", "\n# icon = "}) {
     EXPECT_THAT(text, HasSubstr(line));
   }

@@ -156,6 +156,19 @@ TEST_F(JarApplication, IsTheOneThatAScriptStartsAsAJar) {
   EXPECT_EQ(found->layout, "beside");
 }
 
+TEST_F(JarApplication, HasTheNativeLibrariesOfAFinishedApplication) {
+  jar("lib/main.jar", "Main-Class: a.Main\n");
+  writeFile(dir_ / "lib/libone.so", "x");
+  writeFile(dir_ / "lib/libtwo.so", "x");
+  writeFile(dir_ / "lib/libone.dylib", "x");
+  writeFile(dir_ / "libthree.so.1", "x");
+  const auto found = findJarApplication(dir_.str());
+  EXPECT_EQ(found->nativeLibraries, (Names{"lib/*.so", "lib/*.dylib"}));
+  EXPECT_EQ(found->reasons.back(), "native libraries: lib/*.so, lib/*.dylib");
+  writeFile(dir_ / "build.gradle", "");
+  EXPECT_EQ(findJarApplication(dir_.str())->nativeLibraries, Names{});
+}
+
 TEST_F(JarApplication, PrefersTheOneThatTheFolderIsNamedAfter) {
   jar("pages/lib/aaa-demo.jar", "Main-Class: a.Demo\n");
   jar("pages/lib/pages-library.jar");
