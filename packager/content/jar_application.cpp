@@ -252,8 +252,8 @@ std::vector<std::string> foldersBeside(const std::string& folder, const FoundJar
   return beside;
 }
 
-// Patterns of the native libraries beside jars, where else nothing but jars is packed; those of each
-// system, whichever it was made for.
+// Patterns of the native libraries beside jars, where else nothing but jars is packed; those of
+// each system, whichever it was made for.
 std::vector<std::string> nativeLibrariesIn(const std::string& folder) {
   std::vector<std::string> patterns;
   for (const std::string inside : {"", "lib/"}) {
