@@ -1,7 +1,9 @@
 #include "packager/commands/training_run.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string_view>
 
 #include "packager/bytes/byte_sinks.h"

@@ -4,6 +4,7 @@
 
 #include "packager/content/bundle_tools.h"
 #include "packager/content/jar_reader.h"
+#include "packager/report/findings.h"
 
 namespace quillory::pack {
 namespace {
