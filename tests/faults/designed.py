@@ -17,6 +17,9 @@ RULES = [
      r"(?!.*Launch Error).*Spawn launch",
      "the application's own process could not read its program; it had been started, and nobody waits "
      "for it"),
+    (r"^hangs \| archive: (endless|endless lines|a byte every 3 seconds) \|",
+     "an archive ends at 4 GiB, and may take as long as it likes while a byte comes within a minute: "
+     "nothing says beforehand how long one is"),
     (r"^crash \| (a stack of 64 KiB|1 MiB of data) \| status -11: $",
      "too little for the system to load the program"),
     (r"^not whole \| the umask [^|]* \| ([^;]*(/lib/classes\.jsa: file|/cacerts: file|"

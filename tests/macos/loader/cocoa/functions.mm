@@ -2,6 +2,7 @@
 #import <Foundation/Foundation.h>
 #include <dlfcn.h>
 
+#include <cstdlib>
 #include <string>
 
 #include "platform/gnustep/cf_bundle.h"
@@ -29,7 +30,14 @@ BOOL theirPointInRect(NSPoint point, NSRect rect) { return NSPointInRect(point, 
 
 void theirCfRelease(id object) { [object release]; }
 
+// A system that has lost the older of the two classes for downloads.
+bool isWithoutDownloads(NSString* name) {
+  return std::getenv("QUILLORY_LOADER_WITHOUT_NSURLDOWNLOAD") != nullptr &&
+         [name isEqualToString:@"NSURLDownload"];
+}
+
 Class theirClassFromString(NSString* name) {
+  if (isWithoutDownloads(name)) return nil;
   return NSClassFromString(
       [NSString stringWithUTF8String:std::string(classInstead([name UTF8String])).c_str()]);
 }
