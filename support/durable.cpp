@@ -5,16 +5,12 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
 
 #include "support/durable_system.h"
 #include "support/log.h"
 
 namespace quillory {
 namespace {
-
-namespace fs = std::filesystem;
 
 class Opened {
  public:
@@ -39,10 +35,6 @@ class Opened {
 constexpr int kFile = O_NOFOLLOW | O_NONBLOCK;
 constexpr int kFolder = O_DIRECTORY;
 
-bool isUnknownToFileSystem(int error) {
-  return error == EINVAL || error == ENOTSUP || error == EOPNOTSUPP || error == ENOSYS;
-}
-
 bool tell(int error, const std::string& path) {
   if (error == 0 || isUnknownToFileSystem(error)) return true;
   logMessage("[Flush] '%s' could not be flushed to the disk: %s\n", path.c_str(),
@@ -59,15 +51,11 @@ bool openAndFlush(const std::string& path, int flags,
 
 int flushByDescriptor(int descriptor, const std::string&) { return flushOne(descriptor); }
 
-int flushEntry(const fs::directory_entry& entry, int (*flush)(int descriptor)) {
-  std::error_code unknown;
-  const fs::file_type type = entry.symlink_status(unknown).type();
-  if (type != fs::file_type::regular && type != fs::file_type::directory) return 0;
-  const Opened opened(entry.path(), kFile);
-  return opened.error() != 0 ? opened.error() : flush(opened.get());
-}
-
 }  // namespace
+
+bool isUnknownToFileSystem(int error) {
+  return error == EINVAL || error == ENOTSUP || error == EOPNOTSUPP || error == ENOSYS;
+}
 
 DurableCalls durableCalls{flushByDescriptor, flushByDescriptor, flushAll};
 
@@ -83,20 +71,6 @@ bool syncFolder(const std::string& folder) {
 
 bool syncTree(const std::string& folder) {
   return openAndFlush(folder, kFolder, durableCalls.flushTree);
-}
-
-int flushEachBelow(int descriptor, const std::string& folder, int (*flush)(int descriptor)) {
-  int first = 0;
-  const auto note = [&first](int error) {
-    if (first == 0 && !isUnknownToFileSystem(error)) first = error;
-  };
-  std::error_code failure;
-  for (fs::recursive_directory_iterator entry(folder, failure), end; !failure && entry != end;
-       entry.increment(failure))
-    note(flushEntry(*entry, flush));
-  note(failure.value());
-  note(flush(descriptor));
-  return first;
 }
 
 }  // namespace quillory

@@ -34,9 +34,4 @@ struct DurableCalls {
 };
 extern DurableCalls durableCalls;
 
-/// Flushes every file and folder below `folder`, one after another, by `flush`, and `folder` last:
-/// for systems without a call for all of them. 0, or the error number of the first that failed; the
-/// others are flushed all the same. `descriptor` is the one of `folder`.
-int flushEachBelow(int descriptor, const std::string& folder, int (*flush)(int descriptor));
-
 }  // namespace quillory

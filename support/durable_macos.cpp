@@ -3,8 +3,8 @@
 
 #include <cerrno>
 
-#include "support/durable.h"
 #include "support/durable_system.h"
+#include "support/flush_each.h"
 
 namespace quillory {
 namespace {

@@ -1,4 +1,5 @@
-// How this system flushes: durable_linux.cpp or durable_macos.cpp. For durable.cpp alone.
+// How this system flushes: durable_linux.cpp or durable_macos.cpp. For durable.cpp and flush_each.cpp
+// alone.
 #pragma once
 #include <string>
 
@@ -10,5 +11,8 @@ namespace quillory {
 int flushOne(int descriptor);
 /// All below `folder`, which is open as `descriptor`.
 int flushAll(int descriptor, const std::string& folder);
+
+/// Whether the error is that of a file system which has no such call: that counts as flushed.
+bool isUnknownToFileSystem(int error);
 
 }  // namespace quillory

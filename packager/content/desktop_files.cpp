@@ -95,12 +95,25 @@ case ${1-} in
   ;;
 esac
 
-# The new one is whole before it takes the place of an earlier one.
 mkdir -p "$home" "$data/applications"
-rm -rf "$bundle.new"
+# What was stopped between the two moves below.
+if [ -d "$bundle.old" ] && [ ! -e "$bundle" ]; then
+  mv "$bundle.old" "$bundle"
+fi
+# The new one is whole before it takes the place of an earlier one, which is there until then.
+rm -rf "$bundle.new" "$bundle.old"
 cp -R "$here/$name.app" "$bundle.new"
-rm -rf "$bundle"
-mv "$bundle.new" "$bundle"
+if [ -e "$bundle" ]; then
+  # Both or none, whoever presses Ctrl-C or logs out.
+  trap '' HUP INT TERM
+  mv "$bundle" "$bundle.old"
+fi
+if ! mv "$bundle.new" "$bundle"; then
+  mv "$bundle.old" "$bundle"
+  exit 1
+fi
+trap - HUP INT TERM
+rm -rf "$bundle.old"
 if [ "$pixels" != 0 ]; then
   mkdir -p "$(dirname "$icon")"
   cp "$here/$id.png" "$icon"

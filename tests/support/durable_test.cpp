@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "support/flush_each.h"
 #include "tests/harness/captured_log.h"
 #include "tests/harness/scoped_replace.h"
 #include "tests/harness/temp_dir.h"

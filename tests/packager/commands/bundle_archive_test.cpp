@@ -5,7 +5,9 @@
 
 #include <filesystem>
 
+#include "packager/content/desktop_files.h"
 #include "tests/harness/child_process.h"
+#include "tests/harness/temp_dir.h"
 #include "tests/packager/project_fixture.h"
 
 namespace quillory::testing {
@@ -87,6 +89,65 @@ TEST(BundleArchive, TakesTheFoldersThatTheUserHasNamed) {
   run({project / "Hello-3/install.sh"}, options);
   EXPECT_TRUE(fs::exists(project / "data/com.example.hello/Hello.app/Contents/Resources/Tail"));
   EXPECT_FALSE(fs::exists(project / "home"));
+}
+
+// A `mv`, `cp` and `rm` that kill the script that runs them: the one with the number of the
+// variable AT, before or after it has done its work.
+void writeKillingTools(const std::string& folder, const std::string& count) {
+  for (const std::string name : {"mv", "cp", "rm"}) {
+    const std::string tool = folder + '/' + name;
+    writeFile(tool,
+              "#!/bin/sh\necho >>'" + count + "'\nn=$(wc -l <'" + count +
+                  "')\n[ \"$n\" = \"$AT\" ] && [ \"$WHEN\" = before ] && kill -9 $PPID && exit\n"
+                  "/bin/" +
+                  name +
+                  " \"$@\"\nstatus=$?\n"
+                  "[ \"$n\" = \"$AT\" ] && kill -9 $PPID\nexit $status\n");
+    fs::permissions(tool, fs::perms::owner_all);
+  }
+}
+
+TEST(BundleArchive, InstalledAnewLeavesOneThatStartsWhereverItIsKilled) {
+  const TempDir dir;
+  pack::ApplicationConfig app;
+  app.name = "Hello";
+  app.identifier = "com.example.hello";
+  app.executable = "Hello";
+  const std::string program = "Hello.app/Contents/MacOS/Hello";
+  writeFile(dir / "install.sh", pack::installScript(app, 0));
+  writeFile(dir / "com.example.hello.desktop", "Exec=@EXECUTABLE@\n");
+  writeFile(dir / program, "new");
+  writeKillingTools(dir / "tools", dir / "count");
+  const std::string home = dir / "data/com.example.hello";
+  ChildOptions options;
+  options.environment = {{"XDG_DATA_HOME", dir / "data"}, {"PATH", dir / "tools:/usr/bin:/bin"}};
+  int kills = 0;
+  for (const char* when : {"before", "after"}) {
+    options.environment["WHEN"] = when;
+    for (int at = 1;; ++at) {
+      SCOPED_TRACE(when + std::to_string(at));
+      fs::remove_all(dir / "data");
+      writeFile(home + '/' + program, "old");
+      fs::remove(dir / "count");
+      options.environment["AT"] = std::to_string(at);
+      const bool isKilled = runChild({"sh", dir / "install.sh"}, options).exitStatus != 0;
+      const bool isAside = !fs::exists(home + '/' + program);
+      const std::string found =
+          readFile(isAside ? home + "/Hello.app.old/Contents/MacOS/Hello" : home + '/' + program);
+      EXPECT_TRUE(found == "old" || found == "new") << found;
+      if (!isKilled) {
+        EXPECT_EQ(found, "new");
+        break;
+      }
+      ++kills;
+      options.environment["AT"] = "";
+      run({"sh", dir / "install.sh"}, options);
+      EXPECT_EQ(readFile(home + '/' + program), "new");
+      EXPECT_FALSE(fs::exists(home + "/Hello.app.old"));
+      EXPECT_FALSE(fs::exists(home + "/Hello.app.new"));
+    }
+  }
+  EXPECT_GE(kills, 10);
 }
 
 TEST(BundleArchive, HasTheSameBytesForTheSameInput) {
