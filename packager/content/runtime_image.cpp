@@ -161,6 +161,18 @@ void requireTools(const Config& config) {
   }
 }
 
+// For tools of other versions of Java, with classes that the image of the runtime has as well:
+// stored, they cost next to nothing in an archive of both.
+void storeJarOfRuntime(const std::string& folder) {
+  const std::string jar = folder + "/lib/jrt-fs.jar";
+  const std::string stored = jar + ".stored";
+  if (!isFile(jar) || !storeJar(jar, stored).empty()) {
+    return;
+  }
+  fs::permissions(stored, fs::status(jar).permissions());
+  fs::rename(stored, jar);
+}
+
 // A file by its place, length and time: modules and tools are too large to be read each time.
 void addStamp(const std::string& path, CacheKey& key) {
   std::error_code error;
@@ -185,7 +197,7 @@ std::string runtimeKey(const RuntimeConfig& config, const std::vector<std::strin
   if (error || namesFiles || !isFile(modules / "java.base.jmod")) {
     return "";
   }
-  CacheKey key("runtime 1");
+  CacheKey key("runtime 2");
   for (const std::string& word : command) {
     key.add(word == output ? "" : word);
   }
@@ -252,6 +264,7 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
   if (key.empty() || !cache->fetchFolder(key, folder)) {
     runTool(command);
     stripNativeSymbols(folder);
+    storeJarOfRuntime(folder);
     if (!toLink.empty() && config.jmods.empty()) {
       requireStart(folder);
     }
