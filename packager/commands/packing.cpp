@@ -9,6 +9,7 @@
 
 #include "formats/sha256.h"
 #include "packager/bytes/byte_sinks.h"
+#include "packager/bytes/piecewise_lzma_sink.h"
 #include "packager/bytes/pipelined_sink.h"
 #include "packager/bytes/work_folder.h"
 #include "packager/content/compression_tuning.h"
@@ -23,24 +24,26 @@ using namespace std::chrono_literals;
 // Ends the work of a job when another one has failed. Of two failures it is never the reason.
 struct Stopped {};
 
-// Counts what goes by, and ends the work when it should stop.
-class CountingSink : public ByteSink {
+// Ends the work when it should stop.
+void stopIfAsked(const std::atomic<bool>& stop) {
+  stopIfInterrupted();
+  if (stop) {
+    throw Stopped();
+  }
+}
+
+// Hands on what goes by until the work should stop.
+class WatchedSink : public ByteSink {
  public:
-  CountingSink(ByteSink& next, Progress& progress, const std::atomic<bool>& stop)
-      : next_(next), progress_(progress), stop_(stop) {}
+  WatchedSink(ByteSink& next, const std::atomic<bool>& stop) : next_(next), stop_(stop) {}
 
   void write(std::string_view bytes) override {
-    stopIfInterrupted();
-    if (stop_) {
-      throw Stopped();
-    }
+    stopIfAsked(stop_);
     next_.write(bytes);
-    progress_.done += bytes.size();
   }
 
  private:
   ByteSink& next_;
-  Progress& progress_;
   const std::atomic<bool>& stop_;
 };
 
@@ -78,7 +81,7 @@ void writeContent(const PackingJob& job, ArchiveWriter& archive) {
 // Everything that its bytes are made of, but for the lot that a signature draws.
 std::string cacheKeyOf(const std::string& content, const PackingOptions& options,
                        const LzmaTuning& tuning) {
-  CacheKey key("archive 1");
+  CacheKey key("archive 2");
   key.add(content);
   for (const int number :
        {options.level, tuning.literalContextBits, tuning.literalPositionBits, tuning.positionBits,
@@ -92,13 +95,16 @@ std::string cacheKeyOf(const std::string& content, const PackingOptions& options
 // One archive on its way: copied from the cache, or made and then kept there.
 class OneArchive {
  public:
-  OneArchive(const PackingJob& job, const PackingOptions& options)
-      : job_(job), options_(options), tuning_(tuningFor(*job.content, options.level)) {}
+  OneArchive(const PackingJob& job, const PackingOptions& options, PieceSlots& slots)
+      : job_(job),
+        options_(options),
+        slots_(slots),
+        tuning_(tuningFor(*job.content, options.level)) {}
 
   void make(Progress& progress, const std::atomic<bool>& stop) {
     if (options_.cache != nullptr) {
       DigestingSink digest(nullptr);
-      CountingSink watched(digest, unused_, stop);
+      WatchedSink watched(digest, stop);
       ArchiveWriter archive(watched);
       writeContent(job_, archive);
       expected_ = digest.hex();
@@ -136,9 +142,12 @@ class OneArchive {
  private:
   void pack(Progress& progress, const std::atomic<bool>& stop) {
     file_ = std::make_unique<FileSink>(job_.output, 0666, Durability::kLeftToTheSystem);
-    LzmaSinkAdapter compressed(options_.level, *file_, tuning_);
-    CountingSink counted(compressed, progress, stop);
-    PipelinedSink pipe(counted);
+    PiecewiseLzmaSink compressed(options_.level, *file_, tuning_, cutsFor(*job_.content), slots_,
+                                 [&](std::size_t bytes) {
+                                   stopIfAsked(stop);
+                                   progress.done += bytes;
+                                 });
+    PipelinedSink pipe(compressed);
     DigestingSink digest(&pipe);
     {
       ArchiveWriter archive(digest);
@@ -156,9 +165,9 @@ class OneArchive {
 
   const PackingJob& job_;
   const PackingOptions& options_;
+  PieceSlots& slots_;
   LzmaTuning tuning_;
   std::unique_ptr<FileSink> file_;
-  Progress unused_;
   std::string expected_;  // digests of the content, before and while it is packed
   std::string packed_;
   bool isFromCache_ = false;
@@ -170,11 +179,12 @@ void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
              Reporter& reporter) {
   Progress progress;
   std::atomic<bool> stop = false;
+  PieceSlots slots(usualPieceSlots());
   std::vector<std::unique_ptr<OneArchive>> archives;
   std::vector<std::future<void>> running;
   for (const PackingJob& job : jobs) {
     progress.total += job.content->totalBytes();
-    archives.push_back(std::make_unique<OneArchive>(job, options));
+    archives.push_back(std::make_unique<OneArchive>(job, options, slots));
   }
   for (const auto& archive : archives) {
     running.push_back(std::async(std::launch::async, [&stop, &progress, one = archive.get()] {

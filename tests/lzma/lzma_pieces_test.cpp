@@ -1,0 +1,172 @@
+#include "lzma/lzma_pieces.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace quillory {
+namespace {
+
+// Words that come again, near and far, and bytes that do not.
+std::string textOf(std::size_t size, unsigned seed) {
+  std::mt19937 random(seed);
+  std::vector<std::string> words;
+  for (int i = 0; i < 400; ++i) {
+    std::string word(1 + random() % 12, ' ');
+    for (char& c : word) c = static_cast<char>(random() % 256);
+    words.push_back(word);
+  }
+  std::string text;
+  while (text.size() < size) {
+    if (random() % 50 == 0) text.append(20 + random() % 400, static_cast<char>(random() % 3));
+    if (random() % 30 == 0 && text.size() > 3000)
+      text += text.substr(random() % (text.size() - 2000), random() % 700);
+    text += words[random() % words.size()];
+  }
+  text.resize(size);
+  return text;
+}
+
+struct Spliced {
+  std::string stream;
+  bool isWhole = true;
+};
+
+Spliced splice(const std::string& text, const std::vector<std::size_t>& starts, std::size_t known,
+               int level, LzmaTuning tuning) {
+  tuning.dictionary = std::bit_ceil(std::max<std::size_t>(text.size(), 4096));
+  Spliced result;
+  LzmaSplicer splicer(tuning, [&](const unsigned char* data, std::size_t size) {
+    result.stream.append(reinterpret_cast<const char*>(data), size);
+    return true;
+  });
+  for (std::size_t i = 0; i < starts.size(); ++i) {
+    const std::size_t end = i + 1 < starts.size() ? starts[i + 1] : text.size();
+    LzmaPiece piece;
+    piece.known = std::min(known, starts[i]) / 16 * 16;
+    piece.bytes = text.substr(starts[i] - piece.known, end - starts[i] + piece.known);
+    std::size_t seen = 0;
+    EXPECT_EQ(compressPiece(piece, level, tuning, [&](std::size_t more) { seen += more; }), "");
+    EXPECT_EQ(seen, end - starts[i]);
+    result.isWhole = splicer.add(piece) && result.isWhole;
+  }
+  result.isWhole = splicer.finish() && result.isWhole;
+  return result;
+}
+
+std::string unpacked(const std::string& stream) {
+  std::string text;
+  LzmaCoder coder = LzmaCoder::decoder([&](const unsigned char* data, std::size_t size) {
+    text.append(reinterpret_cast<const char*>(data), size);
+    return true;
+  });
+  coder.write(stream.data(), stream.size());
+  EXPECT_TRUE(coder.finish()) << coder.error();
+  return text;
+}
+
+TEST(LzmaPieces, OfOneAreTheStreamThatTheLibraryMakes) {
+  const std::string text = textOf(std::size_t{1} << 20, 1);
+  for (const int level : {0, 3, 6}) {
+    LzmaTuning tuning{4, 0, 0};
+    tuning.dictionary = std::size_t{1} << 20;
+    std::string expected;
+    LzmaCoder coder = LzmaCoder::encoder(
+        level,
+        [&](const unsigned char* data, std::size_t size) {
+          expected.append(reinterpret_cast<const char*>(data), size);
+          return true;
+        },
+        tuning);
+    coder.write(text.data(), text.size());
+    ASSERT_TRUE(coder.finish());
+    const std::string spliced = splice(text, {0}, 0, level, tuning).stream;
+    if (level < 4) {
+      EXPECT_TRUE(spliced == expected) << level;
+    } else {
+      // The library sometimes writes a distance anew that is one of the last.
+      EXPECT_LT(spliced.size(), expected.size() + expected.size() / 1000);
+    }
+    EXPECT_TRUE(unpacked(spliced) == text);
+  }
+}
+
+TEST(LzmaPieces, BecomeOneStreamWhereverTheyAreCut) {
+  const std::string text = textOf(60'000, 2);
+  const std::vector<std::size_t> cuts[] = {
+      {0, 25'000}, {0, 1}, {0, 1, 2, 3, 17, 4'000}, {0, 59'999}, {0, 15'000, 30'000, 45'000}};
+  const LzmaTuning tunings[] = {{3, 0, 2}, {4, 0, 0}, {0, 4, 4}, {1, 2, 3}};
+  for (const auto& starts : cuts) {
+    for (const LzmaTuning& tuning : tunings) {
+      for (const std::size_t known : {0, 100, 20'000}) {
+        const Spliced spliced = splice(text, starts, known, 6, tuning);
+        EXPECT_TRUE(spliced.isWhole);
+        EXPECT_TRUE(unpacked(spliced.stream) == text)
+            << starts.size() << ' ' << tuning.literalContextBits << ' ' << known;
+      }
+    }
+  }
+}
+
+TEST(LzmaPieces, OfRunsAndOfNothing) {
+  for (const std::string& text :
+       {std::string(100'000, 'x'), std::string(), std::string("x"), std::string(40'000, '\0')}) {
+    const Spliced spliced = splice(text, {0, text.size() / 2}, 16, 6, {3, 0, 2});
+    EXPECT_TRUE(spliced.isWhole);
+    EXPECT_TRUE(unpacked(spliced.stream) == text) << text.size();
+  }
+}
+
+TEST(LzmaPieces, CopyFromWhatTheyKnow) {
+  const std::string half = textOf(60'000, 3);
+  const std::string text = half + half;
+  const std::size_t alone = splice(text, {0, half.size()}, 0, 6, {}).stream.size();
+  const std::size_t knowing = splice(text, {0, half.size()}, half.size(), 6, {}).stream.size();
+  EXPECT_LT(knowing, alone * 6 / 10);
+}
+
+TEST(LzmaPieces, ThatAreDamagedBreakTheStream) {
+  const std::string text = textOf(50'000, 4);
+  LzmaTuning tuning;
+  tuning.dictionary = std::size_t{1} << 20;
+  LzmaPiece piece{text};
+  ASSERT_EQ(compressPiece(piece, 6, tuning, [](std::size_t) {}), "");
+  const auto isTaken = [&](const LzmaPiece& one) {
+    LzmaSplicer splicer(tuning, [](const unsigned char*, std::size_t) { return true; });
+    return splicer.add(one) && splicer.finish();
+  };
+  EXPECT_TRUE(isTaken(piece));
+  LzmaPiece cut = piece;
+  cut.packed.resize(cut.packed.size() / 2);
+  EXPECT_FALSE(isTaken(cut));
+  LzmaPiece flipped = piece;
+  flipped.packed[1'000] = static_cast<char>(flipped.packed[1'000] ^ 0x10);
+  EXPECT_FALSE(isTaken(flipped));
+  LzmaPiece other = piece;
+  other.bytes[20'000] = static_cast<char>(other.bytes[20'000] ^ 1);
+  EXPECT_FALSE(isTaken(other));
+}
+
+TEST(LzmaPieces, StopWithTheirSinkAndTheirWatch) {
+  const std::string text = textOf(400'000, 5);
+  LzmaTuning tuning;
+  tuning.dictionary = std::size_t{1} << 20;
+  LzmaPiece piece{text};
+  ASSERT_EQ(compressPiece(piece, 1, tuning, [](std::size_t) {}), "");
+  LzmaSplicer full(tuning, [](const unsigned char*, std::size_t) { return false; });
+  full.add(piece);
+  EXPECT_FALSE(full.finish());
+  LzmaPiece stopped{text};
+  EXPECT_THROW(
+      compressPiece(stopped, 1, tuning, [](std::size_t) { throw std::runtime_error("stop"); }),
+      std::runtime_error);
+  EXPECT_NE(compressPiece(stopped, 10, tuning, [](std::size_t) {}), "");
+}
+
+}  // namespace
+}  // namespace quillory

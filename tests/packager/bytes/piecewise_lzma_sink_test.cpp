@@ -1,0 +1,101 @@
+#include "packager/bytes/piecewise_lzma_sink.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <stdexcept>
+
+#include "packager/report/findings.h"
+
+namespace quillory::pack {
+namespace {
+
+std::string content(std::size_t size) {
+  std::mt19937 random(7);
+  std::string text;
+  while (text.size() < size) text += "line " + std::to_string(random() % 5'000) + '\n';
+  text.resize(size);
+  return text;
+}
+
+LzmaTuning tuning() {
+  LzmaTuning result;
+  result.dictionary = std::size_t{1} << 20;
+  return result;
+}
+
+std::string packed(const std::string& text, const std::vector<LzmaCut>& cuts, unsigned slotCount,
+                   std::size_t atOnce, std::atomic<std::size_t>* seen = nullptr) {
+  StringSink out;
+  PieceSlots slots(slotCount);
+  PiecewiseLzmaSink sink(3, out, tuning(), cuts, slots, [&](std::size_t more) {
+    if (seen != nullptr) *seen += more;
+  });
+  for (std::size_t at = 0; at < text.size(); at += atOnce) {
+    sink.write(std::string_view(text).substr(at, atOnce));
+  }
+  sink.finish();
+  return out.bytes();
+}
+
+std::string unpacked(const std::string& stream) {
+  std::string text;
+  LzmaCoder coder = LzmaCoder::decoder([&](const unsigned char* data, std::size_t size) {
+    text.append(reinterpret_cast<const char*>(data), size);
+    return true;
+  });
+  coder.write(stream.data(), stream.size());
+  EXPECT_TRUE(coder.finish()) << coder.error();
+  return text;
+}
+
+TEST(PiecewiseLzmaSink, MakesTheSameStreamHoweverManyAreAtWork) {
+  const std::string text = content(400'000);
+  const std::vector<LzmaCut> cuts = {{96'000, 4'096}, {200'000, 0}, {256'000, 100'000}};
+  std::atomic<std::size_t> seen = 0;
+  const std::string stream = packed(text, cuts, 1, 1'000, &seen);
+  EXPECT_TRUE(unpacked(stream) == text);
+  EXPECT_EQ(seen, text.size());
+  EXPECT_TRUE(packed(text, cuts, 4, 400'000) == stream);
+  EXPECT_TRUE(packed(text, cuts, 2, 7) == stream);
+}
+
+TEST(PiecewiseLzmaSink, TakesContentThatIsShorterThanItsCuts) {
+  EXPECT_EQ(unpacked(packed("short", {{96'000, 0}}, 2, 2)), "short");
+  EXPECT_EQ(unpacked(packed("", {}, 2, 1)), "");
+}
+
+TEST(PiecewiseLzmaSink, PassesOnWhatItsWatchThrowsAndGivesItsSlotBack) {
+  StringSink out;
+  PieceSlots slots(1);
+  const std::string text = content(600'000);
+  for (int i = 0; i < 2; ++i) {
+    PiecewiseLzmaSink sink(1, out, tuning(), {{304'000, 0}}, slots, [](std::size_t more) {
+      if (more > 0) throw std::runtime_error("stop");
+    });
+    EXPECT_THROW(
+        {
+          sink.write(text);
+          sink.finish();
+        },
+        std::runtime_error);
+  }
+  slots.take();  // would wait for ever
+}
+
+TEST(PiecewiseLzmaSink, RefusesLevelsThatThereAreNot) {
+  StringSink out;
+  PieceSlots slots(1);
+  PiecewiseLzmaSink sink(10, out, tuning(), {}, slots, [](std::size_t) {});
+  sink.write("x");
+  EXPECT_THROW(sink.finish(), PackError);
+}
+
+TEST(PiecewiseLzmaSink, HasAFewSlotsAtLeastAndNotTooMany) {
+  EXPECT_GE(usualPieceSlots(), 2u);
+  EXPECT_LE(usualPieceSlots(), 8u);
+}
+
+}  // namespace
+}  // namespace quillory::pack
