@@ -1,5 +1,5 @@
-// How this system flushes: durable_linux.cpp or durable_macos.cpp. For durable.cpp and flush_each.cpp
-// alone.
+// How this system flushes: durable_linux.cpp or durable_macos.cpp. For durable.cpp and
+// flush_each.cpp alone.
 #pragma once
 #include <string>
 

@@ -90,7 +90,7 @@ void PiecewiseLzmaSink::cut(std::size_t known) {
   }
 }
 
-void PiecewiseLzmaSink::splice(Compressed done) {
+void PiecewiseLzmaSink::splice(const Compressed& done) {
   if (!done.error.empty()) {
     throw PackError("compressing failed: " + done.error);
   }

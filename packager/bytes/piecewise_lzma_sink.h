@@ -59,7 +59,7 @@ class PiecewiseLzmaSink : public ByteSink {
   };
 
   void cut(std::size_t known);
-  void splice(Compressed done);
+  void splice(const Compressed& done);
 
   int level_;
   LzmaTuning tuning_;
