@@ -45,7 +45,7 @@ unsigned usualPieceSlots() {
 }
 
 PiecewiseLzmaSink::PiecewiseLzmaSink(int level, ByteSink& next, const LzmaTuning& tuning,
-                                     std::vector<LzmaCut> cuts, PieceSlots& slots, LzmaWatch watch)
+                                     std::vector<LzmaCut> cuts, PieceSlots& slots, PieceWatch watch)
     : level_(level),
       tuning_(tuning),
       cuts_(std::move(cuts)),
@@ -57,7 +57,7 @@ PiecewiseLzmaSink::PiecewiseLzmaSink(int level, ByteSink& next, const LzmaTuning
       }) {}
 
 void PiecewiseLzmaSink::write(std::string_view bytes) {
-  watch_(0);
+  watch_(cut_, 0);
   while (!bytes.empty()) {
     const bool isLast = cut_ == cuts_.size();
     const std::uint64_t left = isLast ? bytes.size() : cuts_[cut_].start - taken_;
@@ -65,7 +65,10 @@ void PiecewiseLzmaSink::write(std::string_view bytes) {
     collected_.bytes.append(bytes.substr(0, size));
     taken_ += size;
     bytes.remove_prefix(size);
-    if (!isLast && size == left) cut(cuts_[cut_++].known);
+    if (!isLast && size == left) {
+      cut(cuts_[cut_].known);
+      ++cut_;
+    }
   }
 }
 
@@ -75,12 +78,13 @@ void PiecewiseLzmaSink::cut(std::size_t known) {
   next.bytes = collected_.bytes.substr(collected_.bytes.size() - next.known);
   slots_.take();
   auto taken = std::make_unique<TakenSlot>(slots_);
-  running_.push_back(
-      std::async(std::launch::async, [this, piece = std::exchange(collected_, std::move(next)),
-                                      held = std::move(taken)]() mutable {
+  running_.push_back(std::async(
+      std::launch::async, [this, number = cut_, piece = std::exchange(collected_, std::move(next)),
+                           held = std::move(taken)]() mutable {
         const auto slot = std::move(held);  // given back here, also by what the watch throws
         Compressed done{std::move(piece)};
-        done.error = compressPiece(done.piece, level_, tuning_, watch_);
+        done.error = compressPiece(done.piece, level_, tuning_,
+                                   [&](std::size_t bytes) { watch_(number, bytes); });
         return done;
       }));
   while (!running_.empty() &&

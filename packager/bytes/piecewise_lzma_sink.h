@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <future>
 #include <mutex>
 #include <string>
@@ -39,12 +40,15 @@ struct LzmaCut {
   std::size_t known = 0;    ///< how much of what is before it the piece may copy from
 };
 
+/// Is told how many bytes more of which piece, counted from 0, have been compressed.
+using PieceWatch = std::function<void(std::size_t piece, std::size_t bytes)>;
+
 class PiecewiseLzmaSink : public ByteSink {
  public:
   /// `next` and `slots` are borrowed. `watch` is told, in any thread, what has been compressed;
   /// what it throws comes out of write() or finish().
   PiecewiseLzmaSink(int level, ByteSink& next, const LzmaTuning& tuning, std::vector<LzmaCut> cuts,
-                    PieceSlots& slots, LzmaWatch watch);
+                    PieceSlots& slots, PieceWatch watch);
   /// Waits for pieces that are being compressed.
   ~PiecewiseLzmaSink() override = default;
 
@@ -65,7 +69,7 @@ class PiecewiseLzmaSink : public ByteSink {
   LzmaTuning tuning_;
   std::vector<LzmaCut> cuts_;
   PieceSlots& slots_;
-  LzmaWatch watch_;
+  PieceWatch watch_;
   LzmaSplicer splicer_;
   LzmaPiece collected_;
   std::uint64_t taken_ = 0;

@@ -1,11 +1,14 @@
 #include "packager/commands/packing.h"
 
+#include <algorithm>
 #include <chrono>
+#include <deque>
 #include <filesystem>
 #include <future>
 #include <memory>
 #include <optional>
 #include <system_error>
+#include <thread>
 
 #include "formats/sha256.h"
 #include "packager/bytes/byte_sinks.h"
@@ -14,6 +17,7 @@
 #include "packager/bytes/work_folder.h"
 #include "packager/content/compression_tuning.h"
 #include "packager/report/findings.h"
+#include "packager/report/rest_time.h"
 #include "packager/writing/archive_writer.h"
 
 namespace quillory::pack {
@@ -95,13 +99,24 @@ std::string cacheKeyOf(const std::string& content, const PackingOptions& options
 // One archive on its way: copied from the cache, or made and then kept there.
 class OneArchive {
  public:
-  OneArchive(const PackingJob& job, const PackingOptions& options, PieceSlots& slots)
+  // Its pieces become parts of the work.
+  OneArchive(const PackingJob& job, const PackingOptions& options, PieceSlots& slots,
+             std::deque<WorkPart>& work)
       : job_(job),
         options_(options),
         slots_(slots),
-        tuning_(tuningFor(*job.content, options.level)) {}
+        tuning_(tuningFor(*job.content, options.level)),
+        cuts_(cutsFor(*job.content)) {
+    std::uint64_t start = 0;
+    for (std::size_t i = 0; i <= cuts_.size(); ++i) {
+      const std::uint64_t end =
+          i < cuts_.size() ? cuts_[i].start : std::max(start, job.content->totalBytes());
+      parts_.push_back(&work.emplace_back(end - start));
+      start = end;
+    }
+  }
 
-  void make(Progress& progress, const std::atomic<bool>& stop) {
+  void make(const std::atomic<bool>& stop) {
     if (options_.cache != nullptr) {
       DigestingSink digest(nullptr);
       WatchedSink watched(digest, stop);
@@ -112,9 +127,11 @@ class OneArchive {
           options_.cache->fetchFile(cacheKeyOf(expected_, options_, tuning_), job_.output);
     }
     if (isFromCache_) {
-      progress.done += job_.content->totalBytes();
+      for (WorkPart* part : parts_) {
+        part->isSkipped = true;
+      }
     } else {
-      pack(progress, stop);
+      pack(stop);
     }
   }
 
@@ -140,12 +157,12 @@ class OneArchive {
   const std::string& name() const { return job_.content->name(); }
 
  private:
-  void pack(Progress& progress, const std::atomic<bool>& stop) {
+  void pack(const std::atomic<bool>& stop) {
     file_ = std::make_unique<FileSink>(job_.output, 0666, Durability::kLeftToTheSystem);
-    PiecewiseLzmaSink compressed(options_.level, *file_, tuning_, cutsFor(*job_.content), slots_,
-                                 [&](std::size_t bytes) {
+    PiecewiseLzmaSink compressed(options_.level, *file_, tuning_, cuts_, slots_,
+                                 [&](std::size_t piece, std::size_t bytes) {
                                    stopIfAsked(stop);
-                                   progress.done += bytes;
+                                   parts_.at(piece)->done += bytes;
                                  });
     PipelinedSink pipe(compressed);
     DigestingSink digest(&pipe);
@@ -167,29 +184,53 @@ class OneArchive {
   const PackingOptions& options_;
   PieceSlots& slots_;
   LzmaTuning tuning_;
+  std::vector<LzmaCut> cuts_;
+  std::vector<WorkPart*> parts_;
   std::unique_ptr<FileSink> file_;
   std::string expected_;  // digests of the content, before and while it is packed
   std::string packed_;
   bool isFromCache_ = false;
 };
 
+// The bar, and how long it takes still.
+class ShownWork {
+ public:
+  explicit ShownWork(const std::deque<WorkPart>& work) : work_(work) {}
+
+  void show(Reporter& reporter) {
+    Progress progress;
+    for (const WorkPart& part : work_) {
+      progress.total += part.total;
+      progress.done += part.isSkipped ? part.total : std::min<std::uint64_t>(part.done, part.total);
+    }
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
+    rest_.look(elapsed.count(), work_);
+    progress.rest = readableRest(rest_.rest());
+    reporter.progress("packing", progress);
+  }
+
+ private:
+  const std::deque<WorkPart>& work_;
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  RestTime rest_{std::max(std::thread::hardware_concurrency(), 1u)};
+};
+
 }  // namespace
 
 void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
              Reporter& reporter) {
-  Progress progress;
+  std::deque<WorkPart> work;
   std::atomic<bool> stop = false;
   PieceSlots slots(usualPieceSlots());
   std::vector<std::unique_ptr<OneArchive>> archives;
   std::vector<std::future<void>> running;
   for (const PackingJob& job : jobs) {
-    progress.total += job.content->totalBytes();
-    archives.push_back(std::make_unique<OneArchive>(job, options, slots));
+    archives.push_back(std::make_unique<OneArchive>(job, options, slots, work));
   }
   for (const auto& archive : archives) {
-    running.push_back(std::async(std::launch::async, [&stop, &progress, one = archive.get()] {
+    running.push_back(std::async(std::launch::async, [&stop, one = archive.get()] {
       try {
-        one->make(progress, stop);
+        one->make(stop);
       } catch (...) {
         stop = true;
         throw;
@@ -197,9 +238,10 @@ void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
     }));
   }
   std::exception_ptr failure;
+  ShownWork shown(work);
   for (std::future<void>& job : running) {
     while (job.wait_for(100ms) != std::future_status::ready) {
-      reporter.progress("packing", progress);
+      shown.show(reporter);
     }
     try {
       job.get();

@@ -102,7 +102,10 @@ void Reporter::progress(const std::string& what, const Progress& progress) {
   const auto filled = static_cast<std::size_t>(done * kBarWidth / progress.total);
   const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
   err_ << '\r' << what << " [" << bar << "] " << done * 100 / progress.total << "% of "
-       << readableSize(progress.total) << std::flush;
+       << readableSize(progress.total);
+  // The end of a longer text may stand behind it.
+  if (!progress.rest.empty()) err_ << ", " << progress.rest << "\033[K";
+  err_ << std::flush;
   barShown_ = true;
 }
 

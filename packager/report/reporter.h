@@ -23,6 +23,7 @@ struct ReporterOptions {
 struct Progress {
   std::uint64_t total = 0;
   std::atomic<std::uint64_t> done{0};
+  std::string rest{};  ///< how long it takes still, for people; by the one that waits
 };
 
 class Reporter {

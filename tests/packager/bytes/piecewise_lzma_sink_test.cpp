@@ -29,7 +29,7 @@ std::string packed(const std::string& text, const std::vector<LzmaCut>& cuts, un
                    std::size_t atOnce, std::atomic<std::size_t>* seen = nullptr) {
   StringSink out;
   PieceSlots slots(slotCount);
-  PiecewiseLzmaSink sink(3, out, tuning(), cuts, slots, [&](std::size_t more) {
+  PiecewiseLzmaSink sink(3, out, tuning(), cuts, slots, [&](std::size_t, std::size_t more) {
     if (seen != nullptr) *seen += more;
   });
   for (std::size_t at = 0; at < text.size(); at += atOnce) {
@@ -71,9 +71,10 @@ TEST(PiecewiseLzmaSink, PassesOnWhatItsWatchThrowsAndGivesItsSlotBack) {
   PieceSlots slots(1);
   const std::string text = content(600'000);
   for (int i = 0; i < 2; ++i) {
-    PiecewiseLzmaSink sink(1, out, tuning(), {{304'000, 0}}, slots, [](std::size_t more) {
-      if (more > 0) throw std::runtime_error("stop");
-    });
+    PiecewiseLzmaSink sink(1, out, tuning(), {{304'000, 0}}, slots,
+                           [](std::size_t, std::size_t more) {
+                             if (more > 0) throw std::runtime_error("stop");
+                           });
     EXPECT_THROW(
         {
           sink.write(text);
@@ -87,7 +88,7 @@ TEST(PiecewiseLzmaSink, PassesOnWhatItsWatchThrowsAndGivesItsSlotBack) {
 TEST(PiecewiseLzmaSink, RefusesLevelsThatThereAreNot) {
   StringSink out;
   PieceSlots slots(1);
-  PiecewiseLzmaSink sink(10, out, tuning(), {}, slots, [](std::size_t) {});
+  PiecewiseLzmaSink sink(10, out, tuning(), {}, slots, [](std::size_t, std::size_t) {});
   sink.write("x");
   EXPECT_THROW(sink.finish(), PackError);
 }

@@ -149,6 +149,15 @@ TEST_F(ReporterTest, DrawsABarOnATerminalOnly) {
   }
 }
 
+TEST_F(ReporterTest, SaysHowLongItTakesStill) {
+  report({Verbosity::kNormal, false, true}, [](Reporter& r) {
+    const Progress progress{100, {50}, "7 s left"};
+    r.progress("packing", progress);
+  });
+  EXPECT_EQ(err_.str(),
+            "\rpacking [###############...............] 50% of 100 bytes, 7 s left\033[K");
+}
+
 TEST_F(ReporterTest, DrawsNoBarOfNothingAndNoneThatIsOverfull) {
   report({Verbosity::kNormal, false, true}, [](Reporter& r) {
     const Progress nothing{0, {0}};
