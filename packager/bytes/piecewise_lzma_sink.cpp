@@ -101,6 +101,7 @@ void PiecewiseLzmaSink::splice(const Compressed& done) {
   if (!splicer_.add(done.piece)) {
     throw PackError("compressing failed: a piece of the stream is damaged");
   }
+  watch_(spliced_++, (done.piece.bytes.size() - done.piece.known) / kSplicedShare);
 }
 
 void PiecewiseLzmaSink::finish() {

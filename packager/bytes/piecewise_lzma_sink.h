@@ -40,7 +40,10 @@ struct LzmaCut {
   std::size_t known = 0;    ///< how much of what is before it the piece may copy from
 };
 
-/// Is told how many bytes more of which piece, counted from 0, have been compressed.
+/// Is told how many bytes more of which piece, counted from 0, have been compressed. When it
+/// becomes part of the stream, which takes some of the time, its kSplicedShare-th part is told once
+/// more.
+inline constexpr std::size_t kSplicedShare = 10;
 using PieceWatch = std::function<void(std::size_t piece, std::size_t bytes)>;
 
 class PiecewiseLzmaSink : public ByteSink {
@@ -73,7 +76,8 @@ class PiecewiseLzmaSink : public ByteSink {
   LzmaSplicer splicer_;
   LzmaPiece collected_;
   std::uint64_t taken_ = 0;
-  std::size_t cut_ = 0;  // the next one
+  std::size_t cut_ = 0;      // the next one
+  std::size_t spliced_ = 0;  // pieces
   std::deque<std::future<Compressed>> running_;
 };
 

@@ -111,7 +111,7 @@ class OneArchive {
     for (std::size_t i = 0; i <= cuts_.size(); ++i) {
       const std::uint64_t end =
           i < cuts_.size() ? cuts_[i].start : std::max(start, job.content->totalBytes());
-      parts_.push_back(&work.emplace_back(end - start));
+      parts_.push_back(&work.emplace_back(end - start + (end - start) / kSplicedShare));
       start = end;
     }
   }
@@ -203,6 +203,9 @@ class ShownWork {
       progress.total += part.total;
       progress.done += part.isSkipped ? part.total : std::min<std::uint64_t>(part.done, part.total);
     }
+    // In bytes of content.
+    progress.total = progress.total * kSplicedShare / (kSplicedShare + 1);
+    progress.done = progress.done * kSplicedShare / (kSplicedShare + 1);
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
     rest_.look(elapsed.count(), work_);
     progress.rest = readableRest(rest_.rest());
