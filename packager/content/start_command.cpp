@@ -21,7 +21,7 @@ constexpr std::array kSpacedOptions = {"--add-exports", "--add-opens", "--add-re
                                        "--add-modules", "--enable-native-access"};
 
 template <std::size_t N>
-bool isOneOf(const std::array<const char*, N>& all, const std::string& word) {
+bool isAmong(const std::array<const char*, N>& all, const std::string& word) {
   return std::find(all.begin(), all.end(), word) != all.end();
 }
 
@@ -108,9 +108,9 @@ void noteVariable(const std::string& word, std::map<std::string, std::string>& v
 Words optionsIn(Words::const_iterator at, Words::const_iterator end) {
   Words options;
   for (; at != end; ++at) {
-    if (isOneOf(kPathOptions, *at)) {
+    if (isAmong(kPathOptions, *at)) {
       if (++at == end) break;
-    } else if (isOneOf(kSpacedOptions, *at) && at + 1 != end) {
+    } else if (isAmong(kSpacedOptions, *at) && at + 1 != end) {
       options.push_back(*at + '=' + *(at + 1));
       ++at;
     } else if (at->starts_with('-') && *at != "-jar" && *at != "--") {
