@@ -31,6 +31,15 @@ TheirStream* wrapped(std::FILE* ours) {
   return ours == nullptr ? nullptr : new TheirStream{nullptr, 0, 0, ours, {}};
 }
 
+// What the JVM prints by a function of the image comes with a standard stream of this machine's, of
+// which the JVM is.
+std::FILE* oursBehind(TheirStream* stream) {
+  const void* const place = stream;
+  for (std::FILE* const ours : {stdout, stderr})
+    if (place == ours) return ours;
+  return stream->ours;
+}
+
 TheirStream* theirFopen(const char* path, const char* mode) { return wrapped(fopen(path, mode)); }
 
 TheirStream* theirFdopen(int file, const char* mode) { return wrapped(fdopen(file, mode)); }
@@ -74,7 +83,9 @@ int theirFputc(int c, TheirStream* stream) { return fputc(c, stream->ours); }
 
 int theirFputs(const char* text, TheirStream* stream) { return fputs(text, stream->ours); }
 
-int theirFflush(TheirStream* stream) { return fflush(stream == nullptr ? nullptr : stream->ours); }
+int theirFflush(TheirStream* stream) {
+  return fflush(stream == nullptr ? nullptr : oursBehind(stream));
+}
 
 int theirFseek(TheirStream* stream, long offset, int from) {
   return fseek(stream->ours, offset, from);
@@ -97,7 +108,7 @@ int theirSetvbuf(TheirStream* stream, char* buffer, int mode, std::size_t size) 
 }
 
 int theirVfprintf(TheirStream* stream, const char* format, va_list arguments) {
-  return vfprintf(stream->ours, format, arguments);
+  return vfprintf(oursBehind(stream), format, arguments);
 }
 
 int theirFprintf(TheirStream* stream, const char* format, ...) {
