@@ -44,7 +44,7 @@ compare() { # NAME ZIP-BAR XZ-BAR PACKAGES...
     return
   fi
   cd files
-  "$bin/quillory-pack" init -q
+  "$bin/quillory-pack" init -q >/dev/null
   "$bin/quillory-pack" keygen -q --bits 2048 signing.pem >/dev/null
   "$bin/quillory-pack" bundle -q --archive >/dev/null
   mv dist ..

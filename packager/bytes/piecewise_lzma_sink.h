@@ -43,7 +43,7 @@ struct LzmaCut {
 /// Is told how many bytes more of which piece, counted from 0, have been compressed. When it
 /// becomes part of the stream, which takes some of the time, its kSplicedShare-th part is told once
 /// more.
-inline constexpr std::size_t kSplicedShare = 10;
+inline constexpr std::size_t kSplicedShare = 14;
 using PieceWatch = std::function<void(std::size_t piece, std::size_t bytes)>;
 
 class PiecewiseLzmaSink : public ByteSink {
