@@ -71,7 +71,56 @@ class RangeReader {
   std::uint32_t code_ = 0;
 };
 
-class RangeWriter {
+unsigned char byteAt(std::string_view bytes, std::size_t at) {
+  return static_cast<unsigned char>(bytes[at]);
+}
+
+// Whether it stands for what is at `at`.
+bool isIn(std::string_view bytes, std::size_t at, const LzmaSymbol& symbol) {
+  if (symbol.length == 0) return symbol.literal == byteAt(bytes, at);
+  const std::size_t back = std::size_t{symbol.distance} + 1;
+  return back <= at && symbol.length <= bytes.size() - at &&
+         std::memcmp(bytes.data() + at, bytes.data() + at - back, symbol.length) == 0;
+}
+
+}  // namespace
+
+std::string compressPiece(LzmaPiece& piece, int level, const LzmaTuning& tuning,
+                          const LzmaWatch& watch) {
+  lzma_options_lzma options;
+  if (level < kLzmaFastest || level > kLzmaBest ||
+      lzma_lzma_preset(&options, static_cast<std::uint32_t>(level))) {
+    return "the compression level is not 0 to 9";
+  }
+  options.lc = static_cast<std::uint32_t>(tuning.literalContextBits);
+  options.lp = static_cast<std::uint32_t>(tuning.literalPositionBits);
+  options.pb = static_cast<std::uint32_t>(tuning.positionBits);
+  const std::size_t most = tuning.dictionary == 0 ? options.dict_size : tuning.dictionary;
+  options.dict_size = static_cast<std::uint32_t>(
+      std::clamp<std::size_t>(piece.bytes.size(), LZMA_DICT_SIZE_MIN, most));
+  options.preset_dict = reinterpret_cast<const unsigned char*>(piece.bytes.data());
+  options.preset_dict_size = static_cast<std::uint32_t>(piece.known);
+  const std::array<lzma_filter, 2> filters = {
+      {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}}};
+  CoderState state(
+      [&piece](const unsigned char* data, std::size_t size) {
+        piece.packed.append(reinterpret_cast<const char*>(data), size);
+        return true;
+      },
+      false);
+  state.stream.allocator = largeBlocks();
+  state.noteResult(lzma_raw_encoder(&state.stream, filters.data()));
+  for (std::size_t at = piece.known; at < piece.bytes.size();) {
+    const std::size_t size = std::min(kWatchedBlock, piece.bytes.size() - at);
+    if (!state.write(piece.bytes.data() + at, size)) return state.error;
+    at += size;
+    watch(size);
+  }
+  state.finish();
+  return state.error;
+}
+
+class LzmaSplicer::RangeWriter {
  public:
   explicit RangeWriter(LzmaSink sink) : sink_(std::move(sink)) { out_.reserve(kOutputBlock); }
 
@@ -144,55 +193,6 @@ class RangeWriter {
   unsigned char cached_ = 0;
   std::uint64_t waiting_ = 1;
 };
-
-unsigned char byteAt(std::string_view bytes, std::size_t at) {
-  return static_cast<unsigned char>(bytes[at]);
-}
-
-// Whether it stands for what is at `at`.
-bool isIn(std::string_view bytes, std::size_t at, const LzmaSymbol& symbol) {
-  if (symbol.length == 0) return symbol.literal == byteAt(bytes, at);
-  const std::size_t back = std::size_t{symbol.distance} + 1;
-  return back <= at && symbol.length <= bytes.size() - at &&
-         std::memcmp(bytes.data() + at, bytes.data() + at - back, symbol.length) == 0;
-}
-
-}  // namespace
-
-std::string compressPiece(LzmaPiece& piece, int level, const LzmaTuning& tuning,
-                          const LzmaWatch& watch) {
-  lzma_options_lzma options;
-  if (level < kLzmaFastest || level > kLzmaBest ||
-      lzma_lzma_preset(&options, static_cast<std::uint32_t>(level))) {
-    return "the compression level is not 0 to 9";
-  }
-  options.lc = static_cast<std::uint32_t>(tuning.literalContextBits);
-  options.lp = static_cast<std::uint32_t>(tuning.literalPositionBits);
-  options.pb = static_cast<std::uint32_t>(tuning.positionBits);
-  const std::size_t most = tuning.dictionary == 0 ? options.dict_size : tuning.dictionary;
-  options.dict_size = static_cast<std::uint32_t>(
-      std::clamp<std::size_t>(piece.bytes.size(), LZMA_DICT_SIZE_MIN, most));
-  options.preset_dict = reinterpret_cast<const unsigned char*>(piece.bytes.data());
-  options.preset_dict_size = static_cast<std::uint32_t>(piece.known);
-  const std::array<lzma_filter, 2> filters = {
-      {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}}};
-  CoderState state(
-      [&piece](const unsigned char* data, std::size_t size) {
-        piece.packed.append(reinterpret_cast<const char*>(data), size);
-        return true;
-      },
-      false);
-  state.stream.allocator = largeBlocks();
-  state.noteResult(lzma_raw_encoder(&state.stream, filters.data()));
-  for (std::size_t at = piece.known; at < piece.bytes.size();) {
-    const std::size_t size = std::min(kWatchedBlock, piece.bytes.size() - at);
-    if (!state.write(piece.bytes.data() + at, size)) return state.error;
-    at += size;
-    watch(size);
-  }
-  state.finish();
-  return state.error;
-}
 
 struct LzmaSplicer::Stream {
   Stream(const LzmaTuning& tuned, LzmaSink sink)

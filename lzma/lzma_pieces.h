@@ -48,6 +48,7 @@ class LzmaSplicer {
   bool finish();
 
  private:
+  class RangeWriter;
   struct Stream;
   std::unique_ptr<Stream> stream_;
 };
