@@ -9,8 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "tests/harness/unpacked_lzma.h"
+
 namespace quillory {
 namespace {
+
+using testing::unpackedLzma;
 
 // Words that come again, near and far, and bytes that do not.
 std::string textOf(std::size_t size, unsigned seed) {
@@ -59,17 +63,6 @@ Spliced splice(const std::string& text, const std::vector<std::size_t>& starts, 
   return result;
 }
 
-std::string unpacked(const std::string& stream) {
-  std::string text;
-  LzmaCoder coder = LzmaCoder::decoder([&](const unsigned char* data, std::size_t size) {
-    text.append(reinterpret_cast<const char*>(data), size);
-    return true;
-  });
-  coder.write(stream.data(), stream.size());
-  EXPECT_TRUE(coder.finish()) << coder.error();
-  return text;
-}
-
 TEST(LzmaPieces, OfOneAreTheStreamThatTheLibraryMakes) {
   const std::string text = textOf(std::size_t{1} << 20, 1);
   for (const int level : {0, 3, 6}) {
@@ -92,7 +85,7 @@ TEST(LzmaPieces, OfOneAreTheStreamThatTheLibraryMakes) {
       // The library sometimes writes a distance anew that is one of the last.
       EXPECT_LT(spliced.size(), expected.size() + expected.size() / 1000);
     }
-    EXPECT_TRUE(unpacked(spliced) == text);
+    EXPECT_TRUE(unpackedLzma(spliced) == text);
   }
 }
 
@@ -106,7 +99,7 @@ TEST(LzmaPieces, BecomeOneStreamWhereverTheyAreCut) {
       for (const std::size_t known : {0, 100, 20'000}) {
         const Spliced spliced = splice(text, starts, known, 6, tuning);
         EXPECT_TRUE(spliced.isWhole);
-        EXPECT_TRUE(unpacked(spliced.stream) == text)
+        EXPECT_TRUE(unpackedLzma(spliced.stream) == text)
             << starts.size() << ' ' << tuning.literalContextBits << ' ' << known;
       }
     }
@@ -118,7 +111,7 @@ TEST(LzmaPieces, OfRunsAndOfNothing) {
        {std::string(100'000, 'x'), std::string(), std::string("x"), std::string(40'000, '\0')}) {
     const Spliced spliced = splice(text, {0, text.size() / 2}, 16, 6, {3, 0, 2});
     EXPECT_TRUE(spliced.isWhole);
-    EXPECT_TRUE(unpacked(spliced.stream) == text) << text.size();
+    EXPECT_TRUE(unpackedLzma(spliced.stream) == text) << text.size();
   }
 }
 

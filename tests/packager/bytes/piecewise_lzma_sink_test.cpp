@@ -7,9 +7,12 @@
 #include <stdexcept>
 
 #include "packager/report/findings.h"
+#include "tests/harness/unpacked_lzma.h"
 
 namespace quillory::pack {
 namespace {
+
+using testing::unpackedLzma;
 
 std::string content(std::size_t size) {
   std::mt19937 random(7);
@@ -39,23 +42,12 @@ std::string packed(const std::string& text, const std::vector<LzmaCut>& cuts, un
   return out.bytes();
 }
 
-std::string unpacked(const std::string& stream) {
-  std::string text;
-  LzmaCoder coder = LzmaCoder::decoder([&](const unsigned char* data, std::size_t size) {
-    text.append(reinterpret_cast<const char*>(data), size);
-    return true;
-  });
-  coder.write(stream.data(), stream.size());
-  EXPECT_TRUE(coder.finish()) << coder.error();
-  return text;
-}
-
 TEST(PiecewiseLzmaSink, MakesTheSameStreamHoweverManyAreAtWork) {
   const std::string text = content(400'000);
   const std::vector<LzmaCut> cuts = {{96'000, 4'096}, {200'000, 0}, {256'000, 100'000}};
   std::atomic<std::size_t> seen = 0;
   const std::string stream = packed(text, cuts, 1, 1'000, &seen);
-  EXPECT_TRUE(unpacked(stream) == text);
+  EXPECT_TRUE(unpackedLzma(stream) == text);
   std::size_t expected = text.size();
   for (const std::size_t piece : {96'000, 104'000, 56'000, 144'000})
     expected += piece / kSplicedShare;
@@ -65,8 +57,8 @@ TEST(PiecewiseLzmaSink, MakesTheSameStreamHoweverManyAreAtWork) {
 }
 
 TEST(PiecewiseLzmaSink, TakesContentThatIsShorterThanItsCuts) {
-  EXPECT_EQ(unpacked(packed("short", {{96'000, 0}}, 2, 2)), "short");
-  EXPECT_EQ(unpacked(packed("", {}, 2, 1)), "");
+  EXPECT_EQ(unpackedLzma(packed("short", {{96'000, 0}}, 2, 2)), "short");
+  EXPECT_EQ(unpackedLzma(packed("", {}, 2, 1)), "");
 }
 
 TEST(PiecewiseLzmaSink, PassesOnWhatItsWatchThrowsAndGivesItsSlotBack) {
