@@ -19,8 +19,8 @@ std::string tryFileOf(const std::string& ownFolder, const std::string& propertie
   if (!isFolder(folder)) return "";
   std::string_view name = propertiesFile;
   name.remove_prefix(name.rfind('/') + 1);
-  constexpr std::string_view kPrefix = kLaunchPropertiesPrefix;
-  if (name.starts_with(kPrefix)) name.remove_prefix(kPrefix.size());
+  constexpr std::string_view kName = kLaunchPropertiesPrefix;
+  if (name.starts_with(kName)) name.remove_prefix(kName.size());
   return joinPath(folder, kTryPrefix + std::string(name));
 }
 

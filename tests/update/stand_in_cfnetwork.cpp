@@ -2,6 +2,7 @@
 // system_proxies_macos_test.cpp: settings that name proxies for some addresses.
 #include <cstdint>
 #include <cstdio>
+#include <deque>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,7 +16,11 @@ struct Thing {
   std::vector<std::pair<const Thing*, const Thing*>> entries{};
 };
 
-const Thing* made(Thing thing) { return new Thing(std::move(thing)); }
+// Kept to the end of the process, as nobody gives anything back.
+const Thing* made(Thing thing) {
+  static std::deque<Thing> all;
+  return &all.emplace_back(std::move(thing));
+}
 const Thing* madeText(const std::string& text) { return made({.text = text}); }
 
 constexpr std::uint32_t kUtf8 = 0x08000100;
