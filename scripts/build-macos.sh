@@ -41,7 +41,8 @@ build() {
   libraries=$(cmake/macos/libraries.sh "$cache" "$arch" "$jobs")
   # A build folder remembers its compiler, which is another one with another cache.
   grep -qsF "=$cache/zig-0.11.0/zig" "$out/$arch/CMakeCache.txt" || rm -rf "${out:?}/$arch"
-  cmake -G Ninja -S . -B "$out/$arch" -DCMAKE_BUILD_TYPE=Release \
+  # The sources of a library as one: this compiler reads headers for longer than it compiles.
+  cmake -G Ninja -S . -B "$out/$arch" -DCMAKE_BUILD_TYPE=Release -DCMAKE_UNITY_BUILD=ON \
     -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/macos/toolchain.cmake" \
     -DQUILLORY_ZIG="$cache/zig-0.11.0/zig" -DQUILLORY_ARCH="$arch" \
     -DQUILLORY_PREFIXES="$libraries;$out/headers" >"$out/$arch-configure.log" 2>&1 ||

@@ -31,7 +31,7 @@ def compiler():
     """Compiler and options of a program's source, without what belongs to that one."""
     commands = json.loads((BUILD / "compile_commands.json").read_text("utf-8"))
     words = shlex.split(next(entry["command"] for entry in commands
-                             if entry["file"].endswith("/tools/lzma64.cpp")))
+                             if "/lzma64.dir/" in entry["command"]))
     kept = words[:words.index("-o")]
     return [word for word in kept if not word.startswith(("-W", "-D"))]
 

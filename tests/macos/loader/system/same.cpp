@@ -63,6 +63,7 @@ constexpr std::string_view kSame[] = {
     "lchown",
     "link",
     "localtime_r",
+    "lround",
     "lseek",
     "malloc",
     "memchr",
