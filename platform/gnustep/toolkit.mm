@@ -11,6 +11,7 @@
 #include "platform/gnustep/display.h"
 #include "platform/gnustep/early_texts.h"
 #include "platform/gnustep/info_plist.h"
+#include "platform/gnustep/own_process.h"
 #include "platform/gnustep/run_loop_turns.h"
 #include "platform/gnustep/scoped_encodings.h"
 #include "platform/gnustep/scoped_environment.h"
@@ -63,6 +64,7 @@ bool makeApplication() {
   const ScopedEnvironment noOtherFormats("MAGICK_CODER_MODULE_PATH", "/nonexistent");
   const ScopedEnvironment noComposeKeys("XCOMPOSEFILE", "/dev/null");
   registerDefaults();
+  keepToOwnProcess();
   @try {
     NSApp = [NSApplication sharedApplication];
     return NSApp != nil;

@@ -4,15 +4,14 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <fstream>
-#include <sstream>
+#include <algorithm>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "tests/harness/child_process.h"
 #include "tests/harness/eventually.h"
 #include "tests/harness/private_root.h"
+#include "tests/harness/programs_of.h"
 #include "tests/harness/temp_dir.h"
 
 namespace quillory::testing {
@@ -24,19 +23,9 @@ using ::testing::StartsWith;
 
 std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
-// The processes "sleep" that have the folder in their environment, or their root folder below it.
-std::vector<std::string> sleepersOf(const std::string& folder) {
-  std::vector<std::string> found;
-  for (const fs::directory_entry& process : fs::directory_iterator("/proc")) {
-    std::error_code gone;
-    if (fs::read_symlink(process.path() / "exe", gone).filename() != "sleep") continue;
-    std::ostringstream environment;
-    environment << std::ifstream(process.path() / "environ").rdbuf();
-    const std::string root = fs::read_symlink(process.path() / "root", gone).string();
-    if (environment.str().find(folder) != std::string::npos || root.starts_with(folder + "/"))
-      found.push_back(process.path().filename().string());
-  }
-  return found;
+bool hasSleeper(const std::string& folder) {
+  const std::vector<std::string> programs = programsOf(folder);
+  return std::find(programs.begin(), programs.end(), "sleep") != programs.end();
 }
 
 class OwnFolder : public ::testing::Test {
@@ -46,7 +35,7 @@ class OwnFolder : public ::testing::Test {
     BackgroundChild program({QUILLORY_ABANDONING_PROGRAM, mode});
     EXPECT_TRUE(program.waitForOutput("\n"));
     const std::string folder = firstLine(program.out());
-    EXPECT_TRUE(eventually([&] { return !sleepersOf(folder).empty(); })) << program.err();
+    EXPECT_TRUE(eventually([&] { return hasSleeper(folder); })) << program.err();
     EXPECT_TRUE(fs::exists(folder));
     program.sendSignal(SIGKILL);
     EXPECT_EQ(program.finish().signal, SIGKILL);
@@ -71,14 +60,14 @@ TEST_F(OwnFolder, StaysForTheProgramWhenACopyOfItEnds) {
 TEST_F(OwnFolder, IsGoneWithTheProcessesThatWereLeftWhenTheProgramIsKilled) {
   const std::string folder = killWhileRunning("session");
   EXPECT_TRUE(eventually([&] { return !fs::exists(folder); }));
-  EXPECT_THAT(sleepersOf(folder), IsEmpty());
+  EXPECT_THAT(programsOf(folder), IsEmpty());
 }
 
 TEST_F(OwnFolder, IsGoneWithTheProcessesThatHaveTheirRootInIt) {
   if (!PrivateRoot::whyImpossible().empty()) GTEST_SKIP() << PrivateRoot::whyImpossible();
   const std::string folder = killWhileRunning("root");
   EXPECT_TRUE(eventually([&] { return !fs::exists(folder); }));
-  EXPECT_THAT(sleepersOf(folder), IsEmpty());
+  EXPECT_THAT(programsOf(folder), IsEmpty());
 }
 
 TEST(RemoveFolder, RemovesWhatIsReadOnlyAndNothingBehindALink) {

@@ -10,6 +10,8 @@
 #include <system_error>
 #include <thread>
 
+#include "tests/harness/programs_of.h"
+
 namespace quillory::testing {
 namespace {
 
@@ -105,6 +107,13 @@ void DemoProcess::endCommands() {
 ChildResult DemoProcess::finish() {
   endCommands();
   return process_->finish();
+}
+
+std::vector<std::string> DemoProcess::leftBehind() const {
+  std::vector<std::string> left = programsOf(home());
+  for (const fs::directory_entry& entry : fs::directory_iterator(home()))
+    left.push_back(entry.path());
+  return left;
 }
 
 void DemoProcess::restart() {

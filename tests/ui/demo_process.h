@@ -39,6 +39,8 @@ class DemoProcess {
   BackgroundChild& process() { return *process_; }
   /// Lets it come to its end.
   ChildResult finish();
+  /// What is left of it after its end: programs that it started, and entries of its home folder.
+  std::vector<std::string> leftBehind() const;
   /// Starts it anew, whether it has ended or was killed.
   void restart();
 

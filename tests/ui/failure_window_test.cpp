@@ -1,4 +1,5 @@
 // The window of a failed start, on a screen.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -10,6 +11,8 @@
 namespace quillory::testing {
 namespace {
 
+using ::testing::IsEmpty;
+
 constexpr WindowAt kFailure = {(1024 - 640) / 2, (768 - 300) / 2, 640, 300};
 
 class ShownFailure : public ::testing::Test {
@@ -18,11 +21,6 @@ class ShownFailure : public ::testing::Test {
 
   bool isShown() const {
     return eventually([&] { return screen_.shownWindows() == std::vector<WindowAt>{kFailure}; });
-  }
-  void moveMouse(int x) const {
-    ChildOptions options;
-    options.environment["DISPLAY"] = server_.display();
-    EXPECT_EQ(runChild({"xdotool", "mousemove", std::to_string(x), "20"}, options).exitStatus, 0);
   }
   bool goesAway() const {
     return eventually([&] { return screen_.shownWindows().empty(); });
@@ -34,7 +32,7 @@ class ShownFailure : public ::testing::Test {
 };
 
 TEST_F(ShownFailure, GoesAwayByItselfWhereNobodyIsThere) {
-  moveMouse(10);
+  server_.moveMouse(10, 20);
   demo_.startCommand("failure 1 It did not work.");
   EXPECT_TRUE(isShown());
   EXPECT_TRUE(goesAway());
@@ -42,19 +40,16 @@ TEST_F(ShownFailure, GoesAwayByItselfWhereNobodyIsThere) {
 }
 
 TEST_F(ShownFailure, StaysForWhoMovesTheMouseUntilItIsClosed) {
-  moveMouse(10);
+  server_.moveMouse(10, 20);
   demo_.startCommand("failure 3 It did not work.");
   ASSERT_TRUE(isShown());
-  moveMouse(40);
+  server_.moveMouse(40, 20);
   const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(3500);
   while (std::chrono::steady_clock::now() < end) ASSERT_FALSE(screen_.shownWindows().empty());
-  ChildOptions options;
-  options.environment["DISPLAY"] = server_.display();
-  runChild({"xdotool", "mousemove", std::to_string(kFailure.x + 570),
-            std::to_string(kFailure.y + 270), "click", "1"},
-           options);
+  server_.click(kFailure.x + 570, kFailure.y + 270);
   EXPECT_TRUE(goesAway());
   EXPECT_EQ(demo_.finish().exitStatus, 0);
+  EXPECT_THAT(demo_.leftBehind(), IsEmpty());
 }
 
 TEST(FailureWithoutADisplay, ShowsNothingAndGoesOn) {

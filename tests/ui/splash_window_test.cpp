@@ -387,6 +387,16 @@ TEST_F(SplashWindow, SurvivesSizesThatNoScreenHas) {
   EXPECT_EQ(demo_.finish().exitStatus, 0);
 }
 
+TEST_F(SplashWindow, StartsNothingAndLeavesNothingWhenItIsClicked) {
+  show(redPicture(400, 200));
+  ASSERT_TRUE(shows(0, 0, 0xC02040));
+  server_.click(512, 384);
+  demo_.command("progress 50");
+  EXPECT_TRUE(shows(0, 217, fillPixel(17)));
+  EXPECT_EQ(demo_.finish().exitStatus, 0);
+  EXPECT_THAT(demo_.leftBehind(), IsEmpty());
+}
+
 TEST_F(SplashWindow, RunsTheScriptedDemonstration) {
   show(redPicture(200, 100));
   demo_.command("script");

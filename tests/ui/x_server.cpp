@@ -2,6 +2,7 @@
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <gtest/gtest.h>
 
 #include <chrono>
 #include <ostream>
@@ -37,6 +38,18 @@ XServer::XServer()
     : process_({"Xvfb", "-displayfd", "1", "-nolock", "-nolisten", "unix", "-noreset", "-screen",
                 "0", "1024x768x24"}),
       display_(":" + firstLineOf(process_)) {}
+
+void XServer::mouse(int x, int y, const std::vector<std::string>& then) const {
+  std::vector<std::string> command = {"xdotool", "mousemove", std::to_string(x), std::to_string(y)};
+  command.insert(command.end(), then.begin(), then.end());
+  ChildOptions options;
+  options.environment["DISPLAY"] = display_;
+  EXPECT_EQ(runChild(command, options).exitStatus, 0);
+}
+
+void XServer::moveMouse(int x, int y) const { mouse(x, y, {}); }
+
+void XServer::click(int x, int y) const { mouse(x, y, {"click", "1"}); }
 
 void PrintTo(const WindowAt& window, std::ostream* out) {
   *out << window.width << "x" << window.height << "+" << window.x << "+" << window.y;

@@ -20,8 +20,13 @@ class XServer {
   XServer();
   /// ":7"
   std::string display() const { return display_; }
+  /// As a hand would, in pixels from the upper left corner; a test failure where that fails.
+  void moveMouse(int x, int y) const;
+  void click(int x, int y) const;
 
  private:
+  void mouse(int x, int y, const std::vector<std::string>& then) const;
+
   BackgroundChild process_;
   std::string display_;
 };
