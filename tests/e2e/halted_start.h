@@ -68,7 +68,7 @@ class HaltedStart : public ::testing::Test {
   std::string picture_ = readFile(QUILLORY_TEST_PICTURE);
   std::string busAddress_;
   std::string libraryPath_;
-  int refusedThread_ = 0;       ///< counted from 1; 0: none
+  int refusedThread_ = 0;       ///< counted from the run thread, 1; 0: none
   bool hasJvmLibrary_ = false;  ///< the application runs in the launcher's own process
   std::unique_ptr<BackgroundChild> start_;
 

@@ -1,5 +1,7 @@
 // To be preloaded into the launcher: the system refuses it the thread of the number that
-// QUILLORY_REFUSED_THREAD has, counted from 1. Programs that it starts get theirs.
+// QUILLORY_REFUSED_THREAD has, counted from the run thread, which is 1. Programs that it starts get
+// theirs. What runs the launcher may have threads of its own before: QUILLORY_EARLIER_THREADS says
+// how many.
 #include <dlfcn.h>
 #include <errno.h>
 #include <pthread.h>
@@ -14,7 +16,8 @@ using Create = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void
 // Read before the launcher starts anything, and then hidden from its children.
 const int refused = [] {
   const char* const number = getenv("QUILLORY_REFUSED_THREAD");
-  const int value = number == nullptr ? 0 : atoi(number);
+  const char* const earlier = getenv("QUILLORY_EARLIER_THREADS");
+  const int value = number == nullptr ? 0 : atoi(number) + (earlier == nullptr ? 0 : atoi(earlier));
   unsetenv("QUILLORY_REFUSED_THREAD");
   return value;
 }();

@@ -46,6 +46,16 @@ TEST_F(Surroundings, AnOutputThatNobodyReadsIsNoFailure) {
   }
 }
 
+TEST_F(Surroundings, WithoutAThreadForTheWorkNothingIsDoneWhichIsSaid) {
+  ChildOptions options = user_.options();
+  options.environment["LD_PRELOAD"] += ":" QUILLORY_REFUSED_THREAD;
+  options.environment["QUILLORY_REFUSED_THREAD"] = "1";
+  const ChildResult result = runChild({bundle_.executable()}, options);
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_THAT(result.err, HasSubstr(" The run thread cannot be started.\n"));
+  EXPECT_FALSE(fs::exists(user_.master()));
+}
+
 TEST_F(Surroundings, ARelativePathIsTakenFromTheWorkingFolder) {
   const ChildResult result = startAs("./launcher", bundle_.contents() + "/MacOS");
   EXPECT_EQ(result.exitStatus, 0);

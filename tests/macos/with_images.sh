@@ -16,5 +16,7 @@ for program in launcher lzma64 quillory-update; do
   cat "$folder/loader" "$images/$program" >"$folder/$program"
   chmod +x "$folder/$program"
 done
+# On a display the loader's Cocoa has three threads before the launcher asks for its first.
+export QUILLORY_EARLIER_THREADS=3
 QUILLORY_LAUNCHER=$folder/launcher QUILLORY_LZMA64=$folder/lzma64 \
   QUILLORY_UPDATE=$folder/quillory-update "$@"

@@ -2,7 +2,6 @@
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
-#include <gtest/gtest.h>
 
 #include <chrono>
 #include <ostream>
@@ -44,7 +43,8 @@ void XServer::mouse(int x, int y, const std::vector<std::string>& then) const {
   command.insert(command.end(), then.begin(), then.end());
   ChildOptions options;
   options.environment["DISPLAY"] = display_;
-  EXPECT_EQ(runChild(command, options).exitStatus, 0);
+  const ChildResult result = runChild(command, options);
+  if (result.exitStatus != 0) throw std::runtime_error("no mouse: " + result.err);
 }
 
 void XServer::moveMouse(int x, int y) const { mouse(x, y, {}); }

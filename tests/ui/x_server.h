@@ -20,7 +20,7 @@ class XServer {
   XServer();
   /// ":7"
   std::string display() const { return display_; }
-  /// As a hand would, in pixels from the upper left corner; a test failure where that fails.
+  /// As a hand would, in pixels from the upper left corner. Throws where that fails.
   void moveMouse(int x, int y) const;
   void click(int x, int y) const;
 
