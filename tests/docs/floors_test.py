@@ -9,6 +9,11 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "harness"))
+import own_folder  # noqa: E402
+
+own_folder.use()
+
 CHECK = pathlib.Path(__file__).with_name("floors.py")
 FILLER = "".join(f"| `f{c}` | a floor | |\n" for c in "abcdefghij")
 

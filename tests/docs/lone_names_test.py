@@ -6,6 +6,11 @@ import tempfile
 import unittest
 from pathlib import Path
 
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "harness"))
+import own_folder  # noqa: E402
+
+own_folder.use()
+
 SCRIPT = Path(__file__).with_name("lone_names.py")
 
 

@@ -12,7 +12,9 @@ import unittest
 
 sys.dont_write_bytecode = True
 
-from machine import lose_content, read_report  # noqa: E402
+from machine import lose_content, own_folder, read_report  # noqa: E402
+
+own_folder.use()
 
 INJECTOR = pathlib.Path(sys.argv.pop(1)).resolve()
 

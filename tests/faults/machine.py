@@ -11,7 +11,11 @@ import shutil
 import signal
 import stat
 import subprocess
+import sys
 import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "harness"))
+import own_folder  # noqa: E402
 
 # A start that takes longer hangs: whatever it waits for is bounded by less.
 LIMIT = 60
@@ -109,7 +113,8 @@ class Machine:
     def __init__(self, injector, injector_folder=None):
         parent = injector_folder or next(
             (place for place in ("/dev/shm",) if os.access(place, os.W_OK)), None)
-        self._owner = tempfile.TemporaryDirectory(prefix="quillory-faults-", dir=parent)
+        self.own_folder = own_folder.below(parent or tempfile.gettempdir())
+        self._owner = tempfile.TemporaryDirectory(prefix="quillory-faults-", dir=self.own_folder)
         self.top = pathlib.Path(self._owner.name).resolve()
         self.folder = self.top / "machine"
         self.home = self.folder / "home"
@@ -144,7 +149,8 @@ class Machine:
                   "TMPDIR": str(self.folder / "tmp"), "LD_PRELOAD": "libnss_wrapper.so",
                   "NSS_WRAPPER_PASSWD": str(self.shared / "passwd"),
                   "NSS_WRAPPER_GROUP": str(self.shared / "group"),
-                  "NSS_WRAPPER_DISABLE_DEEPBIND": "1", "QUILLORY_PACK_CACHE": ""}
+                  "NSS_WRAPPER_DISABLE_DEEPBIND": "1", "QUILLORY_PACK_CACHE": "",
+                  "QUILLORY_TEST_FOLDER": self.own_folder}
         values.update(changes)
         return {name: value for name, value in values.items() if value is not None}
 

@@ -18,6 +18,11 @@ import unittest
 import macho
 import pages
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "harness"))
+import own_folder  # noqa: E402
+
+own_folder.use()
+
 ROOT, PACK, HELLO, UPDATER, IMAGES = map(pathlib.Path, sys.argv[1:6])
 
 # Nothing is kept in a user's folder.

@@ -12,6 +12,11 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "harness"))
+import own_folder  # noqa: E402
+
+own_folder.use()
+
 ROOT, BUILD = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
 LIBRARIES = "/usr/lib/x86_64-linux-gnu/cmake"
 

@@ -16,6 +16,11 @@ import unittest
 import macho
 import pages
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "harness"))
+import own_folder  # noqa: E402
+
+own_folder.use()
+
 ROOT = pathlib.Path(sys.argv[1])
 FILES = [pathlib.Path(file).absolute() for file in sys.argv[2:]]
 SDK = ROOT / "platform" / "macos-sdk"

@@ -16,6 +16,11 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "harness"))
+import own_folder  # noqa: E402
+
+own_folder.use()
+
 LOADER, BUILD, IMAGES, FRAMEWORKS = (
     pathlib.Path(argument).absolute() for argument in sys.argv[1:5])
 HERE = pathlib.Path(__file__).absolute().parent / "loader"

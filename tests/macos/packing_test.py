@@ -15,6 +15,11 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "harness"))
+import own_folder  # noqa: E402
+
+own_folder.use()
+
 ROOT, LOADER, PACK, HELLO, UPDATER, PROGRAMS, IMAGES = map(pathlib.Path, sys.argv[1:8])
 
 # Nothing is kept in a user's folder, nor taken from what the other one has packed.

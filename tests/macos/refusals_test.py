@@ -14,6 +14,11 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "harness"))
+import own_folder  # noqa: E402
+
+own_folder.use()
+
 BUILD = pathlib.Path(sys.argv[1])
 
 HEADERS = '#import <Cocoa/Cocoa.h>\n#include <unistd.h>\n'

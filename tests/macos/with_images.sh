@@ -11,6 +11,8 @@ shift 2
 [ -x "$images/launcher" ] || { echo "skipped: nothing is built for macOS"; exit 77; }
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
+# Where this is killed it does so, once whatever ran here has ended.
+exec 9> >(exec setsid sh "$(dirname "$0")/../harness/guardian.sh" "$folder" >/dev/null 2>&1)
 strip -o "$folder/loader" "$loader"
 for program in launcher lzma64 quillory-update; do
   cat "$folder/loader" "$images/$program" >"$folder/$program"
