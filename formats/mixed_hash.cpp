@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "formats/keccak.h"
+#include "formats/sha256.h"
 
 namespace quillory {
 namespace {
@@ -32,11 +33,13 @@ int mixed_init(hash_state* md) {
 }
 
 int mixed_process(hash_state* md, const unsigned char* data, unsigned long length) {
+  // Asking the processor what it has is slow in a virtual machine.
+  static const Sha256Blocks blocks = sha256BlocksOfProcessor();
   int sha256Result = CRYPT_OK;
   int keccakResult = CRYPT_OK;
   do {  // at least once: an empty input is checked by both halves too
     const unsigned long piece = std::min(length, kPieceBytes);
-    const int sha256Piece = sha256_process(md, data, piece);
+    const int sha256Piece = processSha256(md, data, piece, blocks);
     const int keccakPiece = quillory::sha3_256_process(keccakHalf(md), data, piece);
     if (sha256Result == CRYPT_OK) sha256Result = sha256Piece;
     if (keccakResult == CRYPT_OK) keccakResult = keccakPiece;

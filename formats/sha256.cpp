@@ -19,26 +19,27 @@ static_assert(sizeof(ulong32) == sizeof(std::uint32_t));
 
 Sha256::Sha256(Sha256Blocks blocks) : blocks_(blocks) { sha256_init(&state_); }
 
+int processSha256(hash_state* state, const unsigned char* data, std::size_t length,
+                  Sha256Blocks blocks) {
+  // What the library refuses, it is left to refuse.
+  if (blocks == nullptr || state == nullptr || state->sha256.length + length < length)
+    return sha256_process(state, data, length);
+  auto& sha256 = state->sha256;
+  const std::size_t open = sha256.curlen == 0 ? 0 : kHashedBlock - sha256.curlen % kHashedBlock;
+  const std::size_t first = std::min(length, open);
+  const int result = sha256_process(state, data, first);
+  if (result != CRYPT_OK) return result;
+  const std::size_t count = (length - first) / kHashedBlock;
+  blocks(sha256.state, data + first, count);
+  sha256.length += count * kHashedBlock * 8;
+  const std::size_t taken = first + count * kHashedBlock;
+  return sha256_process(state, data + taken, length - taken);
+}
+
 void Sha256::update(std::string_view bytes) {
-  const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
-  std::size_t left = bytes.size();
-  const auto takeSlowly = [&](std::size_t count) {
-    if (count > 0) sha256_process(&state_, data, count);
-    data += count;
-    left -= count;
-  };
-  if (blocks_ != nullptr) {
-    auto& sha256 = state_.sha256;
-    takeSlowly(std::min(left, (kHashedBlock - sha256.curlen) % kHashedBlock));
-    if (sha256.curlen == 0) {
-      const std::size_t count = left / kHashedBlock;
-      blocks_(sha256.state, data, count);
-      sha256.length += count * kHashedBlock * 8;
-      data += count * kHashedBlock;
-      left -= count * kHashedBlock;
-    }
-  }
-  takeSlowly(left);
+  if (bytes.empty()) return;
+  processSha256(&state_, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
+                blocks_);
 }
 
 std::string Sha256::hex() {

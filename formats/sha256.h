@@ -14,6 +14,10 @@ namespace quillory {
 /// The digits of a digest.
 inline constexpr std::size_t kSha256HexLength = 64;
 
+/// As the library's sha256_process(), with the same results; whole blocks by `blocks`, unless null.
+int processSha256(hash_state* state, const unsigned char* data, std::size_t length,
+                  Sha256Blocks blocks);
+
 class Sha256 {
  public:
   /// By the processor's instructions where it has them; tests give null to do without.

@@ -55,6 +55,20 @@ TEST(Sha256, IsTheSameOnBothWaysForEveryLength) {
   }
 }
 
+TEST(ProcessSha256, RefusesWhatTheLibraryRefuses) {
+  const unsigned char byte = 0;
+  for (const Sha256Blocks blocks : {sha256BlocksOfProcessor(), Sha256Blocks{nullptr}}) {
+    hash_state damaged;
+    sha256_init(&damaged);
+    damaged.sha256.curlen = 1000;
+    EXPECT_EQ(processSha256(&damaged, &byte, 1, blocks), CRYPT_INVALID_ARG);
+    hash_state full;
+    sha256_init(&full);
+    full.sha256.length = ~ulong64{0};
+    EXPECT_EQ(processSha256(&full, &byte, 1, blocks), CRYPT_HASH_OVERFLOW);
+  }
+}
+
 TEST(HashFile, GivesLengthAndDigest) {
   TempDir dir;
   writeFile(dir / "as", std::string(1'000'000, 'a'));
