@@ -4,6 +4,7 @@
 
 #include "formats/archive_format.h"
 #include "formats/archive_output.h"
+#include "formats/hash_while_written.h"
 #include "support/files.h"
 #include "support/log.h"
 #include "support/spawner.h"
@@ -30,15 +31,22 @@ bool unpackPack200(const char* tool, const std::string& packed, const std::strin
   return true;
 }
 
-std::string decompressLzma(const char* tool, const std::string& compressed) {
+Decompressed decompressLzma(const char* tool, const std::string& compressed) {
   logMessage("\t[ExtractArchiveFile] Requires un-LZMA\n");
   const std::string plain(withoutCompression(compressed));
   logMessage("\t[ExtractArchiveFile] Created outpath %s and spawning\n", plain.c_str());
   removeFileOrLink(plain);
-  runIgnoringStatus({tool, "d", compressed.c_str(), plain.c_str()});
+  Decompressed result{plain, {}};
+  if (plain.ends_with(kArchiveSuffix)) {
+    HashWhileWritten hashing(plain);
+    runIgnoringStatus({tool, "d", compressed.c_str(), plain.c_str()});
+    result.digest = hashing.finish();
+  } else {
+    runIgnoringStatus({tool, "d", compressed.c_str(), plain.c_str()});
+  }
   removeFileOrLink(compressed);
   logMessage("\t[ExtractArchiveFile] Finished decompressing\n");
-  return plain;
+  return result;
 }
 
 }  // namespace quillory

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "formats/archive_format.h"
 #include "formats/archive_output.h"
@@ -121,15 +122,18 @@ ExtractionResult writeContent(std::FILE* stream, const Entry& entry, const std::
 // What the suffixes of a written file ask for.
 ExtractionResult followSuffixes(const ExtractionTools& tools, std::string path,
                                 const std::string& destDir, const ArchiveTrust& trust) {
+  BegunDigest digest;
   if (path.size() < kShortestWithSuffix) {
     logMessage("\t[ExtractArchiveFile] Path to file too short to check for LZMA\n");
   } else if (compressionOf(path) != nullptr) {
-    path = decompressLzma(tools.lzma, path);
+    Decompressed plain = decompressLzma(tools.lzma, path);
+    path = std::move(plain.path);
+    digest = std::move(plain.digest);
   }
   if (path.size() < kShortestWithSuffix || !path.ends_with(kArchiveSuffix)) return {};
 
   logMessage("\t[ExtractArchiveFile] Starting un-p2Archiving\n");
-  ExtractionResult result = extractAllOf(tools.unpack200, path, destDir, trust);
+  ExtractionResult result = extractAllOf(tools.unpack200, path, destDir, trust, digest);
   if (result.isFailure()) return result;
   logMessage("\t[ExtractArchiveFile] Finished un-archiving\n");
   result.end = End::kEntryDone;

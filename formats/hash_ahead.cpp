@@ -1,5 +1,7 @@
 #include "formats/hash_ahead.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <system_error>
@@ -12,11 +14,23 @@ namespace {
 
 constexpr std::size_t kChunkLength = 1 << 16;
 
+bool areOneFile(std::FILE* file, std::FILE* other) {
+  struct stat one {
+  }, two{};
+  return other != nullptr && fstat(fileno(file), &one) == 0 && fstat(fileno(other), &two) == 0 &&
+         one.st_dev == two.st_dev && one.st_ino == two.st_ino;
+}
+
 }  // namespace
 
-HashAhead::HashAhead(const char* path) : file_(std::fopen(path, "rb")) {
+HashAhead::HashAhead(const char* path, const BegunDigest& begun) : file_(std::fopen(path, "rb")) {
   mixed_init(&part_.state);
   if (!file_) return;
+  if (areOneFile(file_.get(), begun.file.get()) &&
+      std::fseek(file_.get(), begun.part.length, SEEK_SET) == 0) {
+    part_ = begun.part;
+    allowed_ = part_.length;
+  }
   try {
     thread_ = std::thread(&HashAhead::run, this);
   } catch (const std::system_error&) {

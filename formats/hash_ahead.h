@@ -1,6 +1,6 @@
-// The digest of an archive's signed part, begun while its entries are still being extracted. Most
-// of an extraction is spent waiting for the commands that set modes, so that the hash, which is a
-// fifth of the rest, comes for nothing where there is a second processor.
+// The digest of an archive's signed part, begun while its entries are still being extracted, or
+// before (hash_while_written.h). Making it takes longer than the extraction, and comes for nothing
+// where there is a second processor.
 #pragma once
 #include <condition_variable>
 #include <cstdio>
@@ -18,11 +18,19 @@ struct HashedPart {
   long length = 0;
 };
 
+/// The digest of a file, begun before the file got its name. While this lives, no other file can be
+/// taken for that one.
+struct BegunDigest {
+  HashedPart part{};
+  OwnedFile file{};  ///< what was hashed; null for nothing
+};
+
 class HashAhead {
  public:
-  /// Hashes on a thread of its own. Where there can be none, or the file cannot be read, the part
-  /// that finish() gives is shorter, down to nothing.
-  explicit HashAhead(const char* path);
+  /// Hashes on a thread of its own, behind what has `begun`, if that is of the file at `path`.
+  /// Where there can be none, or the file cannot be read, the part that finish() gives is shorter,
+  /// down to nothing.
+  explicit HashAhead(const char* path, const BegunDigest& begun = {});
   ~HashAhead();
   HashAhead(const HashAhead&) = delete;
   HashAhead& operator=(const HashAhead&) = delete;

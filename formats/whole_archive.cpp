@@ -43,6 +43,7 @@ struct ArchiveExtraction {
   const std::string& archivePath;
   const std::string& destDir;
   const ArchiveTrust& trust;
+  const BegunDigest& begun;
 };
 
 ExtractionResult judged(ExtractionResult result, SignatureCheck check,
@@ -56,7 +57,7 @@ ExtractionResult judged(ExtractionResult result, SignatureCheck check,
 
 ExtractionResult extract(const ArchiveExtraction& its) {
   std::optional<MetSignature> signature;
-  HashAhead digest(its.archivePath.c_str());
+  HashAhead digest(its.archivePath.c_str(), its.begun);
   ExtractionResult result =
       extractEntries(its.tools, its.archivePath, its.destDir, digest, signature);
   if (result.isFailure()) return result;
@@ -86,7 +87,7 @@ ExtractionResult extractProven(const ArchiveExtraction& its) {
   if (!found->refusal.empty()) return rejected(its, found->refusal);
   logMessage("[ExtractArchive] The archive is %s\n", asText(*found->identity).c_str());
 
-  HashAhead digest(its.archivePath.c_str());
+  HashAhead digest(its.archivePath.c_str(), its.begun);
   digest.allow(found->signature.offset);
   const auto check = [&] {
     return checkSignature(its.archivePath, its.destDir, found->signature.offset,
@@ -109,12 +110,13 @@ ExtractionResult extractProven(const ArchiveExtraction& its) {
 }  // namespace
 
 ExtractionResult extractAllOf(const char* unpack200Tool, const std::string& archivePath,
-                              const std::string& destDir, const ArchiveTrust& trust) {
+                              const std::string& destDir, const ArchiveTrust& trust,
+                              const BegunDigest& begun) {
   logMessage("[ExtractArchive] Extracting archive %s into %s\n", archivePath.c_str(),
              destDir.c_str());
   // Without the LZMA tool: inside an archive the suffixes mean nothing.
   const ArchiveExtraction extraction{
-      {.lzma = nullptr, .unpack200 = unpack200Tool}, archivePath, destDir, trust};
+      {.lzma = nullptr, .unpack200 = unpack200Tool}, archivePath, destDir, trust, begun};
   ExtractionResult result = trust.isHardened ? extractProven(extraction) : extract(extraction);
   if (!result.isFailure() || result.end == End::kArchiveRejected) removeFileOrLink(archivePath);
   return result;

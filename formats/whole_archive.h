@@ -5,6 +5,7 @@
 
 #include "formats/archive_trust.h"
 #include "formats/extraction.h"
+#include "formats/hash_ahead.h"
 
 namespace quillory {
 
@@ -15,7 +16,11 @@ namespace quillory {
 /// Hardened, an archive that is not signed from its first byte to its last, or that is not what is
 /// expected, is kArchiveRejected instead, and no program runs that an archive holds before its
 /// signature was found to hold. The archive has to be complete.
+///
+/// `begun` is a beginning of the digest that the signature is checked with, made while the archive
+/// was written.
 ExtractionResult extractAllOf(const char* unpack200Tool, const std::string& archivePath,
-                              const std::string& destDir, const ArchiveTrust& trust);
+                              const std::string& destDir, const ArchiveTrust& trust,
+                              const BegunDigest& begun = {});
 
 }  // namespace quillory

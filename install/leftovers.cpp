@@ -11,6 +11,7 @@
 #include "support/files.h"
 #include "support/folder_listing.h"
 #include "support/log.h"
+#include "support/output_file.h"
 #include "support/paths.h"
 
 namespace quillory {
@@ -46,7 +47,7 @@ bool isPartialVersionFile(std::string_view name) {
 
 // The second is what earlier versions called theirs.
 bool isUnfinishedFile(std::string_view name) {
-  if (name.starts_with(".unfinished-")) return true;
+  if (name.starts_with(kUnfinishedPrefix)) return true;
   return skip(name, ".java-") && skipNumber(name) && name.empty();
 }
 

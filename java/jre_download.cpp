@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "formats/downloads.h"
+#include "formats/hash_while_written.h"
 #include "formats/update_url.h"
 #include "formats/whole_archive.h"
 #include "install/version_folders.h"
@@ -100,21 +101,24 @@ bool downloadArchive(const Fetch& fetch, const std::string& version, const std::
   return true;
 }
 
-bool decompress(const ArchiveTools& tools, const std::string& packed, const std::string& archive) {
+// The digest that was begun meanwhile; nothing when the archive could not be decompressed.
+std::optional<BegunDigest> decompress(const ArchiveTools& tools, const std::string& packed,
+                                      const std::string& archive) {
   const OwnedSpawner spawner =
       spawnerOf({tools.lzmaTool.c_str(), "d", packed.c_str(), archive.c_str()});
   logMessage("[JREDownload] Decompressing JRE archive\n");
-  if (runSpawnerAndWait(spawner.get()) == 0) return true;
+  HashWhileWritten hashing(archive);
+  if (runSpawnerAndWait(spawner.get()) == 0) return hashing.finish();
   logError("[JREDownload] Failed to decompress JRE archive\n");
-  return false;
+  return std::nullopt;
 }
 
 ExtractionResult extract(const Fetch& fetch, const std::string& version, const std::string& folder,
-                         const std::string& archive) {
+                         const std::string& archive, const BegunDigest& begun) {
   const std::string unpack200 = unpack200Of(folder);
   logMessage("[JREDownload] Extracting JRE archive to %s\n", folder.c_str());
   return extractAllOf(unpack200.c_str(), archive, folder,
-                      fetch.tools.trustIn(fetch.place.name.text(), version));
+                      fetch.tools.trustIn(fetch.place.name.text(), version), begun);
 }
 
 // Whether what was extracted is a JRE with a version.
@@ -141,8 +145,9 @@ std::optional<int> fetchInto(const Fetch& fetch, const std::string& version,
   const std::string archive = archiveName(folder + "/JREArchive");
   const std::string packed = packedArchiveName(folder + "/JREArchive");
   if (!downloadArchive(fetch, version, packed)) return kFailed;
-  if (!decompress(fetch.tools, packed, archive)) return kFailed;
-  const ExtractionResult extracted = extract(fetch, version, folder, archive);
+  const std::optional<BegunDigest> begun = decompress(fetch.tools, packed, archive);
+  if (!begun) return kFailed;
+  const ExtractionResult extracted = extract(fetch, version, folder, archive, *begun);
   if (extracted.isFailure()) return exitStatusOf(extracted);
   unlink(packed.c_str());
   logMessage("[JREDownload] Done extracting JRE archive\n");

@@ -74,7 +74,7 @@ OutputFile::OutputFile(std::string path, ExactMode mode, Durability durability)
     error_ = path_ + ": is not a plain file";
     return;
   }
-  beside_ = folderOf(path_) + ".unfinished-XXXXXX";
+  beside_ = folderOf(path_) + std::string(kUnfinishedPrefix) + "XXXXXX";
   const std::string pattern = beside_;
   const int descriptor = untilUninterrupted([&] {
     beside_ = pattern;

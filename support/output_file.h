@@ -5,10 +5,15 @@
 #pragma once
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "support/steady_file.h"
 
 namespace quillory {
+
+/// What the name of a file begins with that is being written beside its place; a random part
+/// follows.
+inline constexpr std::string_view kUnfinishedPrefix = ".unfinished-";
 
 /// The mode of a finished file, whatever the umask.
 struct ExactMode {

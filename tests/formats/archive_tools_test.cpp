@@ -81,6 +81,21 @@ TEST_F(WithTools, Pack200EntryIsWrittenBesideItsPathFirst) {
   EXPECT_EQ(modeOf(inDest("lib/a.jar")), 0640U) << "as the tool has left it";
 }
 
+#ifdef __linux__
+// Its output has a name beside its place until the launcher has opened it.
+TEST_F(WithTools, ArchiveIsHashedWhileItIsDecompressed) {
+  makeTool("lzma64",
+           "part=$(dirname $3)/.unfinished-aaaaaa; head -c 100000 /dev/zero > $part\n"
+           "until ls -l /proc/$PPID/fd | grep -q $part; do :; done\n"
+           "mv $part $3");
+  writeFile(inDest("a.p2.l2"), "packed");
+  const Decompressed archive = decompressLzma(beside("lzma64").c_str(), inDest("a.p2.l2"));
+  EXPECT_EQ(archive.path, inDest("a.p2"));
+  EXPECT_GT(archive.digest.part.length, 0);
+  EXPECT_FALSE(fs::exists(inDest("a.p2.l2")));
+}
+#endif
+
 TEST_F(WithTools, PlainFilesNeedNoUnpack200) {
   const ScopedReplace none(up200modified, 0);
   extractArchiveWith("unpack200", fileEntry("a.jar", "hi"));
@@ -197,7 +212,7 @@ TEST(DecompressLzma, ReturnsThePathWithoutTheSuffix) {
   CapturedLog log;
   ArchiveSite site;
   writeFile(site.inDest("a.l2"), "squeezed");
-  EXPECT_EQ(decompressLzma("/missing", site.inDest("a.l2")), site.inDest("a"));
+  EXPECT_EQ(decompressLzma("/missing", site.inDest("a.l2")).path, site.inDest("a"));
   EXPECT_THAT(site.extracted(), IsEmpty());
 }
 
