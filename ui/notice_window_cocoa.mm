@@ -62,6 +62,8 @@ void makeNotice(NSString* text) {
                                          backing:NSBackingStoreBuffered
                                            defer:YES];
   [notice setReleasedWhenClosed:NO];
+  // Without a bar nothing shows it but lists of windows, and what reads the screen aloud.
+  [notice setTitle:[[NSProcessInfo processInfo] processName]];
   [notice setBackgroundColor:[NSColor whiteColor]];
   NSView* content = [[NSView alloc] initWithFrame:kWindow];
   NSTextField* field = newText(text);
