@@ -32,6 +32,7 @@ LzmaCoder LzmaCoder::encoder(int level, LzmaSink sink, const LzmaTuning& tuning)
     options.lc = static_cast<std::uint32_t>(tuning.literalContextBits);
     options.lp = static_cast<std::uint32_t>(tuning.literalPositionBits);
     options.pb = static_cast<std::uint32_t>(tuning.positionBits);
+    if (tuning.searchDepth > 0) options.depth = static_cast<std::uint32_t>(tuning.searchDepth);
     if (tuning.dictionary != 0) {
       options.dict_size =
           static_cast<std::uint32_t>(std::min(tuning.dictionary, kLzmaLargestDictionary));

@@ -30,6 +30,9 @@ struct LzmaTuning {
   /// How far back a stream may copy from, in bytes, which is the memory that its decoder takes; 0
   /// for that of the level, and never beyond kLzmaLargestDictionary.
   std::size_t dictionary = 0;
+  /// How many of the places that look alike are compared before the best of them is taken; 0 for as
+  /// many as the level says.
+  int searchDepth = 0;
 };
 
 class CoderState;

@@ -21,7 +21,7 @@ constexpr std::size_t kOutputBlock = std::size_t{64} << 10;
 
 class RangeReader {
  public:
-  explicit RangeReader(std::string_view packed) : packed_(packed) {
+  explicit RangeReader(LzmaSource packed) : source_(std::move(packed)) {
     for (int i = 0; i < 5; ++i) code_ = code_ << 8 | next();
   }
 
@@ -54,9 +54,15 @@ class RangeReader {
 
  private:
   unsigned char next() {
-    if (at_ < packed_.size()) return static_cast<unsigned char>(packed_[at_++]);
-    ++missing_;
-    return 0;
+    if (at_ == packed_.size()) {
+      packed_ = source_();
+      at_ = 0;
+      if (packed_.empty()) {
+        ++missing_;
+        return 0;
+      }
+    }
+    return static_cast<unsigned char>(packed_[at_++]);
   }
   void normalize() {
     if (range_ >= kSmallestRange) return;
@@ -64,6 +70,7 @@ class RangeReader {
     code_ = code_ << 8 | next();
   }
 
+  LzmaSource source_;
   std::string_view packed_;
   std::size_t at_ = 0;
   std::size_t missing_ = 0;
@@ -85,8 +92,8 @@ bool isIn(std::string_view bytes, std::size_t at, const LzmaSymbol& symbol) {
 
 }  // namespace
 
-std::string compressPiece(LzmaPiece& piece, int level, const LzmaTuning& tuning,
-                          const LzmaWatch& watch) {
+std::string compressPiece(const LzmaPiece& piece, int level, const LzmaTuning& tuning,
+                          LzmaSink packed, const LzmaWatch& watch) {
   lzma_options_lzma options;
   if (level < kLzmaFastest || level > kLzmaBest ||
       lzma_lzma_preset(&options, static_cast<std::uint32_t>(level))) {
@@ -95,19 +102,16 @@ std::string compressPiece(LzmaPiece& piece, int level, const LzmaTuning& tuning,
   options.lc = static_cast<std::uint32_t>(tuning.literalContextBits);
   options.lp = static_cast<std::uint32_t>(tuning.literalPositionBits);
   options.pb = static_cast<std::uint32_t>(tuning.positionBits);
-  const std::size_t most = tuning.dictionary == 0 ? options.dict_size : tuning.dictionary;
+  if (tuning.searchDepth > 0) options.depth = static_cast<std::uint32_t>(tuning.searchDepth);
+  std::size_t most = tuning.dictionary == 0 ? options.dict_size : tuning.dictionary;
+  if (piece.reach != 0) most = std::min(most, piece.reach);
   options.dict_size = static_cast<std::uint32_t>(
-      std::clamp<std::size_t>(piece.bytes.size(), LZMA_DICT_SIZE_MIN, most));
+      std::max<std::size_t>(std::min(piece.bytes.size(), most), LZMA_DICT_SIZE_MIN));
   options.preset_dict = reinterpret_cast<const unsigned char*>(piece.bytes.data());
   options.preset_dict_size = static_cast<std::uint32_t>(piece.known);
   const std::array<lzma_filter, 2> filters = {
       {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}}};
-  CoderState state(
-      [&piece](const unsigned char* data, std::size_t size) {
-        piece.packed.append(reinterpret_cast<const char*>(data), size);
-        return true;
-      },
-      false);
+  CoderState state(std::move(packed), false);
   state.stream.allocator = largeBlocks();
   state.noteResult(lzma_raw_encoder(&state.stream, filters.data()));
   for (std::size_t at = piece.known; at < piece.bytes.size();) {
@@ -233,11 +237,12 @@ LzmaSplicer::LzmaSplicer(const LzmaTuning& tuning, LzmaSink sink)
 
 LzmaSplicer::~LzmaSplicer() = default;
 
-bool LzmaSplicer::add(const LzmaPiece& piece) {
+bool LzmaSplicer::add(const LzmaPiece& piece, LzmaSource packed, const LzmaWatch& watch) {
   Stream& to = *stream_;
   const std::string_view bytes = piece.bytes;
   LzmaModel from(to.tuning);
-  RangeReader reader(piece.packed);
+  RangeReader reader(std::move(packed));
+  std::size_t watched = piece.known;
   for (std::size_t at = piece.known; at < bytes.size() && !to.isBroken;) {
     const unsigned char before = at > 0 ? byteAt(bytes, at - 1) : 0;
     const std::size_t back = std::size_t{from.lastDistance()} + 1;
@@ -253,6 +258,10 @@ bool LzmaSplicer::add(const LzmaPiece& piece) {
     to.model.code(to.writer, to.position, last, to.comparedIn(piece, at), symbol);
     at += length;
     to.position += length;
+    if (at - watched >= kWatchedBlock || at == bytes.size()) {
+      watch(at - watched);
+      watched = at;
+    }
   }
   to.before = piece.bytes;
   return !to.isBroken;

@@ -11,27 +11,32 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "lzma/lzma_alone.h"
 
 namespace quillory {
 
-/// A part of a stream on its way.
+/// A part of a stream.
 struct LzmaPiece {
   /// What is to be compressed, behind `known` bytes that stand before it in the stream, and from
   /// which it may copy. `known` is a multiple of 16.
   std::string bytes;
   std::size_t known = 0;
-  std::string packed{};  ///< compressed by itself; by compressPiece()
+  std::size_t reach = 0;  ///< how far back it may copy from, if that is less than the dictionary
 };
 
-/// Is told how many bytes more have been compressed, now and then; what it throws is passed on.
+/// Is told how many bytes more have been done, now and then; what it throws is passed on.
 using LzmaWatch = std::function<void(std::size_t)>;
 
+/// The next bytes of a compressed piece, waited for where they are still to come; none at its end.
+/// They stay until the next call.
+using LzmaSource = std::function<std::string_view()>;
+
 /// Compresses a piece by itself, in any thread. "", or what went wrong, for people: a level, or a
-/// tuning, that there is not, or too little memory, some eleven times the piece.
-std::string compressPiece(LzmaPiece& piece, int level, const LzmaTuning& tuning,
-                          const LzmaWatch& watch);
+/// tuning, that there is not, too little memory, some eleven times the piece, or a sink that stops.
+std::string compressPiece(const LzmaPiece& piece, int level, const LzmaTuning& tuning,
+                          LzmaSink packed, const LzmaWatch& watch);
 
 class LzmaSplicer {
  public:
@@ -41,9 +46,9 @@ class LzmaSplicer {
   LzmaSplicer(const LzmaSplicer&) = delete;
   LzmaSplicer& operator=(const LzmaSplicer&) = delete;
 
-  /// The next piece, compressed. False when the sink stops, or when it was not what it should be;
-  /// nothing more can be added then.
-  bool add(const LzmaPiece& piece);
+  /// The next piece, and what compressPiece() has made or is making of it. False when the sink
+  /// stops, or when that was not what it should be; nothing more can be added then.
+  bool add(const LzmaPiece& piece, LzmaSource packed, const LzmaWatch& watch);
   /// Says that no more are to come.
   bool finish();
 

@@ -1,11 +1,9 @@
 #include "packager/bytes/piecewise_lzma_sink.h"
 
 #include <algorithm>
-#include <chrono>
-#include <memory>
-#include <thread>
 #include <utility>
 
+#include "packager/bytes/byte_stream.h"
 #include "packager/report/findings.h"
 
 namespace quillory::pack {
@@ -13,48 +11,61 @@ namespace {
 
 // Of known bytes, so that the positions of a piece and of the stream are aligned alike.
 constexpr std::size_t kAlignment = 16;
-constexpr unsigned kMostSlots = 8;
 
-class TakenSlot {
+class StreamSink : public ByteSink {
  public:
-  explicit TakenSlot(PieceSlots& slots) : slots_(slots) {}
-  ~TakenSlot() { slots_.giveBack(); }
-  TakenSlot(const TakenSlot&) = delete;
-  TakenSlot& operator=(const TakenSlot&) = delete;
+  explicit StreamSink(ByteStream& stream) : stream_(stream) {}
+  void write(std::string_view bytes) override { stream_.append(bytes); }
 
  private:
-  PieceSlots& slots_;
+  ByteStream& stream_;
+};
+
+// The one who reads it would wait for ever.
+class EndOfStream {
+ public:
+  explicit EndOfStream(ByteStream& stream) : stream_(stream) {}
+  ~EndOfStream() { stream_.end(); }
+  EndOfStream(const EndOfStream&) = delete;
+  EndOfStream& operator=(const EndOfStream&) = delete;
+
+ private:
+  ByteStream& stream_;
 };
 
 }  // namespace
 
-void PieceSlots::take() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return free_ > 0; });
-  --free_;
-}
-
-void PieceSlots::giveBack() {
-  const std::lock_guard lock(mutex_);
-  ++free_;
-  changed_.notify_one();
-}
-
-unsigned usualPieceSlots() {
-  return std::min(std::max(std::thread::hardware_concurrency(), 1u) + 1, kMostSlots);
-}
+struct PiecewiseLzmaSink::Piece {
+  std::size_t number;
+  LzmaPiece content;
+  PieceSlots::Token held;
+  ByteStream packed{};
+  std::future<void> compressing{};  // waited for at the end: it works on what is above
+};
 
 PiecewiseLzmaSink::PiecewiseLzmaSink(int level, ByteSink& next, const LzmaTuning& tuning,
-                                     std::vector<LzmaCut> cuts, PieceSlots& slots, PieceWatch watch)
+                                     std::vector<LzmaCut> cuts, PieceSlots& slots, PieceWatch watch,
+                                     PieceStore store)
     : level_(level),
       tuning_(tuning),
       cuts_(std::move(cuts)),
       slots_(slots),
       watch_(std::move(watch)),
-      splicer_(tuning, [&next](const unsigned char* data, std::size_t size) {
-        next.write({reinterpret_cast<const char*>(data), size});
-        return true;
-      }) {}
+      store_(std::move(store)),
+      splicer_(tuning,
+               [&next](const unsigned char* data, std::size_t size) {
+                 next.write({reinterpret_cast<const char*>(data), size});
+                 return true;
+               }),
+      splicing_(std::async(std::launch::async, [this] { splice(); })) {}
+
+PiecewiseLzmaSink::~PiecewiseLzmaSink() {
+  {
+    const std::lock_guard lock(mutex_);
+    hasFailed_ = hasFailed_ || !hasEnded_;
+  }
+  noMore();
+}
 
 void PiecewiseLzmaSink::write(std::string_view bytes) {
   watch_(cut_, 0);
@@ -66,49 +77,119 @@ void PiecewiseLzmaSink::write(std::string_view bytes) {
     taken_ += size;
     bytes.remove_prefix(size);
     if (!isLast && size == left) {
-      cut(cuts_[cut_].known);
+      cut(cuts_[cut_]);
       ++cut_;
     }
   }
 }
 
-void PiecewiseLzmaSink::cut(std::size_t known) {
+void PiecewiseLzmaSink::cut(const LzmaCut& at) {
   LzmaPiece next;
-  next.known = std::min(known, collected_.bytes.size()) / kAlignment * kAlignment;
+  next.known = std::min(at.known, collected_.bytes.size()) / kAlignment * kAlignment;
   next.bytes = collected_.bytes.substr(collected_.bytes.size() - next.known);
-  slots_.take();
-  auto taken = std::make_unique<TakenSlot>(slots_);
-  running_.push_back(std::async(
-      std::launch::async, [this, number = cut_, piece = std::exchange(collected_, std::move(next)),
-                           held = std::move(taken)]() mutable {
-        const auto slot = std::move(held);  // given back here, also by what the watch throws
-        Compressed done{std::move(piece)};
-        done.error = compressPiece(done.piece, level_, tuning_,
-                                   [&](std::size_t bytes) { watch_(number, bytes); });
-        return done;
-      }));
-  while (!running_.empty() &&
-         running_.front().wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
-    splice(running_.front().get());
-    running_.pop_front();
+  next.reach = at.reach;
+  auto held = slots_.hold();
+  std::unique_ptr<Piece> piece(
+      new Piece{cut_, std::exchange(collected_, std::move(next)), std::move(held)});
+  piece->compressing =
+      std::async(std::launch::async, [this, one = piece.get()] { compress(*one); });
+  {
+    const std::lock_guard lock(mutex_);
+    if (!hasFailed_) {
+      cutOff_.push_back(std::move(piece));
+      changed_.notify_all();
+      return;
+    }
+  }
+  splicing_.get();  // throws
+}
+
+void PiecewiseLzmaSink::tell(std::size_t piece, std::size_t bytes) {
+  watch_(piece, bytes);
+  const std::lock_guard lock(mutex_);
+  if (hasFailed_) {
+    throw PackError("compressing was given up");  // for another reason, which was told
   }
 }
 
-void PiecewiseLzmaSink::splice(const Compressed& done) {
-  if (!done.error.empty()) {
-    throw PackError("compressing failed: " + done.error);
+void PiecewiseLzmaSink::compress(Piece& piece) {
+  const EndOfStream end(piece.packed);
+  StreamSink packed(piece.packed);
+  if (store_.fetch && store_.fetch(piece.number, piece.content, packed)) {
+    return;
   }
-  if (!splicer_.add(done.piece)) {
+  {
+    const auto slot = slots_.take(piece.content.bytes.size());
+    tell(piece.number, 0);  // whoever waited may have to stop
+    const std::string error = compressPiece(
+        piece.content, level_, tuning_,
+        [&](const unsigned char* data, std::size_t size) {
+          packed.write({reinterpret_cast<const char*>(data), size});
+          return true;
+        },
+        [&, known = piece.content.known](std::size_t bytes) mutable {
+          tell(piece.number, bytes + std::exchange(known, 0));
+        });
+    if (!error.empty()) {
+      throw PackError("compressing failed: " + error);
+    }
+  }
+  if (store_.keep) {
+    store_.keep(piece.content, piece.packed.all());
+  }
+}
+
+std::unique_ptr<PiecewiseLzmaSink::Piece> PiecewiseLzmaSink::nextToSplice() {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return !cutOff_.empty() || hasEnded_; });
+  if (cutOff_.empty() || hasFailed_) {
+    return nullptr;
+  }
+  auto piece = std::move(cutOff_.front());
+  cutOff_.pop_front();
+  return piece;
+}
+
+void PiecewiseLzmaSink::spliceOne(Piece& piece) {
+  const bool isWhole = splicer_.add(
+      piece.content, [&] { return piece.packed.read(); },
+      [&, done = std::size_t{0}](std::size_t bytes) mutable {
+        const std::size_t before = std::exchange(done, done + bytes);
+        watch_(piece.number, done / kSplicedShare - before / kSplicedShare);
+      });
+  piece.compressing.get();  // what went wrong there is why it is not
+  if (!isWhole) {
     throw PackError("compressing failed: a piece of the stream is damaged");
   }
-  watch_(spliced_++, (done.piece.bytes.size() - done.piece.known) / kSplicedShare);
+}
+
+// The work of a thread of its own.
+void PiecewiseLzmaSink::splice() {
+  try {
+    while (const auto piece = nextToSplice()) {
+      spliceOne(*piece);
+    }
+  } catch (...) {
+    std::deque<std::unique_ptr<Piece>> dropped;
+    {
+      const std::lock_guard lock(mutex_);
+      hasFailed_ = true;
+      dropped.swap(cutOff_);
+    }
+    throw;
+  }
+}
+
+void PiecewiseLzmaSink::noMore() {
+  const std::lock_guard lock(mutex_);
+  hasEnded_ = true;
+  changed_.notify_all();
 }
 
 void PiecewiseLzmaSink::finish() {
-  cut(0);
-  for (; !running_.empty(); running_.pop_front()) {
-    splice(running_.front().get());
-  }
+  cut({});
+  noMore();
+  splicing_.get();
   if (!splicer_.finish()) {
     throw PackError("compressing failed");
   }

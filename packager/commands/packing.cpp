@@ -85,14 +85,30 @@ void writeContent(const PackingJob& job, ArchiveWriter& archive) {
 // Everything that its bytes are made of, but for the lot that a signature draws.
 std::string cacheKeyOf(const std::string& content, const PackingOptions& options,
                        const LzmaTuning& tuning) {
-  CacheKey key("archive 2");
+  CacheKey key("archive 3");
   key.add(content);
-  for (const int number :
-       {options.level, tuning.literalContextBits, tuning.literalPositionBits, tuning.positionBits,
-        static_cast<int>(tuning.dictionary >> 10), static_cast<int>(options.salt)}) {
+  for (const int number : {options.level, tuning.literalContextBits, tuning.literalPositionBits,
+                           tuning.positionBits, static_cast<int>(tuning.dictionary >> 10),
+                           tuning.searchDepth, static_cast<int>(options.salt)}) {
     key.add(std::to_string(number));
   }
   key.add(options.key != nullptr ? options.key->publicHex() : "");
+  return key.hex();
+}
+
+// Everything that a compressed piece is made of.
+std::string pieceKeyOf(const LzmaPiece& piece, int level, const LzmaTuning& tuning) {
+  CacheKey key("piece 1");
+  key.add(piece.bytes);
+  for (const std::size_t number : {piece.known, piece.reach, static_cast<std::size_t>(level),
+                                   static_cast<std::size_t>(tuning.literalContextBits),
+                                   static_cast<std::size_t>(tuning.literalPositionBits),
+                                   static_cast<std::size_t>(tuning.positionBits),
+                                   // What is as large as the piece does as well.
+                                   std::min(tuning.dictionary, piece.bytes.size()),
+                                   static_cast<std::size_t>(tuning.searchDepth)}) {
+    key.add(std::to_string(number));
+  }
   return key.hex();
 }
 
@@ -111,7 +127,8 @@ class OneArchive {
     for (std::size_t i = 0; i <= cuts_.size(); ++i) {
       const std::uint64_t end =
           i < cuts_.size() ? cuts_[i].start : std::max(start, job.content->totalBytes());
-      parts_.push_back(&work.emplace_back(end - start + (end - start) / kSplicedShare));
+      const std::size_t known = i > 0 ? cuts_[i - 1].known : 0;
+      parts_.push_back(&work.emplace_back(known + end - start + (end - start) / kSplicedShare));
       start = end;
     }
   }
@@ -159,11 +176,13 @@ class OneArchive {
  private:
   void pack(const std::atomic<bool>& stop) {
     file_ = std::make_unique<FileSink>(job_.output, 0666, Durability::kLeftToTheSystem);
-    PiecewiseLzmaSink compressed(options_.level, *file_, tuning_, cuts_, slots_,
-                                 [&](std::size_t piece, std::size_t bytes) {
-                                   stopIfAsked(stop);
-                                   parts_.at(piece)->done += bytes;
-                                 });
+    PiecewiseLzmaSink compressed(
+        options_.level, *file_, tuning_, cuts_, slots_,
+        [&](std::size_t piece, std::size_t bytes) {
+          stopIfAsked(stop);
+          parts_.at(piece)->done += bytes;
+        },
+        store());
     PipelinedSink pipe(compressed);
     DigestingSink digest(&pipe);
     {
@@ -178,6 +197,25 @@ class OneArchive {
     }
     pipe.finish();
     compressed.finish();
+  }
+
+  // What a change elsewhere in the archive leaves as it is.
+  PieceStore store() {
+    if (options_.cache == nullptr) {
+      return {};
+    }
+    return {[this](std::size_t number, const LzmaPiece& piece, ByteSink& packed) {
+              const auto kept =
+                  options_.cache->fetchBytes(pieceKeyOf(piece, options_.level, tuning_));
+              if (kept) {
+                packed.write(*kept);
+                parts_.at(number)->isSkipped = true;
+              }
+              return kept.has_value();
+            },
+            [this](const LzmaPiece& piece, const std::string& packed) {
+              options_.cache->keepBytes(pieceKeyOf(piece, options_.level, tuning_), packed);
+            }};
   }
 
   const PackingJob& job_;
@@ -195,17 +233,21 @@ class OneArchive {
 // The bar, and how long it takes still.
 class ShownWork {
  public:
-  explicit ShownWork(const std::deque<WorkPart>& work) : work_(work) {}
+  ShownWork(const std::deque<WorkPart>& work, std::uint64_t contentBytes)
+      : work_(work), contentBytes_(contentBytes) {}
 
   void show(Reporter& reporter) {
     Progress progress;
+    std::uint64_t total = 0;
+    std::uint64_t done = 0;
     for (const WorkPart& part : work_) {
-      progress.total += part.total;
-      progress.done += part.isSkipped ? part.total : std::min<std::uint64_t>(part.done, part.total);
+      total += part.total;
+      done += part.isSkipped ? part.total : std::min<std::uint64_t>(part.done, part.total);
     }
-    // In bytes of content.
-    progress.total = progress.total * kSplicedShare / (kSplicedShare + 1);
-    progress.done = progress.done * kSplicedShare / (kSplicedShare + 1);
+    progress.total = contentBytes_;
+    progress.done =
+        static_cast<std::uint64_t>(static_cast<double>(contentBytes_) * static_cast<double>(done) /
+                                   static_cast<double>(std::max<std::uint64_t>(total, 1)));
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
     rest_.look(elapsed.count(), work_);
     progress.rest = readableRest(rest_.rest());
@@ -214,6 +256,7 @@ class ShownWork {
 
  private:
   const std::deque<WorkPart>& work_;
+  std::uint64_t contentBytes_;
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   RestTime rest_{std::max(std::thread::hardware_concurrency(), 1u)};
 };
@@ -227,7 +270,9 @@ void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
   PieceSlots slots(usualPieceSlots());
   std::vector<std::unique_ptr<OneArchive>> archives;
   std::vector<std::future<void>> running;
+  std::uint64_t contentBytes = 0;
   for (const PackingJob& job : jobs) {
+    contentBytes += job.content->totalBytes();
     archives.push_back(std::make_unique<OneArchive>(job, options, slots, work));
   }
   for (const auto& archive : archives) {
@@ -241,7 +286,7 @@ void packAll(const std::vector<PackingJob>& jobs, const PackingOptions& options,
     }));
   }
   std::exception_ptr failure;
-  ShownWork shown(work);
+  ShownWork shown(work, contentBytes);
   for (std::future<void>& job : running) {
     while (job.wait_for(100ms) != std::future_status::ready) {
       shown.show(reporter);

@@ -16,7 +16,8 @@ LzmaTuning tuningFor(const ContentTree& content, int level);
 
 /// Where the archive of a tree is cut into pieces that are compressed side by side: around large
 /// files, which have least in common with what is beside them, and evenly inside those that are too
-/// large for one: there the second part may copy from the end of the first. A piece takes some
+/// large for one: there the second part may copy from the end of the first. A large program is
+/// searched less far. A piece takes some
 /// eleven times its length of memory.
 std::vector<LzmaCut> cutsFor(const ContentTree& content);
 

@@ -113,6 +113,9 @@ class EntryReader {
 };
 
 void removeQuietly(const std::string& path) {
+  if (path.empty()) {
+    return;
+  }
   std::error_code ignored;
   fs::remove_all(path, ignored);
 }
@@ -195,6 +198,23 @@ bool PackCache::fetchFile(const std::string& key, const std::string& output) {
 
 void PackCache::keepFile(const std::string& key, const std::string& file) {
   keep(key, [&](ByteSink& sink) { copyFileInto(sink, file); });
+}
+
+std::optional<std::string> PackCache::fetchBytes(const std::string& key) {
+  const std::string entry = folder_ + '/' + key;
+  std::string bytes;
+  const bool isThere =
+      isUsable() && readEntry(entry, "", [&] {
+        EntryReader reader(entry, key);
+        bytes.reserve(reader.left());
+        reader.read(reader.left(), [&](std::string_view block) { bytes.append(block); });
+        reader.requireWhole();
+      });
+  return isThere ? std::optional(std::move(bytes)) : std::nullopt;
+}
+
+void PackCache::keepBytes(const std::string& key, std::string_view bytes) {
+  keep(key, [&](ByteSink& sink) { sink.write(bytes); });
 }
 
 bool PackCache::fetchFolder(const std::string& key, const std::string& folder) {

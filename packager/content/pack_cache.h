@@ -1,10 +1,12 @@
-// What packing takes long to make and can be had again: compressed archives and linked runtimes,
-// kept in the user's cache folder under a digest of all that they are made of. Nobody has to look
-// after it: it is limited, two runs may use it at the same time, what is damaged in it is noticed
-// and made anew, and where it cannot be written nothing is kept.
+// What packing takes long to make and can be had again: compressed archives, their pieces, and
+// linked runtimes, kept in the user's cache folder under a digest of all that they are made of.
+// Nobody has to look after it: it is limited, two runs may use it at the same time, each in several
+// threads, what is damaged in it is noticed and made anew, and where it cannot be written nothing
+// is kept.
 #pragma once
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -42,6 +44,10 @@ class PackCache {
   /// Keeps a copy of the file. What was not asked for the longest time goes when the limit is
   /// reached; what alone is larger is not kept.
   void keepFile(const std::string& key, const std::string& file);
+
+  /// The same with bytes; none where nothing is.
+  std::optional<std::string> fetchBytes(const std::string& key);
+  void keepBytes(const std::string& key, std::string_view bytes);
 
   /// The same with the files of a folder: their bytes and which of them are programs. Links become
   /// copies. `folder` is not there yet when one is fetched, nor after that has failed.

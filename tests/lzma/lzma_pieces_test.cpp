@@ -7,6 +7,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/harness/unpacked_lzma.h"
@@ -36,6 +37,33 @@ std::string textOf(std::size_t size, unsigned seed) {
   return text;
 }
 
+constexpr auto kNoWatch = [](std::size_t) {};
+
+// A piece as it was compressed.
+struct Packed {
+  LzmaPiece piece;
+  std::string bytes{};
+};
+
+std::string compress(Packed& made, int level, const LzmaTuning& tuning, const LzmaWatch& watch) {
+  return compressPiece(
+      made.piece, level, tuning,
+      [&](const unsigned char* data, std::size_t size) {
+        made.bytes.append(reinterpret_cast<const char*>(data), size);
+        return true;
+      },
+      watch);
+}
+
+// Its bytes, so many at a time.
+LzmaSource sourceOf(const Packed& made, std::size_t atOnce) {
+  return [&made, atOnce, at = std::size_t{0}]() mutable {
+    const std::string_view next = std::string_view(made.bytes).substr(at, atOnce);
+    at += next.size();
+    return next;
+  };
+}
+
 struct Spliced {
   std::string stream;
   bool isWhole = true;
@@ -51,13 +79,18 @@ Spliced splice(const std::string& text, const std::vector<std::size_t>& starts, 
   });
   for (std::size_t i = 0; i < starts.size(); ++i) {
     const std::size_t end = i + 1 < starts.size() ? starts[i + 1] : text.size();
-    LzmaPiece piece;
+    Packed made;
+    LzmaPiece& piece = made.piece;
     piece.known = std::min(known, starts[i]) / 16 * 16;
     piece.bytes = text.substr(starts[i] - piece.known, end - starts[i] + piece.known);
     std::size_t seen = 0;
-    EXPECT_EQ(compressPiece(piece, level, tuning, [&](std::size_t more) { seen += more; }), "");
+    const auto see = [&](std::size_t more) { seen += more; };
+    EXPECT_EQ(compress(made, level, tuning, see), "");
     EXPECT_EQ(seen, end - starts[i]);
-    result.isWhole = splicer.add(piece) && result.isWhole;
+    seen = 0;
+    const std::size_t atOnce = i % 2 == 0 ? 7 : made.bytes.size();
+    result.isWhole = splicer.add(piece, sourceOf(made, atOnce), see) && result.isWhole;
+    EXPECT_EQ(seen, end - starts[i]);
   }
   result.isWhole = splicer.finish() && result.isWhole;
   return result;
@@ -127,21 +160,21 @@ TEST(LzmaPieces, ThatAreDamagedBreakTheStream) {
   const std::string text = textOf(50'000, 4);
   LzmaTuning tuning;
   tuning.dictionary = std::size_t{1} << 20;
-  LzmaPiece piece{text};
-  ASSERT_EQ(compressPiece(piece, 6, tuning, [](std::size_t) {}), "");
-  const auto isTaken = [&](const LzmaPiece& one) {
+  Packed piece{{text}};
+  ASSERT_EQ(compress(piece, 6, tuning, kNoWatch), "");
+  const auto isTaken = [&](const Packed& one) {
     LzmaSplicer splicer(tuning, [](const unsigned char*, std::size_t) { return true; });
-    return splicer.add(one) && splicer.finish();
+    return splicer.add(one.piece, sourceOf(one, 1'000), kNoWatch) && splicer.finish();
   };
   EXPECT_TRUE(isTaken(piece));
-  LzmaPiece cut = piece;
-  cut.packed.resize(cut.packed.size() / 2);
+  Packed cut = piece;
+  cut.bytes.resize(cut.bytes.size() / 2);
   EXPECT_FALSE(isTaken(cut));
-  LzmaPiece flipped = piece;
-  flipped.packed[1'000] = static_cast<char>(flipped.packed[1'000] ^ 0x10);
+  Packed flipped = piece;
+  flipped.bytes[1'000] = static_cast<char>(flipped.bytes[1'000] ^ 0x10);
   EXPECT_FALSE(isTaken(flipped));
-  LzmaPiece other = piece;
-  other.bytes[20'000] = static_cast<char>(other.bytes[20'000] ^ 1);
+  Packed other = piece;
+  other.piece.bytes[20'000] = static_cast<char>(other.piece.bytes[20'000] ^ 1);
   EXPECT_FALSE(isTaken(other));
 }
 
@@ -149,16 +182,31 @@ TEST(LzmaPieces, StopWithTheirSinkAndTheirWatch) {
   const std::string text = textOf(400'000, 5);
   LzmaTuning tuning;
   tuning.dictionary = std::size_t{1} << 20;
-  LzmaPiece piece{text};
-  ASSERT_EQ(compressPiece(piece, 1, tuning, [](std::size_t) {}), "");
+  Packed piece{{text}};
+  ASSERT_EQ(compress(piece, 1, tuning, kNoWatch), "");
   LzmaSplicer full(tuning, [](const unsigned char*, std::size_t) { return false; });
-  full.add(piece);
+  full.add(piece.piece, sourceOf(piece, 1'000), kNoWatch);
   EXPECT_FALSE(full.finish());
-  LzmaPiece stopped{text};
-  EXPECT_THROW(
-      compressPiece(stopped, 1, tuning, [](std::size_t) { throw std::runtime_error("stop"); }),
-      std::runtime_error);
-  EXPECT_NE(compressPiece(stopped, 10, tuning, [](std::size_t) {}), "");
+  const auto stop = [](std::size_t) { throw std::runtime_error("stop"); };
+  LzmaSplicer stopped(tuning, [](const unsigned char*, std::size_t) { return true; });
+  EXPECT_THROW(stopped.add(piece.piece, sourceOf(piece, 1'000), stop), std::runtime_error);
+  Packed none{{text}};
+  EXPECT_THROW(compress(none, 1, tuning, stop), std::runtime_error);
+  EXPECT_NE(compress(none, 10, tuning, kNoWatch), "");
+  EXPECT_NE(
+      compressPiece(
+          none.piece, 1, tuning, [](const unsigned char*, std::size_t) { return false; }, kNoWatch),
+      "");
+}
+
+TEST(LzmaPieces, AreSearchedAsDeepAsTheyAreTunedTo) {
+  const std::string text = textOf(300'000, 6);
+  LzmaTuning shallow;
+  shallow.searchDepth = 1;
+  const std::size_t size = splice(text, {0}, 0, 6, {}).stream.size();
+  const std::string less = splice(text, {0}, 0, 6, shallow).stream;
+  EXPECT_GT(less.size(), size);
+  EXPECT_TRUE(unpackedLzma(less) == text);
 }
 
 }  // namespace

@@ -10,6 +10,8 @@ namespace {
 using testing::TempDir;
 using testing::writeFile;
 
+std::string megabytes(std::size_t count) { return std::string(count << 20, 'x'); }
+
 TEST(CompressionTuning, HasADictionaryAsLargeAsTheContent) {
   const std::pair<std::size_t, std::size_t> cases[] = {
       {1, std::size_t{64} << 10},          {65'000, std::size_t{64} << 10},
@@ -46,6 +48,7 @@ TEST(CompressionTuning, KnowsProgramsFromClasses) {
   EXPECT_EQ(tuningFor(tree, 6).positionBits, 0);
   tree.addFile(dir / "libjvm.so", "libjvm.so");
   EXPECT_EQ(tuningFor(tree, 6).literalContextBits, 4) << "less than half";
+  EXPECT_EQ(tuningFor(tree, 6).positionBits, 1) << "more than an eighth";
   writeFile(dir / "more.so",
             "\x7f"
             "ELF" +
@@ -56,13 +59,36 @@ TEST(CompressionTuning, KnowsProgramsFromClasses) {
   EXPECT_EQ(tuningFor(tree, 6).positionBits, 2);
 }
 
+TEST(CompressionTuning, SearchesLessFarInALargeProgram) {
+  const TempDir dir;
+  writeFile(dir / "libjvm.so",
+            "\x7f"
+            "ELF" +
+                megabytes(17));
+  ContentTree tree("runtime");
+  tree.addBytes(megabytes(20), "lib/modules");
+  tree.addFile(dir / "libjvm.so", "lib/server");
+  tree.addBytes(megabytes(20), "lib/z");
+  const std::vector<LzmaCut> cuts = cutsFor(tree);
+  ASSERT_EQ(cuts.size(), 2u);
+  EXPECT_EQ(cuts[0].reach, std::size_t{8} << 20);
+  EXPECT_EQ(cuts[1].reach, 0u);
+}
+
+TEST(CompressionTuning, SearchesDeepestWhereSmallIsAskedFor) {
+  ContentTree tree("application");
+  tree.addBytes("x", "a");
+  EXPECT_EQ(tuningFor(tree, 5).searchDepth, 0);
+  EXPECT_EQ(tuningFor(tree, 6).searchDepth, 24);
+  EXPECT_EQ(tuningFor(tree, 7).searchDepth, 24);
+  EXPECT_EQ(tuningFor(tree, 8).searchDepth, 0);
+}
+
 std::vector<std::pair<std::uint64_t, std::size_t>> cutsIn(const ContentTree& tree) {
   std::vector<std::pair<std::uint64_t, std::size_t>> cuts;
   for (const LzmaCut& cut : cutsFor(tree)) cuts.emplace_back(cut.start >> 20, cut.known >> 20);
   return cuts;
 }
-
-std::string megabytes(std::size_t count) { return std::string(count << 20, 'x'); }
 
 TEST(CompressionTuning, CutsAroundLargeFilesAndInsideThem) {
   using Cuts = std::vector<std::pair<std::uint64_t, std::size_t>>;
@@ -70,11 +96,11 @@ TEST(CompressionTuning, CutsAroundLargeFilesAndInsideThem) {
   EXPECT_EQ(cutsIn(tree), Cuts{});
   tree.addBytes(megabytes(3), "lib/a");
   tree.addBytes(megabytes(60), "lib/modules");
-  EXPECT_EQ(cutsIn(tree), (Cuts{{33, 16}})) << "what is before it is no piece of its own";
+  EXPECT_EQ(cutsIn(tree), (Cuts{{33, 12}})) << "what is before it is no piece of its own";
   tree.addBytes(megabytes(20), "lib/server");
-  EXPECT_EQ(cutsIn(tree), (Cuts{{33, 16}, {63, 0}}));
+  EXPECT_EQ(cutsIn(tree), (Cuts{{33, 12}, {63, 0}}));
   tree.addBytes(megabytes(5), "lib/z");
-  EXPECT_EQ(cutsIn(tree), (Cuts{{33, 16}, {63, 0}})) << "nor is what is behind it";
+  EXPECT_EQ(cutsIn(tree), (Cuts{{33, 12}, {63, 0}})) << "nor is what is behind it";
   for (const LzmaCut& cut : cutsFor(tree)) EXPECT_EQ(cut.start % 16, 0u);
   EXPECT_EQ(tuningFor(tree, 6).dictionary, std::size_t{64} << 20);
 }

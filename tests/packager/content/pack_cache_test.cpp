@@ -55,6 +55,20 @@ TEST_F(PackCacheOf, FilesGivesBackWhatWasKept) {
   EXPECT_EQ(fetched("a"), "other");
 }
 
+TEST_F(PackCacheOf, BytesGivesBackWhatWasKeptAndNoticesDamage) {
+  EXPECT_EQ(cache_.fetchBytes(keyOf("a")), std::nullopt);
+  cache_.keepBytes(keyOf("a"), std::string("a\0b", 3));
+  cache_.keepBytes(keyOf("empty"), "");
+  EXPECT_EQ(cache_.fetchBytes(keyOf("a")), std::string("a\0b", 3));
+  EXPECT_EQ(cache_.fetchBytes(keyOf("empty")), "");
+  EXPECT_EQ(cache_.fetchBytes(keyOf("b")), std::nullopt);
+  std::string bad = readFile(entry("a"));
+  bad[0] = 'x';
+  writeFile(entry("a"), bad);
+  EXPECT_EQ(cache_.fetchBytes(keyOf("a")), std::nullopt);
+  EXPECT_FALSE(fs::exists(entry("a")));
+}
+
 TEST_F(PackCacheOf, FilesNoticesEveryDamage) {
   keep("a", "content");
   const std::string good = readFile(entry("a"));
