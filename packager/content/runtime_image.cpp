@@ -73,13 +73,9 @@ std::vector<std::string> withoutDescriptors(std::vector<std::string> jars,
 
 // "java.base,java.desktop" from the last line: warnings come before it.
 std::string modulesFoundByJdeps(const RuntimeConfig& config, const std::vector<std::string>& jars) {
-  std::vector<std::string> command = {findJdkTool("jdeps", config.jdk),
-                                      "--print-module-deps",
-                                      "--ignore-missing-deps",
-                                      "--multi-release",
-                                      "base",
-                                      "--class-path",
-                                      joined(jars, ":")};
+  std::vector<std::string> command = jdkToolCommand("jdeps", config.jdk);
+  command.insert(command.end(), {"--print-module-deps", "--ignore-missing-deps", "--multi-release",
+                                 "base", "--class-path", joined(jars, ":")});
   command.insert(command.end(), jars.begin(), jars.end());
   std::istringstream output(runTool(command));
   std::string modules;
@@ -244,13 +240,9 @@ std::string linkRuntime(const RuntimeConfig& config, const std::vector<std::stri
     modules += modulesRequiredBy(options.module, config, jars);
   }
   const std::string folder = workFolder + "/runtime";
-  std::vector<std::string> command = {findJdkTool("jlink", config.jdk),
-                                      "--add-modules",
-                                      modules,
-                                      "--no-header-files",
-                                      "--no-man-pages",
-                                      "--output",
-                                      folder};
+  std::vector<std::string> command = jdkToolCommand("jlink", config.jdk);
+  command.insert(command.end(), {"--add-modules", modules, "--no-header-files", "--no-man-pages",
+                                 "--output", folder});
   if (!config.jmods.empty()) {
     command.insert(command.end(), {"--module-path", config.jmods});
   }

@@ -67,4 +67,9 @@ std::string findJdkTool(const std::string& name, const std::string& jdk) {
                   "install a JDK, or name one with runtime.jdk or JAVA_HOME");
 }
 
+std::vector<std::string> jdkToolCommand(const std::string& name, const std::string& jdk) {
+  return {findJdkTool(name, jdk), "-J-XX:+IgnoreUnrecognizedVMOptions", "-J-XX:TieredStopAtLevel=1",
+          "-J-XX:+UseSerialGC"};
+}
+
 }  // namespace quillory::pack

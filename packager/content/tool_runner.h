@@ -17,4 +17,8 @@ std::string findInPath(const std::string& name);
 /// PackError when there is none.
 std::string findJdkTool(const std::string& name, const std::string& jdk);
 
+/// How such a tool is started that is written in Java: with what makes a JVM ready soonest. Its
+/// second of work is over before a better compiler would have paid. Throws as findJdkTool() does.
+std::vector<std::string> jdkToolCommand(const std::string& name, const std::string& jdk);
+
 }  // namespace quillory::pack
