@@ -9,9 +9,6 @@
 namespace quillory::pack {
 namespace {
 
-// Of known bytes, so that the positions of a piece and of the stream are aligned alike.
-constexpr std::size_t kAlignment = 16;
-
 class StreamSink : public ByteSink {
  public:
   explicit StreamSink(ByteStream& stream) : stream_(stream) {}
@@ -85,7 +82,7 @@ void PiecewiseLzmaSink::write(std::string_view bytes) {
 
 void PiecewiseLzmaSink::cut(const LzmaCut& at) {
   LzmaPiece next;
-  next.known = std::min(at.known, collected_.bytes.size()) / kAlignment * kAlignment;
+  next.known = std::min(at.known, collected_.bytes.size()) / kCutAlignment * kCutAlignment;
   next.bytes = collected_.bytes.substr(collected_.bytes.size() - next.known);
   next.reach = at.reach;
   auto held = slots_.hold();

@@ -15,10 +15,13 @@
 
 namespace quillory::pack {
 
+/// What a piece is best begun at, so that it is searched for what is aligned as its stream is.
+inline constexpr std::size_t kCutAlignment = 16;
+
 /// Where a piece of a stream begins that is not its first. Cuts are the same on every machine, or
 /// the same content would not have the same bytes.
 struct LzmaCut {
-  std::uint64_t start = 0;  ///< a multiple of 16, beyond that of the cut before
+  std::uint64_t start = 0;  ///< beyond that of the cut before
   std::size_t known = 0;    ///< how much of what is before it the piece may copy from
   std::size_t reach = 0;    ///< how far back, if that is less than the dictionary
 };

@@ -16,6 +16,7 @@
 #include "packager/bytes/pipelined_sink.h"
 #include "packager/bytes/work_folder.h"
 #include "packager/content/compression_tuning.h"
+#include "packager/content/content_cuts.h"
 #include "packager/report/findings.h"
 #include "packager/report/rest_time.h"
 #include "packager/writing/archive_writer.h"
@@ -82,6 +83,16 @@ void writeContent(const PackingJob& job, ArchiveWriter& archive) {
   archive.tree(*job.content);
 }
 
+// What an archive begins with.
+std::uint64_t bytesBefore(const PackingJob& job) {
+  StringSink begun;
+  ArchiveWriter archive(begun);
+  if (job.identity) {
+    archive.identity(*job.identity);
+  }
+  return begun.bytes().size();
+}
+
 // Everything that its bytes are made of, but for the lot that a signature draws.
 std::string cacheKeyOf(const std::string& content, const PackingOptions& options,
                        const LzmaTuning& tuning) {
@@ -121,8 +132,8 @@ class OneArchive {
       : job_(job),
         options_(options),
         slots_(slots),
-        tuning_(tuningFor(*job.content, options.level)),
-        cuts_(cutsFor(*job.content)) {
+        cuts_(cutsFor(*job.content, bytesBefore(job))),
+        tuning_(tuningFor(*job.content, options.level, cuts_)) {
     std::uint64_t start = 0;
     for (std::size_t i = 0; i <= cuts_.size(); ++i) {
       const std::uint64_t end =
@@ -221,8 +232,8 @@ class OneArchive {
   const PackingJob& job_;
   const PackingOptions& options_;
   PieceSlots& slots_;
-  LzmaTuning tuning_;
   std::vector<LzmaCut> cuts_;
+  LzmaTuning tuning_;
   std::vector<WorkPart*> parts_;
   std::unique_ptr<FileSink> file_;
   std::string expected_;  // digests of the content, before and while it is packed

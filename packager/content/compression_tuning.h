@@ -13,13 +13,8 @@ namespace quillory::pack {
 /// content, or the longest of its pieces, in powers of two that every decoder takes, up to
 /// kLargestArchiveDictionary; a small archive has a small one, at every level.
 LzmaTuning tuningFor(const ContentTree& content, int level);
-
-/// Where the archive of a tree is cut into pieces that are compressed side by side: around large
-/// files, which have least in common with what is beside them, and evenly inside those that are too
-/// large for one: there the second part may copy from the end of the first. A large program is
-/// searched less far. A piece takes some
-/// eleven times its length of memory.
-std::vector<LzmaCut> cutsFor(const ContentTree& content);
+/// The same for who knows where it is cut.
+LzmaTuning tuningFor(const ContentTree& content, int level, const std::vector<LzmaCut>& cuts);
 
 /// What an installation may take for unpacking. Packing takes some eleven times as much.
 inline constexpr std::size_t kLargestArchiveDictionary = std::size_t{64} << 20;

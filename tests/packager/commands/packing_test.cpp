@@ -123,5 +123,40 @@ TEST(PackAll, SignsWhereThereIsAKey) {
   EXPECT_EQ(plain.substr(0, content.size() + block.size()), content + block);
 }
 
+// A jar of an application, say, which is quick to compress.
+std::string jarOf(std::size_t size) {
+  std::string bytes;
+  for (int i = 0; bytes.size() < size; ++i) {
+    const std::string line = "class number " + std::to_string(i) + ", and what is in it\n";
+    for (int repeated = 0; repeated < 500; ++repeated) bytes += line;
+  }
+  return bytes;
+}
+
+TEST(PackAll, CompressesAnewOnlyThePieceThatHasChanged) {
+  TempDir dir;
+  std::ostringstream out, err;
+  Reporter reporter(out, err, {});
+  const auto packed = [&](const std::string& jar, PackCache* cache) {
+    ContentTree tree("application");
+    tree.addBytes(std::string(1'000, 'x'), "a");
+    tree.addBytes(jar, "app.jar");
+    PackingJob job{&tree, dir / "app.p2.l2", ArchiveIdentity{"App", "1", "any"}};
+    packAll({job}, {0, nullptr, Salt::kRandom, cache}, reporter);
+    return testing::readFile(job.output);
+  };
+  const auto kept = [&] {
+    return std::distance(fs::directory_iterator(dir / "cache"), fs::directory_iterator());
+  };
+  PackCache cache(dir / "cache");
+  const std::string jar = jarOf(9 << 20);
+  EXPECT_TRUE(packed(jar, &cache) == packed(jar, nullptr));
+  const auto first = kept();
+  ASSERT_GE(first, 6) << "the archive and its pieces";
+  const std::string changed = jar + "changed";
+  EXPECT_TRUE(packed(changed, &cache) == packed(changed, nullptr));
+  EXPECT_LE(kept() - first, 4) << "the archive, its jar's length, one piece, and the end";
+}
+
 }  // namespace
 }  // namespace quillory::pack
