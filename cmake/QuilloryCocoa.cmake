@@ -10,6 +10,7 @@ if(APPLE)
   # Each framework by its own name: the umbrella over them would be one more to load.
   target_link_libraries(quillory_cocoa_flags INTERFACE "-framework AppKit" "-framework Foundation"
                         "-framework CoreFoundation" "-framework CoreGraphics" objc Threads::Threads)
+  add_library(quillory_foundation INTERFACE)  # It is one of the frameworks.
 else()
   # Detection would take clang++ where it is installed; GNUstep's runtime here is gcc's.
   if(NOT CMAKE_OBJCXX_COMPILER)
@@ -38,6 +39,16 @@ else()
   set(gs_c -std=gnu++20 ${gs_c} -fobjc-call-cxx-cdtors)
   target_compile_options(quillory_cocoa_flags INTERFACE
                          "$<$<COMPILE_LANGUAGE:OBJCXX>:${gs_c}>")
-  # Without the library of windows, which the first window loads: platform/gnustep/window_library.h.
-  target_link_libraries(quillory_cocoa_flags INTERFACE ${gs_l} Threads::Threads ${CMAKE_DL_LIBS})
+  # Without the library of windows, which the first window loads (platform/gnustep/window_library.h), and
+  # without Foundation's, which a program links or loads: quillory_foundation,
+  # platform/gnustep/foundation_library.h.
+  target_link_libraries(quillory_cocoa_flags INTERFACE objc Threads::Threads ${CMAKE_DL_LIBS})
+  add_library(quillory_foundation INTERFACE)
+  target_link_libraries(quillory_foundation INTERFACE ${gs_l})
+  # Of the version that is built against.
+  find_library(gnustep_base gnustep-base REQUIRED)
+  execute_process(COMMAND ${CMAKE_OBJDUMP} -p ${gnustep_base} OUTPUT_VARIABLE gs_dynamic
+                  COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCH "SONAME +([^\n]+)" _ "${gs_dynamic}")
+  set(QUILLORY_FOUNDATION_LIBRARY ${CMAKE_MATCH_1})
 endif()

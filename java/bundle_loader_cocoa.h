@@ -1,10 +1,11 @@
-// JRE bundles by Cocoa. Only in programs that link the platform layer.
+// JRE bundles by Cocoa, and by their folders where it is GNUstep, which knows none. Only in
+// programs that link the platform layer.
 #pragma once
 #include "support/platform.h"
 
 namespace quillory {
 
-/// What Cocoa answers for Platform::bundles.
+/// For Platform::bundles.
 BundleCalls cocoaBundles();
 
 }  // namespace quillory

@@ -4,6 +4,7 @@
 
 #import "cocoa.h"
 #include "support/log.h"
+#import "this_thread.h"
 
 namespace quillory::platform {
 
@@ -19,14 +20,15 @@ inline void withoutExceptions(void (*work)(void*), void* context) {
 }
 
 /// Runs `work` on the main thread and waits for its end; at once when this is the main thread. It
-/// always returns, see withoutExceptions().
+/// always returns, see withoutExceptions(). Work that uses Cocoa has an AutoreleasePool around
+/// that.
 template <typename Work>
 void onMainThread(Work&& work) {
   using Plain = std::remove_reference_t<Work>;
   constexpr auto kCall = [](void* context) {
     withoutExceptions([](void* inner) { (*static_cast<Plain*>(inner))(); }, context);
   };
-  if ([NSThread isMainThread]) {
+  if (isMainThread()) {
     kCall(&work);
     return;
   }

@@ -12,7 +12,7 @@ void logThroughCocoa(const char* message);
 /// For Platform::moveItem: by NSFileManager. Any thread.
 bool moveThroughCocoa(const char* from, const char* to, std::string& error);
 
-/// For Platform::isMainThread: as NSThread says.
+/// For Platform::isMainThread: the thread that Cocoa takes for it.
 bool isMainThreadOfCocoa();
 
 }  // namespace quillory

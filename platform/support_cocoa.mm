@@ -4,6 +4,7 @@
 
 #include "platform/autorelease_pool.h"
 #include "platform/support_cocoa.h"
+#import "this_thread.h"
 
 namespace quillory {
 namespace {
@@ -15,7 +16,7 @@ NSString* asPath(const char* path) {
 
 }  // namespace
 
-bool isMainThreadOfCocoa() { return [NSThread isMainThread] == YES; }
+bool isMainThreadOfCocoa() { return platform::isMainThread(); }
 
 bool moveThroughCocoa(const char* from, const char* to, std::string& error) {
   const AutoreleasePool pool;

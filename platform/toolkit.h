@@ -2,6 +2,9 @@
 // Apple's frameworks, platform/gnustep/ with GNUstep and stand-ins. The code above has no
 // condition.
 #pragma once
+#include <optional>
+#include <string>
+
 #import "cocoa.h"
 
 namespace quillory::platform {
@@ -36,6 +39,14 @@ void runMainLoop();
 
 /// The bundle's Info.plist, autoreleased; nil or empty without one.
 NSDictionary* bundleInformation();
+
+/// What it calls the bundle; nothing without one that says. Any thread.
+std::optional<std::string> bundleName();
+
+/// Has `listen` called before the first request of the desktop to open something comes, so that it
+/// registers for them: at once, or with the first one, where most starts need no Cocoa. Once, on
+/// the main thread, which calls it.
+void beforeFirstRequest(void (*listen)());
 
 /// Events that wait to be handled, the URLs and files to open among them, are handled before this
 /// returns: those, too, for which the desktop has started the application, unless they take longer

@@ -1,5 +1,8 @@
 #include "ui/application_shell_cocoa.h"
 
+#include <optional>
+#include <string>
+
 #include "platform/autorelease_pool.h"
 #include "platform/main_thread.h"
 #include "platform/toolkit.h"
@@ -22,18 +25,16 @@ void loadStandardMenu() {
 
 void startCocoa(char** arguments) { platform::startToolkit(arguments[0]); }
 
-void createApplication() {
-  const AutoreleasePool pool;
-  platform::prepareApplication();
-}
+void createApplication() { platform::prepareApplication(); }
 
 void setUpApplicationMenu() {
-  const AutoreleasePool pool;
-  NSString* name = [platform::bundleInformation() objectForKey:@"CFBundleName"];
-  logToSystem("String is %s\n", name == nil ? "(null)" : [name UTF8String]);
+  const std::optional<std::string> name = platform::bundleName();
+  logToSystem("String is %s\n", name ? name->c_str() : "(null)");
   if (NSApp == nil) return;
+  const AutoreleasePool pool;
   loadStandardMenu();
-  retitleApplicationMenu([NSApp mainMenu], name);
+  retitleApplicationMenu([NSApp mainMenu],
+                         name ? [NSString stringWithUTF8String:name->c_str()] : nil);
 }
 
 void leaveDock() {

@@ -78,6 +78,7 @@ void makeNotice(NSString* text) {
 
 void takeDown() {
   platform::onMainThread([] {
+    if (notice == nil) return;
     const AutoreleasePool pool;
     [notice close];
     [notice release];

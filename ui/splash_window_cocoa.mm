@@ -21,7 +21,8 @@ using splash::PictureSize;
 // No window server takes a larger window.
 constexpr double kMaxWindowPixels = 16384;
 
-// All of it belongs to the main thread. `frame` stands for the window until there is one.
+// All of it belongs to the main thread. `frame` stands for the window until there is one: every
+// start makes one and takes it away again, and those that show none of it need no Cocoa for that.
 NSWindow* win = nil;
 SplashView* splashView = nil;
 NSImage* splashImage = nil;
@@ -50,7 +51,6 @@ void makeWindow() {
 
 void createWindow(int width, int height) {
   onMainThread([=] {
-    const AutoreleasePool pool;
     frame = {.x = 0, .y = 0, .width = double(width), .height = double(height)};
     isWanted = true;
   });
@@ -118,9 +118,9 @@ Frame windowFrame() {
 
 void setWindowFrame(Frame wanted) {
   onMainThread([wanted] {
-    const AutoreleasePool pool;
     if (isWanted) frame = wanted;
     if (win == nil) return;
+    const AutoreleasePool pool;
     const BOOL isAnimated = platform::kAnimatesResizing && [win isVisible] ? YES : NO;
     [win setFrame:windowRect(wanted) display:YES animate:isAnimated];
   });
@@ -139,6 +139,7 @@ void showWindow() {
 
 void takeOffScreen() {
   onMainThread([] {
+    if (win == nil) return;
     const AutoreleasePool pool;
     [win orderOut:nil];
   });
@@ -146,6 +147,9 @@ void takeOffScreen() {
 
 void closeWindow() {
   onMainThread([] {
+    isWanted = false;
+    frame = {};
+    if (win == nil && splashImage == nil) return;
     const AutoreleasePool pool;
     [win close];
     [win release];
@@ -154,8 +158,6 @@ void closeWindow() {
     splashView = nil;
     [splashImage release];
     splashImage = nil;
-    isWanted = false;
-    frame = {};
   });
 }
 
@@ -163,7 +165,10 @@ void requestRedraw() {
   onMainThread([] { [splashView requestRedraw]; });
 }
 
-void* makeRedrawer() { return [[Redrawer alloc] init]; }
+void* makeRedrawer() {
+  const AutoreleasePool pool;
+  return [[Redrawer alloc] init];
+}
 
 void* startRedrawThread(void* redrawer) {
   NSThread* thread = nil;
@@ -185,6 +190,7 @@ void* startRedrawThread(void* redrawer) {
 }
 
 void cancelRedrawThread(void* thread) {
+  const AutoreleasePool pool;
   [static_cast<NSThread*>(thread) cancel];
   [static_cast<NSThread*>(thread) release];
 }

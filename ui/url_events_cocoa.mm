@@ -1,5 +1,6 @@
 #import "ui/url_events_cocoa.h"
 
+#include <atomic>
 #include <cstring>
 
 #include "platform/autorelease_pool.h"
@@ -15,7 +16,8 @@ namespace {
 constexpr AEEventClass kGetUrl = 0x4755524C;     // 'GURL'
 constexpr AEKeyword kDirectObject = 0x2D2D2D2D;  // '----'
 
-URLHandler* urlHandler = nil;
+// Of type URLHandler. Written on the main thread, read by the run thread.
+std::atomic<void*> urlHandler{nullptr};
 
 }  // namespace
 
@@ -50,23 +52,31 @@ URLHandler* urlHandler = nil;
 @end
 
 namespace quillory {
+namespace {
 
-const char* latestRequestedUrl() {
-  // A URL that came before is not to be missed because nobody had the time to handle it.
-  platform::handleWaitingEvents();
-  return [urlHandler getRequestedURL];
-}
-
-void registerOSXEventListener() {
+void listenForRequests() {
   const AutoreleasePool pool;
-  urlHandler = [[URLHandler alloc] init];
+  URLHandler* handler = [[URLHandler alloc] init];
+  urlHandler = handler;
   [NSApp setDelegate:ownDelegate()];
-  logToSystem("[Wrapper] Registering shared apple event manager handler\n");
-  [[NSAppleEventManager sharedAppleEventManager] setEventHandler:urlHandler
+  [[NSAppleEventManager sharedAppleEventManager] setEventHandler:handler
                                                      andSelector:@selector(handleURLEvent:
                                                                            withReplyEvent:)
                                                    forEventClass:kGetUrl
                                                       andEventID:kGetUrl];
+}
+
+}  // namespace
+
+const char* latestRequestedUrl() {
+  // A URL that came before is not to be missed because nobody had the time to handle it.
+  platform::handleWaitingEvents();
+  return [static_cast<URLHandler*>(urlHandler.load()) getRequestedURL];
+}
+
+void registerOSXEventListener() {
+  logToSystem("[Wrapper] Registering shared apple event manager handler\n");
+  platform::beforeFirstRequest(listenForRequests);
 }
 
 }  // namespace quillory

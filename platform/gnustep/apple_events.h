@@ -24,3 +24,6 @@ using AEKeyword = std::uint32_t;
           forEventClass:(AEEventClass)eventClass
              andEventID:(AEEventID)eventID;
 @end
+
+/// Hands a URL that was asked for to the handler, as an event. Main thread only.
+void handRequestOver(const char* url);

@@ -1,15 +1,7 @@
 #import "platform/gnustep/apple_events.h"
 
-#include <memory>
-
 #include "platform/autorelease_pool.h"
-#include "platform/gnustep/desktop_bus.h"
-#include "platform/main_thread.h"
-#include "platform/toolkit.h"
-#include "support/file_urls.h"
-#include "support/opened_files.h"
-
-using quillory::platform::DesktopBus;
+#include "platform/gnustep/request_bus.h"
 
 namespace {
 
@@ -36,6 +28,12 @@ SEL eventSelector = nullptr;
   return url;
 }
 
+// It never changes.
+- (id)copyWithZone:(NSZone*)zone {
+  (void)zone;
+  return [self retain];
+}
+
 - (void)dealloc {
   [url release];
   [super dealloc];
@@ -43,80 +41,13 @@ SEL eventSelector = nullptr;
 
 @end
 
-/// Owns the connection to the bus, and handles its calls in the main run loop. Main thread only.
-@interface BusWatcher : NSObject <RunLoopEvents> {
-  std::unique_ptr<DesktopBus> bus;
-  BOOL isOpened;
-}
-- (void)open;
-- (void)process;
-- (void)handleWaiting;
-@end
-
-@implementation BusWatcher
-
-- (void)open {
-  if (isOpened) return;
-  isOpened = YES;
+void handRequestOver(const char* url) {
   const quillory::AutoreleasePool pool;
-  NSDictionary* information = quillory::platform::bundleInformation();
-  const char* identifier =
-      [[[information objectForKey:@"CFBundleIdentifier"] description] UTF8String];
-  const char* name = [[[information objectForKey:@"CFBundleName"] description] UTF8String];
-  const std::string busName = quillory::platform::busNameOf(identifier == nullptr ? "" : identifier,
-                                                            name == nullptr ? "" : name);
-  if (busName.empty()) return;
-  bus = DesktopBus::open(busName, [](const char* text) {
-    // Files come the same way here; there they are a message of their own.
-    if (const auto path = quillory::pathOfFileUrl(text)) {
-      quillory::openFile(*path);
-      return;
-    }
-    URLRequestDescriptor* event = [[URLRequestDescriptor alloc] init];
-    event->url = [[NSString alloc] initWithUTF8String:text];
-    [eventHandler performSelector:eventSelector withObject:event withObject:nil];
-    [event release];
-  });
-  if (bus == nullptr) return;
-  [[NSRunLoop mainRunLoop] addEvent:reinterpret_cast<void*>(std::intptr_t{bus->descriptor()})
-                               type:ET_RDESC
-                            watcher:self
-                            forMode:NSDefaultRunLoopMode];
-  [self process];
+  URLRequestDescriptor* event = [[URLRequestDescriptor alloc] init];
+  event->url = [[NSString alloc] initWithUTF8String:url];
+  [eventHandler performSelector:eventSelector withObject:event withObject:nil];
+  [event release];
 }
-
-- (void)process {
-  if (bus == nullptr || bus->process()) return;
-  [[NSRunLoop mainRunLoop] removeEvent:reinterpret_cast<void*>(std::intptr_t{bus->descriptor()})
-                                  type:ET_RDESC
-                               forMode:NSDefaultRunLoopMode
-                                   all:YES];
-  bus.reset();
-}
-
-- (void)receivedEvent:(void*)data
-                 type:(RunLoopEventType)type
-                extra:(void*)extra
-              forMode:(NSString*)mode {
-  (void)data, (void)type, (void)extra, (void)mode;
-  const quillory::AutoreleasePool pool;
-  [self process];
-}
-
-- (void)handleWaiting {
-  [self open];
-  constexpr int kLongestWaitMillis = 200;
-  if (bus != nullptr) bus->settle(kLongestWaitMillis);
-  [self process];
-}
-
-@end
-
-namespace {
-
-BusWatcher* watcher = nil;
-
-}  // namespace
 
 @implementation NSAppleEventDescriptor (URLRequests)
 
@@ -145,20 +76,7 @@ BusWatcher* watcher = nil;
   (void)eventClass, (void)eventID;
   eventHandler = handler;
   eventSelector = selector;
-  if (watcher != nil) return;
-  watcher = [[BusWatcher alloc] init];
-  [watcher performSelector:@selector(open) withObject:nil afterDelay:0];
+  quillory::platform::listenToBus(handRequestOver);
 }
 
 @end
-
-namespace quillory::platform {
-
-void handleWaitingEvents() {
-  onMainThread([] {
-    const AutoreleasePool pool;
-    [watcher handleWaiting];
-  });
-}
-
-}  // namespace quillory::platform

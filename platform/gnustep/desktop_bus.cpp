@@ -59,27 +59,29 @@ const sd_bus_vtable DesktopBus::kApplicationInterface[] = {
     SD_BUS_VTABLE_END,
 };
 
-DesktopBus::DesktopBus(sd_bus* bus, UrlHandler openUrl) : bus_(bus), openUrl_(std::move(openUrl)) {}
+DesktopBus::DesktopBus(const BusLibrary& library, sd_bus* bus, UrlHandler openUrl)
+    : library_(library), bus_(bus, library.closeUnref), openUrl_(std::move(openUrl)) {}
 
 std::unique_ptr<DesktopBus> DesktopBus::open(const std::string& name, UrlHandler openUrl) {
+  const BusLibrary* const library = busLibrary();
   sd_bus* connection = nullptr;
-  if (sd_bus_open_user(&connection) < 0) return nullptr;
-  std::unique_ptr<DesktopBus> bus(new DesktopBus(connection, std::move(openUrl)));
+  if (library == nullptr || library->openUser(&connection) < 0) return nullptr;
+  std::unique_ptr<DesktopBus> bus(new DesktopBus(*library, connection, std::move(openUrl)));
   return bus->ask(name) ? std::move(bus) : nullptr;
 }
 
 bool DesktopBus::ask(const std::string& name) {
   const std::string path = objectPathOf(name);
-  return sd_bus_add_object_vtable(bus_.get(), nullptr, path.c_str(), "org.freedesktop.Application",
+  return library_.addObjectVtable(bus_.get(), nullptr, path.c_str(), "org.freedesktop.Application",
                                   kApplicationInterface, this) >= 0 &&
-         sd_bus_request_name_async(bus_.get(), nullptr, name.c_str(), 0, onNameAnswer, this) >= 0;
+         library_.requestNameAsync(bus_.get(), nullptr, name.c_str(), 0, onNameAnswer, this) >= 0;
 }
 
-int DesktopBus::descriptor() const { return sd_bus_get_fd(bus_.get()); }
+int DesktopBus::descriptor() const { return library_.getFd(bus_.get()); }
 
 bool DesktopBus::process() {
   int handled = 0;
-  do handled = sd_bus_process(bus_.get(), nullptr);
+  do handled = library_.process(bus_.get(), nullptr);
   while (handled > 0);
   return handled == 0;
 }
@@ -90,22 +92,22 @@ void DesktopBus::settle(int limitMillis) {
   while (process() && !isNameAnswered_) {
     const auto left = std::chrono::duration_cast<std::chrono::microseconds>(end - Clock::now());
     if (left.count() <= 0) return;
-    sd_bus_wait(bus_.get(), static_cast<std::uint64_t>(left.count()));
+    library_.wait(bus_.get(), static_cast<std::uint64_t>(left.count()));
   }
 }
 
 int DesktopBus::onOpen(sd_bus_message* call, void* self, sd_bus_error*) {
-  int result = sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "s");
+  const auto& bus = *static_cast<DesktopBus*>(self);
+  int result = bus.library_.enterContainer(call, SD_BUS_TYPE_ARRAY, "s");
   const char* url = nullptr;
-  while (result >= 0 && (result = sd_bus_message_read_basic(call, 's', &url)) > 0)
-    static_cast<DesktopBus*>(self)->openUrl_(url);
-  return result < 0 ? result : sd_bus_reply_method_return(call, "");
+  while (result >= 0 && (result = bus.library_.readBasic(call, 's', &url)) > 0) bus.openUrl_(url);
+  return result < 0 ? result : bus.library_.replyMethodReturn(call, "");
 }
 
 // The desktop asks a running application to come forward. Nothing has to be done for that: a
 // launcher that runs is on its way to start the application.
-int DesktopBus::onActivate(sd_bus_message* call, void*, sd_bus_error*) {
-  return sd_bus_reply_method_return(call, "");
+int DesktopBus::onActivate(sd_bus_message* call, void* self, sd_bus_error*) {
+  return static_cast<DesktopBus*>(self)->library_.replyMethodReturn(call, "");
 }
 
 // A name that another process owns is its to keep; calls never come here then.

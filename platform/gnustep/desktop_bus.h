@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/gnustep/bus_library.h"
+
 namespace quillory::platform {
 
 /// The name that a bundle owns: its identifier where that is a valid name; else "io.quillory."
@@ -38,11 +40,7 @@ class DesktopBus {
   void settle(int limitMillis);
 
  private:
-  struct BusCloser {
-    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-  };
-
-  DesktopBus(sd_bus* bus, UrlHandler openUrl);
+  DesktopBus(const BusLibrary& library, sd_bus* bus, UrlHandler openUrl);
   bool ask(const std::string& name);
 
   static int onOpen(sd_bus_message* call, void* self, sd_bus_error* error);
@@ -50,7 +48,8 @@ class DesktopBus {
   static int onNameAnswer(sd_bus_message* answer, void* self, sd_bus_error* error);
   static const sd_bus_vtable kApplicationInterface[];
 
-  std::unique_ptr<sd_bus, BusCloser> bus_;
+  const BusLibrary& library_;
+  std::unique_ptr<sd_bus, decltype(&sd_bus_close_unref)> bus_;
   UrlHandler openUrl_;
   bool isNameAnswered_ = false;
 };

@@ -58,6 +58,8 @@ void hideTexts(int /*count*/, char** arguments, char** environment) {
 
 }  // namespace
 
+bool areTextsHidden() { return saved != nullptr; }
+
 void restoreTexts() {
   if (saved == nullptr) return;
   std::memcpy(area.begin, saved, area.size());

@@ -9,4 +9,7 @@ namespace quillory::platform {
 /// before anybody else reads a text.
 void restoreTexts();
 
+/// Whether there is such a text, and it has not been put back.
+bool areTextsHidden();
+
 }  // namespace quillory::platform

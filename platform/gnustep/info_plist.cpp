@@ -170,4 +170,9 @@ std::string infoPlistBeside(const std::string& executable) {
   return infoPlistIn(std::filesystem::path(executable).parent_path().parent_path());
 }
 
+std::string ownInfoPlist() {
+  std::error_code unknown;
+  return infoPlistBeside(std::filesystem::read_symlink("/proc/self/exe", unknown));
+}
+
 }  // namespace quillory::platform

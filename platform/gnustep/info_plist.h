@@ -20,4 +20,7 @@ std::string infoPlistIn(const std::filesystem::path& contents);
 /// That of the bundle in which an executable X.app/Contents/MacOS/NAME lies.
 std::string infoPlistBeside(const std::string& executable);
 
+/// That of the bundle in which this process's executable lies.
+std::string ownInfoPlist();
+
 }  // namespace quillory::platform

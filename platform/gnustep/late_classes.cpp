@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <span>
+#include <utility>
 #include <vector>
 
 // What the compiler emits for a file with classes, as far as it matters here.
@@ -51,10 +52,13 @@ bool hasUnknownSuperclass(const EmittedModule& module) {
   });
 }
 
+// Without it there is no class of a constant string yet, either.
+bool isFoundationThere() { return objc_lookUpClass("NSObject") != nullptr; }
+
 }  // namespace
 
 void __wrap___objc_exec_class(EmittedModule* module) {
-  if (hasUnknownSuperclass(*module)) {
+  if (!isFoundationThere() || hasUnknownSuperclass(*module)) {
     putOff().push_back(module);
   } else {
     __real___objc_exec_class(module);
@@ -64,8 +68,7 @@ void __wrap___objc_exec_class(EmittedModule* module) {
 namespace quillory::platform {
 
 void registerLateClasses() {
-  for (EmittedModule* module : putOff()) __real___objc_exec_class(module);
-  putOff().clear();
+  for (EmittedModule* module : std::exchange(putOff(), {})) __wrap___objc_exec_class(module);
 }
 
 }  // namespace quillory::platform

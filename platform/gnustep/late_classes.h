@@ -8,8 +8,8 @@
 
 namespace quillory::platform {
 
-/// Registers what was put off. To be called once the library is loaded, before the first use of
-/// such a class.
+/// Registers what was put off and no longer has to be. To be called once a library is loaded,
+/// before the first use of such a class.
 void registerLateClasses();
 
 }  // namespace quillory::platform

@@ -1,4 +1,4 @@
-// The main dispatch queue, as far as the launcher uses it. Served by the main thread's run loop.
+// The main dispatch queue, as far as the launcher uses it. Served by the main thread's loop.
 #pragma once
 
 struct dispatch_queue_s;

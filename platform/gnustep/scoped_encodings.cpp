@@ -10,7 +10,7 @@
 
 namespace {
 
-bool areOthersHidden = false;
+thread_local bool areOthersHidden = false;
 
 bool isAlwaysThere(std::string_view encoding) {
   return encoding.starts_with("UTF-8") || encoding.starts_with("UTF-16") ||

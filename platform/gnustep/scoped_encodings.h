@@ -8,7 +8,7 @@
 
 namespace quillory::platform {
 
-/// For moments in which no other thread opens a converter.
+/// From the thread that it is made on: others may open what converters they like.
 class ScopedEncodings {
  public:
   ScopedEncodings();

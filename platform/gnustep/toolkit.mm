@@ -3,15 +3,18 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <string>
-#include <system_error>
+#include <utility>
 
 #include "platform/autorelease_pool.h"
 #include "platform/gnustep/display.h"
 #include "platform/gnustep/early_texts.h"
+#include "platform/gnustep/foundation_library.h"
 #include "platform/gnustep/info_plist.h"
+#include "platform/gnustep/main_loop.h"
+#include "platform/gnustep/main_loop_source.h"
 #include "platform/gnustep/own_process.h"
+#include "platform/gnustep/request_bus.h"
 #include "platform/gnustep/run_loop_turns.h"
 #include "platform/gnustep/scoped_encodings.h"
 #include "platform/gnustep/scoped_environment.h"
@@ -20,6 +23,7 @@
 #include "platform/gnustep/window_library.h"
 #include "platform/waiting_loop.h"
 #include "support/log.h"
+#import "this_thread.h"
 
 namespace quillory::platform {
 namespace {
@@ -99,17 +103,43 @@ void assumeUtf8() {
   setenv("LC_CTYPE", "C.UTF-8", 1);
 }
 
+// Of the main thread.
+char* program = nullptr;
+bool isFoundationThere = false;
+
+// Perhaps beside a JVM that begins, so that no signal is put back here. SIGPIPE is the one that
+// Foundation changes, and only where nobody handles it: see outliveReaders().
+void bringFoundationUp() {
+  const ScopedEncodings encodings;
+  loadFoundationLibrary();
+  char* arguments[] = {program, nullptr};
+  [NSProcessInfo initializeWithArguments:arguments count:1 environment:environ];
+  const AutoreleasePool pool;
+  ignoreUserSettings();
+}
+
+// For needFoundation(). On the main thread always, which Foundation takes for the one that it was
+// loaded on.
+void bringFoundation() {
+  if (!isMainThread()) {
+    mainLoop().perform([](void*) { bringFoundation(); }, nullptr);
+  } else if (!isFoundationThere) {
+    isFoundationThere = true;  // for the pools on the way
+    bringFoundationUp();
+    foundationBringer.store(nullptr, std::memory_order_release);
+  }
+}
+
 }  // namespace
 
 void startToolkit(char* programName) {
   provideUserEntry();
   assumeUtf8();
+  program = programName;
+  if (!isFoundationThere) foundationBringer = bringFoundation;
   const ScopedSignals signals;
-  const ScopedEncodings encodings;
-  char* arguments[] = {programName, nullptr};
-  [NSProcessInfo initializeWithArguments:arguments count:1 environment:environ];
-  const AutoreleasePool pool;
-  ignoreUserSettings();
+  // What is hidden from it can be hidden only while no other thread reads it.
+  if (!isFoundationLate() || areTextsHidden()) bringFoundation();
   restoreTexts();
 }
 
@@ -142,7 +172,9 @@ void comeToFront() {}
 void leaveDock() {}
 
 void runMainLoop() {
+  while (!isFoundationThere) mainLoop().waitAndHandle();
   keepLoopWaiting();
+  joinMainLoop();
   while (windows != Windows::kReady) runLoopOnce();
   endTurnsBeforeSecondWait();
   // Not by GNUstep's own loop: it starts a notification daemon that outlives the process, and takes
@@ -153,15 +185,43 @@ void runMainLoop() {
 // Not by NSBundle: it does not know the layout that bundles have on macOS. Nor by any class that is
 // used here for the first time: the run thread is at work already.
 NSDictionary* bundleInformation() {
-  std::error_code unknown;
-  const std::string executable = std::filesystem::read_symlink("/proc/self/exe", unknown);
   NSMutableDictionary* information = [NSMutableDictionary dictionary];
-  for (const auto& [key, text] : textsOfInfoPlist(infoPlistBeside(executable))) {
+  for (const auto& [key, text] : textsOfInfoPlist(ownInfoPlist())) {
     NSString* value = [NSString stringWithUTF8String:text.c_str()];
     NSString* name = [NSString stringWithUTF8String:key.c_str()];
     if (name != nil && value != nil) [information setObject:value forKey:name];
   }
   return information;
+}
+
+std::optional<std::string> bundleName() {
+  const auto information = textsOfInfoPlist(ownInfoPlist());
+  const auto found = information.find("CFBundleName");
+  if (found == information.end()) return std::nullopt;
+  return found->second;
+}
+
+void beforeFirstRequest(void (*listen)()) {
+  if (isFoundationThere) {
+    listen();
+    return;
+  }
+  static void (*putOff)() = nullptr;
+  putOff = listen;
+  listenToBus([](const char* url) {
+    needFoundation();
+    // Which leads the requests to where they belong.
+    if (auto* const now = std::exchange(putOff, nullptr)) now();
+    handRequestOver(url);
+  });
+}
+
+void handleWaitingEvents() {
+  if (isMainThread()) {
+    handleWaitingCalls();
+  } else {
+    mainLoop().perform([](void*) { handleWaitingCalls(); }, nullptr);
+  }
 }
 
 // No desktop slows down a program that has no window.

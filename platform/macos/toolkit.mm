@@ -31,6 +31,7 @@ void startToolkit(char* programName) {
 
 // The class itself, and none of our own: AWT takes over from a plain NSApplication only.
 void prepareApplication() {
+  const AutoreleasePool pool;
   if (hasWindowServer()) {
     [NSApplication sharedApplication];
   } else {
@@ -61,6 +62,15 @@ void runMainLoop() {
 }
 
 NSDictionary* bundleInformation() { return [[NSBundle mainBundle] infoDictionary]; }
+
+std::optional<std::string> bundleName() {
+  const AutoreleasePool pool;
+  const char* name = [[bundleInformation() objectForKey:@"CFBundleName"] UTF8String];
+  if (name == nullptr) return std::nullopt;
+  return name;
+}
+
+void beforeFirstRequest(void (*listen)()) { listen(); }
 
 // What started the application comes as an event, which the run loop delivers while it launches:
 // a start that has nothing to install can be faster.

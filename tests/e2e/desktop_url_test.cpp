@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/e2e/halted_start.h"
+#include "tests/e2e/session_bus.h"
 
 namespace quillory::testing {
 namespace {
@@ -12,27 +13,15 @@ using ::testing::Not;
 
 class DesktopUrl : public HaltedStart {
  protected:
-  DesktopUrl()
-      : daemon_({"dbus-daemon", "--session", "--address=unix:path=" + busFolder_ / "bus",
-                 "--nofork", "--print-address=1"}) {
-    busAddress_ = firstLineOf(daemon_);
-  }
+  DesktopUrl() { busAddress_ = bus_.address(); }
 
-  /// As a desktop does when the user follows a link; returns when the launcher has answered.
   void open(const std::string& url) const {
-    ChildOptions options;
-    options.environment["DBUS_SESSION_BUS_ADDRESS"] = busAddress_;
-    const ChildResult result =
-        runChild({"gdbus", "call", "--session", "--dest", kHaltedIdentifier, "--object-path",
-                  "/io/quillory/tests/Halted", "--method", "org.freedesktop.Application.Open",
-                  "['" + url + "']", "{}"},
-                 options);
+    const ChildResult result = bus_.open(url, kHaltedIdentifier, "/io/quillory/tests/Halted");
     EXPECT_EQ(result.out, "()\n") << result.err;
   }
 
  private:
-  TempDir busFolder_;
-  BackgroundChild daemon_;
+  SessionBus bus_;
 };
 
 TEST_F(DesktopUrl, TheSecondOfTwoArrivesInJava) {

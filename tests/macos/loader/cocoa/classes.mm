@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/autorelease_pool.h"
+#include "platform/gnustep/main_loop_source.h"
 #import "platform/gnustep/url_download.h"
 #include "platform/gnustep/window_library.h"
 #include "platform/toolkit.h"
@@ -59,10 +60,11 @@ namespace quillory::loader {
 
 void startFoundation(char* program) {
   platform::startToolkit(program);
+  // An image without a display runs the loop itself.
+  platform::joinMainLoop();
   const AutoreleasePool pool;
-  // Else the linker leaves both files out: of the second one the image needs a category only.
+  // Else the linker leaves the file out.
   [URLDownload class];
-  platform::handleWaitingEvents();
 }
 
 void startAppKit() {
