@@ -5,6 +5,7 @@
 
 #include "packager/commands/bundle_archive.h"
 #include "packager/commands/bundle_making.h"
+#include "packager/commands/shared_arguments.h"
 #include "packager/report/exit_statuses.h"
 
 namespace quillory::pack {
@@ -59,27 +60,19 @@ Command bundleCommand() {
   return {"bundle",
           "makes dist/<App>.app, and dist/release/ for the update URL",
           "quillory-pack bundle --target macos --output /tmp/out myapp.toml",
-          {{.name = "CONFIG", .description = "the configuration", .into = &given->config},
+          {configArgument(given->config),
            {.name = "-o,--output",
             .description = "folder for the results, instead of dist",
             .into = &given->output},
-           {.name = "--compression",
-            .description = "0 (fast) to 9 (small)",
-            .into = &given->compression,
-            .numberRange = {{0, 9}}},
-           {.name = "--target",
-            .description = "the system that it is for, instead of this one",
-            .into = &given->target,
-            .choices = targetNames()},
+           compressionOption(given->compression),
+           targetOption(given->target),
            {.name = "--unsigned",
             .description = "pack without a key: whoever can change a download can run anything",
             .into = &given->isUnsigned},
            {.name = "--archive",
             .description = "also make one file of the bundle, for people to download",
             .into = &given->asArchive},
-           {.name = "--no-cache",
-            .description = "make everything anew, and keep nothing for the next time",
-            .into = &given->withoutCache}},
+           noCacheOption(given->withoutCache)},
           [given](Reporter& reporter) { return runBundle(*given, reporter); }};
 }
 

@@ -7,6 +7,7 @@
 #include "packager/bytes/work_folder.h"
 #include "packager/commands/bundle_key.h"
 #include "packager/commands/release_list_plan.h"
+#include "packager/commands/shared_arguments.h"
 #include "packager/commands/update_keys.h"
 #include "packager/report/dates.h"
 #include "packager/report/exit_statuses.h"
@@ -78,7 +79,7 @@ ChangedList changeList(const Config& config, const ListChangeOptions& options,
 }
 
 std::vector<Argument> listArguments(ListArguments& given) {
-  return {{.name = "CONFIG", .description = "the configuration", .into = &given.config},
+  return {configArgument(given.config),
           {.name = "-o,--output",
            .description = "the folder of the releases, instead of dist",
            .into = &given.output},

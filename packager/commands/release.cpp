@@ -17,6 +17,7 @@
 #include "packager/commands/release_folder.h"
 #include "packager/commands/release_list_plan.h"
 #include "packager/commands/released_archive.h"
+#include "packager/commands/shared_arguments.h"
 #include "packager/report/dates.h"
 #include "packager/report/exit_statuses.h"
 #include "packager/writing/release_list_writer.h"
@@ -216,7 +217,7 @@ Command releaseCommand() {
   return {"release",
           "makes a bundle, its updates and the signed list that installations look for",
           "quillory-pack release --output /tmp/out myapp.toml",
-          {{.name = "CONFIG", .description = "the configuration", .into = &given->config},
+          {configArgument(given->config),
            {.name = "-o,--output",
             .description = "folder for the results, instead of dist; earlier releases in it are "
                            "what updates lead from",
@@ -228,17 +229,9 @@ Command releaseCommand() {
             .description = "its number, instead of the next one",
             .into = &given->number,
             .numberRange = {{1, 1'000'000'000}}},
-           {.name = "--compression",
-            .description = "0 (fast) to 9 (small)",
-            .into = &given->compression,
-            .numberRange = {{0, 9}}},
-           {.name = "--target",
-            .description = "the system that it is for, instead of this one",
-            .into = &given->target,
-            .choices = targetNames()},
-           {.name = "--no-cache",
-            .description = "make everything anew, and keep nothing for the next time",
-            .into = &given->withoutCache}},
+           compressionOption(given->compression),
+           targetOption(given->target),
+           noCacheOption(given->withoutCache)},
           [given](Reporter& reporter) { return runRelease(*given, reporter); }};
 }
 
