@@ -44,6 +44,7 @@ LzmaCoder LzmaCoder::encoder(int level, LzmaSink sink, const LzmaTuning& tuning)
 
 LzmaCoder LzmaCoder::decoder(LzmaSink sink) {
   auto state = std::make_unique<CoderState>(std::move(sink), true);
+  state->stream.allocator = largeBlocks();
   state->noteResult(lzma_alone_decoder(&state->stream, kLzmaLargestDictionary + kDecoderOverhead));
   return LzmaCoder(std::move(state));
 }
