@@ -75,6 +75,16 @@ TEST(NewestVersionFolder, TakesTheHighestNumberNotTheHighestText) {
                           "9\n"));
 }
 
+TEST(NewestVersionFolder, TakesVersionZeroButNoFolderWithoutAVersion) {
+  const TempDir master;
+  const CapturedLog log;
+  fs::create_directory(master / "Quillory-App");
+  EXPECT_EQ(latest(master.str(), "App"), "(none)");
+  fs::create_directory(master / "Quillory-App-0-complete");
+  EXPECT_EQ(latest(master.str(), "App"), "Quillory-App-0-complete");
+  EXPECT_EQ(log.messages().back(), "[PickFolder] Set latest to 0 Quillory-App-0-complete\n");
+}
+
 TEST(NewestVersionFolder, KeepsTheFirstInByteOrderOfEqualVersions) {
   const TempDir master;
   // Made in the other order, so that the listing alone would not do.
