@@ -33,6 +33,7 @@ class Linter {
     environment();
     runtimeSource();
     runtimeKeys();
+    ownUpdater();
     output();
     updateUrl();
     append(findings_, lintUpdates(config_));
@@ -185,6 +186,26 @@ class Linter {
     classList();
     if (source == RuntimeSource::kNone) {
       warnOf("version", "add jlink = true or folder to [runtime]: no runtime is packed");
+    }
+  }
+
+  // With another updater than ours the launcher knows nothing of the application when it makes the
+  // JVM.
+  void ownUpdater() {
+    if (config_.updater.jar.empty()) {
+      return;
+    }
+    if (!config_.application.module.empty()) {
+      warning(
+          "no-effect", "application.module",
+          "has no effect here: with updater.jar the JVM is made without the application's modules",
+          "write main-class and let your updater load the module, or leave out updater.jar");
+    } else if (config_.runtime.source != RuntimeSource::kNone && config_.jvm.hasStartupArchive &&
+               config_.places.count("jvm.startup-archive") != 0) {
+      warning(
+          "no-effect", "jvm.startup-archive",
+          "has no effect here: with updater.jar the JVM is made without the application's classes",
+          "leave it out, or leave out updater.jar");
     }
   }
 

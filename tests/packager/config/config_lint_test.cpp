@@ -276,6 +276,28 @@ TEST(LintConfig, AStartupArchiveNeedsARuntimeThatIsPacked) {
   EXPECT_FALSE(hasRule(loadWith(key + "true\n[runtime]\njlink = true\n").findings, "no-effect"));
 }
 
+TEST(LintConfig, SaysWhichKeysNeedTheUpdaterThatComesWithUs) {
+  const std::string runtime = "[runtime]\njlink = true\n";
+  const std::string own = "[updater]\njar = \"mine.jar\"\n";
+  const std::string archive = "[jvm]\nstartup-archive = true\n" + runtime;
+  EXPECT_EQ(asText(findingOf(loadWith(archive + own).findings, "no-effect")),
+            ":8: warning: jvm.startup-archive has no effect here: with updater.jar the JVM is made "
+            "without the application's classes [no-effect]\n"
+            "  -> leave it out, or leave out updater.jar");
+  EXPECT_FALSE(hasRule(loadWith(archive).findings, "no-effect"));
+  EXPECT_FALSE(hasRule(loadWith(runtime + own).findings, "no-effect"))
+      << "nobody has asked for one";
+
+  std::string text = kMinimal;
+  const std::string mainClass = "main-class = \"com.example.Hello\"";
+  ASSERT_NE(text.find(mainClass), text.npos);
+  text.replace(text.find(mainClass), mainClass.size(), "module = \"m/com.example.Hello\"");
+  EXPECT_EQ(findingOf(load(text + own).findings, "no-effect").what,
+            "application.module has no effect here: with updater.jar the JVM is made without the "
+            "application's modules");
+  EXPECT_FALSE(hasRule(load(text).findings, "no-effect"));
+}
+
 TEST(LintConfig, RefusesSystemPropertiesThatTheUpdaterSetsOrCannotSet) {
   const auto with = [](const std::string& pair) {
     return loadWith("[jvm]\nsystem-properties = { " + pair + " }\n").findings;
