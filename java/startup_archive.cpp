@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <cinttypes>
 #include <cstdio>
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "formats/record_stream.h"
 #include "support/log.h"
@@ -25,6 +27,7 @@ namespace {
 constexpr char kPrefix[] = "StartupArchive-";
 constexpr char kFormat[] = "1";
 constexpr long kFirstJava = 13;  // with archives of applications by default, and without surprises
+constexpr long kFirstLinkingJava = 24;  // links classes where the archive is made
 constexpr off_t kMostBadStarts = 2;
 
 std::optional<struct stat> statusOf(const std::string& path) {
@@ -92,6 +95,22 @@ std::string fingerprintOf(const ArchivePlace& place, const LaunchCommand& comman
   return fingerprint.text();
 }
 
+/// Whether a JVM with these options takes an archive whose classes are linked already: one that was
+/// given other modules, an agent or another class loader refuses it, and says so in five lines.
+bool mayBeLinked(const std::vector<std::string>& options) {
+  constexpr std::array<std::string_view, 7> kInTheWay = {"--",
+                                                         "-javaagent:",
+                                                         "-agentlib:",
+                                                         "-Xrun",
+                                                         "-agentpath:",
+                                                         "-Xbootclasspath",
+                                                         "-Djava.system.class.loader="};
+  return std::none_of(options.begin(), options.end(), [&](const std::string& option) {
+    return std::any_of(kInTheWay.begin(), kInTheWay.end(),
+                       [&](std::string_view begin) { return option.starts_with(begin); });
+  });
+}
+
 enum class Archive { kNone, kUsable, kUnmakable };
 
 Archive archiveAt(const std::string& base, const std::string& fingerprint) {
@@ -117,7 +136,8 @@ bool noteStart(const std::string& tries) {
 }  // namespace
 
 void addStartupArchive(const ArchivePlace& place, LaunchCommand& command) {
-  if (place.folder.empty() || majorVersionIn(place.javaHome) < kFirstJava) return;
+  const long version = place.folder.empty() ? 0 : majorVersionIn(place.javaHome);
+  if (version < kFirstJava) return;
   const std::size_t name = place.applicationFolder.rfind('/') + 1;
   const std::string base = joinPath(place.folder, kPrefix + place.applicationFolder.substr(name));
   const std::string tries = base + ".tries";
@@ -137,11 +157,13 @@ void addStartupArchive(const ArchivePlace& place, LaunchCommand& command) {
     command.jvmOptions.push_back("-Dquillory.archive.tries=" + tries);
     return;
   }
+  const bool isLinked = version >= kFirstLinkingJava && mayBeLinked(command.jvmOptions);
   mkdir(place.folder.c_str(), 0777);  // Less the umask; it is there in most starts.
   if (!statusOf(place.folder)) return;
   command.jvmOptions.push_back("-XX:DumpLoadedClassList=" + base + ".classes");
   command.jvmOptions.push_back("-Dquillory.archive.base=" + base);
   command.jvmOptions.push_back("-Dquillory.archive.fingerprint=" + fingerprint);
+  if (isLinked) command.jvmOptions.emplace_back("-Dquillory.archive.linked=true");
 }
 
 }  // namespace quillory

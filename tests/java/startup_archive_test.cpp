@@ -67,6 +67,19 @@ TEST_F(StartupArchive, IsAskedForWhereThereIsNone) {
   EXPECT_EQ(options(), options()) << "the same for the same";
 }
 
+// A JVM that was given other modules or an agent would refuse such an archive in five lines.
+TEST_F(StartupArchive, MayHaveLinkedClassesWhereTheOptionsAllowIt) {
+  const std::string linked = "-Dquillory.archive.linked=true";
+  EXPECT_THAT(options(), Not(Contains(linked))) << "Java 17 cannot";
+  writeFile(home_ + "/release", "JAVA_VERSION=\"25.0.1\"\n");
+  EXPECT_THAT(options(), Contains(linked));
+  EXPECT_THAT(options({"-Xmx200m", "-Da=b", "-XX:+UseSerialGC"}), Contains(linked));
+  for (const char* option :
+       {"--add-opens=java.base/java.lang=ALL-UNNAMED", "--add-modules=java.sql", "-javaagent:a.jar",
+        "-agentlib:jdwp", "-agentpath:/a", "-Xrunjdwp", "-Djava.system.class.loader=a.B"})
+    EXPECT_THAT(options({"-Xmx200m", option}), Not(Contains(linked))) << option;
+}
+
 TEST_F(StartupArchive, IsUsedAndTheStartCounted) {
   makeArchive(options());
   EXPECT_THAT(options(), ElementsAre("-XX:SharedArchiveFile=" + base_ + ".jsa", "-Xshare:auto",

@@ -29,19 +29,26 @@ public final class ArchiveMaker {
   private final String classPath;
   private final String program = new File(System.getProperty("java.home"), "bin/java").getPath();
   private final File master;
+  private final boolean mayLink;
   private final List<Path> links = new ArrayList<Path>();
 
-  /** {@code base} is the place of the archive without its ending. */
-  ArchiveMaker(File base, String fingerprint, String classPath, File master) {
+  /**
+   * {@code base} is the place of the archive without its ending; {@code mayLink} whether the JVMs
+   * that are to use it take one with linked classes.
+   */
+  ArchiveMaker(File base, String fingerprint, String classPath, File master, boolean mayLink) {
     this.base = base;
     this.fingerprint = fingerprint;
     this.classPath = classPath;
     this.master = master;
+    this.mayLink = mayLink;
   }
 
   /** Gets what the constructor gets. */
   public static void main(String[] arguments) throws IOException, InterruptedException {
-    new ArchiveMaker(new File(arguments[0]), arguments[1], arguments[2], new File(arguments[3]))
+    boolean mayLink = arguments.length > 4 && Boolean.parseBoolean(arguments[4]);
+    new ArchiveMaker(
+            new File(arguments[0]), arguments[1], arguments[2], new File(arguments[3]), mayLink)
         .make();
   }
 
@@ -52,16 +59,9 @@ public final class ArchiveMaker {
     File archive = File.createTempFile(base.getName() + "-", NEW, base.getParentFile());
     try {
       writeWholeLines(classes, list);
-      archive.delete(); // The JVM replaces no file.
       addLinks();
-      int status = run("-Xshare:dump", "-XX:SharedClassListFile=" + list,
-          "-XX:SharedArchiveFile=" + archive, "-cp", classPath);
-      // A JVM that has to use it, and ends with this class's status, can use it.
-      boolean isGood =
-          status == 0
-              && run("-Xshare:on", "-XX:SharedArchiveFile=" + archive, "-cp", classPath,
-                  "io.quillory.updater.JreCompatibility") == JreCompatibility.COMPATIBLE;
-      publish(archive, isGood);
+      boolean isGood = mayLink && isMade(list, archive, "-XX:+AOTClassLinking");
+      publish(archive, isGood || isMade(list, archive, "-Xshare:dump"));
     } finally {
       for (Path link : links) {
         Files.deleteIfExists(link);
@@ -70,6 +70,17 @@ public final class ArchiveMaker {
       archive.delete();
       classes.delete();
     }
+  }
+
+  /** Whether there is an archive now that a JVM can use; {@code option} is one more for making it. */
+  private boolean isMade(File list, File archive, String option)
+      throws IOException, InterruptedException {
+    archive.delete(); // The JVM replaces no file.
+    // A JVM that has to use it, and ends with this class's status, can use it.
+    return run("-Xshare:dump", option, "-XX:SharedClassListFile=" + list,
+            "-XX:SharedArchiveFile=" + archive, "-cp", classPath) == 0
+        && run("-Xshare:on", "-XX:SharedArchiveFile=" + archive, "-cp", classPath,
+            "io.quillory.updater.JreCompatibility") == JreCompatibility.COMPATIBLE;
   }
 
   private File beside(String ending) {

@@ -16,6 +16,7 @@ final class StartupArchive extends Thread {
   static final String TRIES = "quillory.archive.tries";
   static final String BASE = "quillory.archive.base";
   private static final String FINGERPRINT = "quillory.archive.fingerprint";
+  private static final String LINKED = "quillory.archive.linked";
   private static final long NANOS_UNTIL_GOOD = 20_000_000_000L;
   private static final File NICE = new File("/usr/bin/nice");
 
@@ -88,7 +89,8 @@ final class StartupArchive extends Thread {
             base,
             fingerprint,
             own + File.pathSeparator + pathOf(version),
-            updaterFolder.getParent()));
+            updaterFolder.getParent(),
+            String.valueOf(Boolean.getBoolean(LINKED))));
     File nothing = new File("/dev/null");
     new ProcessBuilder(command)
         .redirectInput(nothing)

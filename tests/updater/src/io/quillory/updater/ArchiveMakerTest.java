@@ -19,6 +19,9 @@ import org.junit.rules.TemporaryFolder;
 
 /** With the Java of these tests, and a version folder whose name has a blank and a percent sign. */
 public class ArchiveMakerTest {
+  private static final boolean LINKS_AHEAD =
+      Records.numberAtStartOf(System.getProperty("java.specification.version")) >= 24;
+
   @Rule public TemporaryFolder folder = new TemporaryFolder();
 
   private File master;
@@ -39,8 +42,12 @@ public class ArchiveMakerTest {
   }
 
   private void make(String classes) throws Exception {
+    make(classes, false);
+  }
+
+  private void make(String classes, boolean mayLink) throws Exception {
     Installation.write(new File(base + ".classes"), classes);
-    new ArchiveMaker(base, "fingerprint", classPath(), master).make();
+    new ArchiveMaker(base, "fingerprint", classPath(), master, mayLink).make();
   }
 
   private String classPath() {
@@ -50,7 +57,7 @@ public class ArchiveMakerTest {
   private String loadsOf(String className) throws Exception {
     Process java =
         new ProcessBuilder(
-                System.getProperty("java.home") + "/bin/java", "-Xlog:class+load", "-cp",
+                System.getProperty("java.home") + "/bin/java", "-Xlog:class+load" + (LINKS_AHEAD ? ",aot" : ""), "-cp",
                 classPath(), "-XX:SharedArchiveFile=" + base + ".jsa", className)
             .redirectErrorStream(true)
             .start();
@@ -75,6 +82,21 @@ public class ArchiveMakerTest {
     String[] folders = master.list();
     Arrays.sort(folders);
     assertArrayEquals(new String[] {"QYApps", version.getName()}, folders);
+  }
+
+  /** A Java before 24 does not know how, and makes what it has always made. */
+  @Test
+  public void anArchiveOfLinkedClassesIsOneThatIsUsed() throws Exception {
+    make("java/lang/Object\nsample/Hidden\n", true);
+    File archive = new File(base + ".jsa");
+    assertThat(
+        Installation.read(new File(base + ".guard")),
+        containsString("1\0fingerprint\0" + archive.length() + "\0"));
+    String loads = loadsOf("sample.Hidden");
+    assertThat(loads, containsString("sample.Hidden source: shared objects"));
+    if (LINKS_AHEAD) {
+      assertThat(loads, containsString("Using AOT-linked classes: true"));
+    }
   }
 
   @Test
