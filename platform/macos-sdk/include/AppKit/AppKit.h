@@ -164,6 +164,7 @@ enum : NSImageInterpolation { NSImageInterpolationNone = 1 };
 - (BOOL)isVisible;
 - (void)setFrame:(NSRect)frame display:(BOOL)isDisplayed animate:(BOOL)isAnimated;
 - (void)setReleasedWhenClosed:(BOOL)isReleased;
+- (void)setTitle:(NSString*)title;
 - (void)setBackgroundColor:(NSColor*)color;
 - (void)setHasShadow:(BOOL)hasShadow;
 - (void)setContentView:(NSView*)view;

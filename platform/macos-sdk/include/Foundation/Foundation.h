@@ -95,6 +95,7 @@ typedef uint64_t NSActivityOptions;
 
 @interface NSProcessInfo : NSObject
 + (NSProcessInfo*)processInfo;
+- (NSString*)processName;
 - (id)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason;
 - (void)endActivity:(id)activity;
 @end
