@@ -98,6 +98,18 @@ TEST_F(DecideUpdate, ExtractsWithoutAnUpdater) {
               ElementsAre("[Extractor] Checking for a latest valid GU\n", kNothing, kJre));
 }
 
+// As root, who may open every folder, sees it too: what has the name is none.
+TEST_F(DecideUpdate, ExtractsForAnUpdaterThatCannotBeOpened) {
+  installJre();
+  writeFile(master_ / "Quillory-Quillory-7-complete", "");
+  EXPECT_TRUE(decide("7", "").extract);
+  EXPECT_THAT(reasons(),
+              ElementsAre("[Extractor] Checking for a latest valid GU\n",
+                          "[Extractor] Quillory-Quillory-7-complete cannot be opened. Instructing "
+                          "the wrapper to update.\n",
+                          kNothing, kJre));
+}
+
 TEST_F(DecideUpdate, ExtractsForAJreWhoseHomeIsNotYetBehindItsAlias) {
   install("Quillory-Quillory-7-complete");
   writeFile(master_ / "Quillory-jre-8-complete.plugin/bin/java", "");
