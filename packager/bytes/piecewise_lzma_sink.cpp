@@ -116,7 +116,8 @@ void PiecewiseLzmaSink::compress(Piece& piece) {
     return;
   }
   {
-    const auto slot = slots_.take(piece.content.bytes.size());
+    std::size_t left = piece.content.bytes.size();
+    PieceSlots::Turn turn(slots_, left);
     tell(piece.number, 0);  // whoever waited may have to stop
     const std::string error = compressPiece(
         piece.content, level_, tuning_,
@@ -125,7 +126,10 @@ void PiecewiseLzmaSink::compress(Piece& piece) {
           return true;
         },
         [&, known = piece.content.known](std::size_t bytes) mutable {
-          tell(piece.number, bytes + std::exchange(known, 0));
+          bytes += std::exchange(known, 0);
+          tell(piece.number, bytes);
+          left -= bytes;
+          turn.pass(left);
         });
     if (!error.empty()) {
       throw PackError("compressing failed: " + error);

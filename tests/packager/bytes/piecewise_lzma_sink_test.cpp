@@ -80,7 +80,7 @@ TEST(PiecewiseLzmaSink, PassesOnWhatItsWatchThrowsAndGivesItsSlotBack) {
         },
         std::runtime_error);
   }
-  slots.take(1);  // would wait for ever
+  const PieceSlots::Turn turn(slots, 1);  // would wait for ever
 }
 
 TEST(PiecewiseLzmaSink, TakesFromItsStoreWhatIsKeptThere) {
