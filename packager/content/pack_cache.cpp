@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -270,6 +271,10 @@ void PackCache::keep(const std::string& key, const std::function<void(ByteSink&)
   if (!isUsable()) {
     return;
   }
+  // One at a time in this program: between the making of a file and its lock, the others would take
+  // it for one that was left.
+  static std::mutex writing;
+  const std::lock_guard lock(writing);
   removeAbandoned(folder_);
   writeEntry(folder_ + '/' + key, key, write);
   makeRoom();

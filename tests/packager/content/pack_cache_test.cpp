@@ -6,6 +6,7 @@
 #include <chrono>
 #include <filesystem>
 #include <thread>
+#include <vector>
 
 #include "tests/harness/file_size_limit.h"
 #include "tests/harness/temp_dir.h"
@@ -187,6 +188,23 @@ TEST_F(PackCacheOf, FilesTakesTwoRunsAtOnce) {
   std::thread other([&] { work(dir_ / "one"); });
   work(dir_ / "two");
   other.join();
+}
+
+TEST_F(PackCacheOf, BytesKeepsAllThatSeveralThreadsKeep) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([&, i] {
+      for (int j = 0; j < 25; ++j) {
+        cache_.keepBytes(keyOf(std::to_string(i) + ',' + std::to_string(j)), "content");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (int i = 0; i < 8; ++i) {
+    for (int j = 0; j < 25; ++j) {
+      EXPECT_EQ(cache_.fetchBytes(keyOf(std::to_string(i) + ',' + std::to_string(j))), "content");
+    }
+  }
 }
 
 TEST(CacheKey, KnowsWhereOneTextEnds) {
