@@ -133,6 +133,16 @@ TEST_F(Shell, EndsByTheSignalsThatEndOtherPrograms) {
   }
 }
 
+// The application object would end the process by itself, without the JVM's shutdown hooks.
+TEST_F(Shell, IsEndedByTheSignalWhereItIsAskedToQuit) {
+  DemoProcess demo({.display = server_.display()});
+  demo.commands({"init", "show"});
+  demo.startCommand("terminate");
+  const ChildResult result = demo.process().finish();
+  EXPECT_EQ(result.signal, SIGTERM);
+  EXPECT_EQ(countOf(result.err, "[Quillory] Asked to quit: ending as by SIGTERM\n"), 1);
+}
+
 TEST_F(Shell, LeavesTheEnvironmentOfChildrenAlone) {
   DemoProcess demo({.display = server_.display()});
   demo.commands({"init", "show"});

@@ -77,7 +77,6 @@ namespace quillory {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::SizeIs;
 using ::testing::Values;
 using testing::CapturedLog;
 using testing::CocoaObjects;
@@ -240,16 +239,6 @@ TEST_F(AppDelegate, AnswersToQuitWithTheSignalThatLetsJavaEnd) {
   EXPECT_EQ(terminations, 1);
   std::signal(SIGTERM, before);
   EXPECT_THAT(log.messages(), ElementsAre("[Quillory] Asked to quit: ending as by SIGTERM\n"));
-}
-
-TEST_F(AppDelegate, KeepsTheApplicationObjectFromEndingTheProcess) {
-  const CapturedLog log;
-  auto* const before = std::signal(SIGTERM, [](int) {});
-  [NSApp setDelegate:ownDelegate()];
-  [NSApp terminate:nil];
-  [NSApp setDelegate:nil];
-  std::signal(SIGTERM, before);
-  EXPECT_THAT(log.messages(), SizeIs(1)) << "it has been asked";
 }
 
 TEST_F(AppDelegate, TellsWhenTheLaunchIsOver) {

@@ -11,6 +11,7 @@
 //   notice-down     takes it away
 //   failure SECONDS TEXT  shows it, for so long where nobody is there
 //   press           presses the button
+//   terminate       has the application object asked to end, as by "Quit"
 //   url             prints the URL that was requested
 //   shell COMMAND   runs a command in a shell, as the launcher does with its tools
 //   wait MS         does nothing for a time
@@ -33,6 +34,7 @@
 #include "support/process.h"
 #include "support/url_request.h"
 #import "ui/app_runner_cocoa.h"
+#import "ui/application_delegate_cocoa.h"
 #include "ui/application_shell_cocoa.h"
 #include "ui/failure_window_cocoa.h"
 #include "ui/for_embedders.h"
@@ -87,6 +89,14 @@ void pressQuit() {
   });
 }
 
+void askToTerminate() {
+  quillory::platform::onMainThread([] {
+    const quillory::AutoreleasePool pool;
+    [NSApp setDelegate:quillory::ownDelegate()];
+    [NSApp terminate:nil];
+  });
+}
+
 int numberIn(std::istream& line) {
   int number = 0;
   line >> number;
@@ -125,6 +135,7 @@ void carryOut(const std::string& name, std::istream& line) {
                                           .unattendedSeconds = seconds});
   }
   if (name == "press") pressQuit();
+  if (name == "terminate") askToTerminate();
   if (name == "shell") runShell(restOf(line));
   if (name == "wait")
     quillory::timeCalls.sleepMicros(static_cast<std::uint64_t>(numberIn(line)) * 1000);
