@@ -185,6 +185,17 @@ TEST_F(ExtractEverythingElevated, ElevatesAndRelaunchesWithItsOwnArguments) {
   EXPECT_EQ(readFile(shared_ / "nativesplash.png"), "picture");
 }
 
+TEST_F(ExtractEverythingElevated, LeavesNoPrivateFolderBehindASetUp) {
+  writeParams({{"jre_name", "jre"}, {"force_spawn", "true"}, {"hardened", "true"}});
+  const Ended ended = startElevated(false);
+  EXPECT_EQ(ended.status, kExitSuccess) << ended.log;
+  EXPECT_TRUE(ended.logs("[SUDO] Relaunch complete\n"));
+  EXPECT_TRUE(ended.logs("[Extractor] Native Splash PNG path is " + shared_.str() + "/"));
+  EXPECT_FALSE(
+      ended.logs("[Extractor] Native Splash PNG path is " + (shared_ / "nativesplash.png")));
+  EXPECT_TRUE(fs::is_empty(shared_.path()));
+}
+
 TEST_F(ExtractEverythingElevated, LeavesNoPrivateFolderWhereThePictureCannotBeExtracted) {
   writeParams({{"jre_name", "jre"}, {"force_spawn", "true"}, {"hardened", "true"}});
   writeTail(offlineTail(), fileEntry("lzma64", "tool") + fileEntry("../out", "picture"));
