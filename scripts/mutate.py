@@ -70,9 +70,12 @@ def show(sources, mutation):
 
 
 def test_programs(sources, folder):
-    """By the names that tests/FOLDER's CMakeLists.txt gives them."""
-    lists = sources / "tests" / folder / "CMakeLists.txt"
-    found = re.findall(r"^ *quillory_test\((\w+)", lists.read_text("utf-8"), re.MULTILINE)
+    """By the names that the CMake files of tests/FOLDER give them."""
+    lists = sorted((sources / "tests" / folder).glob("*.cmake"))
+    lists.append(sources / "tests" / folder / "CMakeLists.txt")
+    found = [name for path in lists
+             for name in re.findall(r"^ *quillory_test\((\w+)", path.read_text("utf-8"),
+                                    re.MULTILINE)]
     return [name for name in found if "macos" not in name]
 
 
