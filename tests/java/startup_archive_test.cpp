@@ -71,7 +71,9 @@ TEST_F(StartupArchive, IsAskedForWhereThereIsNone) {
 TEST_F(StartupArchive, MayHaveLinkedClassesWhereTheOptionsAllowIt) {
   const std::string linked = "-Dquillory.archive.linked=true";
   EXPECT_THAT(options(), Not(Contains(linked))) << "Java 17 cannot";
-  writeFile(home_ + "/release", "JAVA_VERSION=\"25.0.1\"\n");
+  writeFile(home_ + "/release", "JAVA_VERSION=\"23.0.2\"\n");
+  EXPECT_THAT(options(), Not(Contains(linked)));
+  writeFile(home_ + "/release", "JAVA_VERSION=\"24.0.1\"\n");
   EXPECT_THAT(options(), Contains(linked));
   EXPECT_THAT(options({"-Xmx200m", "-Da=b", "-XX:+UseSerialGC"}), Contains(linked));
   for (const char* option :
