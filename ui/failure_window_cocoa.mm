@@ -124,6 +124,8 @@ void makeWindow(const FailureNotice& notice) {
                                           backing:NSBackingStoreBuffered
                                             defer:YES];
   [failure setReleasedWhenClosed:NO];
+  // As that of the notice: for lists of windows, and what reads the screen aloud.
+  [failure setTitle:[[NSProcessInfo processInfo] processName]];
   [failure setBackgroundColor:[NSColor whiteColor]];
   FailureView* content = [[FailureView alloc] initWithFrame:kFailureWindow];
   addText(content, kSentence, notice.sentence, [NSFont boldSystemFontOfSize:kSentenceSize]);

@@ -51,20 +51,10 @@ class FailureWindow : public ::testing::Test {
   }
   /// Whether there are letters in a part of the window.
   bool hasInk(int y, int height) const {
-    const Picture part = screen_.grab({kWindow.x + 20, kWindow.y + y, 600, height});
-    for (int row = 0; row < part.height(); ++row)
-      for (int column = 0; column < part.width(); ++column)
-        if ((part.at(column, row) & 0xFF) < 0x60) return true;
-    return false;
+    return screen_.hasInk({kWindow.x + 20, kWindow.y + y, 600, height});
   }
   ChildResult close() {
-    ChildOptions options;
-    options.environment["DISPLAY"] = server_.display();
-    const auto press = [&] {
-      runChild({"xdotool", "mousemove", std::to_string(kWindow.x + kCloseX),
-                std::to_string(kWindow.y + kCloseY), "click", "1"},
-               options);
-    };
+    const auto press = [&] { server_.click(kWindow.x + kCloseX, kWindow.y + kCloseY); };
     EXPECT_TRUE(actUntil(press, [&] { return screen_.shownWindows().empty(); }));
     return child_->finish();
   }
@@ -85,6 +75,7 @@ TEST_F(FailureWindow, ShowsWhatAMainClassHasThrownAtOnce) {
   ASSERT_TRUE(isShown()) << child_->out() << child_->err();
   EXPECT_TRUE(eventually([&] { return hasInk(16, 40) && hasInk(64, 140) && hasInk(210, 34); }))
       << "the sentence, the cause and the log";
+  EXPECT_EQ(server_.windowsNamed("launcher"), 1);
   const ChildResult result = close();
   EXPECT_EQ(result.exitStatus, 0) << "as without a window";
   EXPECT_THAT(result.err, HasSubstr("java.lang.IllegalStateException: thrown on purpose"));

@@ -24,6 +24,7 @@ def below(parent):
     the processes that have its name in QUILLORY_TEST_FOLDER."""
     if parent not in _folders:
         folder = tempfile.mkdtemp(prefix="quillory-tests-", dir=parent)
+        os.chmod(folder, 0o1777)  # some tests are another user for a while
         # This process alone has the other end, so that its end is seen.
         end, _ = os.pipe()
         subprocess.run(["sh", "-c", START, GUARDIAN, folder], stdin=end, check=True)

@@ -123,6 +123,17 @@ TEST_F(PrepareJreBundle, KeepsExecuteBitsAndGivesThemToTheSpawnHelper) {
   EXPECT_EQ(modeOf(alias_ + "/lib/jspawnhelper"), 0751U);
 }
 
+TEST_F(PrepareJreBundle, LeavesAFileAloneThatTheSpawnHelperIsALinkTo) {
+  writeBundle();
+  const std::string other = dir_ / "other";
+  writeFile(other, "a file of somebody else's");
+  fs::permissions(other, fs::perms(0640));
+  fs::remove(home_ + "/lib/jspawnhelper");
+  fs::create_symlink(other, home_ + "/lib/jspawnhelper");
+  prepare();
+  EXPECT_EQ(modeOf(other), 0640U);
+}
+
 TEST_F(PrepareJreBundle, LeavesTheSameWhenItIsRunTwice) {
   writeBundle();
   prepare();

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "java/for_embedders.h"
+#include "java/jre_bundle.h"
 #include "support/opened_files.h"
 #include "support/platform.h"
 #include "support/url_request.h"
@@ -104,6 +105,22 @@ TEST_F(LaunchFromLaunchFile, AnUpdaterThatWantsItGetsTheApplicationOnItsClassPat
                   "-Dquillory.application=" + version, "-Dof.application=1", "-Dremembered=1",
                   "com.example.Main", properties_, "extra", "user", "two words"));
   EXPECT_THAT(readFile(properties_), Not(HasSubstr("of.application")));
+}
+
+TEST_F(LaunchFromLaunchFile, AnApplicationHasAStartupArchiveOnlyIfItWantsOne) {
+  const std::string home = jre_ + kBundleSuffix + "/Contents/Home";
+  writeFile(home + "/release", "JAVA_VERSION=\"17.0.9\"\n");
+  writeFile(home + "/lib/modules", "modules");
+  writeLaunchFile({.options = {"-Dquillory.class.path=application"}});
+  recordSpawn();
+  const std::string file = master_ + "/Quillory-demo-7-complete/QuilloryLaunch";
+  const auto hasArchive = Contains(HasSubstr("-Dquillory.archive.base="));
+  writeFile(file, LaunchFileText{.options = {}}.bytes());
+  launch(kLaunchApplication);
+  EXPECT_THAT(spawned(), Not(hasArchive));
+  writeFile(file, LaunchFileText{.options = {"-Dquillory.startup.archive=true"}}.bytes());
+  launch(kLaunchApplication);
+  EXPECT_THAT(spawned(), hasArchive);
 }
 
 TEST_F(LaunchFromLaunchFile, ARuntimeIsTriedWithoutAnApplication) {

@@ -3,6 +3,7 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
+#include <algorithm>
 #include <chrono>
 #include <ostream>
 #include <stdexcept>
@@ -50,6 +51,14 @@ void XServer::mouse(int x, int y, const std::vector<std::string>& then) const {
 void XServer::moveMouse(int x, int y) const { mouse(x, y, {}); }
 
 void XServer::click(int x, int y) const { mouse(x, y, {"click", "1"}); }
+
+int XServer::windowsNamed(const std::string& name) const {
+  ChildOptions options;
+  options.environment["DISPLAY"] = display_;
+  const std::string ids =
+      runChild({"xdotool", "search", "--onlyvisible", "--name", "^" + name + "$"}, options).out;
+  return static_cast<int>(std::count(ids.begin(), ids.end(), '\n'));
+}
 
 void PrintTo(const WindowAt& window, std::ostream* out) {
   *out << window.width << "x" << window.height << "+" << window.x << "+" << window.y;
@@ -115,6 +124,15 @@ Picture Screen::grab(const WindowAt& part) const {
     for (int x = 0; x < part.width; ++x)
       picture.at(x, y) = static_cast<std::uint32_t>(XGetPixel(image.get(), x, y)) & 0xFFFFFFU;
   return picture;
+}
+
+bool Screen::hasInk(const WindowAt& part) const {
+  constexpr std::uint32_t kDark = 0x60;
+  const Picture picture = grab(part);
+  for (int y = 0; y < picture.height(); ++y)
+    for (int x = 0; x < picture.width(); ++x)
+      if ((picture.at(x, y) & 0xFF) < kDark) return true;
+  return false;
 }
 
 void Screen::cover(const WindowAt& part) {

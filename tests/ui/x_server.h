@@ -23,6 +23,8 @@ class XServer {
   /// As a hand would, in pixels from the upper left corner. Throws where that fails.
   void moveMouse(int x, int y) const;
   void click(int x, int y) const;
+  /// How many of the windows that a person could choose among have this name.
+  int windowsNamed(const std::string& name) const;
 
  private:
   void mouse(int x, int y, const std::vector<std::string>& then) const;
@@ -65,6 +67,8 @@ class Screen {
   std::vector<WindowAt> shownWindows() const;
   /// What a part of the screen shows.
   Picture grab(const WindowAt& part) const;
+  /// Whether there are letters in a part of the screen: something that is nearly black.
+  bool hasInk(const WindowAt& part) const;
 
   /// Puts a plain window there, or takes the latest one away.
   void cover(const WindowAt& part);
