@@ -11,7 +11,7 @@ import re
 import sys
 import time
 
-BAR = re.compile(rb"packing \[.*?\] \d+% of [^\r,]*(?:, (\d+) (s|min) left)?")
+BAR = re.compile(rb"packing \[[^\r]*?\] \d+% of [^\r,]*(?:, (\d+) (s|min) left)?")
 
 
 def redraws(command):
@@ -21,6 +21,7 @@ def redraws(command):
         os.execvp(command[0], command)
     start = time.monotonic()
     seen = []
+    pending = b""
     while True:
         try:
             data = os.read(terminal, 65536)
@@ -28,7 +29,9 @@ def redraws(command):
             break
         if not data:
             break
-        for match in BAR.finditer(data):
+        # A redraw begins at the left; what is read last may be the first half of one.
+        *whole, pending = (pending + data).split(b"\r")
+        for match in filter(None, map(BAR.search, whole)):
             seconds = match[1] and int(match[1]) * (60 if match[2] == b"min" else 1)
             seen.append((time.monotonic() - start, seconds))
     if os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1]) != 0:

@@ -101,11 +101,12 @@ void Reporter::progress(const std::string& what, const Progress& progress) {
   const std::uint64_t done = std::min<std::uint64_t>(progress.done, progress.total);
   const auto filled = static_cast<std::size_t>(done * kBarWidth / progress.total);
   const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
-  err_ << '\r' << what << " [" << bar << "] " << done * 100 / progress.total << "% of "
-       << readableSize(progress.total);
+  std::string line = '\r' + what + " [" + bar + "] " + std::to_string(done * 100 / progress.total) +
+                     "% of " + readableSize(progress.total);
   // The end of a longer text may stand behind it.
-  if (!progress.rest.empty()) err_ << ", " << progress.rest << "\033[K";
-  err_ << std::flush;
+  if (!progress.rest.empty()) line += ", " + progress.rest + "\033[K";
+  // At once: a terminal shows what has come, also half a line.
+  err_ << line << std::flush;
   barShown_ = true;
 }
 

@@ -149,6 +149,32 @@ TEST_F(ReporterTest, DrawsABarOnATerminalOnly) {
   }
 }
 
+// Keeps the pieces in which something is written.
+class PiecesBuffer : public std::streambuf {
+ public:
+  std::vector<std::string> pieces;
+
+ protected:
+  std::streamsize xsputn(const char* text, std::streamsize size) override {
+    pieces.emplace_back(text, static_cast<std::size_t>(size));
+    return size;
+  }
+  int_type overflow(int_type character) override {
+    pieces.emplace_back(1, traits_type::to_char_type(character));
+    return character;
+  }
+};
+
+// What is written is seen at once, on a stream without a buffer of its own.
+TEST_F(ReporterTest, DrawsTheBarInOnePiece) {
+  PiecesBuffer buffer;
+  std::ostream terminal(&buffer);
+  terminal << std::unitbuf;
+  Reporter reporter(out_, terminal, {Verbosity::kNormal, false, true});
+  reporter.progress("packing", Progress{100, {50}, "7 s left"});
+  EXPECT_THAT(buffer.pieces, ::testing::ElementsAre(HasSubstr("50% of 100 bytes, 7 s left")));
+}
+
 TEST_F(ReporterTest, SaysHowLongItTakesStill) {
   report({Verbosity::kNormal, false, true}, [](Reporter& r) {
     const Progress progress{100, {50}, "7 s left"};
