@@ -126,9 +126,9 @@ void PiecewiseLzmaSink::compress(Piece& piece) {
           return true;
         },
         [&, known = piece.content.known](std::size_t bytes) mutable {
-          bytes += std::exchange(known, 0);
-          tell(piece.number, bytes);
-          left -= bytes;
+          const std::size_t lookedThrough = std::exchange(known, 0);
+          tell(piece.number, bytes + lookedThrough / kKnownShare);
+          left -= bytes + lookedThrough;
           turn.pass(left);
         });
     if (!error.empty()) {

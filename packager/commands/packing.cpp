@@ -139,7 +139,8 @@ class OneArchive {
       const std::uint64_t end =
           i < cuts_.size() ? cuts_[i].start : std::max(start, job.content->totalBytes());
       const std::size_t known = i > 0 ? cuts_[i - 1].known : 0;
-      parts_.push_back(&work.emplace_back(known + end - start + (end - start) / kSplicedShare));
+      parts_.push_back(
+          &work.emplace_back(known / kKnownShare + end - start + (end - start) / kSplicedShare));
       start = end;
     }
   }

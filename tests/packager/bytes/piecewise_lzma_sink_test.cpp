@@ -53,7 +53,7 @@ TEST(PiecewiseLzmaSink, MakesTheSameStreamHoweverManyAreAtWork) {
   std::size_t expected = text.size();
   for (const std::size_t piece : {96'000, 104'000, 56'000, 144'000})
     expected += piece / kSplicedShare;
-  expected += 4'096 + 56'000;  // known
+  for (const std::size_t known : {4'096, 56'000}) expected += known / kKnownShare;
   EXPECT_EQ(seen, expected);
   EXPECT_TRUE(packed(text, cuts, 4, 400'000) == stream);
   EXPECT_TRUE(packed(text, cuts, 2, 7) == stream);
