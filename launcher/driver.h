@@ -11,11 +11,11 @@ namespace quillory {
 
 /// The arguments of the process, `args` without its name and `fullArgv` with it.
 struct CommandLine {
-  int argCount;
-  char** args;
-  int fullArgc;
-  char** fullArgv;
-  bool prepareOnly;
+  int argCount = 0;
+  char** args = nullptr;
+  int fullArgc = 0;
+  char** fullArgv = nullptr;
+  bool prepareOnly = false;
 };
 
 /// What a start finds around it; by default what is really there.

@@ -28,7 +28,10 @@ Notes& notes() {
 }  // namespace
 
 void tellOfFailures() {
-  notes();
+  {
+    const std::lock_guard lock(notes().mutex);
+    notes().cause.clear();
+  }
   isTold = true;
 }
 

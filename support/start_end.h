@@ -15,7 +15,7 @@ enum class StartStage {
   kOver,         ///< in order, or as the user wanted it
 };
 
-/// From now on failures are told: what is noted is kept.
+/// From now on failures are told: what is noted is kept. Nothing has been said of a failure yet.
 void tellOfFailures();
 bool areFailuresTold() noexcept;
 

@@ -347,6 +347,7 @@ using MainThread = CocoaObjects;
 
 TEST_F(MainThread, AnExceptionOfCocoaEndsThePieceOfWorkAlone) {
   static std::vector<std::string> lines;
+  lines.clear();
   const ScopedReplace log(
       platformCalls.systemLog, +[](const char* line) { lines.emplace_back(line); });
   bool isReached = false;
