@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/loaded_function.h"
+
 // Every table of methods refers to it, so that a library which is too old shows when the program is
 // started. Nothing reads it.
 extern "C" {
@@ -25,27 +27,22 @@ bool isBusNamed() {
   return isSet(folder) && access((std::string(folder) + "/bus").c_str(), F_OK) == 0;
 }
 
-template <typename Function>
-bool find(void* library, const char* name, Function*& function) {
-  function = reinterpret_cast<Function*>(dlsym(library, name));
-  return function != nullptr;
-}
-
 // For good.
 std::optional<BusLibrary> load() {
   void* const library = dlopen("libsystemd.so.0", RTLD_LAZY | RTLD_LOCAL);
   if (library == nullptr) return std::nullopt;
   BusLibrary bus = {};
-  const bool isComplete = find(library, "sd_bus_open_user", bus.openUser) &&
-                          find(library, "sd_bus_add_object_vtable", bus.addObjectVtable) &&
-                          find(library, "sd_bus_request_name_async", bus.requestNameAsync) &&
-                          find(library, "sd_bus_get_fd", bus.getFd) &&
-                          find(library, "sd_bus_process", bus.process) &&
-                          find(library, "sd_bus_wait", bus.wait) &&
-                          find(library, "sd_bus_message_enter_container", bus.enterContainer) &&
-                          find(library, "sd_bus_message_read_basic", bus.readBasic) &&
-                          find(library, "sd_bus_reply_method_return", bus.replyMethodReturn) &&
-                          find(library, "sd_bus_close_unref", bus.closeUnref);
+  const bool isComplete =
+      findFunction(library, "sd_bus_open_user", bus.openUser) &&
+      findFunction(library, "sd_bus_add_object_vtable", bus.addObjectVtable) &&
+      findFunction(library, "sd_bus_request_name_async", bus.requestNameAsync) &&
+      findFunction(library, "sd_bus_get_fd", bus.getFd) &&
+      findFunction(library, "sd_bus_process", bus.process) &&
+      findFunction(library, "sd_bus_wait", bus.wait) &&
+      findFunction(library, "sd_bus_message_enter_container", bus.enterContainer) &&
+      findFunction(library, "sd_bus_message_read_basic", bus.readBasic) &&
+      findFunction(library, "sd_bus_reply_method_return", bus.replyMethodReturn) &&
+      findFunction(library, "sd_bus_close_unref", bus.closeUnref);
   if (!isComplete) return std::nullopt;
   return bus;
 }
